@@ -1,0 +1,17 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus)
+if(TESSLY_GUI)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Qml Quick QuickControls2 Svg)
+endif()
+find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+find_package(SQLite3 3.40 REQUIRED)
+find_package(ICU REQUIRED COMPONENTS uc i18n)
+
+pkg_check_modules(URIPARSER REQUIRED IMPORTED_TARGET liburiparser)
+pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-xfixes xcb-xtest xcb-xkb xcb-xinput xcb-util)
+pkg_check_modules(XKBCOMMON REQUIRED IMPORTED_TARGET xkbcommon xkbcommon-x11)
+
+qt_standard_project_setup()

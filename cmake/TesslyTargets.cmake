@@ -1,0 +1,35 @@
+# What every target of the project is built with, and the one way to make a target.
+
+add_library(tessly_options INTERFACE)
+target_compile_features(tessly_options INTERFACE cxx_std_20)
+target_compile_options(tessly_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion
+    $<$<BOOL:${TESSLY_WARNINGS_AS_ERRORS}>:-Werror>)
+target_compile_definitions(tessly_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_FOREACH
+    QT_NO_KEYWORDS
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+    QT_STRICT_ITERATORS
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(TESSLY_SANITIZE)
+    target_compile_options(tessly_options INTERFACE
+        -fsanitize=${TESSLY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    target_link_options(tessly_options INTERFACE -fsanitize=${TESSLY_SANITIZE})
+endif()
+
+# tessly_add_floor(name SOURCES ... DEPENDS ...)
+#
+# One folder, one static library. A folder's headers are visible only to the targets that link it,
+# so that an include that points upwards does not compile.
+function(tessly_add_floor name)
+    cmake_parse_arguments(PARSE_ARGV 1 FLOOR "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS")
+    add_library(${name} STATIC ${FLOOR_SOURCES})
+    target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(${name}
+        PUBLIC ${FLOOR_DEPENDS}
+        PRIVATE tessly_options ${FLOOR_PRIVATE_DEPENDS})
+endfunction()

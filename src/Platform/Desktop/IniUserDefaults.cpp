@@ -1,0 +1,1 @@
+#include "IniUserDefaults.h"

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "RunningApplication.h"
+
+#include <QCoroTask>
+
+#include <memory>
+
+namespace tessly {
+
+/// How posting the paste keys ended.
+enum class PostResult {
+    posted,
+    /// The target was not in front when the keys were due; none were sent.
+    targetNotInFront,
+    /// The keys cannot be made here: no such key, no such facility, or the desktop went away.
+    failed,
+};
+
+/// Presses keys in other applications. Main thread only; waiting for the user to let go of held
+/// modifiers happens elsewhere.
+class KeyEventPoster
+{
+public:
+    KeyEventPoster() = default;
+    KeyEventPoster(const KeyEventPoster&) = delete;
+    KeyEventPoster& operator=(const KeyEventPoster&) = delete;
+    virtual ~KeyEventPoster() = default;
+
+    /// Whether the desktop lets the program post keys now. Does not ask the user.
+    [[nodiscard]] virtual bool isAllowed() const = 0;
+    /// Asks the desktop for that, which may ask the user; whether it is allowed now.
+    [[nodiscard]] virtual bool requestAccess() = 0;
+
+    /// Presses and releases the keys by which `target` pastes the clipboard, and nothing else,
+    /// whatever the user holds down.
+    [[nodiscard]] virtual QCoro::Task<PostResult>
+    postPaste(std::shared_ptr<RunningApplication> target) = 0;
+};
+
+} // namespace tessly

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayList>
+#include <QCoroTask>
+#include <QSet>
+#include <QString>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tessly {
+
+/// What one content of the pasteboard can be read as.
+enum class Flavour {
+    /// UTF-8, mended where it was not valid.
+    plainText,
+    rtf,
+    html,
+    /// Bytes that begin with the PNG signature.
+    png,
+    /// An image in another format (TIFF, BMP, JPEG, WebP, GIF), bytes as offered.
+    otherImage,
+};
+
+/// How reading one flavour ended.
+enum class ReadStatus {
+    read,
+    /// Not offered, or refused by the owner, or not what its type promises.
+    absent,
+    /// More bytes than the caller allowed.
+    tooLarge,
+    /// The whole content is lost to this read: its owner hung or went away, or a newer content has
+    /// taken its place.
+    unreadable,
+};
+
+template <typename Value> struct ReadResult
+{
+    ReadStatus status = ReadStatus::absent;
+    /// Empty unless `status` is `read`.
+    Value value = {};
+};
+
+/// One item as it is written: its flavours, each in the bytes that readers get. Every write carries
+/// the marker type, which tells the monitor that the content is the program's own.
+struct PasteboardItem
+{
+    std::optional<QByteArray> plainText;
+    std::optional<QByteArray> rtf;
+    std::optional<QByteArray> html;
+    std::optional<QByteArray> png;
+    /// An absolute file URL.
+    std::optional<QByteArray> fileURL;
+
+    [[nodiscard]] bool isEmpty() const;
+    bool operator==(const PasteboardItem&) const = default;
+};
+
+/// Whether the desktop lets the program read the pasteboard.
+enum class PasteboardAccess { available, askEveryTime, denied };
+
+/// The desktop's clipboard.
+///
+/// Main thread only. Nothing here waits: what depends on another process is awaited, has a deadline,
+/// and ends as `unreadable` when that process does not play along.
+class Pasteboard
+{
+public:
+    /// Offered with everything the program writes, with the value "1".
+    static const QString markerType;
+    /// Offered by the types() of content whose owner asked for it to be kept out of histories.
+    static const QString concealedType;
+
+    Pasteboard() = default;
+    Pasteboard(const Pasteboard&) = delete;
+    Pasteboard& operator=(const Pasteboard&) = delete;
+    virtual ~Pasteboard() = default;
+
+    /// A number that changes with every new content, whoever wrote it. A read of memory.
+    [[nodiscard]] virtual qint64 changeCount() const = 0;
+
+    [[nodiscard]] virtual PasteboardAccess access() const = 0;
+
+    /// The names of all types offered for the content of `changeCount`. Reads no content. None if
+    /// they cannot be had, or if that content is no longer the current one.
+    [[nodiscard]] virtual QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) = 0;
+
+    /// One flavour of the content of `changeCount`, `byteLimit` bytes at the most.
+    [[nodiscard]] virtual QCoro::Task<ReadResult<QByteArray>>
+    read(qint64 changeCount, Flavour flavour, qint64 byteLimit) = 0;
+
+    /// The absolute `file:` URLs of the content of `changeCount`, in order, `byteLimit` bytes of
+    /// them at the most.
+    [[nodiscard]] virtual QCoro::Task<ReadResult<QByteArrayList>> readFileURLs(qint64 changeCount,
+                                                                               qint64 byteLimit) = 0;
+
+    /// Replaces the content, in one step, by these items and the marker. False, with the content
+    /// left as it was, if there is nothing in them or the desktop refuses.
+    [[nodiscard]] virtual bool write(std::vector<PasteboardItem> items) = 0;
+
+    /// Leaves the pasteboard empty.
+    virtual void clear() = 0;
+
+    /// Offers these items (with the marker) once the owner of the content of `changeCount` goes
+    /// away, or at once if it has, unless newer content has come. A new content, whoever wrote it,
+    /// ends this.
+    virtual void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) = 0;
+};
+
+} // namespace tessly

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace tessly {
+
+/// An application that runs on the desktop, or has run. Main thread only; nothing here waits.
+class RunningApplication
+{
+public:
+    RunningApplication() = default;
+    RunningApplication(const RunningApplication&) = delete;
+    RunningApplication& operator=(const RunningApplication&) = delete;
+    virtual ~RunningApplication() = default;
+
+    /// The application's name for people, or none where the desktop tells none.
+    [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
+    /// The application id: its desktop entry's id without ".desktop", or the nearest thing to it.
+    [[nodiscard]] virtual std::optional<QString> bundleIdentifier() const = 0;
+    /// Whether it is in front and has the keyboard.
+    [[nodiscard]] virtual bool isActive() const = 0;
+    /// Whether its window (the one that was in front when this object was made) is gone.
+    [[nodiscard]] virtual bool isTerminated() const = 0;
+    /// Asks the desktop to bring it to the front. Whether it came shows in `isActive`.
+    virtual void activate() = 0;
+};
+
+} // namespace tessly

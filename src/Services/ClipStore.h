@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Actor.h"
+#include "Clip.h"
+#include "ClipStoreError.h"
+
+#include <QCoroTask>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace tessly {
+
+class ClipDatabase;
+
+/// The history on disk: the one SQLite connection, on a worker of its own, one operation at a time.
+///
+/// Every operation is called on the main thread and awaited there; it throws ClipStoreError from the
+/// await. Operations run in the order of their calls. Destroying the store waits for what was
+/// called and closes the connection.
+class ClipStore
+{
+public:
+    struct Statistics
+    {
+        qint64 totalItems = 0;
+        qint64 pinnedItems = 0;
+        /// The database file and its "-wal" and "-shm" companions, on disk.
+        qint64 databaseBytes = 0;
+
+        bool operator==(const Statistics&) const = default;
+    };
+
+    /// Seconds since 1970-01-01 00:00:00 UTC; called on the worker.
+    using Now = std::function<double()>;
+
+    /// Opens or creates the database at `databasePath`, on the calling thread. Throws
+    /// ClipStoreError. Operations run on `executor`.
+    ClipStore(const QString& databasePath, Now now, std::unique_ptr<Executor> executor);
+    ~ClipStore();
+    ClipStore(const ClipStore&) = delete;
+    ClipStore& operator=(const ClipStore&) = delete;
+
+    /// Whether the full-text index serves searches. Decided when the store opened.
+    [[nodiscard]] bool ftsAvailable() const;
+
+    /// The clips that match, in list order, `limit` at the most (negative: all).
+    ///
+    /// `held` are clips that the caller has from earlier answers: the content of these is taken over
+    /// (shared, not copied) instead of being read again. A search whose `stop` is requested ends
+    /// early, also in the middle of a scan, and then throws `execute` with SQLite's "interrupted".
+    [[nodiscard]] QCoro::Task<std::vector<Clip>> search(QString query, std::optional<ClipKind> kind,
+                                                        qint64 limit, std::vector<Clip> held = {},
+                                                        std::stop_token stop = {});
+
+    /// Stores a capture: a new entry, or one more use of the entry with the same content; then trims.
+    [[nodiscard]] QCoro::Task<Clip> save(ClipPayload payload, std::optional<QString> sourceAppName,
+                                         std::optional<QString> sourceBundleID,
+                                         qint64 maximumHistory);
+    [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
+    [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
+    [[nodiscard]] QCoro::Task<void> remove(QUuid id);
+    [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
+    [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
+    [[nodiscard]] QCoro::Task<Statistics> statistics();
+
+private:
+    std::unique_ptr<ClipDatabase> m_database;
+    // Goes first, so that what was called has run before the database closes.
+    Actor m_actor;
+};
+
+} // namespace tessly

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "AppSettings.h"
+#include "Clip.h"
+#include "ClipStore.h"
+#include "ClipboardMonitor.h"
+#include "Clock.h"
+#include "PasteService.h"
+#include "Workspace.h"
+
+#include <QCoroTask>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace tessly {
+
+/// The one object that the interface reads and calls: the visible part of the history, the search,
+/// the selection, the banner, and every action of the user. Main thread only. Operations return at
+/// once; what they start reports through the properties and banners. A signal tells of a real
+/// change; `bannerChanged` of every set.
+class AppModel final : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class BannerKind { information, warning, error };
+
+    struct Banner
+    {
+        QString message;
+        BannerKind kind = BannerKind::information;
+    };
+
+    /// All of it must outlive the model.
+    struct Dependencies
+    {
+        ClipStore& store;
+        AppSettings& settings;
+        PasteService& pasteService;
+        Pasteboard& pasteboard;
+        ImageConverter& imageConverter;
+        Workspace& workspace;
+        Clock& clock;
+    };
+
+    /// Rows the panel lists at the most.
+    static constexpr qint64 listLimit = 50;
+
+    explicit AppModel(Dependencies dependencies, QObject* parent = nullptr);
+    ~AppModel() override;
+
+    [[nodiscard]] AppSettings& settings() const { return m_dependencies.settings; }
+    [[nodiscard]] PasteService& pasteService() const { return m_dependencies.pasteService; }
+    /// Made on first use, and not started by that.
+    [[nodiscard]] ClipboardMonitor& clipboardMonitor();
+
+    [[nodiscard]] const std::vector<Clip>& clips() const { return m_clips; }
+    [[nodiscard]] const QString& query() const { return m_query; }
+    [[nodiscard]] std::optional<ClipKind> selectedKind() const { return m_selectedKind; }
+    [[nodiscard]] std::optional<QUuid> selectedID() const { return m_selectedID; }
+    /// The clip of `selectedID`; the first one if nothing is selected; null if there is none.
+    [[nodiscard]] const Clip* selectedClip() const;
+    [[nodiscard]] bool isPanelPresented() const { return m_isPanelPresented; }
+    [[nodiscard]] const std::shared_ptr<RunningApplication>& currentTargetApplication() const
+    {
+        return m_currentTargetApplication;
+    }
+    [[nodiscard]] bool automaticPasteAccessGranted() const { return m_automaticPasteAccessGranted; }
+    [[nodiscard]] const std::optional<Banner>& banner() const { return m_banner; }
+    [[nodiscard]] const ClipStore::Statistics& statistics() const { return m_statistics; }
+
+    void setQuery(const QString& query);
+    void setSelectedKind(std::optional<ClipKind> kind);
+    void setSelectedID(std::optional<QUuid> id);
+    void setPanelPresented(bool presented);
+    void setCurrentTargetApplication(std::shared_ptr<RunningApplication> application);
+    /// Sets a banner that stays until another replaces it or the user dismisses it.
+    void setBanner(std::optional<Banner> banner);
+
+    /// Installed by the panel's controller.
+    std::function<void()> closePanel;
+    std::function<void()> showPanel;
+    /// Installed by the delegate: registers the hot keys anew.
+    std::function<void()> hotKeyConfigurationDidChange;
+
+    enum class Debounce { no, yes };
+    /// Fetches list, statistics and selection anew; a newer reload replaces an older one.
+    void reload(Debounce debounce);
+    void selectNext();
+    void selectPrevious();
+    /// Shows a banner for four seconds.
+    void showBanner(const QString& message, BannerKind kind);
+    void dismissBanner();
+
+    enum class PasteStyle { original, plainTextOnly };
+    void paste(const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target);
+    /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
+    void pasteGlobalPosition(int position);
+    void copySelected(PasteStyle style);
+    /// The selected clip if none is given.
+    void togglePin(const Clip* clip = nullptr);
+    void deleteSelected();
+    void clearHistory(bool includePinned);
+    void trimHistoryToCurrentLimit();
+    void directPasteShortcutsDidChange();
+    void openAutomaticPasteSettings();
+    void refreshAutomaticPasteAccess(bool retryIfNeeded);
+
+Q_SIGNALS:
+    void clipsChanged();
+    void queryChanged();
+    void selectedKindChanged();
+    void selectedIDChanged();
+    void isPanelPresentedChanged();
+    void currentTargetApplicationChanged();
+    void automaticPasteAccessGrantedChanged();
+    void bannerChanged();
+    void statisticsChanged();
+
+private:
+    QCoro::Task<> captured(ClipPayload payload, std::optional<QString> sourceAppName,
+                           std::optional<QString> sourceBundleID);
+    void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
+    QCoro::Task<> fetch(std::stop_token stop);
+    void recordUsage(const Clip& clip);
+
+    Dependencies m_dependencies;
+    std::vector<Clip> m_clips;
+    QString m_query;
+    std::optional<ClipKind> m_selectedKind;
+    std::optional<QUuid> m_selectedID;
+    bool m_isPanelPresented = false;
+    std::shared_ptr<RunningApplication> m_currentTargetApplication;
+    bool m_automaticPasteAccessGranted = false;
+    std::optional<Banner> m_banner;
+    ClipStore::Statistics m_statistics;
+    std::unique_ptr<Clock::Timer> m_searchDelay;
+    std::stop_source m_searchStop;
+    std::unique_ptr<Clock::Timer> m_bannerTimer;
+    std::unique_ptr<Clock::Timer> m_accessPoll;
+    std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
+};
+
+} // namespace tessly

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <Qt>
+
+#include <optional>
+
+namespace tessly {
+
+enum class PanelAction {
+    selectPrevious,
+    selectNext,
+    paste,
+    pastePlainText,
+    close,
+    togglePin,
+    deleteSelected,
+};
+
+/// What a key does in the panel; none for a key that is left to the search field. `key` is a Qt::Key.
+[[nodiscard]] std::optional<PanelAction> panelAction(int key, Qt::KeyboardModifiers modifiers);
+
+} // namespace tessly

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "AppModel.h"
+#include "OutsideClickMonitor.h"
+#include "PanelView.h"
+
+#include <QObject>
+#include <QRect>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tessly {
+
+/// Opens and closes the panel, decides which application a paste goes to, and turns keys into the
+/// model's actions. Main thread only.
+class QuickPastePanelController final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Where the panel is shown (global, device-independent pixels); none if there is no place.
+    using AnchorProvider = std::function<std::optional<QRect>()>;
+    /// Makes the panel's window; asked at the first opening, so that a program that only records
+    /// never loads it. Null if it cannot be made.
+    using ViewFactory = std::function<std::unique_ptr<PanelView>()>;
+
+    /// Stays open until closed explicitly, for tests of the interface.
+    enum class KeepsOpen { no, forUITesting };
+
+    struct Dependencies
+    {
+        AppModel& model;
+        Workspace& workspace;
+        OutsideClickMonitor& outsideClicks;
+    };
+
+    QuickPastePanelController(Dependencies dependencies, AnchorProvider anchorProvider,
+                              ViewFactory viewFactory, KeepsOpen keepsOpen,
+                              QObject* parent = nullptr);
+    ~QuickPastePanelController() override;
+
+    void show();
+    void close();
+    [[nodiscard]] bool isShown() const;
+
+private:
+    bool handleKeyEvent(int key, Qt::KeyboardModifiers modifiers);
+    void presentationDidEnd();
+    void installEventMonitors();
+
+    Dependencies m_dependencies;
+    AnchorProvider m_anchorProvider;
+    ViewFactory m_viewFactory;
+    KeepsOpen m_keepsOpen;
+    std::unique_ptr<PanelView> m_view;
+    std::unique_ptr<OutsideClickMonitor::Watch> m_outsideClickWatch;
+    std::shared_ptr<RunningApplication> m_targetApplication;
+};
+
+} // namespace tessly

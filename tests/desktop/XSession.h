@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace tessly::test {
+
+/// An X server of a test's own (Xvfb on a free display), with openbox where asked for. Everything
+/// that was started ends with it. Fails by throwing std::runtime_error with what was missing.
+class XSession
+{
+public:
+    enum class WindowManager { none, openbox };
+
+    explicit XSession(WindowManager windowManager = WindowManager::openbox);
+    ~XSession();
+    XSession(const XSession&) = delete;
+    XSession& operator=(const XSession&) = delete;
+
+    /// As $DISPLAY names it, ":7".
+    [[nodiscard]] const QString& display() const { return m_display; }
+
+    /// A program on this display, not yet started. Its standard error goes to the test's.
+    [[nodiscard]] std::unique_ptr<QProcess> program(const QString& name,
+                                                    const QStringList& arguments) const;
+
+    /// Starts a program and returns it once it runs. It is killed when the returned object goes.
+    [[nodiscard]] std::unique_ptr<QProcess> start(const QString& name,
+                                                  const QStringList& arguments) const;
+
+    /// Runs a program to its end and returns what it printed; throws if it fails.
+    QByteArray run(const QString& name, const QStringList& arguments,
+                   const QByteArray& input = {}) const;
+
+    /// Ends the X server, as a crash would.
+    void killServer();
+
+private:
+    QTemporaryDir m_home;
+    QString m_display;
+    std::unique_ptr<QProcess> m_server;
+    std::unique_ptr<QProcess> m_windowManager;
+};
+
+} // namespace tessly::test
