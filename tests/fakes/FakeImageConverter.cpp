@@ -1,0 +1,32 @@
+#include "FakeImageConverter.h"
+
+namespace tessly::test {
+
+namespace {
+
+constexpr QByteArrayView imagePrefix = "image:";
+constexpr QByteArrayView pngSignature = "\x89PNG\r\n\x1a\n";
+
+} // namespace
+
+QByteArray FakeImageConverter::image(QByteArrayView name)
+{
+    return imagePrefix.toByteArray().append(name);
+}
+
+QByteArray FakeImageConverter::png(QByteArrayView name)
+{
+    return pngSignature.toByteArray().append(name);
+}
+
+QCoro::Task<std::optional<QByteArray>> FakeImageConverter::pngData(QByteArray image)
+{
+    ++m_conversions;
+    co_await m_gate.pass();
+    if (!image.startsWith(imagePrefix)) {
+        co_return std::nullopt;
+    }
+    co_return png(QByteArrayView(image).sliced(imagePrefix.size()));
+}
+
+} // namespace tessly::test

@@ -1,0 +1,28 @@
+#include "FakeKeyEventPoster.h"
+
+namespace tessly::test {
+
+bool FakeKeyEventPoster::requestAccess()
+{
+    ++m_accessRequests;
+    if (m_grantsRequests) {
+        m_isAllowed = true;
+    }
+    return m_isAllowed;
+}
+
+QCoro::Task<PostResult> FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target)
+{
+    const std::weak_ptr<bool> alive = m_alive;
+    co_await m_gate.pass();
+    if (alive.expired() || m_isBroken) {
+        co_return PostResult::failed;
+    }
+    if (!target->isActive()) {
+        co_return PostResult::targetNotInFront;
+    }
+    m_pastes.push_back(target);
+    co_return PostResult::posted;
+}
+
+} // namespace tessly::test

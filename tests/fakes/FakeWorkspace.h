@@ -1,0 +1,33 @@
+#pragma once
+
+#include "FakeRunningApplication.h"
+#include "Workspace.h"
+
+#include <vector>
+
+namespace tessly::test {
+
+/// A desktop on which the test says what is in front.
+class FakeWorkspace final : public Workspace
+{
+public:
+    /// Brings an application (none: nothing) to the front; the one before loses the keyboard.
+    void setFrontmost(std::shared_ptr<FakeRunningApplication> application);
+    /// Whether there is a program for any URL. True at first.
+    void setOpensURLs(bool opens) { m_opensURLs = opens; }
+    /// Every URL that was to be opened.
+    [[nodiscard]] const std::vector<QUrl>& openedURLs() const { return m_openedURLs; }
+
+    [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override
+    {
+        return m_frontmost;
+    }
+    [[nodiscard]] bool openURL(const QUrl& url) override;
+
+private:
+    std::shared_ptr<FakeRunningApplication> m_frontmost;
+    bool m_opensURLs = true;
+    std::vector<QUrl> m_openedURLs;
+};
+
+} // namespace tessly::test
