@@ -16,6 +16,8 @@ public:
     void preset(const QString& key, const QString& value) { m_values.insert(key, value); }
     /// The stored text of a key, not its registered default.
     [[nodiscard]] std::optional<QString> stored(const QString& key) const;
+    /// As after a start of the program.
+    void forgetRegisteredDefaults() { m_defaults.clear(); }
     /// The keys of all writes and removals, in order.
     [[nodiscard]] const std::vector<QString>& writes() const { return m_writes; }
 

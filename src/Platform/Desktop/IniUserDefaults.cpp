@@ -1,1 +1,164 @@
 #include "IniUserDefaults.h"
+
+#include "IniFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <glib.h>
+#include <glib/gstdio.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(logCategory, "com.brackmoor.tessly.IniUserDefaults")
+
+constexpr int folderMode = 0700;
+constexpr int fileMode = 0600;
+
+[[noreturn]] void fail(const QString& what)
+{
+    throw std::runtime_error(what.toStdString());
+}
+
+/// The file's bytes, empty if there is none. Throws std::runtime_error.
+QByteArray contents(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return {};
+    }
+    // Opening a pipe would wait for its writer.
+    if (!info.isFile()) {
+        fail(path + u" is not a file"_s);
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        fail(u"cannot read "_s + path + u": "_s + file.errorString());
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        fail(u"cannot read "_s + path + u": "_s + file.errorString());
+    }
+    return bytes;
+}
+
+/// Puts a new file in the place of the one at `path`. Throws std::runtime_error, with the old one
+/// as it was.
+void replaceContents(const QString& path, const QByteArray& bytes)
+{
+    const QFileInfo info(path);
+    if (g_mkdir_with_parents(QFile::encodeName(info.path()).constData(), folderMode) != 0) {
+        fail(u"cannot make "_s + info.path() + u": "_s + qt_error_string(errno));
+    }
+    // Through a link, so that a settings file that is kept elsewhere stays there.
+    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
+    GError* error = nullptr;
+    if (!g_file_set_contents_full(
+            QFile::encodeName(target).constData(), bytes.constData(),
+            static_cast<gssize>(bytes.size()), G_FILE_SET_CONTENTS_CONSISTENT, fileMode, &error)) {
+        const QString message = QString::fromUtf8(error->message);
+        g_error_free(error);
+        fail(message);
+    }
+}
+
+} // namespace
+
+IniUserDefaults::IniUserDefaults(QString path)
+    : m_path(std::move(path))
+{
+    try {
+        m_values = IniFile(contents(m_path)).values();
+    } catch (const std::runtime_error& error) {
+        qCWarning(logCategory, "Settings start from their defaults: %s", error.what());
+    }
+}
+
+void IniUserDefaults::registerDefaults(const QVariantMap& defaults)
+{
+    m_defaults.insert(defaults);
+}
+
+qint64 IniUserDefaults::integer(const QString& key) const
+{
+    const std::optional<QString> text = string(key);
+    return text ? text->toLongLong() : 0;
+}
+
+bool IniUserDefaults::boolean(const QString& key) const
+{
+    const std::optional<QString> text = string(key);
+    return text && (text->compare("true"_L1, Qt::CaseInsensitive) == 0 || text->toDouble() != 0);
+}
+
+std::optional<QString> IniUserDefaults::string(const QString& key) const
+{
+    if (const auto stored = m_values.constFind(key); stored != m_values.cend()) {
+        return *stored;
+    }
+    if (const auto registered = m_defaults.constFind(key); registered != m_defaults.cend()) {
+        return registered->toString();
+    }
+    return std::nullopt;
+}
+
+void IniUserDefaults::setInteger(const QString& key, qint64 value)
+{
+    set(key, QString::number(value));
+}
+
+void IniUserDefaults::setBoolean(const QString& key, bool value)
+{
+    set(key, value ? u"true"_s : u"false"_s);
+}
+
+void IniUserDefaults::setString(const QString& key, const QString& value)
+{
+    set(key, value);
+}
+
+void IniUserDefaults::remove(const QString& key)
+{
+    m_values.remove(key);
+    m_unwritten.insert(key, std::nullopt);
+    writeThrough();
+}
+
+void IniUserDefaults::set(const QString& key, const QString& value)
+{
+    m_values.insert(key, value);
+    m_unwritten.insert(key, value);
+    writeThrough();
+}
+
+void IniUserDefaults::writeThrough()
+{
+    try {
+        IniFile file(contents(m_path));
+        for (const auto& [key, value] : m_unwritten.asKeyValueRange()) {
+            if (value) {
+                file.setValue(key, *value);
+            } else {
+                file.removeValue(key);
+            }
+        }
+        replaceContents(m_path, file.text());
+        m_unwritten.clear();
+        m_hasLoggedFailure = false;
+    } catch (const std::runtime_error& error) {
+        if (!std::exchange(m_hasLoggedFailure, true)) {
+            qCWarning(logCategory, "Settings cannot be saved: %s", error.what());
+        }
+    }
+}
+
+} // namespace tessly

@@ -1,0 +1,222 @@
+#include "IniUserDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly::test {
+namespace {
+
+/// Counts the warnings that a scope logs.
+class WarningCount
+{
+public:
+    WarningCount()
+    {
+        s_count = 0;
+        m_previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context,
+                                               const QString&) {
+            if (type == QtWarningMsg &&
+                QLatin1StringView(context.category) == "com.brackmoor.tessly.IniUserDefaults"_L1) {
+                ++s_count;
+            }
+        });
+    }
+    ~WarningCount() { qInstallMessageHandler(m_previous); }
+    WarningCount(const WarningCount&) = delete;
+    WarningCount& operator=(const WarningCount&) = delete;
+
+    [[nodiscard]] int count() const { return s_count; }
+
+private:
+    static inline int s_count = 0;
+    QtMessageHandler m_previous = nullptr;
+};
+
+class IniUserDefaultsTest : public testing::Test
+{
+protected:
+    [[nodiscard]] QByteArray fileBytes() const
+    {
+        QFile file(m_path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void setFileBytes(const QByteArray& bytes) const
+    {
+        QFile file(m_path);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(m_path).path()));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+
+    static mode_t mode(const QString& path)
+    {
+        struct stat status = {};
+        EXPECT_EQ(stat(QFile::encodeName(path).constData(), &status), 0);
+        return status.st_mode & 07777U;
+    }
+
+    QTemporaryDir m_folder;
+    QString m_path = m_folder.filePath(u"a/b/settings.ini"_s);
+};
+
+TEST_F(IniUserDefaultsTest, ReadingMakesNoFile)
+{
+    const IniUserDefaults defaults(m_path);
+    EXPECT_EQ(defaults.integer(u"key"_s), 0);
+    EXPECT_FALSE(QFileInfo::exists(m_folder.filePath(u"a"_s)));
+}
+
+TEST_F(IniUserDefaultsTest, TheFirstWriteMakesPrivateFoldersAndAPrivateFile)
+{
+    const mode_t previous = umask(0);
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 5);
+    umask(previous);
+    EXPECT_EQ(fileBytes(), "[General]\nkey=5\n");
+    EXPECT_EQ(mode(m_path), 0600U);
+    EXPECT_EQ(mode(m_folder.filePath(u"a"_s)), 0700U);
+    EXPECT_EQ(mode(m_folder.filePath(u"a/b"_s)), 0700U);
+}
+
+TEST_F(IniUserDefaultsTest, AFileThatOthersCouldReadIsPrivateAfterAWrite)
+{
+    setFileBytes("[General]\nkey=1\n");
+    ASSERT_EQ(chmod(QFile::encodeName(m_path).constData(), 0644), 0);
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 2);
+    EXPECT_EQ(mode(m_path), 0600U);
+}
+
+TEST_F(IniUserDefaultsTest, EveryChangeIsInTheFileAtOnce)
+{
+    IniUserDefaults defaults(m_path);
+    defaults.setBoolean(u"flag"_s, true);
+    EXPECT_EQ(fileBytes(), "[General]\nflag=true\n");
+    defaults.setString(u"text"_s, u"one\ntwo"_s);
+    EXPECT_EQ(fileBytes(), "[General]\nflag=true\ntext=one\\ntwo\n");
+    defaults.remove(u"flag"_s);
+    EXPECT_EQ(fileBytes(), "[General]\ntext=one\\ntwo\n");
+}
+
+TEST_F(IniUserDefaultsTest, WritingPutsANewFileInTheOldOnesPlace)
+{
+    setFileBytes("[General]\nkey=1\n");
+    QFile old(m_path);
+    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 2);
+    EXPECT_EQ(old.readAll(), "[General]\nkey=1\n");
+    EXPECT_EQ(fileBytes(), "[General]\nkey=2\n");
+    EXPECT_EQ(
+        QFileInfo(m_path).dir().entryList(QDir::Files | QDir::Hidden),
+        QStringList{u"settings.ini"_s});
+}
+
+TEST_F(IniUserDefaultsTest, ForeignKeysAndGroupsAreKept)
+{
+    setFileBytes("[General]\nforeign=1\n[Window]\nkey=2\n");
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 3);
+    EXPECT_EQ(fileBytes(), "[General]\nforeign=1\nkey=3\n[Window]\nkey=2\n");
+}
+
+TEST_F(IniUserDefaultsTest, WhatAnotherProgramWroteMeanwhileIsKeptButNotRead)
+{
+    setFileBytes("[General]\nkey=1\nother=1\n");
+    IniUserDefaults defaults(m_path);
+    setFileBytes("[General]\nkey=7\nother=7\n[Window]\nwidth=9\n");
+    EXPECT_EQ(defaults.integer(u"other"_s), 1);
+    defaults.setInteger(u"key"_s, 2);
+    EXPECT_EQ(defaults.integer(u"other"_s), 1);
+    EXPECT_EQ(fileBytes(), "[General]\nkey=2\nother=7\n[Window]\nwidth=9\n");
+}
+
+TEST_F(IniUserDefaultsTest, ANonsenseFileReadsAsDefaultsAndStaysUntilASetterWrites)
+{
+    const QByteArray nonsense("\x89PNG\r\n\x1a\n\0\0]]\nmaxHistory\n", 25);
+    setFileBytes(nonsense);
+    IniUserDefaults defaults(m_path);
+    defaults.registerDefaults({{u"maxHistory"_s, 500}});
+    EXPECT_EQ(defaults.integer(u"maxHistory"_s), 500);
+    EXPECT_EQ(fileBytes(), nonsense);
+    defaults.setInteger(u"maxHistory"_s, 20);
+    EXPECT_EQ(IniUserDefaults(m_path).integer(u"maxHistory"_s), 20);
+}
+
+TEST_F(IniUserDefaultsTest, ALinkToAFileElsewhereStaysALink)
+{
+    const QString elsewhere = m_folder.filePath(u"elsewhere.ini"_s);
+    m_path = m_folder.filePath(u"settings.ini"_s);
+    ASSERT_TRUE(QFile::link(elsewhere, m_path));
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 1);
+    defaults.setInteger(u"key"_s, 2);
+    EXPECT_TRUE(QFileInfo(m_path).isSymLink());
+    EXPECT_EQ(IniUserDefaults(elsewhere).integer(u"key"_s), 2);
+}
+
+TEST_F(IniUserDefaultsTest, AChangeThatCannotBeWrittenIsLoggedOnceAndStaysInMemory)
+{
+    const WarningCount warnings;
+    QFile obstacle(m_folder.filePath(u"a"_s));
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 5);
+    defaults.setString(u"text"_s, u"secret"_s);
+    EXPECT_EQ(defaults.integer(u"key"_s), 5);
+    EXPECT_EQ(defaults.string(u"text"_s), u"secret"_s);
+    EXPECT_EQ(warnings.count(), 1);
+}
+
+TEST_F(IniUserDefaultsTest, WhatCouldNotBeWrittenGoesOutWithTheNextChange)
+{
+    const WarningCount warnings;
+    QFile file(m_folder.filePath(u"a"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"one"_s, 1);
+    defaults.remove(u"two"_s);
+    ASSERT_TRUE(file.remove());
+    setFileBytes("[General]\ntwo=2\n");
+    defaults.setInteger(u"three"_s, 3);
+    EXPECT_EQ(IniUserDefaults(m_path).integer(u"one"_s), 1);
+    EXPECT_EQ(IniUserDefaults(m_path).integer(u"two"_s), 0);
+    EXPECT_EQ(IniUserDefaults(m_path).integer(u"three"_s), 3);
+    ASSERT_TRUE(QDir(m_folder.filePath(u"a"_s)).removeRecursively());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    defaults.setInteger(u"one"_s, 4);
+    EXPECT_EQ(warnings.count(), 2) << "writing had worked again in between";
+}
+
+TEST_F(IniUserDefaultsTest, WhatStandsInThePlaceOfTheFileIsNotReplaced)
+{
+    const WarningCount warnings;
+    ASSERT_TRUE(QDir().mkpath(m_path));
+    IniUserDefaults defaults(m_path);
+    defaults.setInteger(u"key"_s, 5);
+    EXPECT_EQ(defaults.integer(u"key"_s), 5);
+    EXPECT_TRUE(QFileInfo(m_path).isDir());
+    EXPECT_EQ(warnings.count(), 2) << "one for reading, one for writing";
+}
+
+TEST_F(IniUserDefaultsTest, APipeInThePlaceOfTheFileHoldsNobodyUp)
+{
+    const WarningCount warnings;
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(m_path).path()));
+    ASSERT_EQ(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
+    IniUserDefaults defaults(m_path);
+    EXPECT_EQ(defaults.string(u"key"_s), std::nullopt);
+    EXPECT_EQ(warnings.count(), 1);
+}
+
+} // namespace
+} // namespace tessly::test
