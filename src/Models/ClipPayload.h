@@ -21,15 +21,15 @@ public:
     struct Fields
     {
         /// The plain-text flavour, valid UTF-8 (the pasteboard mends what is not).
-        std::optional<QByteArray> plainText;
+        std::optional<QByteArray> plainText = {};
         /// The RTF flavour, bytes as read.
-        std::optional<QByteArray> rtf;
+        std::optional<QByteArray> rtf = {};
         /// The HTML flavour, bytes as read.
-        std::optional<QByteArray> html;
+        std::optional<QByteArray> html = {};
         /// The image, always PNG.
-        std::optional<QByteArray> imagePNG;
+        std::optional<QByteArray> imagePNG = {};
         /// The URLs of a file copy, absolute, in the order of the pasteboard.
-        QByteArrayList fileURLs;
+        QByteArrayList fileURLs = {};
 
         bool operator==(const Fields&) const = default;
     };
@@ -37,6 +37,10 @@ public:
     /// Nothing at all.
     ClipPayload();
     explicit ClipPayload(Fields fields);
+    // Copies only: what is moved from stays a payload that can be used.
+    ClipPayload(const ClipPayload&) noexcept = default;
+    ClipPayload& operator=(const ClipPayload&) noexcept = default;
+    ~ClipPayload() = default;
 
     [[nodiscard]] const std::optional<QByteArray>& plainText() const;
     [[nodiscard]] const std::optional<QByteArray>& rtf() const;

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayList>
+
+#include <optional>
+
+namespace tessly {
+
+/// Valid UTF-8 comes back as it is; each broken sequence of anything else becomes U+FFFD.
+[[nodiscard]] QByteArray mendedUTF8(const QByteArray& text);
+
+/// A JSON array of strings without blanks. "/" is written "\/" and characters outside ASCII stand
+/// for themselves. `strings` must be valid UTF-8.
+[[nodiscard]] QByteArray stringListJSON(const QByteArrayList& strings);
+
+/// The strings of a JSON array of strings, however written; none for anything else.
+[[nodiscard]] std::optional<QByteArrayList> stringList(const QByteArray& json);
+
+} // namespace tessly
