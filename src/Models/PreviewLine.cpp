@@ -13,18 +13,22 @@ namespace {
 /// The last place at or before `limit` where `text` can be cut.
 qsizetype cutBefore(const QString& text, qsizetype limit)
 {
+    // Positions amid a surrogate pair are moved by ICU, so give it none.
+    const qsizetype codePoint = text.at(limit).isLowSurrogate() ? limit - 1 : limit;
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<icu::BreakIterator> clusters(
         icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
     if (U_SUCCESS(status)) {
         const auto* const characters = reinterpret_cast<const char16_t*>(text.utf16());
         clusters->setText(icu::UnicodeString(false, characters, static_cast<int32_t>(text.size())));
-        const qsizetype boundary = clusters->preceding(static_cast<int32_t>(limit) + 1);
-        if (boundary > 0) {
-            return boundary;
+        const auto offset = static_cast<int32_t>(codePoint);
+        const qsizetype cluster =
+            clusters->isBoundary(offset) ? offset : clusters->preceding(offset);
+        if (cluster > 0) {
+            return cluster;
         }
     }
-    return text.at(limit).isLowSurrogate() ? limit - 1 : limit;
+    return codePoint;
 }
 
 } // namespace
