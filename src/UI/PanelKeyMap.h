@@ -16,7 +16,8 @@ enum class PanelAction {
     deleteSelected,
 };
 
-/// What a key does in the panel; none for a key that is left to the search field. `key` is a Qt::Key.
+/// What a key does in the panel; none for a key that is left to the search field. `key` is a
+/// Qt::Key.
 [[nodiscard]] std::optional<PanelAction> panelAction(int key, Qt::KeyboardModifiers modifiers);
 
 } // namespace tessly

@@ -1,1 +1,296 @@
 #include "PanelModel.h"
+
+#include "Presentation.h"
+
+#include <QPointer>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly {
+
+namespace {
+
+// How often the ages of the rows are told anew while the panel is up.
+constexpr auto ageInterval = 30s;
+
+QVariant filter(const QString& kind, const QString& title, const QString& symbol)
+{
+    return QVariant::fromValue(PanelFilter{kind, title, symbol});
+}
+
+QVariant hint(const QStringList& keys, const QString& title)
+{
+    return QVariant::fromValue(PanelHint{keys, keyNames(keys.join(QString())), title});
+}
+
+/// The first line that has something on it, no longer than the search field takes.
+QString firstLine(const QByteArray& text)
+{
+    QString line = QString::fromUtf8(text).trimmed();
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const char16_t code = line.at(i).unicode();
+        if (code == u'\n' || code == u'\r' || code == u'\v' || code == u'\f' || code == 0x85 ||
+            code == QChar::LineSeparator || code == QChar::ParagraphSeparator) {
+            line.truncate(i);
+            break;
+        }
+    }
+    if (line.size() > PanelModel::pasteLength) {
+        const bool splitsPair = line.at(PanelModel::pasteLength).isLowSurrogate();
+        line.truncate(PanelModel::pasteLength - (splitsPair ? 1 : 0));
+    }
+    return displayLine(line);
+}
+
+} // namespace
+
+PanelModel::PanelModel(Dependencies dependencies, QObject* parent)
+    : QObject(parent)
+    , m_dependencies(dependencies)
+{
+    AppModel& model = m_dependencies.model;
+    connect(&model, &AppModel::clipsChanged, this, &PanelModel::updateClips);
+    connect(&model, &AppModel::selectedIDChanged, this, &PanelModel::updateSelectedRow);
+    connect(&model, &AppModel::queryChanged, this, &PanelModel::queryChanged);
+    connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::selectedKindChanged);
+    connect(&model, &AppModel::isPanelPresentedChanged, this, &PanelModel::updatePresentation);
+    connect(&model, &AppModel::bannerChanged, this, &PanelModel::bannerChanged);
+    connect(&model, &AppModel::statisticsChanged, this, &PanelModel::itemCountChanged);
+    connect(
+        &model.clipboardMonitor(), &ClipboardMonitor::isPausedChanged, this,
+        &PanelModel::isPausedChanged);
+    connect(
+        &model.settings(), &AppSettings::directPasteShortcutsChanged, this,
+        &PanelModel::updateShortcuts);
+    updateShortcuts();
+    updateClips();
+    updatePresentation();
+}
+
+PanelModel::~PanelModel() = default;
+
+QAbstractItemModel* PanelModel::clips()
+{
+    return &m_clips;
+}
+
+QString PanelModel::query() const
+{
+    return m_dependencies.model.query();
+}
+
+void PanelModel::setQuery(const QString& query)
+{
+    m_dependencies.model.setQuery(query);
+    m_dependencies.model.reload(AppModel::Debounce::yes);
+}
+
+QVariantList PanelModel::filters() const
+{
+    QVariantList filters{filter(QString(), u"All"_s, u"square.stack.3d.up"_s)};
+    for (const ClipKind kind : allClipKinds) {
+        filters.append(filter(rawValue(kind), kindTitle(kind), kindSymbol(kind)));
+    }
+    return filters;
+}
+
+QVariantList PanelModel::hints() const
+{
+    return {
+        hint({u"↩"_s}, u"paste"_s),
+        hint({u"⇧"_s, u"↩"_s}, u"plain text"_s),
+        hint({u"⌘"_s, u"P"_s}, u"pin"_s),
+    };
+}
+
+QString PanelModel::selectedKind() const
+{
+    const auto kind = m_dependencies.model.selectedKind();
+    return kind ? rawValue(*kind) : QString();
+}
+
+bool PanelModel::isPresented() const
+{
+    return m_dependencies.model.isPanelPresented();
+}
+
+bool PanelModel::isPaused() const
+{
+    return m_dependencies.model.clipboardMonitor().isPaused();
+}
+
+bool PanelModel::hasBanner() const
+{
+    return m_dependencies.model.banner().has_value();
+}
+
+QString PanelModel::bannerMessage() const
+{
+    const auto& banner = m_dependencies.model.banner();
+    return banner ? banner->message : QString();
+}
+
+QString PanelModel::bannerKind() const
+{
+    const auto& banner = m_dependencies.model.banner();
+    switch (banner ? banner->kind : AppModel::BannerKind::information) {
+    case AppModel::BannerKind::information:
+        return u"information"_s;
+    case AppModel::BannerKind::warning:
+        return u"warning"_s;
+    case AppModel::BannerKind::error:
+        return u"error"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString PanelModel::itemCount() const
+{
+    return tessly::itemCount(m_dependencies.model.statistics().totalItems);
+}
+
+void PanelModel::chooseKind(const QString& rawValue)
+{
+    if (const auto kind = clipKind(rawValue); kind != m_dependencies.model.selectedKind()) {
+        m_dependencies.model.setSelectedKind(kind);
+    }
+    m_dependencies.model.reload(AppModel::Debounce::no);
+}
+
+void PanelModel::selectRow(int row)
+{
+    select(row);
+}
+
+void PanelModel::activateRow(int row)
+{
+    AppModel& model = m_dependencies.model;
+    if (!select(row)) {
+        return;
+    }
+    if (const Clip* const clip = model.selectedClip(); clip != nullptr) {
+        model.paste(*clip, AppModel::PasteStyle::original, model.currentTargetApplication());
+    }
+}
+
+void PanelModel::copyRow(int row, bool plainTextOnly)
+{
+    if (select(row)) {
+        m_dependencies.model.copySelected(
+            plainTextOnly ? AppModel::PasteStyle::plainTextOnly : AppModel::PasteStyle::original);
+    }
+}
+
+void PanelModel::togglePinOfRow(int row)
+{
+    if (const Clip* const clip = m_clips.clip(row); clip != nullptr) {
+        m_dependencies.model.togglePin(clip);
+    }
+}
+
+void PanelModel::deleteRow(int row)
+{
+    if (select(row)) {
+        m_dependencies.model.deleteSelected();
+    }
+}
+
+void PanelModel::togglePaused()
+{
+    ClipboardMonitor& monitor = m_dependencies.model.clipboardMonitor();
+    monitor.togglePaused();
+    m_dependencies.model.showBanner(
+        monitor.isPaused() ? u"Clipboard recording paused."_s : u"Clipboard recording resumed."_s,
+        AppModel::BannerKind::information);
+}
+
+void PanelModel::dismissBanner()
+{
+    m_dependencies.model.dismissBanner();
+}
+
+void PanelModel::openSettings()
+{
+    if (m_dependencies.model.closePanel) {
+        m_dependencies.model.closePanel();
+    }
+    Q_EMIT settingsRequested();
+}
+
+void PanelModel::pasteIntoQuery()
+{
+    readQueryText(m_dependencies.pasteboard.changeCount());
+}
+
+bool PanelModel::copyQueryText(const QString& text)
+{
+    PasteboardItem item;
+    item.plainText = text.toUtf8();
+    return !text.isEmpty() && m_dependencies.pasteboard.write({std::move(item)});
+}
+
+void PanelModel::updateClips()
+{
+    m_clips.setClips(m_dependencies.model.clips(), m_dependencies.clock.now());
+    if (const bool isEmpty = m_clips.rowCount() == 0; isEmpty != m_isEmpty) {
+        m_isEmpty = isEmpty;
+        Q_EMIT isEmptyChanged();
+    }
+    updateSelectedRow();
+}
+
+void PanelModel::updateSelectedRow()
+{
+    const auto id = m_dependencies.model.selectedID();
+    if (const int row = id ? m_clips.rowOf(*id) : -1; row != m_selectedRow) {
+        m_selectedRow = row;
+        Q_EMIT selectedRowChanged();
+    }
+}
+
+void PanelModel::updateShortcuts()
+{
+    m_clips.setShortcuts(
+        m_dependencies.model.settings().directPasteShortcuts() ? ClipListModel::Shortcuts::shown
+                                                               : ClipListModel::Shortcuts::hidden);
+}
+
+void PanelModel::updatePresentation()
+{
+    ++m_pasteGeneration;
+    m_ageTimer.reset();
+    if (isPresented()) {
+        const auto tellAges = [this] { m_clips.setNow(m_dependencies.clock.now()); };
+        tellAges();
+        m_ageTimer = m_dependencies.clock.every(ageInterval, tellAges);
+    }
+    Q_EMIT isPresentedChanged();
+}
+
+QCoro::Task<> PanelModel::readQueryText(qint64 changeCount)
+{
+    const QPointer<PanelModel> self(this);
+    const quint64 generation = ++m_pasteGeneration;
+    const auto text =
+        co_await m_dependencies.pasteboard.read(changeCount, Flavour::plainText, pasteByteLimit);
+    if (!self || generation != m_pasteGeneration || text.status != ReadStatus::read) {
+        co_return;
+    }
+    if (const QString line = firstLine(text.value); !line.isEmpty()) {
+        Q_EMIT queryTextPasted(line);
+    }
+}
+
+bool PanelModel::select(int row)
+{
+    const Clip* const clip = m_clips.clip(row);
+    if (clip != nullptr) {
+        m_dependencies.model.setSelectedID(clip->id);
+    }
+    return clip != nullptr;
+}
+
+} // namespace tessly

@@ -6,7 +6,40 @@
 #include <QObject>
 #include <QVariantList>
 
+#include <memory>
+
 namespace tessly {
+
+/// One chip of the panel's filter bar.
+struct PanelFilter
+{
+    Q_GADGET
+    /// The kind's raw value; empty for all kinds.
+    Q_PROPERTY(QString kind MEMBER kind CONSTANT)
+    Q_PROPERTY(QString title MEMBER title CONSTANT)
+    Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
+
+public:
+    QString kind;
+    QString title;
+    QString symbol;
+};
+
+/// One hint of the panel's footer.
+struct PanelHint
+{
+    Q_GADGET
+    /// One key cap each.
+    Q_PROPERTY(QStringList keys MEMBER keys CONSTANT)
+    /// All of them under their names on this keyboard: "Shift+Return".
+    Q_PROPERTY(QString keyNames MEMBER keyNames CONSTANT)
+    Q_PROPERTY(QString title MEMBER title CONSTANT)
+
+public:
+    QStringList keys;
+    QString keyNames;
+    QString title;
+};
 
 /// The face that the model shows to the QML panel: the same state in types that QML binds to, and
 /// the panel's actions. Decides nothing of its own. Main thread only.
@@ -15,11 +48,15 @@ class PanelModel final : public QObject
     Q_OBJECT
     Q_PROPERTY(QAbstractItemModel* clips READ clips CONSTANT)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
-    /// One entry a chip: title, symbol, and the kind's raw value ("" for all).
+    /// PanelFilter, in the order of the chips.
     Q_PROPERTY(QVariantList filters READ filters CONSTANT)
+    /// PanelHint, in the order of the footer.
+    Q_PROPERTY(QVariantList hints READ hints CONSTANT)
+    /// The kind's raw value; empty for all kinds.
     Q_PROPERTY(QString selectedKind READ selectedKind NOTIFY selectedKindChanged)
     /// Row of the selected clip, -1 if none is selected.
     Q_PROPERTY(int selectedRow READ selectedRow NOTIFY selectedRowChanged)
+    Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY isEmptyChanged)
     Q_PROPERTY(bool isPresented READ isPresented NOTIFY isPresentedChanged)
     Q_PROPERTY(bool isPaused READ isPaused NOTIFY isPausedChanged)
     Q_PROPERTY(bool hasBanner READ hasBanner NOTIFY bannerChanged)
@@ -30,15 +67,31 @@ class PanelModel final : public QObject
     Q_PROPERTY(QString itemCount READ itemCount NOTIFY itemCountChanged)
 
 public:
-    PanelModel(AppModel& model, Clock& clock, QObject* parent = nullptr);
+    /// All of it must outlive this.
+    struct Dependencies
+    {
+        AppModel& model;
+        Pasteboard& pasteboard;
+        Clock& clock;
+    };
+
+    /// How much of the clipboard is read for the search field, in bytes, and how much of that is
+    /// put in, in UTF-16 units.
+    static constexpr qint64 pasteByteLimit = 64 * 1024;
+    static constexpr qsizetype pasteLength = 500;
+
+    explicit PanelModel(Dependencies dependencies, QObject* parent = nullptr);
+    ~PanelModel() override;
 
     [[nodiscard]] QAbstractItemModel* clips();
     [[nodiscard]] QString query() const;
     /// The user typed: searches after a pause.
     void setQuery(const QString& query);
     [[nodiscard]] QVariantList filters() const;
+    [[nodiscard]] QVariantList hints() const;
     [[nodiscard]] QString selectedKind() const;
-    [[nodiscard]] int selectedRow() const;
+    [[nodiscard]] int selectedRow() const { return m_selectedRow; }
+    [[nodiscard]] bool isEmpty() const { return m_isEmpty; }
     [[nodiscard]] bool isPresented() const;
     [[nodiscard]] bool isPaused() const;
     [[nodiscard]] bool hasBanner() const;
@@ -46,8 +99,9 @@ public:
     [[nodiscard]] QString bannerKind() const;
     [[nodiscard]] QString itemCount() const;
 
-    /// `rawValue` of the kind, "" for all.
+    /// `rawValue` of the kind, empty for all.
     Q_INVOKABLE void chooseKind(const QString& rawValue);
+    /// The pointer came upon a row.
     Q_INVOKABLE void selectRow(int row);
     /// A click on a row.
     Q_INVOKABLE void activateRow(int row);
@@ -58,20 +112,41 @@ public:
     Q_INVOKABLE void dismissBanner();
     /// Closes the panel and asks for the settings window.
     Q_INVOKABLE void openSettings();
+    /// Reads the clipboard's text for the search field; its first line arrives as
+    /// `queryTextPasted`, unless the panel is closed meanwhile. The toolkit's own way of pasting
+    /// waits for the clipboard's owner.
+    Q_INVOKABLE void pasteIntoQuery();
+    /// Copies a piece of the search field; false if that failed.
+    Q_INVOKABLE bool copyQueryText(const QString& text);
 
 Q_SIGNALS:
     void queryChanged();
     void selectedKindChanged();
     void selectedRowChanged();
+    void isEmptyChanged();
     void isPresentedChanged();
     void isPausedChanged();
     void bannerChanged();
     void itemCountChanged();
+    /// Text for the search field, at its cursor.
+    void queryTextPasted(const QString& text);
     void settingsRequested();
 
 private:
-    AppModel& m_model;
+    void updateClips();
+    void updateSelectedRow();
+    void updateShortcuts();
+    void updatePresentation();
+    QCoro::Task<> readQueryText(qint64 changeCount);
+    bool select(int row);
+
+    Dependencies m_dependencies;
     ClipListModel m_clips;
+    int m_selectedRow = -1;
+    bool m_isEmpty = true;
+    std::unique_ptr<Clock::Timer> m_ageTimer;
+    /// Counts openings and pastes, to tell whether an answer from the pasteboard is still wanted.
+    quint64 m_pasteGeneration = 0;
 };
 
 } // namespace tessly

@@ -11,7 +11,8 @@ namespace tessly {
 class PanelView
 {
 public:
-    /// What the window tells its controller, from the event loop.
+    /// What the window tells its controller: `didClose` also from inside `close`, the others from
+    /// the event loop only.
     struct Events
     {
         /// A key press while the panel's window has the keyboard; true if it was consumed, and the
@@ -35,7 +36,7 @@ public:
     virtual void show(const QRect& anchor) = 0;
     /// Brings the window to the front and gives it the keyboard.
     virtual void activate() = 0;
-    /// Closes the window, which ends in `didClose`.
+    /// Closes the window, which ends in `didClose`. May be called from inside an event.
     virtual void close() = 0;
 };
 

@@ -1,1 +1,209 @@
 #include "Presentation.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QStringList>
+
+#include <unicode/reldatefmt.h>
+#include <unicode/unistr.h>
+
+#include <cmath>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+struct Age
+{
+    /// Negative in the past.
+    double value = 0;
+    URelativeDateTimeUnit unit = UDAT_REL_UNIT_SECOND;
+};
+
+/// Whole months from one day to a later one.
+int monthsBetween(QDate earlier, QDate later)
+{
+    const int months = (later.year() - earlier.year()) * 12 + later.month() - earlier.month();
+    // The last day of a shorter month completes one that began on the 29th to the 31st.
+    return earlier.addMonths(months) > later ? months - 1 : months;
+}
+
+QDate localDay(double seconds)
+{
+    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(std::floor(seconds))).date();
+}
+
+Age ageOf(double then, double now)
+{
+    constexpr double minute = 60;
+    constexpr double hour = 60 * minute;
+    constexpr double day = 24 * hour;
+
+    const double seconds = std::abs(now - then);
+    const double sign = then < now ? -1 : 1;
+    const auto in = [sign](double count, URelativeDateTimeUnit unit) {
+        return Age{std::floor(count) * sign, unit};
+    };
+    if (seconds < minute) {
+        return in(seconds, UDAT_REL_UNIT_SECOND);
+    }
+    if (seconds < hour) {
+        return in(seconds / minute, UDAT_REL_UNIT_MINUTE);
+    }
+    if (seconds < day) {
+        return in(seconds / hour, UDAT_REL_UNIT_HOUR);
+    }
+    // From here on it is dates that count: what was copied on Monday is two days old all Wednesday.
+    const QDate earlier = localDay(std::min(then, now));
+    const QDate later = localDay(std::max(then, now));
+    if (const int months = monthsBetween(earlier, later); months >= 12) {
+        return in(months / 12, UDAT_REL_UNIT_YEAR);
+    } else if (months >= 1) {
+        return in(months, UDAT_REL_UNIT_MONTH);
+    }
+    const auto days = static_cast<double>(earlier.daysTo(later));
+    if (days >= 7) {
+        return in(days / 7, UDAT_REL_UNIT_WEEK);
+    }
+    return in(days, UDAT_REL_UNIT_DAY);
+}
+
+/// Null if ICU has no data for it at all.
+const icu::RelativeDateTimeFormatter* formatter()
+{
+    // Costly to make, cheap to use, and the language does not change while a program runs.
+    static const auto shared = []() -> std::unique_ptr<icu::RelativeDateTimeFormatter> {
+        UErrorCode status = U_ZERO_ERROR;
+        auto made = std::make_unique<icu::RelativeDateTimeFormatter>(
+            icu::Locale::getDefault(), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE,
+            status);
+        return U_SUCCESS(status) ? std::move(made) : nullptr;
+    }();
+    return shared.get();
+}
+
+bool changesDirection(QChar character)
+{
+    const char16_t code = character.unicode();
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+} // namespace
+
+QString kindTitle(ClipKind kind)
+{
+    switch (kind) {
+    case ClipKind::text:
+        return u"Text"_s;
+    case ClipKind::richText:
+        return u"Rich Text"_s;
+    case ClipKind::image:
+        return u"Image"_s;
+    case ClipKind::files:
+        return u"Files"_s;
+    case ClipKind::link:
+        return u"Link"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString kindSymbol(ClipKind kind)
+{
+    switch (kind) {
+    case ClipKind::text:
+        return u"text.alignleft"_s;
+    case ClipKind::richText:
+        return u"textformat"_s;
+    case ClipKind::image:
+        return u"photo"_s;
+    case ClipKind::files:
+        return u"doc.on.doc"_s;
+    case ClipKind::link:
+        return u"link"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString displayLine(const QString& text)
+{
+    QString line;
+    line.reserve(text.size());
+    for (const QChar character : text) {
+        if (changesDirection(character)) {
+            continue;
+        }
+        const bool isBlank = character.category() == QChar::Other_Control || character.isSpace();
+        line.append(isBlank ? u' ' : character);
+    }
+    return line;
+}
+
+QString relativeDate(double then, double now)
+{
+    const auto* const format = formatter();
+    if (format == nullptr) {
+        return {};
+    }
+    const Age age = ageOf(then, now);
+    icu::UnicodeString text;
+    UErrorCode status = U_ZERO_ERROR;
+    format->format(age.value, age.unit, text, status);
+    if (U_FAILURE(status)) {
+        return {};
+    }
+    return QStringView(text.getBuffer(), text.length()).toString();
+}
+
+QString metadataLine(const Clip& clip, double now)
+{
+    QStringList pieces{kindTitle(clip.payload.kind())};
+    if (clip.sourceAppName && !clip.sourceAppName->isEmpty()) {
+        pieces.append(*clip.sourceAppName);
+    }
+    if (const QString age = relativeDate(clip.lastUsedAt, now); !age.isEmpty()) {
+        pieces.append(age);
+    }
+    if (clip.copyCount >= 2) {
+        pieces.append(u"copied %1×"_s.arg(clip.copyCount));
+    }
+    return pieces.join(u" • "_s);
+}
+
+QString shortcutLabel(int position)
+{
+    return u"⌥⇧"_s + QString::number(position % 10);
+}
+
+QString keyNames(const QString& label)
+{
+    QStringList names;
+    for (const QChar key : label) {
+        switch (key.unicode()) {
+        case u'⌘':
+            names.append(u"Ctrl"_s);
+            break;
+        case u'⌥':
+            names.append(u"Alt"_s);
+            break;
+        case u'⇧':
+            names.append(u"Shift"_s);
+            break;
+        case u'↩':
+            names.append(u"Return"_s);
+            break;
+        default:
+            names.append(key);
+        }
+    }
+    return names.join(u'+');
+}
+
+QString itemCount(qint64 items)
+{
+    return u"%1 items"_s.arg(items);
+}
+
+} // namespace tessly

@@ -1,1 +1,180 @@
 #include "QuickPastePanelController.h"
+
+#include "PanelKeyMap.h"
+
+#include <QPointer>
+
+#include <utility>
+
+namespace tessly {
+
+QuickPastePanelController::QuickPastePanelController(
+    Dependencies dependencies, AnchorProvider anchorProvider, ViewFactory viewFactory,
+    KeepsOpen keepsOpen, QObject* parent)
+    : QObject(parent)
+    , m_dependencies(dependencies)
+    , m_anchorProvider(std::move(anchorProvider))
+    , m_viewFactory(std::move(viewFactory))
+    , m_keepsOpen(keepsOpen)
+{
+    const QPointer<QuickPastePanelController> self(this);
+    m_dependencies.model.closePanel = [self] {
+        if (self) {
+            self->close();
+        }
+    };
+    m_dependencies.model.showPanel = [self] {
+        if (self) {
+            self->show();
+        }
+    };
+}
+
+QuickPastePanelController::~QuickPastePanelController() = default;
+
+void QuickPastePanelController::show()
+{
+    if (isShown()) {
+        return;
+    }
+    const auto anchor = m_anchorProvider();
+    if (!anchor) {
+        return;
+    }
+    AppModel& model = m_dependencies.model;
+    m_targetApplication = m_dependencies.workspace.frontmostApplication();
+    if (m_targetApplication && m_targetApplication->bundleIdentifier() == ownBundleIdentifier) {
+        m_targetApplication.reset();
+    }
+    model.setCurrentTargetApplication(m_targetApplication);
+    model.setQuery({});
+    model.setPanelPresented(true);
+    model.reload(AppModel::Debounce::no);
+
+    makeView();
+    if (m_view) {
+        m_view->show(*anchor);
+    }
+    if (!isShown()) {
+        presentationDidEnd();
+        return;
+    }
+    if (m_keepsOpen == KeepsOpen::no) {
+        installEventMonitors();
+    }
+    m_view->activate();
+}
+
+void QuickPastePanelController::close()
+{
+    if (isShown()) {
+        m_view->close();
+    } else {
+        presentationDidEnd();
+    }
+}
+
+bool QuickPastePanelController::isShown() const
+{
+    return m_view && m_view->isShown();
+}
+
+void QuickPastePanelController::makeView()
+{
+    if (m_view) {
+        return;
+    }
+    m_view = m_viewFactory();
+    if (!m_view) {
+        return;
+    }
+    const QPointer<QuickPastePanelController> self(this);
+    m_view->setEvents({
+        .keyPressed =
+            [self](int key, Qt::KeyboardModifiers modifiers) {
+                return self && self->m_isWatching && self->isShown() &&
+                       self->handleKeyEvent(key, modifiers);
+            },
+        .resignedKey =
+            [self] {
+                if (self && self->m_isWatching) {
+                    self->close();
+                }
+            },
+        .didClose =
+            [self] {
+                if (self) {
+                    self->presentationDidEnd();
+                }
+            },
+    });
+}
+
+void QuickPastePanelController::installEventMonitors()
+{
+    m_isWatching = true;
+    if (!m_outsideClickWatch) {
+        // Closing ends the watch that is calling: it is closed from the event loop instead.
+        m_outsideClickWatch = m_dependencies.outsideClicks.watch([self = QPointer(this)] {
+            if (self) {
+                QMetaObject::invokeMethod(
+                    self, &QuickPastePanelController::closeIfWatching, Qt::QueuedConnection);
+            }
+        });
+    }
+}
+
+void QuickPastePanelController::closeIfWatching()
+{
+    // The panel that was clicked beside may have gone since, by other ways.
+    if (m_isWatching) {
+        close();
+    }
+}
+
+bool QuickPastePanelController::handleKeyEvent(int key, Qt::KeyboardModifiers modifiers)
+{
+    const auto action = panelAction(key, modifiers);
+    if (!action) {
+        return false;
+    }
+    AppModel& model = m_dependencies.model;
+    const auto paste = [&](AppModel::PasteStyle style) {
+        if (const Clip* const clip = model.selectedClip(); clip != nullptr) {
+            model.paste(*clip, style, m_targetApplication);
+        }
+    };
+    switch (*action) {
+    case PanelAction::selectPrevious:
+        model.selectPrevious();
+        break;
+    case PanelAction::selectNext:
+        model.selectNext();
+        break;
+    case PanelAction::paste:
+        paste(AppModel::PasteStyle::original);
+        break;
+    case PanelAction::pastePlainText:
+        paste(AppModel::PasteStyle::plainTextOnly);
+        break;
+    case PanelAction::close:
+        close();
+        break;
+    case PanelAction::togglePin:
+        model.togglePin();
+        break;
+    case PanelAction::deleteSelected:
+        model.deleteSelected();
+        break;
+    }
+    return true;
+}
+
+void QuickPastePanelController::presentationDidEnd()
+{
+    m_isWatching = false;
+    m_outsideClickWatch.reset();
+    m_dependencies.model.setPanelPresented(false);
+}
+
+} // namespace tessly

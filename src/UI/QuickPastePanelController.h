@@ -36,25 +36,31 @@ public:
         OutsideClickMonitor& outsideClicks;
     };
 
-    QuickPastePanelController(Dependencies dependencies, AnchorProvider anchorProvider,
-                              ViewFactory viewFactory, KeepsOpen keepsOpen,
-                              QObject* parent = nullptr);
+    QuickPastePanelController(
+        Dependencies dependencies, AnchorProvider anchorProvider, ViewFactory viewFactory,
+        KeepsOpen keepsOpen, QObject* parent = nullptr);
     ~QuickPastePanelController() override;
 
+    /// Nothing happens if the panel is up, or if there is no place for it.
     void show();
     void close();
     [[nodiscard]] bool isShown() const;
 
 private:
+    void makeView();
+    void installEventMonitors();
+    void closeIfWatching();
     bool handleKeyEvent(int key, Qt::KeyboardModifiers modifiers);
     void presentationDidEnd();
-    void installEventMonitors();
 
     Dependencies m_dependencies;
     AnchorProvider m_anchorProvider;
     ViewFactory m_viewFactory;
     KeepsOpen m_keepsOpen;
     std::unique_ptr<PanelView> m_view;
+    /// Whether keys are handled and clicks and lost focus close the panel: while it is up, unless
+    /// it is kept open.
+    bool m_isWatching = false;
     std::unique_ptr<OutsideClickMonitor::Watch> m_outsideClickWatch;
     std::shared_ptr<RunningApplication> m_targetApplication;
 };

@@ -1,0 +1,109 @@
+#include "PanelKeyMap.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace tessly {
+namespace {
+
+using Modifiers = Qt::KeyboardModifiers;
+
+const Modifiers none = Qt::NoModifier;
+const Modifiers shift = Qt::ShiftModifier;
+const Modifiers ctrl = Qt::ControlModifier;
+const Modifiers alt = Qt::AltModifier;
+const Modifiers meta = Qt::MetaModifier;
+const Modifiers keypad = Qt::KeypadModifier;
+
+const std::vector<Modifiers> combinations = {
+    none,
+    shift,
+    ctrl,
+    alt,
+    meta,
+    shift | ctrl,
+    shift | alt,
+    ctrl | alt,
+    alt | meta,
+    shift | meta,
+    ctrl | meta,
+    keypad,
+    shift | keypad,
+    ctrl | keypad,
+    shift | ctrl | alt | meta,
+    Qt::GroupSwitchModifier,
+};
+
+TEST(PanelKeyMap, arrowsMoveTheSelectionWhateverIsHeld)
+{
+    for (const Modifiers modifiers : combinations) {
+        EXPECT_EQ(panelAction(Qt::Key_Up, modifiers), PanelAction::selectPrevious) << modifiers;
+        EXPECT_EQ(panelAction(Qt::Key_Down, modifiers), PanelAction::selectNext) << modifiers;
+    }
+}
+
+TEST(PanelKeyMap, returnPastes)
+{
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
+        EXPECT_EQ(panelAction(key, none), PanelAction::paste);
+        EXPECT_EQ(panelAction(key, keypad), PanelAction::paste);
+    }
+}
+
+TEST(PanelKeyMap, onlyShiftAlonePastesPlainText)
+{
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
+        EXPECT_EQ(panelAction(key, shift), PanelAction::pastePlainText);
+        EXPECT_EQ(panelAction(key, shift | keypad), PanelAction::pastePlainText);
+        EXPECT_EQ(panelAction(key, shift | Qt::GroupSwitchModifier), PanelAction::pastePlainText);
+        for (const Modifiers modifiers :
+             {ctrl, alt, meta, shift | alt, shift | ctrl, shift | meta, ctrl | alt}) {
+            EXPECT_EQ(panelAction(key, modifiers), PanelAction::paste) << modifiers;
+        }
+    }
+}
+
+TEST(PanelKeyMap, escapeClosesWhateverIsHeld)
+{
+    for (const Modifiers modifiers : combinations) {
+        EXPECT_EQ(panelAction(Qt::Key_Escape, modifiers), PanelAction::close) << modifiers;
+    }
+}
+
+TEST(PanelKeyMap, pWithCtrlAloneTogglesThePin)
+{
+    for (const Modifiers modifiers : combinations) {
+        const bool isCtrlAlone = modifiers == ctrl || modifiers == (ctrl | keypad);
+        EXPECT_EQ(
+            panelAction(Qt::Key_P, modifiers),
+            isCtrlAlone ? std::optional(PanelAction::togglePin) : std::nullopt)
+            << modifiers;
+    }
+}
+
+TEST(PanelKeyMap, backspaceWithCtrlAloneDeletes)
+{
+    for (const Modifiers modifiers : combinations) {
+        const bool isCtrlAlone = modifiers == ctrl || modifiers == (ctrl | keypad);
+        EXPECT_EQ(
+            panelAction(Qt::Key_Backspace, modifiers),
+            isCtrlAlone ? std::optional(PanelAction::deleteSelected) : std::nullopt)
+            << modifiers;
+    }
+}
+
+TEST(PanelKeyMap, everyOtherKeyIsLeftToTheSearchField)
+{
+    for (const int key :
+         {Qt::Key_A, Qt::Key_V, Qt::Key_0, Qt::Key_9, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Left,
+          Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown,
+          Qt::Key_Delete, Qt::Key_F1, Qt::Key_CapsLock, Qt::Key_Shift, Qt::Key_unknown}) {
+        for (const Modifiers modifiers : combinations) {
+            EXPECT_EQ(panelAction(key, modifiers), std::nullopt) << key << ' ' << modifiers;
+        }
+    }
+}
+
+} // namespace
+} // namespace tessly
