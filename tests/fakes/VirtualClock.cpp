@@ -1,6 +1,7 @@
 #include "VirtualClock.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 
 #include <algorithm>
 #include <utility>
@@ -13,8 +14,8 @@ constexpr double epoch = 1'700'000'000;
 
 void processQtEvents()
 {
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
+    // With a time limit, Qt goes on until there is nothing left to do.
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 1000);
 }
 
 } // namespace
