@@ -6,10 +6,13 @@
 #include "Pasteboard.h"
 #include "RunningApplication.h"
 
+#include <QCoroTask>
 #include <QObject>
+#include <QPointer>
 #include <QUrl>
 
 #include <functional>
+#include <map>
 #include <memory>
 
 namespace tessly {
@@ -40,17 +43,20 @@ public:
     /// The page of the system's settings that grants automatic paste.
     static const QUrl automaticPasteSettingsURL;
 
-    /// Questions to the desktop, replaceable one by one.
+    /// Questions to the desktop, replaceable one by one: the first two are put to the poster of
+    /// keys where none is given; without the third no settings page opens.
     struct Hooks
     {
-        std::function<bool()> checkAutomaticPasteAccess;
-        std::function<bool()> requestAutomaticPasteAccess;
-        std::function<bool(const QUrl&)> openSettingsURL;
+        std::function<bool()> checkAutomaticPasteAccess = {};
+        std::function<bool()> requestAutomaticPasteAccess = {};
+        std::function<bool(const QUrl&)> openSettingsURL = {};
     };
 
     /// All references must outlive the service.
-    PasteService(Pasteboard& pasteboard, KeyEventPoster& keys, Clock& clock, Hooks hooks,
-                 QObject* parent = nullptr);
+    PasteService(
+        Pasteboard& pasteboard, KeyEventPoster& keys, Clock& clock, Hooks hooks,
+        QObject* parent = nullptr);
+    ~PasteService() override;
 
     [[nodiscard]] bool checkAutomaticPasteAccess() const;
     [[nodiscard]] bool requestAutomaticPasteAccess() const;
@@ -62,16 +68,21 @@ public:
 
     /// Waits until `target` is in front, asking it to come at most `attemptsRemaining` times, then
     /// presses its paste keys. `completion` is called once, unless the service goes before.
-    void pasteWhenTargetIsReady(std::shared_ptr<RunningApplication> target, int attemptsRemaining,
-                                Completion completion);
+    void pasteWhenTargetIsReady(
+        std::shared_ptr<RunningApplication> target, int attemptsRemaining, Completion completion);
 
 private:
-    void postCommandV(std::shared_ptr<RunningApplication> target, Completion completion);
+    void after(Clock::Duration delay, std::function<void()> step);
+    static QCoro::Task<> postCommandV(
+        QPointer<PasteService> self, std::shared_ptr<RunningApplication> target,
+        Completion completion);
 
     Pasteboard& m_pasteboard;
     KeyEventPoster& m_keys;
     Clock& m_clock;
     Hooks m_hooks;
+    quint64 m_nextWait = 0;
+    std::map<quint64, std::unique_ptr<Clock::Timer>> m_waits;
 };
 
 } // namespace tessly
