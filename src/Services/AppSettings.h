@@ -15,17 +15,19 @@ class AppSettings final : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(qint64 maxHistory READ maxHistory WRITE setMaxHistory NOTIFY maxHistoryChanged)
-    Q_PROPERTY(bool captureImages READ captureImages WRITE setCaptureImages NOTIFY captureImagesChanged)
+    Q_PROPERTY(
+        bool captureImages READ captureImages WRITE setCaptureImages NOTIFY captureImagesChanged)
     Q_PROPERTY(bool captureFiles READ captureFiles WRITE setCaptureFiles NOTIFY captureFilesChanged)
-    Q_PROPERTY(qint64 maxItemSizeMB READ maxItemSizeMB WRITE setMaxItemSizeMB NOTIFY maxItemSizeMBChanged)
+    Q_PROPERTY(
+        qint64 maxItemSizeMB READ maxItemSizeMB WRITE setMaxItemSizeMB NOTIFY maxItemSizeMBChanged)
     Q_PROPERTY(QString ignoredBundleIDsText READ ignoredBundleIDsText WRITE setIgnoredBundleIDsText
                    NOTIFY ignoredBundleIDsTextChanged)
     Q_PROPERTY(bool directPasteShortcuts READ directPasteShortcuts WRITE setDirectPasteShortcuts
                    NOTIFY directPasteShortcutsChanged)
-    Q_PROPERTY(bool moveUsedItemsToTop READ moveUsedItemsToTop WRITE setMoveUsedItemsToTop
-                   NOTIFY moveUsedItemsToTopChanged)
-    Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding WRITE setHasCompletedOnboarding
-                   NOTIFY hasCompletedOnboardingChanged)
+    Q_PROPERTY(bool moveUsedItemsToTop READ moveUsedItemsToTop WRITE setMoveUsedItemsToTop NOTIFY
+                   moveUsedItemsToTopChanged)
+    Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding WRITE
+                   setHasCompletedOnboarding NOTIFY hasCompletedOnboardingChanged)
 
 public:
     /// `defaults` must outlive the settings.
