@@ -6,7 +6,12 @@
 #include <QEventLoop>
 
 #include <chrono>
+#include <exception>
 #include <functional>
+#include <optional>
+#include <type_traits>
+#include <utility>
+#include <variant>
 
 namespace tessly::test {
 
@@ -27,9 +32,37 @@ template <typename Condition>
 }
 
 /// The result of a task, with the event loop running meanwhile; throws what the task threw.
+// QCoro's own waitFor never returns from a task that throws.
 template <typename Result> Result await(QCoro::Task<Result>&& task)
 {
-    return QCoro::waitFor(std::move(task));
+    QEventLoop loop;
+    bool isDone = false;
+    std::exception_ptr error;
+    std::conditional_t<std::is_void_v<Result>, std::monostate, std::optional<Result>> result;
+    const auto run = [&]() -> QCoro::Task<void> {
+        try {
+            if constexpr (std::is_void_v<Result>) {
+                co_await task;
+            } else {
+                result.emplace(co_await task);
+            }
+        } catch (...) {
+            error = std::current_exception();
+        }
+        isDone = true;
+        loop.quit();
+    };
+    // Names what is captured for as long as the coroutine runs.
+    const QCoro::Task<void> running = run();
+    if (!isDone) {
+        loop.exec();
+    }
+    if (error) {
+        std::rethrow_exception(error);
+    }
+    if constexpr (!std::is_void_v<Result>) {
+        return std::move(*result);
+    }
 }
 
 } // namespace tessly::test
