@@ -1,0 +1,81 @@
+#include "SQLiteConnection.h"
+
+#include "SQLiteError.h"
+
+#include <QFile>
+
+#include <sqlite3.h>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+// Often enough to end a scan within a fraction of a millisecond, seldom enough to cost nothing.
+constexpr int instructionsBetweenLooks = 1000;
+
+} // namespace
+
+void SQLiteConnection::Close::operator()(sqlite3* handle) const
+{
+    sqlite3_close(handle);
+}
+
+SQLiteConnection::SQLiteConnection(const QString& path)
+{
+    sqlite3* handle = nullptr;
+    const int result = sqlite3_open_v2(
+        QFile::encodeName(path).constData(), &handle,
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
+    m_handle.reset(handle);
+    if (result != SQLITE_OK) {
+        const QString message = handle != nullptr ? errorMessage() : QString();
+        throw SQLiteError(message.isEmpty() ? u"Unknown SQLite error"_s : message);
+    }
+}
+
+void SQLiteConnection::setBusyTimeout(std::chrono::milliseconds timeout)
+{
+    sqlite3_busy_timeout(m_handle.get(), static_cast<int>(timeout.count()));
+}
+
+void SQLiteConnection::execute(const char* sql)
+{
+    char* text = nullptr;
+    const int result = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, &text);
+    const std::unique_ptr<char, decltype(&sqlite3_free)> message(text, sqlite3_free);
+    if (result != SQLITE_OK) {
+        throw SQLiteError(message ? QString::fromUtf8(message.get()) : errorMessage());
+    }
+}
+
+QString SQLiteConnection::errorMessage() const
+{
+    return QString::fromUtf8(sqlite3_errmsg(m_handle.get()));
+}
+
+bool SQLiteConnection::isInTransaction() const
+{
+    return sqlite3_get_autocommit(m_handle.get()) == 0;
+}
+
+SQLiteConnection::StopWatch::StopWatch(
+    SQLiteConnection& connection, std::function<bool()> isStopped)
+    : m_connection(connection)
+    , m_isStopped(std::move(isStopped))
+{
+    const auto look = [](void* watch) {
+        return static_cast<StopWatch*>(watch)->m_isStopped() ? 1 : 0;
+    };
+    sqlite3_progress_handler(m_connection.handle(), instructionsBetweenLooks, look, this);
+}
+
+SQLiteConnection::StopWatch::~StopWatch()
+{
+    sqlite3_progress_handler(m_connection.handle(), 0, nullptr, nullptr);
+}
+
+} // namespace tessly

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+struct sqlite3;
+
+namespace tessly {
+
+/// One open SQLite database. Any thread may use it, one at a time. Statements must go before it.
+class SQLiteConnection
+{
+public:
+    /// Opens the file for reading and writing and creates it if there is none. Throws SQLiteError
+    /// with the message "Unknown SQLite error" where SQLite has no words of its own.
+    explicit SQLiteConnection(const QString& path);
+
+    /// How long a call waits for a lock that another process holds.
+    void setBusyTimeout(std::chrono::milliseconds timeout);
+
+    /// Runs one or more statements to their ends. Throws SQLiteError.
+    void execute(const char* sql);
+
+    /// What SQLite says about the last call that failed.
+    [[nodiscard]] QString errorMessage() const;
+
+    [[nodiscard]] bool isInTransaction() const;
+
+    [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
+
+    /// While it lives, every running statement asks `isStopped` now and then, and ends with the
+    /// error "interrupted" once it says yes.
+    class StopWatch
+    {
+    public:
+        StopWatch(SQLiteConnection& connection, std::function<bool()> isStopped);
+        ~StopWatch();
+        StopWatch(const StopWatch&) = delete;
+        StopWatch& operator=(const StopWatch&) = delete;
+
+    private:
+        SQLiteConnection& m_connection;
+        std::function<bool()> m_isStopped;
+    };
+
+private:
+    struct Close
+    {
+        void operator()(sqlite3* handle) const;
+    };
+    std::unique_ptr<sqlite3, Close> m_handle;
+};
+
+} // namespace tessly
