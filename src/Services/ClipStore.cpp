@@ -1,1 +1,73 @@
 #include "ClipStore.h"
+
+#include "ClipDatabase.h"
+
+#include <utility>
+
+namespace tessly {
+
+ClipStore::ClipStore(const QString& databasePath, Now now, std::unique_ptr<Executor> executor)
+    : m_database(std::make_unique<ClipDatabase>(databasePath, std::move(now)))
+    , m_actor(std::move(executor))
+{
+}
+
+ClipStore::~ClipStore() = default;
+
+bool ClipStore::ftsAvailable() const
+{
+    return m_database->ftsAvailable();
+}
+
+QCoro::Task<std::vector<Clip>> ClipStore::search(
+    QString query, std::optional<ClipKind> kind, qint64 limit, std::vector<Clip> held,
+    std::stop_token stop)
+{
+    return m_actor.run(
+        [&database = *m_database, query = std::move(query), kind, limit, held = std::move(held),
+         stop = std::move(stop)] { return database.search(query, kind, limit, held, stop); });
+}
+
+QCoro::Task<Clip> ClipStore::save(
+    ClipPayload payload, std::optional<QString> sourceAppName,
+    std::optional<QString> sourceBundleID, qint64 maximumHistory)
+{
+    return m_actor.run([&database = *m_database, payload = std::move(payload),
+                        sourceAppName = std::move(sourceAppName),
+                        sourceBundleID = std::move(sourceBundleID), maximumHistory] {
+        return database.save(payload, sourceAppName, sourceBundleID, maximumHistory);
+    });
+}
+
+QCoro::Task<void> ClipStore::setPinned(bool pinned, QUuid id)
+{
+    return m_actor.run([&database = *m_database, pinned, id] { database.setPinned(pinned, id); });
+}
+
+QCoro::Task<void> ClipStore::markUsed(QUuid id, bool moveToTop)
+{
+    return m_actor.run(
+        [&database = *m_database, id, moveToTop] { database.markUsed(id, moveToTop); });
+}
+
+QCoro::Task<void> ClipStore::remove(QUuid id)
+{
+    return m_actor.run([&database = *m_database, id] { database.remove(id); });
+}
+
+QCoro::Task<void> ClipStore::clear(bool includePinned)
+{
+    return m_actor.run([&database = *m_database, includePinned] { database.clear(includePinned); });
+}
+
+QCoro::Task<void> ClipStore::trimHistory(qint64 maximum)
+{
+    return m_actor.run([&database = *m_database, maximum] { database.trimHistory(maximum); });
+}
+
+QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
+{
+    return m_actor.run([&database = *m_database] { return database.statistics(); });
+}
+
+} // namespace tessly

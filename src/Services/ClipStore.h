@@ -18,8 +18,8 @@ class ClipDatabase;
 
 /// The history on disk: the one SQLite connection, on a worker of its own, one operation at a time.
 ///
-/// Every operation is called on the main thread and awaited there; it throws ClipStoreError from the
-/// await. Operations run in the order of their calls. Destroying the store waits for what was
+/// Every operation is called on the main thread and awaited there; it throws ClipStoreError from
+/// the await. Operations run in the order of their calls. Destroying the store waits for what was
 /// called and closes the connection.
 class ClipStore
 {
@@ -49,17 +49,19 @@ public:
 
     /// The clips that match, in list order, `limit` at the most (negative: all).
     ///
-    /// `held` are clips that the caller has from earlier answers: the content of these is taken over
-    /// (shared, not copied) instead of being read again. A search whose `stop` is requested ends
-    /// early, also in the middle of a scan, and then throws `execute` with SQLite's "interrupted".
-    [[nodiscard]] QCoro::Task<std::vector<Clip>> search(QString query, std::optional<ClipKind> kind,
-                                                        qint64 limit, std::vector<Clip> held = {},
-                                                        std::stop_token stop = {});
+    /// `held` are clips that the caller has from earlier answers: the content of these is taken
+    /// over (shared, not copied) instead of being read again. A search whose `stop` is requested
+    /// ends early, also in the middle of a scan, and then throws `execute` with SQLite's
+    /// "interrupted".
+    [[nodiscard]] QCoro::Task<std::vector<Clip>> search(
+        QString query, std::optional<ClipKind> kind, qint64 limit, std::vector<Clip> held = {},
+        std::stop_token stop = {});
 
-    /// Stores a capture: a new entry, or one more use of the entry with the same content; then trims.
-    [[nodiscard]] QCoro::Task<Clip> save(ClipPayload payload, std::optional<QString> sourceAppName,
-                                         std::optional<QString> sourceBundleID,
-                                         qint64 maximumHistory);
+    /// Stores a capture: a new entry, or one more use of the entry with the same content; then
+    /// trims.
+    [[nodiscard]] QCoro::Task<Clip> save(
+        ClipPayload payload, std::optional<QString> sourceAppName,
+        std::optional<QString> sourceBundleID, qint64 maximumHistory);
     [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
     [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);

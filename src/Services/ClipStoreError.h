@@ -1,7 +1,9 @@
 #pragma once
 
-#include <exception>
+#include <QByteArray>
 #include <QString>
+
+#include <exception>
 
 namespace tessly {
 

@@ -1,0 +1,138 @@
+#include "ClipDatabase.h"
+
+#include "ClipSchema.h"
+#include "PrivateFiles.h"
+#include "SQLiteError.h"
+
+#include <chrono>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+// Another process holds a lock for a moment only; nobody else writes as a rule.
+constexpr std::chrono::milliseconds busyTimeout(3000);
+
+SQLiteConnection open(const QString& path)
+{
+    // Before SQLite, which would create the file for others to read. The companions get their
+    // rights from the file.
+    createPrivateFile(path);
+    try {
+        return SQLiteConnection(path);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+    }
+}
+
+} // namespace
+
+ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
+    : m_path(std::move(path))
+    , m_now(std::move(now))
+    , m_connection(open(m_path))
+{
+    m_connection.setBusyTimeout(busyTimeout);
+    // A file that is not ours to protect is still ours to use.
+    for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
+        makeFilePrivate(m_path + companion);
+    }
+    validateIntegrity();
+    prepareTables();
+    m_ftsAvailable = prepareFullText();
+    try {
+        execute("PRAGMA optimize;");
+    } catch (const ClipStoreError&) {
+        // It only serves speed.
+    }
+}
+
+void ClipDatabase::validateIntegrity()
+{
+    const auto corrupted = [](const QString& message) {
+        return ClipStoreError(ClipStoreError::Case::corruptedDatabase, message);
+    };
+    std::optional<SQLiteStatement> check;
+    try {
+        check.emplace(m_connection, "PRAGMA quick_check(1);");
+    } catch (const SQLiteError& error) {
+        throw corrupted(error.message());
+    }
+    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
+        throw corrupted(m_connection.errorMessage());
+    }
+    const QString verdict = QString::fromUtf8(check->bytes(0));
+    if (verdict.compare(u"ok", Qt::CaseInsensitive) != 0) {
+        throw corrupted(verdict);
+    }
+}
+
+void ClipDatabase::prepareTables()
+{
+    if (isNew()) {
+        execute(schema::newFile);
+    }
+    execute(schema::settingsAndTables);
+}
+
+bool ClipDatabase::isNew()
+{
+    ClipStatement pages = prepare("PRAGMA page_count;");
+    return pages.next("Could not read database size") && pages.row().integer(0) == 0;
+}
+
+bool ClipDatabase::prepareFullText()
+{
+    try {
+        // In one transaction: an index that was created and not filled would pass for a full one at
+        // the next opening.
+        return inTransaction(SQLiteTransaction::Mode::immediate, [this] {
+            const bool isFilled = tableExists("clips_fts");
+            execute(schema::fullText);
+            if (!isFilled) {
+                execute(schema::rebuildFullText);
+            }
+            return true;
+        });
+    } catch (const ClipStoreError&) {
+        // Searches do without the index.
+        return false;
+    }
+}
+
+bool ClipDatabase::tableExists(const QByteArray& name)
+{
+    std::optional<SQLiteStatement> query;
+    try {
+        query.emplace(
+            m_connection, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ? LIMIT 1;");
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::prepare, error.message());
+    }
+    if (!query->bindText(1, name)) {
+        throw ClipStoreError(ClipStoreError::Case::bind, u"Table name"_s);
+    }
+    switch (query->step()) {
+    case SQLiteStatement::Step::row:
+        return true;
+    case SQLiteStatement::Step::done:
+        return false;
+    case SQLiteStatement::Step::failed:
+        break;
+    }
+    throw ClipStoreError(ClipStoreError::Case::execute, m_connection.errorMessage());
+}
+
+void ClipDatabase::execute(const char* sql)
+{
+    try {
+        m_connection.execute(sql);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+    }
+}
+
+} // namespace tessly

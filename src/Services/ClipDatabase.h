@@ -1,0 +1,86 @@
+#pragma once
+
+#include "ClipStatement.h"
+#include "ClipStore.h"
+#include "SQLiteConnection.h"
+#include "SQLiteError.h"
+#include "SQLiteTransaction.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace tessly {
+
+/// The history database: what ClipStore does, as plain calls that return when it is done and throw
+/// ClipStoreError. One thread at a time.
+class ClipDatabase
+{
+public:
+    /// Opens or creates the database and checks that it is sound. When this throws, no connection
+    /// is left, so that the files can be moved.
+    ClipDatabase(QString path, ClipStore::Now now);
+
+    [[nodiscard]] bool ftsAvailable() const { return m_ftsAvailable; }
+
+    [[nodiscard]] std::vector<Clip> search(
+        const QString& query, std::optional<ClipKind> kind, qint64 limit,
+        const std::vector<Clip>& held = {}, const std::stop_token& stop = {});
+
+    Clip save(
+        const ClipPayload& payload, const std::optional<QString>& sourceAppName,
+        const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
+    void setPinned(bool pinned, QUuid id);
+    void markUsed(QUuid id, bool moveToTop);
+    void remove(QUuid id);
+    void clear(bool includePinned);
+    void trimHistory(qint64 maximum);
+    [[nodiscard]] ClipStore::Statistics statistics();
+
+private:
+    // Opening.
+    void validateIntegrity();
+    void prepareTables();
+    [[nodiscard]] bool isNew();
+    [[nodiscard]] bool prepareFullText();
+    [[nodiscard]] bool tableExists(const QByteArray& name);
+
+    // Reading.
+    [[nodiscard]] std::vector<qint64>
+    find(const QString& query, std::optional<ClipKind> kind, qint64 limit);
+    [[nodiscard]] std::vector<Clip>
+    read(const std::vector<qint64>& rows, const std::vector<Clip>& held);
+    [[nodiscard]] std::optional<Clip> clipWithHash(const QByteArray& hash);
+
+    // Writing.
+    Clip saveInCurrentTransaction(
+        const ClipPayload& payload, const std::optional<QString>& sourceAppName,
+        const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
+
+    void execute(const char* sql);
+    [[nodiscard]] ClipStatement prepare(const QByteArray& sql) { return {m_connection, sql}; }
+
+    /// Runs `body` in a transaction, which is rolled back if anything is thrown.
+    template <typename Body>
+    auto inTransaction(SQLiteTransaction::Mode mode, Body body)
+    {
+        try {
+            SQLiteTransaction transaction(m_connection, mode);
+            auto result = body();
+            transaction.commit();
+            return result;
+        } catch (const SQLiteError& error) {
+            throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+        }
+    }
+
+    QString m_path;
+    ClipStore::Now m_now;
+    SQLiteConnection m_connection;
+    bool m_ftsAvailable = false;
+};
+
+} // namespace tessly

@@ -1,0 +1,101 @@
+#include "ClipDatabase.h"
+
+#include "ClipDecoder.h"
+#include "ClipOrder.h"
+#include "ClipSearchQuery.h"
+#include "UnicodeText.h"
+
+#include <QHash>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+const char* const readFailure = "Could not read clipboard history";
+
+} // namespace
+
+std::vector<Clip> ClipDatabase::search(
+    const QString& query, std::optional<ClipKind> kind, qint64 limit, const std::vector<Clip>& held,
+    const std::stop_token& stop)
+{
+    if (stop.stop_requested()) {
+        throw ClipStoreError(
+            ClipStoreError::Case::execute, QLatin1StringView(readFailure) + u": interrupted"_s);
+    }
+    std::optional<SQLiteConnection::StopWatch> watch;
+    if (stop.stop_possible()) {
+        watch.emplace(m_connection, [&stop] { return stop.stop_requested(); });
+    }
+    const QString trimmedQuery = QString::fromUtf8(trimmed(query.toUtf8()));
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
+        return read(find(trimmedQuery, kind, limit), held);
+    });
+}
+
+std::vector<qint64>
+ClipDatabase::find(const QString& query, std::optional<ClipKind> kind, qint64 limit)
+{
+    const ClipOrder order(m_connection);
+    if (query.isEmpty()) {
+        return order.all(kind, limit);
+    }
+    if (m_ftsAvailable) {
+        ClipOrder::Rows rows = order.matching(ftsQuery(query), kind, limit);
+        if (!rows.empty()) {
+            return rows;
+        }
+    }
+    return order.like(likePattern(query), kind, limit);
+}
+
+std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std::vector<Clip>& held)
+{
+    // A clip's content never changes, so that what the caller has is as good as what is stored.
+    QHash<QUuid, const ClipPayload*> payloads;
+    for (const Clip& clip : held) {
+        payloads.insert(clip.id, &clip.payload);
+    }
+    ClipStatement identifier = prepare("SELECT id FROM clips WHERE rowid = ?;");
+    ClipStatement whole =
+        prepare(QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE rowid = ?;");
+    ClipStatement bookkeeping =
+        prepare(QByteArrayLiteral("SELECT") + bookkeepingColumns + " FROM clips WHERE rowid = ?;");
+    const auto find = [](ClipStatement& statement, qint64 row) {
+        statement.reset();
+        return statement.integer(1, row).next(readFailure);
+    };
+
+    std::vector<Clip> clips;
+    clips.reserve(rows.size());
+    for (const qint64 row : rows) {
+        const ClipPayload* payload = nullptr;
+        if (!payloads.isEmpty() && find(identifier, row)) {
+            payload = payloads.value(decodeID(identifier.row().bytes(0)));
+        }
+        ClipStatement& statement = payload != nullptr ? bookkeeping : whole;
+        if (!find(statement, row)) {
+            continue;
+        }
+        clips.push_back(
+            payload != nullptr ? decodeClip(statement.row(), *payload)
+                               : decodeClip(statement.row()));
+        // Made here, so that the thread that shows the list need not read megabytes.
+        (void)clips.back().payload.kind();
+        (void)clips.back().payload.previewLine();
+        statement.reset();
+    }
+    return clips;
+}
+
+std::optional<Clip> ClipDatabase::clipWithHash(const QByteArray& hash)
+{
+    ClipStatement statement = prepare(
+        QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE content_hash = ? LIMIT 1;");
+    statement.text(1, hash);
+    return statement.next(readFailure) ? std::optional(decodeClip(statement.row())) : std::nullopt;
+}
+
+} // namespace tessly

@@ -1,0 +1,190 @@
+#include "ClipDatabase.h"
+
+#include "ClipDecoder.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+const char* const writeFailure = "Could not update clipboard history";
+
+// Fewer would not fill the panel.
+constexpr qint64 smallestHistory = 10;
+
+qint64 sum(qint64 a, qint64 b)
+{
+    qint64 result = 0;
+    if (__builtin_add_overflow(a, b, &result)) {
+        qFatal("A size does not fit 64 bits");
+    }
+    return result;
+}
+
+} // namespace
+
+Clip ClipDatabase::save(
+    const ClipPayload& payload, const std::optional<QString>& sourceAppName,
+    const std::optional<QString>& sourceBundleID, qint64 maximumHistory)
+{
+    if (payload.isEmpty()) {
+        throw ClipStoreError(ClipStoreError::Case::decode, u"The clipboard item was empty."_s);
+    }
+    return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+        return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
+    });
+}
+
+Clip ClipDatabase::saveInCurrentTransaction(
+    const ClipPayload& payload, const std::optional<QString>& sourceAppName,
+    const std::optional<QString>& sourceBundleID, qint64 maximumHistory)
+{
+    const double now = m_now();
+    const QByteArray hash = payload.contentHash();
+
+    if (std::optional<Clip> known = clipWithHash(hash)) {
+        prepare(R"sql(UPDATE clips
+SET last_used_at = ?,
+    source_app_name = ?,
+    source_bundle_id = ?,
+    copy_count = copy_count + 1
+WHERE content_hash = ?;)sql")
+            .real(1, now)
+            .text(2, sourceAppName)
+            .text(3, sourceBundleID)
+            .text(4, hash)
+            .run(writeFailure);
+        trimHistory(maximumHistory);
+        known->lastUsedAt = now;
+        known->sourceAppName = sourceAppName;
+        known->sourceBundleID = sourceBundleID;
+        known->copyCount = sum(known->copyCount, 1);
+        return *known;
+    }
+
+    const Clip clip{
+        .id = QUuid::createUuid(),
+        .createdAt = now,
+        .lastUsedAt = now,
+        .payload = payload,
+        .sourceAppName = sourceAppName,
+        .sourceBundleID = sourceBundleID,
+        .isPinned = false,
+        .pinOrder = std::nullopt,
+        .copyCount = 1,
+    };
+    prepare(R"sql(INSERT INTO clips (
+    id, created_at, last_used_at, kind, preview, search_text,
+    plain_text, rtf, html, image_png, file_urls,
+    source_app_name, source_bundle_id, content_hash,
+    is_pinned, pin_order, copy_count
+) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, NULL, 1);)sql")
+        .text(1, storedID(clip.id))
+        .real(2, now)
+        .real(3, now)
+        .text(4, rawValue(payload.kind()))
+        .text(5, payload.preview())
+        .text(6, payload.searchText())
+        .text(7, payload.plainText())
+        .data(8, payload.rtf())
+        .data(9, payload.html())
+        .data(10, payload.imagePNG())
+        .data(11, payload.fileURLsJSON())
+        .text(12, sourceAppName)
+        .text(13, sourceBundleID)
+        .text(14, hash)
+        .run(writeFailure);
+    trimHistory(maximumHistory);
+    return clip;
+}
+
+void ClipDatabase::trimHistory(qint64 maximum)
+{
+    prepare(R"sql(DELETE FROM clips
+WHERE rowid IN (
+    SELECT rowid
+    FROM clips
+    WHERE is_pinned = 0
+    ORDER BY last_used_at DESC
+    LIMIT -1 OFFSET ?
+);)sql")
+        .integer(1, std::max(maximum, smallestHistory))
+        .run(writeFailure);
+}
+
+void ClipDatabase::setPinned(bool pinned, QUuid id)
+{
+    prepare(R"sql(UPDATE clips
+SET is_pinned = ?,
+    pin_order = CASE
+        WHEN ? = 1 THEN (
+            SELECT coalesce(max(pin_order), 0) + 1
+            FROM clips
+            WHERE is_pinned = 1
+        )
+        ELSE NULL
+    END
+WHERE id = ?;)sql")
+        .integer(1, pinned ? 1 : 0)
+        .integer(2, pinned ? 1 : 0)
+        .text(3, storedID(id))
+        .run(writeFailure);
+}
+
+void ClipDatabase::markUsed(QUuid id, bool moveToTop)
+{
+    if (!moveToTop) {
+        return;
+    }
+    prepare(R"sql(UPDATE clips
+SET last_used_at = ?,
+    pin_order = CASE
+        WHEN is_pinned = 1 THEN (
+            SELECT coalesce(max(pin_order), 0) + 1
+            FROM clips
+            WHERE is_pinned = 1
+        )
+        ELSE pin_order
+    END
+WHERE id = ?;)sql")
+        .real(1, m_now())
+        .text(2, storedID(id))
+        .run(writeFailure);
+}
+
+void ClipDatabase::remove(QUuid id)
+{
+    prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
+    execute("PRAGMA incremental_vacuum(32);");
+}
+
+void ClipDatabase::clear(bool includePinned)
+{
+    execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
+    execute("PRAGMA incremental_vacuum(32);");
+}
+
+ClipStore::Statistics ClipDatabase::statistics()
+{
+    const char* const failure = "Could not read database statistics";
+    ClipStatement counts = prepare(R"sql(SELECT count(*), coalesce(sum(is_pinned), 0)
+FROM clips;)sql");
+    if (!counts.next(failure)) {
+        throw ClipStoreError(ClipStoreError::Case::execute, QString::fromLatin1(failure));
+    }
+    ClipStore::Statistics statistics{
+        .totalItems = counts.row().integer(0), .pinnedItems = counts.row().integer(1)};
+    for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
+        // A file that cannot be looked at has the size 0.
+        statistics.databaseBytes =
+            sum(statistics.databaseBytes, QFileInfo(m_path + companion).size());
+    }
+    return statistics;
+}
+
+} // namespace tessly

@@ -1,0 +1,95 @@
+#include "ClipDecoder.h"
+
+#include "ClipStoreError.h"
+#include "StringListJSON.h"
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+std::optional<QByteArray> data(const SQLiteStatement& row, int column)
+{
+    return row.isNull(column) ? std::nullopt : std::optional(row.bytes(column));
+}
+
+std::optional<QString> text(const SQLiteStatement& row, int column)
+{
+    return row.isNull(column) ? std::nullopt : std::optional(QString::fromUtf8(row.bytes(column)));
+}
+
+} // namespace
+
+const char* const bookkeepingColumns = R"sql(
+    clips.id,
+    clips.created_at,
+    clips.last_used_at,
+    clips.source_app_name,
+    clips.source_bundle_id,
+    clips.is_pinned,
+    clips.pin_order,
+    clips.copy_count)sql";
+
+// Kind, preview, search text and hash are stored for searching and never read back.
+const char* const clipColumns = R"sql(
+    clips.id,
+    clips.created_at,
+    clips.last_used_at,
+    clips.source_app_name,
+    clips.source_bundle_id,
+    clips.is_pinned,
+    clips.pin_order,
+    clips.copy_count,
+    clips.plain_text,
+    clips.rtf,
+    clips.html,
+    clips.image_png,
+    clips.file_urls)sql";
+
+Clip decodeClip(const SQLiteStatement& row, const ClipPayload& payload)
+{
+    return {
+        .id = decodeID(row.bytes(0)),
+        .createdAt = row.real(1),
+        .lastUsedAt = row.real(2),
+        .payload = payload,
+        .sourceAppName = text(row, 3),
+        .sourceBundleID = text(row, 4),
+        .isPinned = row.integer(5) != 0,
+        .pinOrder = row.isNull(6) ? std::nullopt : std::optional(row.real(6)),
+        .copyCount = static_cast<qint32>(row.integer(7)),
+    };
+}
+
+Clip decodeClip(const SQLiteStatement& row)
+{
+    // A row with a bad identifier is refused before its content is copied.
+    Clip clip = decodeClip(row, ClipPayload());
+    clip.payload = ClipPayload({
+        .plainText = data(row, 8),
+        .rtf = data(row, 9),
+        .html = data(row, 10),
+        .imagePNG = data(row, 11),
+        .fileURLs = stringList(row.bytes(12)).value_or(QByteArrayList()),
+    });
+    return clip;
+}
+
+QByteArray storedID(QUuid id)
+{
+    return id.toByteArray(QUuid::WithoutBraces).toUpper();
+}
+
+QUuid decodeID(const QByteArray& text)
+{
+    const QUuid id = QUuid::fromString(QLatin1StringView(text));
+    // Only the plain form is one, not every form that Qt reads.
+    if (storedID(id) != text.toUpper()) {
+        throw ClipStoreError(
+            ClipStoreError::Case::decode, u"A clipboard item had an invalid identifier."_s);
+    }
+    return id;
+}
+
+} // namespace tessly

@@ -1,0 +1,67 @@
+#include "ClipSchema.h"
+
+namespace tessly::schema {
+
+const char* const newFile = "PRAGMA auto_vacuum = INCREMENTAL;";
+
+// Deleted content is overwritten (secure_delete), and its pages go back to the file system.
+const char* const settingsAndTables = R"sql(
+PRAGMA journal_mode = WAL;
+PRAGMA synchronous = NORMAL;
+PRAGMA foreign_keys = ON;
+PRAGMA wal_autocheckpoint = 256;
+PRAGMA auto_vacuum = INCREMENTAL;
+PRAGMA secure_delete = ON;
+
+CREATE TABLE IF NOT EXISTS clips (
+    id TEXT NOT NULL UNIQUE,
+    created_at REAL NOT NULL,
+    last_used_at REAL NOT NULL,
+    kind TEXT NOT NULL,
+    preview TEXT NOT NULL,
+    search_text TEXT NOT NULL,
+    plain_text TEXT,
+    rtf BLOB,
+    html BLOB,
+    image_png BLOB,
+    file_urls BLOB,
+    source_app_name TEXT,
+    source_bundle_id TEXT,
+    content_hash TEXT NOT NULL UNIQUE,
+    is_pinned INTEGER NOT NULL DEFAULT 0,
+    pin_order REAL,
+    copy_count INTEGER NOT NULL DEFAULT 1
+);
+CREATE INDEX IF NOT EXISTS clips_recency_index ON clips (is_pinned DESC, last_used_at DESC);
+CREATE INDEX IF NOT EXISTS clips_kind_index ON clips (kind);
+CREATE INDEX IF NOT EXISTS clips_source_index ON clips (source_bundle_id);
+)sql";
+
+// The index holds no text of its own: a row is removed from it by naming exactly what was inserted.
+const char* const fullText = R"sql(
+CREATE VIRTUAL TABLE IF NOT EXISTS clips_fts USING fts5(
+    search_text,
+    source_app_name,
+    content = 'clips',
+    content_rowid = 'rowid',
+    tokenize = 'unicode61 remove_diacritics 2'
+);
+CREATE TRIGGER IF NOT EXISTS clips_after_insert AFTER INSERT ON clips BEGIN
+    INSERT INTO clips_fts (rowid, search_text, source_app_name)
+    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
+END;
+CREATE TRIGGER IF NOT EXISTS clips_after_delete AFTER DELETE ON clips BEGIN
+    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
+    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
+END;
+CREATE TRIGGER IF NOT EXISTS clips_after_update AFTER UPDATE ON clips BEGIN
+    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
+    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
+    INSERT INTO clips_fts (rowid, search_text, source_app_name)
+    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
+END;
+)sql";
+
+const char* const rebuildFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('rebuild');";
+
+} // namespace tessly::schema
