@@ -47,15 +47,16 @@ void createPrivateFolder(const QString& path)
 
 void preparePrivateFolder(const QString& path, Parents parents)
 {
-    const QFileInfo folder(path);
-    if (!folder.isDir()) {
-        const QFileInfo parent(folder.absolutePath());
-        if (parents == Parents::create && !parent.isDir() && !parent.isRoot()) {
-            preparePrivateFolder(parent.filePath(), Parents::create);
-        }
-        createPrivateFolder(path);
+    const QFileInfo parent(QFileInfo(path).absolutePath());
+    if (parents == Parents::create && !parent.exists()) {
+        preparePrivateFolder(parent.filePath(), Parents::create);
     }
-    if (::chmod(QFile::encodeName(path).constData(), ownerEnters) != 0) {
+    const QByteArray name = QFile::encodeName(path);
+    const int refusal = ::mkdir(name.constData(), ownerEnters) == 0 ? 0 : errno;
+    if (refusal != 0 && !QFileInfo(path).isDir()) {
+        throw FileError(u"create the folder"_s, path, std::errc(refusal));
+    }
+    if (::chmod(name.constData(), ownerEnters) != 0) {
         throw FileError(u"protect the folder"_s, path, std::errc(errno));
     }
 }

@@ -1,0 +1,101 @@
+#include "AppPaths.h"
+
+#include "FileError.h"
+#include "PrivateFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly::AppPaths {
+
+namespace {
+
+constexpr QStringView databaseName = u"history.sqlite";
+constexpr std::array databaseFiles = {
+    databaseName,
+    QStringView(u"history.sqlite-wal"),
+    QStringView(u"history.sqlite-shm"),
+    QStringView(u"history.sqlite-journal"),
+};
+
+QString inFolder(const QString& folder, QStringView name)
+{
+    return QDir(folder).filePath(name.toString());
+}
+
+void move(const QString& file, const QString& destination)
+{
+    if (QFileInfo::exists(destination)) {
+        throw FileError(u"move a file to"_s, destination, std::errc::file_exists);
+    }
+    const QByteArray from = QFile::encodeName(file);
+    const QByteArray to = QFile::encodeName(destination);
+    if (std::rename(from.constData(), to.constData()) != 0) {
+        throw FileError(u"move the file"_s, file, std::errc(errno));
+    }
+}
+
+} // namespace
+
+QString applicationSupportDirectory()
+{
+    // A relative path there is to be ignored, by the rules of the variable.
+    QString data = qEnvironmentVariable("XDG_DATA_HOME");
+    if (!QDir::isAbsolutePath(data)) {
+        data = inFolder(QDir::homePath(), u".local/share");
+    }
+    return inFolder(data, u"Tessly");
+}
+
+QString databasePath()
+{
+    return inFolder(applicationSupportDirectory(), databaseName);
+}
+
+void prepareDirectories()
+{
+    preparePrivateFolder(applicationSupportDirectory(), Parents::create);
+}
+
+std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
+{
+    QStringList files;
+    for (const QStringView name : databaseFiles) {
+        const QString file = inFolder(dataFolder, name);
+        if (QFileInfo::exists(file)) {
+            files.append(file);
+        }
+    }
+    if (files.isEmpty()) {
+        return std::nullopt;
+    }
+
+    const QString recovered = inFolder(dataFolder, u"Recovered History");
+    preparePrivateFolder(recovered, Parents::create);
+    const QString rescue = inFolder(
+        recovered, recoveryFolderName(QDateTime::currentDateTimeUtc(), QUuid::createUuid()));
+    // A name that leads elsewhere must not take the history along.
+    if (QFileInfo(QDir::cleanPath(rescue)).path() != QDir::cleanPath(recovered)) {
+        throw FileError(u"create the folder"_s, rescue, std::errc::invalid_argument);
+    }
+    createPrivateFolder(rescue);
+    for (const QString& file : files) {
+        move(file, inFolder(rescue, QFileInfo(file).fileName()));
+    }
+    return rescue;
+}
+
+QString recoveryFolderName(const QDateTime& time, QUuid tag)
+{
+    return u"history-recovery-"_s + time.toUTC().toString(u"yyyy-MM-ddTHH-mm-ssZ") + u'-' +
+           tag.toString(QUuid::WithoutBraces).first(8).toUpper();
+}
+
+} // namespace tessly::AppPaths

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+/// Where the history lives on disk, and what becomes of a damaged one. Any thread. Everything that
+/// the file system refuses is thrown as FileError.
+namespace tessly::AppPaths {
+
+/// The program's data folder: "Tessly" in $XDG_DATA_HOME, or in ~/.local/share where that is not
+/// set or not absolute.
+[[nodiscard]] QString applicationSupportDirectory();
+
+/// The database in the data folder. Its "-wal", "-shm" and "-journal" stand beside it.
+[[nodiscard]] QString databasePath();
+
+/// Creates the data folder and what leads to it; nobody else can enter them, from their first
+/// moment. An existing data folder is closed to others.
+void prepareDirectories();
+
+/// Moves the database's files out of `dataFolder` into a folder of their own in its "Recovered
+/// History" and returns that folder; none, and nothing created, if there is no file. Nothing is
+/// ever deleted: what was moved before a failure stays where it then is.
+std::optional<QString> recoverDatabaseFiles(const QString& dataFolder);
+
+/// The name of a rescue folder: "history-recovery-2026-03-09T14-05-59Z-3F2A9C1B".
+[[nodiscard]] QString recoveryFolderName(const QDateTime& time, QUuid tag);
+
+} // namespace tessly::AppPaths
