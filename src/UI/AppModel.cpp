@@ -1,1 +1,265 @@
 #include "AppModel.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly {
+
+namespace {
+
+/// How long the user must pause in typing before a search starts.
+constexpr Clock::Duration searchDebounce = 120ms;
+constexpr Clock::Duration bannerDuration = 4s;
+
+/// Whether a store operation failed because it was asked to stop.
+bool isInterruption(const std::exception& error)
+{
+    const auto* const storeError = dynamic_cast<const ClipStoreError*>(&error);
+    return storeError && storeError->errorCase() == ClipStoreError::Case::execute &&
+           storeError->message().contains("interrupted"_L1);
+}
+
+} // namespace
+
+AppModel::AppModel(Dependencies dependencies, QObject* parent)
+    : QObject(parent)
+    , m_dependencies(dependencies)
+    , m_automaticPasteAccessGranted(dependencies.pasteService.checkAutomaticPasteAccess())
+{
+}
+
+AppModel::~AppModel()
+{
+    m_searchStop.request_stop();
+}
+
+ClipboardMonitor& AppModel::clipboardMonitor()
+{
+    if (!m_clipboardMonitor) {
+        const QPointer<AppModel> self(this);
+        m_clipboardMonitor = std::make_unique<ClipboardMonitor>(
+            ClipboardMonitor::Dependencies{
+                m_dependencies.pasteboard, m_dependencies.settings, m_dependencies.imageConverter,
+                m_dependencies.clock},
+            [self](
+                ClipPayload payload, std::optional<QString> sourceAppName,
+                std::optional<QString> sourceBundleID) {
+                if (self) {
+                    captured(
+                        self, std::move(payload), std::move(sourceAppName),
+                        std::move(sourceBundleID));
+                }
+            },
+            [self](ClipboardMonitor::AccessIssue issue) {
+                if (self) {
+                    self->reportAccessIssue(issue);
+                }
+            },
+            [&workspace =
+                 m_dependencies.workspace]() -> std::optional<ClipboardMonitor::SourceApplication> {
+                const auto application = workspace.frontmostApplication();
+                if (!application) {
+                    return std::nullopt;
+                }
+                return ClipboardMonitor::SourceApplication{
+                    application->localizedName(), application->bundleIdentifier()};
+            });
+    }
+    return *m_clipboardMonitor;
+}
+
+const Clip* AppModel::selectedClip() const
+{
+    if (!m_selectedID) {
+        return m_clips.empty() ? nullptr : &m_clips.front();
+    }
+    const auto found = std::ranges::find(m_clips, *m_selectedID, &Clip::id);
+    return found == m_clips.end() ? nullptr : &*found;
+}
+
+void AppModel::setQuery(const QString& query)
+{
+    if (std::exchange(m_query, query) != query) {
+        Q_EMIT queryChanged();
+    }
+}
+
+void AppModel::setSelectedKind(std::optional<ClipKind> kind)
+{
+    if (std::exchange(m_selectedKind, kind) != kind) {
+        Q_EMIT selectedKindChanged();
+    }
+}
+
+void AppModel::setSelectedID(std::optional<QUuid> id)
+{
+    if (std::exchange(m_selectedID, id) != id) {
+        Q_EMIT selectedIDChanged();
+    }
+}
+
+void AppModel::setPanelPresented(bool presented)
+{
+    if (std::exchange(m_isPanelPresented, presented) != presented) {
+        Q_EMIT isPanelPresentedChanged();
+    }
+}
+
+void AppModel::setCurrentTargetApplication(std::shared_ptr<RunningApplication> application)
+{
+    if (m_currentTargetApplication != application) {
+        m_currentTargetApplication = std::move(application);
+        Q_EMIT currentTargetApplicationChanged();
+    }
+}
+
+void AppModel::setBanner(std::optional<Banner> banner)
+{
+    m_bannerTimer.reset();
+    m_banner = std::move(banner);
+    Q_EMIT bannerChanged();
+}
+
+void AppModel::showBanner(const QString& message, BannerKind kind)
+{
+    setBanner(Banner{message, kind});
+    m_bannerTimer = m_dependencies.clock.after(bannerDuration, [this] { setBanner(std::nullopt); });
+}
+
+void AppModel::dismissBanner()
+{
+    setBanner(std::nullopt);
+}
+
+void AppModel::showError(const std::exception& error)
+{
+    showBanner(QString::fromUtf8(error.what()), BannerKind::error);
+}
+
+QCoro::Task<> AppModel::captured(
+    QPointer<AppModel> self, ClipPayload payload, std::optional<QString> sourceAppName,
+    std::optional<QString> sourceBundleID)
+{
+    const qint64 maximumHistory = self->settings().maxHistory();
+    try {
+        co_await self->m_dependencies.store.save(
+            std::move(payload), std::move(sourceAppName), std::move(sourceBundleID),
+            maximumHistory);
+        if (self) {
+            self->reload(Debounce::no);
+        }
+    } catch (const std::exception& error) {
+        if (self) {
+            self->showError(error);
+        }
+    }
+}
+
+void AppModel::reportAccessIssue(ClipboardMonitor::AccessIssue issue)
+{
+    switch (issue) {
+    case ClipboardMonitor::AccessIssue::askEveryTime:
+        showBanner(
+            u"Clipboard access is set to Ask. Choose Always Allow for continuous history."_s,
+            BannerKind::warning);
+        break;
+    case ClipboardMonitor::AccessIssue::denied:
+        showBanner(
+            u"Clipboard access is denied. Enable it in Privacy & Security settings."_s,
+            BannerKind::error);
+        break;
+    }
+}
+
+void AppModel::reload(Debounce debounce)
+{
+    m_searchDelay.reset();
+    m_searchStop.request_stop();
+    m_searchStop = std::stop_source();
+    if (debounce == Debounce::no) {
+        fetch(this, m_query, m_selectedKind, m_searchStop.get_token());
+        return;
+    }
+    m_searchDelay = m_dependencies.clock.after(
+        searchDebounce, [this, query = m_query, kind = m_selectedKind,
+                         stop = m_searchStop.get_token()] { fetch(this, query, kind, stop); });
+}
+
+QCoro::Task<> AppModel::fetch(
+    QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop)
+{
+    try {
+        std::vector<Clip> clips =
+            co_await self->m_dependencies.store.search(query, kind, listLimit, self->m_clips, stop);
+        if (!self || stop.stop_requested()) {
+            co_return;
+        }
+        const ClipStore::Statistics statistics = co_await self->m_dependencies.store.statistics();
+        // A newer reload wins, also when this one's search ends later.
+        if (!self || stop.stop_requested()) {
+            co_return;
+        }
+        self->show(std::move(clips), statistics);
+    } catch (const std::exception& error) {
+        if (self && !(stop.stop_requested() && isInterruption(error))) {
+            self->showError(error);
+        }
+    }
+}
+
+void AppModel::show(std::vector<Clip> clips, ClipStore::Statistics statistics)
+{
+    const bool clipsDiffer = m_clips != clips;
+    if (clipsDiffer) {
+        m_clips = std::move(clips);
+    }
+    const bool statisticsDiffer = std::exchange(m_statistics, statistics) != statistics;
+    std::optional<QUuid> selectedID = m_selectedID;
+    if (!selectedIndex()) {
+        selectedID = m_clips.empty() ? std::nullopt : std::optional(m_clips.front().id);
+    }
+    const bool selectionDiffers = std::exchange(m_selectedID, selectedID) != selectedID;
+    // Told only now, so that whoever hears of one of them finds all of them as they are to be.
+    if (clipsDiffer) {
+        Q_EMIT clipsChanged();
+    }
+    if (statisticsDiffer) {
+        Q_EMIT statisticsChanged();
+    }
+    if (selectionDiffers) {
+        Q_EMIT selectedIDChanged();
+    }
+}
+
+std::optional<qsizetype> AppModel::selectedIndex() const
+{
+    const auto found =
+        m_selectedID ? std::ranges::find(m_clips, *m_selectedID, &Clip::id) : m_clips.end();
+    return found == m_clips.end() ? std::nullopt
+                                  : std::optional<qsizetype>(found - m_clips.begin());
+}
+
+void AppModel::select(qsizetype index)
+{
+    const auto last = static_cast<qsizetype>(m_clips.size()) - 1;
+    if (last >= 0) {
+        setSelectedID(m_clips[static_cast<std::size_t>(std::clamp<qsizetype>(index, 0, last))].id);
+    }
+}
+
+void AppModel::selectNext()
+{
+    const std::optional<qsizetype> index = selectedIndex();
+    select(index ? *index + 1 : 0);
+}
+
+void AppModel::selectPrevious()
+{
+    const std::optional<qsizetype> index = selectedIndex();
+    select(index ? *index - 1 : 0);
+}
+
+} // namespace tessly

@@ -10,7 +10,9 @@
 
 #include <QCoroTask>
 #include <QObject>
+#include <QPointer>
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -123,11 +125,25 @@ Q_SIGNALS:
     void statisticsChanged();
 
 private:
-    QCoro::Task<> captured(ClipPayload payload, std::optional<QString> sourceAppName,
-                           std::optional<QString> sourceBundleID);
+    // Work that waits for the store holds the model weakly, and does nothing once it is gone.
+    static QCoro::Task<> captured(
+        QPointer<AppModel> self, ClipPayload payload, std::optional<QString> sourceAppName,
+        std::optional<QString> sourceBundleID);
+    static QCoro::Task<> fetch(
+        QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop);
+    static QCoro::Task<>
+    finish(QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage = {});
+    static QCoro::Task<> pastePosition(
+        QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target);
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
-    QCoro::Task<> fetch(std::stop_token stop);
+    void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
+    void showError(const std::exception& error);
+    void select(qsizetype index);
+    [[nodiscard]] std::optional<qsizetype> selectedIndex() const;
+    void pasteEnded(const Clip& clip, PasteService::Result result);
     void recordUsage(const Clip& clip);
+    void setAutomaticPasteAccessGranted(bool granted);
+    void pollAutomaticPasteAccess(int checksLeft);
 
     Dependencies m_dependencies;
     std::vector<Clip> m_clips;

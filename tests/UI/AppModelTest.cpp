@@ -1,0 +1,609 @@
+#include "AppModelFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace tessly::test {
+
+using BannerKind = AppModel::BannerKind;
+using Debounce = AppModel::Debounce;
+
+namespace {
+
+class AppModelTest : public AppModelFixture
+{
+protected:
+    /// Another application copies, and the monitor has seen it; the store has not run yet.
+    void copy(const QByteArray& text)
+    {
+        m_pasteboard.copyText(text);
+        m_clock.advance(350ms);
+    }
+
+    void reload()
+    {
+        m_model->reload(Debounce::no);
+        run();
+    }
+};
+
+// Construction
+
+TEST_F(AppModelTest, BeginsEmptyAndStartsNothing)
+{
+    EXPECT_THAT(m_model->clips(), IsEmpty());
+    EXPECT_EQ(m_model->query(), QString());
+    EXPECT_EQ(m_model->selectedKind(), std::nullopt);
+    EXPECT_EQ(m_model->selectedID(), std::nullopt);
+    EXPECT_EQ(m_model->selectedClip(), nullptr);
+    EXPECT_FALSE(m_model->isPanelPresented());
+    EXPECT_EQ(m_model->currentTargetApplication(), nullptr);
+    EXPECT_FALSE(m_model->banner().has_value());
+    EXPECT_EQ(m_model->statistics(), ClipStore::Statistics());
+    EXPECT_EQ(m_clock.pending(), 0U);
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+TEST_F(AppModelTest, AccessIsReadAtConstruction)
+{
+    EXPECT_TRUE(m_model->automaticPasteAccessGranted());
+    m_keys.setAllowed(false);
+    EXPECT_TRUE(m_model->automaticPasteAccessGranted());
+    const AppModel model(
+        {*m_store, m_settings, m_pasteService, m_pasteboard, m_converter, m_workspace, m_clock});
+    EXPECT_FALSE(model.automaticPasteAccessGranted());
+}
+
+TEST_F(AppModelTest, TheMonitorIsMadeOnceAndNotStartedByThat)
+{
+    ClipboardMonitor& monitor = m_model->clipboardMonitor();
+    EXPECT_EQ(&m_model->clipboardMonitor(), &monitor);
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+// Properties
+
+TEST_F(AppModelTest, PropertiesTellOfRealChangesOnly)
+{
+    const QSignalSpy query(m_model.get(), &AppModel::queryChanged);
+    m_model->setQuery(u"a"_s);
+    m_model->setQuery(u"a"_s);
+    EXPECT_EQ(query.count(), 1);
+    EXPECT_EQ(m_model->query(), u"a"_s);
+
+    const QSignalSpy kind(m_model.get(), &AppModel::selectedKindChanged);
+    m_model->setSelectedKind(ClipKind::image);
+    m_model->setSelectedKind(ClipKind::image);
+    EXPECT_EQ(kind.count(), 1);
+    EXPECT_EQ(m_model->selectedKind(), ClipKind::image);
+
+    const QSignalSpy selection(m_model.get(), &AppModel::selectedIDChanged);
+    const QUuid id = QUuid::createUuid();
+    m_model->setSelectedID(id);
+    m_model->setSelectedID(id);
+    EXPECT_EQ(selection.count(), 1);
+    EXPECT_EQ(m_model->selectedID(), id);
+
+    const QSignalSpy presented(m_model.get(), &AppModel::isPanelPresentedChanged);
+    m_model->setPanelPresented(true);
+    m_model->setPanelPresented(true);
+    EXPECT_EQ(presented.count(), 1);
+    EXPECT_TRUE(m_model->isPanelPresented());
+
+    const QSignalSpy target(m_model.get(), &AppModel::currentTargetApplicationChanged);
+    const auto application = std::make_shared<FakeRunningApplication>(std::nullopt);
+    m_model->setCurrentTargetApplication(application);
+    m_model->setCurrentTargetApplication(application);
+    EXPECT_EQ(target.count(), 1);
+    EXPECT_EQ(m_model->currentTargetApplication(), application);
+}
+
+TEST_F(AppModelTest, SettingTheQueryOrTheKindSearchesNothingByItself)
+{
+    m_model->setQuery(u"a"_s);
+    m_model->setSelectedKind(ClipKind::link);
+    EXPECT_EQ(m_clock.pending(), 0U);
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+// Captures
+
+TEST_F(AppModelTest, ACopyIsSavedWithItsSourceAndListed)
+{
+    m_workspace.setFrontmost(
+        std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s, u"Editor"_s));
+    m_model->clipboardMonitor().start();
+    copy("hello");
+    EXPECT_THAT(m_model->clips(), IsEmpty());
+    run();
+    EXPECT_THAT(texts(), ElementsAre("hello"));
+    const Clip& clip = m_model->clips().front();
+    EXPECT_EQ(clip.sourceAppName, u"Editor"_s);
+    EXPECT_EQ(clip.sourceBundleID, u"org.example.Editor"_s);
+    EXPECT_EQ(m_model->selectedID(), clip.id);
+    EXPECT_EQ(m_model->statistics().totalItems, 1);
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelTest, ACopyWithNothingInFrontHasNoSource)
+{
+    m_model->clipboardMonitor().start();
+    copy("hello");
+    run();
+    EXPECT_EQ(m_model->clips().at(0).sourceAppName, std::nullopt);
+    EXPECT_EQ(m_model->clips().at(0).sourceBundleID, std::nullopt);
+}
+
+TEST_F(AppModelTest, ACopyWhileAnotherIsBeingSavedIsSavedAfterIt)
+{
+    m_model->clipboardMonitor().start();
+    copy("first");
+    copy("second");
+    EXPECT_EQ(m_executor->pending(), 2U);
+    m_executor->runOne();
+    m_clock.advance(1s);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("second", "first"));
+    EXPECT_EQ(m_model->statistics().totalItems, 2);
+}
+
+TEST_F(AppModelTest, AReloadCancelsNoCapture)
+{
+    m_model->clipboardMonitor().start();
+    copy("hello");
+    m_model->reload(Debounce::no);
+    m_model->reload(Debounce::yes);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("hello"));
+}
+
+TEST_F(AppModelTest, TheHistoryIsTrimmedToTheSettingAtTheTimeOfTheCapture)
+{
+    for (int i = 0; i < 15; ++i) {
+        save(QByteArray::number(i));
+    }
+    m_model->clipboardMonitor().start();
+    m_settings.setMaxHistory(12);
+    copy("newest");
+    m_settings.setMaxHistory(500);
+    run();
+    EXPECT_EQ(m_model->statistics().totalItems, 12);
+    EXPECT_EQ(texts().front(), "newest");
+}
+
+TEST_F(AppModelTest, ACaptureThatCannotBeSavedShowsTheStoresErrorAndReloadsNothing)
+{
+    save("before");
+    reload();
+    m_model->clipboardMonitor().start();
+    breakStore();
+    copy("lost");
+    run();
+    EXPECT_TRUE(message().startsWith(u"Clipboard database operation failed: "_s))
+        << message().toStdString();
+    EXPECT_EQ(bannerKind(), BannerKind::error);
+    EXPECT_THAT(texts(), ElementsAre("before"));
+    EXPECT_EQ(m_model->statistics().totalItems, 1);
+}
+
+TEST_F(AppModelTest, ACaptureIsSavedEvenIfTheModelGoesMeanwhile)
+{
+    m_model->clipboardMonitor().start();
+    copy("hello");
+    m_model.reset();
+    run();
+    EXPECT_THAT(stored(), SizeIs(1));
+}
+
+TEST_F(AppModelTest, AnUnchangedEntryKeepsItsContentInMemory)
+{
+    save("kept");
+    reload();
+    const auto* const bytes = m_model->clips().at(0).payload.plainText()->constData();
+    save("new");
+    reload();
+    ASSERT_THAT(texts(), ElementsAre("new", "kept"));
+    EXPECT_EQ(m_model->clips().at(1).payload.plainText()->constData(), bytes);
+}
+
+TEST_F(AppModelTest, AccessIssuesBecomeBanners)
+{
+    m_model->clipboardMonitor().start();
+    m_pasteboard.setAccess(PasteboardAccess::askEveryTime);
+    copy("text");
+    EXPECT_EQ(
+        message(),
+        u"Clipboard access is set to Ask. Choose Always Allow for continuous history."_s);
+    EXPECT_EQ(bannerKind(), BannerKind::warning);
+    m_pasteboard.setAccess(PasteboardAccess::denied);
+    copy("text");
+    EXPECT_EQ(
+        message(), u"Clipboard access is denied. Enable it in Privacy & Security settings."_s);
+    EXPECT_EQ(bannerKind(), BannerKind::error);
+}
+
+// Reloading
+
+TEST_F(AppModelTest, AReloadFetchesListStatisticsAndSelection)
+{
+    save("one");
+    const Clip two = save("two");
+    result(m_store->setPinned(true, two.id));
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("two", "one"));
+    EXPECT_EQ(m_model->statistics().totalItems, 2);
+    EXPECT_EQ(m_model->statistics().pinnedItems, 1);
+    EXPECT_GT(m_model->statistics().databaseBytes, 0);
+    EXPECT_EQ(m_model->selectedID(), two.id);
+}
+
+TEST_F(AppModelTest, TheListHoldsFiftyRowsAtTheMost)
+{
+    for (int i = 0; i < 51; ++i) {
+        save(QByteArray::number(i));
+    }
+    reload();
+    EXPECT_THAT(m_model->clips(), SizeIs(50));
+    EXPECT_EQ(texts().front(), "50");
+    EXPECT_EQ(m_model->statistics().totalItems, 51);
+}
+
+TEST_F(AppModelTest, AReloadSearchesWithTheQueryAndTheKind)
+{
+    save("apple");
+    save("banana");
+    save("mailto:apple");
+    m_model->setQuery(u"apple"_s);
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("mailto:apple", "apple"));
+    m_model->setSelectedKind(ClipKind::link);
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("mailto:apple"));
+    m_model->setQuery({});
+    m_model->setSelectedKind(ClipKind::text);
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("banana", "apple"));
+}
+
+TEST_F(AppModelTest, ADebouncedReloadWaits120Milliseconds)
+{
+    save("text");
+    m_model->reload(Debounce::yes);
+    m_clock.advance(119ms);
+    EXPECT_EQ(m_executor->pending(), 0U);
+    m_clock.advance(1ms);
+    EXPECT_EQ(m_executor->pending(), 1U);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("text"));
+}
+
+TEST_F(AppModelTest, TypingThreeLettersFastRunsOneSearchForAllOfThem)
+{
+    save("abc");
+    save("abd");
+    for (const QString& query : {u"a"_s, u"ab"_s, u"abc"_s}) {
+        m_model->setQuery(query);
+        m_model->reload(Debounce::yes);
+        m_clock.advance(40ms);
+    }
+    EXPECT_EQ(m_executor->pending(), 0U);
+    m_clock.advance(80ms);
+    EXPECT_EQ(m_executor->pending(), 1U);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("abc"));
+    m_clock.advance(1s);
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+TEST_F(AppModelTest, ADebouncedReloadSearchesForWhatWasTypedWhenItWasCalled)
+{
+    save("apple");
+    save("banana");
+    m_model->setQuery(u"apple"_s);
+    m_model->reload(Debounce::yes);
+    m_model->setQuery(u"banana"_s);
+    pass(120ms);
+    EXPECT_THAT(texts(), ElementsAre("apple"));
+}
+
+TEST_F(AppModelTest, AnUndebouncedReloadTakesTheDebouncedOnesPlace)
+{
+    save("text");
+    m_model->reload(Debounce::yes);
+    m_model->reload(Debounce::no);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("text"));
+    m_clock.advance(1s);
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+TEST_F(AppModelTest, ASearchThatEndsAfterANewerReloadBeganIsDropped)
+{
+    save("apple");
+    save("banana");
+    m_model->setQuery(u"apple"_s);
+    m_model->reload(Debounce::no);
+    ASSERT_TRUE(m_executor->runOne());
+    // The older search is done, its result on the way.
+    m_model->setQuery(u"banana"_s);
+    m_model->reload(Debounce::no);
+    settle();
+    EXPECT_THAT(m_model->clips(), IsEmpty());
+    run();
+    EXPECT_THAT(texts(), ElementsAre("banana"));
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelTest, AReloadThatIsOvertakenWhileItCountsIsDropped)
+{
+    save("apple");
+    save("banana");
+    m_model->setQuery(u"apple"_s);
+    m_model->reload(Debounce::no);
+    ASSERT_TRUE(m_executor->runOne());
+    settle();
+    ASSERT_TRUE(m_executor->runOne());
+    m_model->setQuery(u"banana"_s);
+    m_model->reload(Debounce::yes);
+    settle();
+    EXPECT_THAT(m_model->clips(), IsEmpty()) << "also while the newer one still waits";
+    pass(120ms);
+    EXPECT_THAT(texts(), ElementsAre("banana"));
+}
+
+TEST_F(AppModelTest, ASearchThatIsOvertakenBeforeItRunsIsInterruptedWithoutABanner)
+{
+    save("apple");
+    const QSignalSpy banners(m_model.get(), &AppModel::bannerChanged);
+    const QSignalSpy lists(m_model.get(), &AppModel::clipsChanged);
+    m_model->setQuery(u"apple"_s);
+    for (int i = 0; i < 10; ++i) {
+        m_model->reload(Debounce::no);
+    }
+    EXPECT_EQ(m_executor->pending(), 10U);
+    run();
+    EXPECT_EQ(banners.count(), 0);
+    EXPECT_EQ(lists.count(), 1);
+    EXPECT_THAT(texts(), ElementsAre("apple"));
+}
+
+TEST_F(AppModelTest, AReloadThatFailsShowsTheErrorAndLeavesTheList)
+{
+    const Clip clip = save("text");
+    reload();
+    breakStore();
+    m_model->setQuery(u"nothing like it"_s);
+    reload();
+    EXPECT_TRUE(message().startsWith(u"Clipboard database operation failed: "_s))
+        << message().toStdString();
+    EXPECT_EQ(bannerKind(), BannerKind::error);
+    EXPECT_THAT(texts(), ElementsAre("text"));
+    EXPECT_EQ(m_model->selectedID(), clip.id);
+    EXPECT_EQ(m_model->statistics().totalItems, 1);
+}
+
+TEST_F(AppModelTest, AReloadWhoseCountFailsShowsTheErrorAndLeavesTheList)
+{
+    save("one");
+    reload();
+    save("two");
+    m_model->reload(Debounce::no);
+    ASSERT_TRUE(m_executor->runOne());
+    breakStore();
+    run();
+    EXPECT_EQ(bannerKind(), BannerKind::error);
+    EXPECT_THAT(texts(), ElementsAre("one"));
+}
+
+TEST_F(AppModelTest, ObserversHearOfAReloadOnlyWhatChanged)
+{
+    save("one");
+    reload();
+    const QSignalSpy clips(m_model.get(), &AppModel::clipsChanged);
+    const QSignalSpy statistics(m_model.get(), &AppModel::statisticsChanged);
+    const QSignalSpy selection(m_model.get(), &AppModel::selectedIDChanged);
+    reload();
+    EXPECT_EQ(clips.count(), 0);
+    EXPECT_EQ(statistics.count(), 0);
+    EXPECT_EQ(selection.count(), 0);
+    save("two");
+    reload();
+    EXPECT_EQ(clips.count(), 1);
+    EXPECT_EQ(statistics.count(), 1);
+    EXPECT_EQ(selection.count(), 0) << "the selected entry is still there";
+}
+
+TEST_F(AppModelTest, WhoeverHearsOfTheNewListFindsTheSelectionInIt)
+{
+    save("one");
+    reload();
+    const Clip one = m_model->clips().front();
+    const Clip two = save("two");
+    result(m_store->remove(one.id));
+    const Clip* selected = nullptr;
+    QObject::connect(m_model.get(), &AppModel::clipsChanged, m_model.get(), [&] {
+        selected = m_model->selectedClip();
+        ASSERT_NE(selected, nullptr);
+        EXPECT_EQ(selected->id, two.id);
+    });
+    reload();
+    EXPECT_NE(selected, nullptr);
+}
+
+TEST_F(AppModelTest, AModelThatGoesDuringAReloadLeavesNoTrace)
+{
+    save("text");
+    m_model->reload(Debounce::no);
+    m_executor->runOne();
+    m_model.reset();
+    run();
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+TEST_F(AppModelTest, AModelThatGoesWhileTypingPausesSearchesNothing)
+{
+    m_model->reload(Debounce::yes);
+    m_model->showBanner(u"text"_s, BannerKind::warning);
+    m_model.reset();
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+// The selection
+
+class AppModelSelectionTest : public AppModelTest
+{
+protected:
+    AppModelSelectionTest()
+    {
+        for (const char* text : {"three", "two", "one"}) {
+            save(text);
+        }
+        reload();
+    }
+
+    [[nodiscard]] QByteArray selected() const
+    {
+        return m_model->selectedClip()
+                   ? m_model->selectedClip()->payload.plainText().value_or(QByteArray())
+                   : "(none)";
+    }
+};
+
+TEST_F(AppModelSelectionTest, MovesByOneRowAndStopsAtTheEnds)
+{
+    EXPECT_EQ(selected(), "one");
+    m_model->selectPrevious();
+    EXPECT_EQ(selected(), "one");
+    m_model->selectNext();
+    EXPECT_EQ(selected(), "two");
+    m_model->selectNext();
+    EXPECT_EQ(selected(), "three");
+    const QSignalSpy spy(m_model.get(), &AppModel::selectedIDChanged);
+    m_model->selectNext();
+    EXPECT_EQ(selected(), "three");
+    EXPECT_EQ(spy.count(), 0);
+    m_model->selectPrevious();
+    EXPECT_EQ(selected(), "two");
+    EXPECT_EQ(spy.count(), 1);
+}
+
+TEST_F(AppModelSelectionTest, NothingSelectedMeansTheFirstRow)
+{
+    m_model->setSelectedID(std::nullopt);
+    EXPECT_EQ(selected(), "one");
+    m_model->selectNext();
+    EXPECT_EQ(selected(), "one");
+    EXPECT_TRUE(m_model->selectedID().has_value());
+    m_model->setSelectedID(std::nullopt);
+    m_model->selectPrevious();
+    EXPECT_EQ(selected(), "one");
+    EXPECT_TRUE(m_model->selectedID().has_value());
+}
+
+TEST_F(AppModelSelectionTest, ASelectionOutsideTheListIsNoClipAndMovesToTheFirstRow)
+{
+    m_model->setSelectedID(QUuid::createUuid());
+    EXPECT_EQ(selected(), "(none)");
+    m_model->selectPrevious();
+    EXPECT_EQ(selected(), "one");
+    m_model->setSelectedID(QUuid::createUuid());
+    m_model->selectNext();
+    EXPECT_EQ(selected(), "one");
+}
+
+TEST_F(AppModelSelectionTest, StaysWithItsClipThroughAReload)
+{
+    m_model->selectNext();
+    save("zero");
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("zero", "one", "two", "three"));
+    EXPECT_EQ(selected(), "two");
+}
+
+TEST_F(AppModelSelectionTest, MovesToTheFirstRowWhenItsClipIsFilteredOut)
+{
+    m_model->setQuery(u"t"_s);
+    reload();
+    EXPECT_THAT(texts(), ElementsAre("two", "three"));
+    EXPECT_EQ(selected(), "two");
+}
+
+TEST_F(AppModelSelectionTest, IsAbsentInAnEmptyList)
+{
+    m_model->setQuery(u"nothing like it"_s);
+    reload();
+    EXPECT_EQ(m_model->selectedID(), std::nullopt);
+    EXPECT_EQ(m_model->selectedClip(), nullptr);
+    m_model->selectNext();
+    m_model->selectPrevious();
+    EXPECT_EQ(m_model->selectedID(), std::nullopt);
+}
+
+// Banners
+
+TEST_F(AppModelTest, ABannerIsShownForFourSeconds)
+{
+    m_model->showBanner(u"text"_s, BannerKind::warning);
+    EXPECT_EQ(message(), u"text"_s);
+    EXPECT_EQ(bannerKind(), BannerKind::warning);
+    m_clock.advance(3999ms);
+    EXPECT_TRUE(m_model->banner().has_value());
+    m_clock.advance(1ms);
+    EXPECT_FALSE(m_model->banner().has_value());
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+TEST_F(AppModelTest, ANewBannerHasItsOwnFourSeconds)
+{
+    m_model->showBanner(u"first"_s, BannerKind::information);
+    m_clock.advance(3s);
+    m_model->showBanner(u"second"_s, BannerKind::information);
+    m_clock.advance(3999ms);
+    EXPECT_EQ(message(), u"second"_s);
+    m_clock.advance(1ms);
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelTest, ABannerThatIsSetDirectlyStays)
+{
+    m_model->showBanner(u"for a while"_s, BannerKind::information);
+    m_clock.advance(1s);
+    m_model->setBanner(AppModel::Banner{u"for good"_s, BannerKind::warning});
+    m_clock.advance(1h);
+    EXPECT_EQ(message(), u"for good"_s);
+    m_model->showBanner(u"for a while"_s, BannerKind::information);
+    EXPECT_EQ(message(), u"for a while"_s);
+    m_clock.advance(4s);
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelTest, ADismissedBannerIsGone)
+{
+    m_model->setBanner(AppModel::Banner{u"for good"_s, BannerKind::warning});
+    m_model->dismissBanner();
+    EXPECT_FALSE(m_model->banner().has_value());
+    m_model->showBanner(u"text"_s, BannerKind::information);
+    m_model->dismissBanner();
+    EXPECT_FALSE(m_model->banner().has_value());
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+TEST_F(AppModelTest, EverySetOfTheBannerIsTold)
+{
+    const QSignalSpy spy(m_model.get(), &AppModel::bannerChanged);
+    m_model->showBanner(u"text"_s, BannerKind::information);
+    m_model->showBanner(u"text"_s, BannerKind::information);
+    EXPECT_EQ(spy.count(), 2);
+    m_clock.advance(4s);
+    EXPECT_EQ(spy.count(), 3);
+}
+
+} // namespace
+} // namespace tessly::test
