@@ -4,7 +4,9 @@
 
 #include <QProcessEnvironment>
 
+#include <csignal>
 #include <stdexcept>
+#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -15,6 +17,12 @@ namespace {
 [[noreturn]] void fail(const QString& what)
 {
     throw std::runtime_error(what.toStdString());
+}
+
+/// In the child, before it becomes the program: a test that crashes leaves nothing behind.
+void endWithTest()
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 void end(QProcess* process)
@@ -30,10 +38,12 @@ void end(QProcess* process)
 XSession::XSession(WindowManager windowManager)
 {
     m_server = std::make_unique<QProcess>();
+    m_server->setChildProcessModifier(endWithTest);
     m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     // The server picks a free display and writes its number, once it accepts connections.
-    m_server->start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s,
-                                u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
+    m_server->start(
+        u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s, u"-nolisten"_s,
+                    u"tcp"_s, u"-noreset"_s});
     QByteArray number;
     while (!number.contains('\n')) {
         if (!m_server->waitForReadyRead(20000)) {
@@ -44,17 +54,24 @@ XSession::XSession(WindowManager windowManager)
     m_display = u':' + QString::fromLatin1(number.trimmed());
 
     if (windowManager == WindowManager::openbox) {
-        m_windowManager = start(u"openbox"_s, {});
-        const bool isUp = waitUntil(
-            [this] {
-                return run(u"xprop"_s, {u"-root"_s, u"_NET_SUPPORTING_WM_CHECK"_s})
-                    .contains("window id");
-            },
-            std::chrono::seconds(20));
-        if (!isUp) {
-            fail(u"openbox did not start"_s);
-        }
+        m_windowManager = startOpenbox();
     }
+}
+
+std::unique_ptr<QProcess> XSession::startOpenbox() const
+{
+    // It owns the root window well before it serves windows: those that are shown in between are
+    // never managed. This command is the last thing it starts with.
+    const QString mark = u"xprop -root -f _TEST_IS_MANAGED 32c -set _TEST_IS_MANAGED %1"_s;
+    run(u"sh"_s, {u"-c"_s, mark.arg(0)});
+    auto process = start(u"openbox"_s, {u"--startup"_s, mark.arg(1)});
+    const bool isUp = waitUntil(
+        [this] { return run(u"xprop"_s, {u"-root"_s, u"_TEST_IS_MANAGED"_s}).contains("= 1"); },
+        std::chrono::seconds(20));
+    if (!isUp) {
+        fail(u"openbox did not start"_s);
+    }
+    return process;
 }
 
 XSession::~XSession()
@@ -76,6 +93,7 @@ std::unique_ptr<QProcess> XSession::program(const QString& name, const QStringLi
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->setProgram(name);
     process->setArguments(arguments);
+    process->setChildProcessModifier(endWithTest);
     return process;
 }
 
@@ -89,14 +107,14 @@ std::unique_ptr<QProcess> XSession::start(const QString& name, const QStringList
     return process;
 }
 
-QByteArray XSession::run(const QString& name, const QStringList& arguments,
-                         const QByteArray& input) const
+QByteArray
+XSession::run(const QString& name, const QStringList& arguments, const QByteArray& input) const
 {
     const auto process = start(name, arguments);
     process->write(input);
     process->closeWriteChannel();
-    if (!process->waitForFinished(20000) || process->exitStatus() != QProcess::NormalExit
-        || process->exitCode() != 0) {
+    if (!process->waitForFinished(20000) || process->exitStatus() != QProcess::NormalExit ||
+        process->exitCode() != 0) {
         fail(name + u" failed: "_s + arguments.join(u' '));
     }
     return process->readAllStandardOutput();

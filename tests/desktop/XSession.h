@@ -25,16 +25,19 @@ public:
     [[nodiscard]] const QString& display() const { return m_display; }
 
     /// A program on this display, not yet started. Its standard error goes to the test's.
-    [[nodiscard]] std::unique_ptr<QProcess> program(const QString& name,
-                                                    const QStringList& arguments) const;
+    [[nodiscard]] std::unique_ptr<QProcess>
+    program(const QString& name, const QStringList& arguments) const;
 
     /// Starts a program and returns it once it runs. It is killed when the returned object goes.
-    [[nodiscard]] std::unique_ptr<QProcess> start(const QString& name,
-                                                  const QStringList& arguments) const;
+    [[nodiscard]] std::unique_ptr<QProcess>
+    start(const QString& name, const QStringList& arguments) const;
 
     /// Runs a program to its end and returns what it printed; throws if it fails.
-    QByteArray run(const QString& name, const QStringList& arguments,
-                   const QByteArray& input = {}) const;
+    QByteArray
+    run(const QString& name, const QStringList& arguments, const QByteArray& input = {}) const;
+
+    /// Starts openbox and returns it once it manages windows; for sessions that began without.
+    [[nodiscard]] std::unique_ptr<QProcess> startOpenbox() const;
 
     /// Ends the X server, as a crash would.
     void killServer();
