@@ -1,0 +1,55 @@
+#pragma once
+
+#include "DesktopEntries.h"
+#include "X11ClickWatch.h"
+#include "X11EventLoop.h"
+#include "X11Keyboard.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace tessly {
+
+class X11WindowTracker;
+
+/// The connection to the X server over which windows, keys and clicks go, and its thread.
+///
+/// Lives on the main thread, longer than the objects that are made upon it and shorter than the
+/// QCoreApplication.
+class X11Desktop
+{
+public:
+    /// Connects to `display` (as $DISPLAY names it; empty: $DISPLAY itself). Throws X11Error.
+    explicit X11Desktop(const std::string& display = {}, DesktopEntries entries = {});
+    ~X11Desktop();
+    X11Desktop(const X11Desktop&) = delete;
+    X11Desktop& operator=(const X11Desktop&) = delete;
+
+    [[nodiscard]] const std::shared_ptr<X11WindowTracker>& windows() const { return m_windows; }
+
+    /// Presses the keys of a paste; fails at once when the server is gone.
+    void post(X11Keyboard::Paste paste);
+    /// Tells of clicks from now on, or no more (none). From the loop thread.
+    void setClickHandler(std::function<void()> clicked);
+
+private:
+    void post(std::function<void()> job);
+    void handle(const xcb_generic_event_t& event);
+    void handleLoss();
+
+    X11EventLoop m_loop;
+    std::shared_ptr<X11WindowTracker> m_windows;
+    X11Keyboard m_keyboard;
+    X11ClickWatch m_clicks;
+
+    std::mutex m_mutex;
+    bool m_isLost = false;
+    /// Handed to the loop and not begun. Kept here, so that none is left behind in a loop that
+    /// ended for want of a server.
+    std::deque<std::function<void()>> m_jobs;
+};
+
+} // namespace tessly

@@ -1,0 +1,371 @@
+#include "X11WindowTracker.h"
+
+#include "X11Property.h"
+#include "X11WindowOwner.h"
+#include "XcbReply.h"
+
+#include <algorithm>
+#include <array>
+#include <ranges>
+#include <utility>
+
+namespace tessly {
+
+namespace {
+
+constexpr xcb_window_t noWindow = XCB_WINDOW_NONE;
+
+constexpr auto activeWindowName = "_NET_ACTIVE_WINDOW";
+constexpr auto managerCheckName = "_NET_SUPPORTING_WM_CHECK";
+constexpr auto supportedName = "_NET_SUPPORTED";
+constexpr auto classNameProperty = "WM_CLASS";
+constexpr auto currentDesktopName = "_NET_CURRENT_DESKTOP";
+constexpr std::uint32_t onAllDesktops = 0xffffffff;
+constexpr auto clockName = "_TESSLY_CLOCK";
+
+/// Deeper than any real window; ends a walk through a tree that changes underneath.
+constexpr std::size_t deepestWindow = 64;
+
+} // namespace
+
+X11WindowTracker::X11WindowTracker(X11EventLoop& loop, DesktopEntries entries)
+    : m_loop(loop)
+    , m_entries(std::move(entries))
+{
+}
+
+X11WindowTracker::Front X11WindowTracker::front() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_front;
+}
+
+void X11WindowTracker::start()
+{
+    auto* const connection = m_loop.connection();
+    const std::uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
+    xcb_change_window_attributes(connection, m_loop.root(), XCB_CW_EVENT_MASK, &rootEvents);
+
+    m_clockWindow = xcb_generate_id(connection);
+    const std::array<std::uint32_t, 2> values = {1, XCB_EVENT_MASK_PROPERTY_CHANGE};
+    xcb_create_window(
+        connection, 0, m_clockWindow, m_loop.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+        XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
+
+    findWindowManager();
+    refresh();
+}
+
+void X11WindowTracker::handle(const xcb_generic_event_t& event)
+{
+    // Not events that another client sent: those have a bit more.
+    switch (event.response_type) {
+    case XCB_PROPERTY_NOTIFY:
+        handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+        break;
+    case XCB_DESTROY_NOTIFY:
+        handleDestroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+        break;
+    case XCB_MAP_NOTIFY:
+        handleMapping(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+        break;
+    case XCB_UNMAP_NOTIFY:
+        handleMapping(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
+        break;
+    case XCB_FOCUS_IN:
+        handleFocus(reinterpret_cast<const xcb_focus_in_event_t&>(event), true);
+        break;
+    case XCB_FOCUS_OUT:
+        handleFocus(reinterpret_cast<const xcb_focus_out_event_t&>(event), false);
+        break;
+    default:
+        // Errors come here too: windows that went before a request about them arrived.
+        break;
+    }
+}
+
+void X11WindowTracker::handleProperty(const xcb_property_notify_event_t& event)
+{
+    if (event.window == m_clockWindow) {
+        for (const auto& window : std::exchange(m_toActivate, {})) {
+            activate(*window, event.time);
+        }
+    } else if (event.window == m_loop.root()) {
+        if (event.atom == m_loop.atom(activeWindowName)) {
+            refresh();
+        } else if (
+            event.atom == m_loop.atom(managerCheckName) ||
+            event.atom == m_loop.atom(supportedName)) {
+            findWindowManager();
+            refresh();
+        }
+    } else if (
+        m_candidate && event.window == m_candidate->id() &&
+        event.atom == m_loop.atom(classNameProperty)) {
+        m_candidate->setOwner(ownerOf(event.window, m_loop, m_entries));
+        watch(event.window, true);
+    }
+}
+
+void X11WindowTracker::handleGone(xcb_window_t window)
+{
+    if (const auto known = m_watched.extract(window)) {
+        if (const auto record = known.mapped().lock()) {
+            record->setGone();
+        }
+    }
+}
+
+void X11WindowTracker::handleDestroyed(xcb_window_t window)
+{
+    handleGone(window);
+    if (window == m_manager) {
+        findWindowManager();
+        refresh();
+    } else if (m_candidate && window == m_candidate->id()) {
+        m_candidate.reset();
+        refresh();
+    }
+}
+
+void X11WindowTracker::handleMapping(xcb_window_t window)
+{
+    if (m_candidate && window == m_candidate->id()) {
+        refresh();
+    }
+}
+
+void X11WindowTracker::handleFocus(const xcb_focus_in_event_t& event, bool isIn)
+{
+    if (event.mode == XCB_NOTIFY_MODE_GRAB || event.mode == XCB_NOTIFY_MODE_UNGRAB) {
+        // The focus stays where it is, only keys go elsewhere for a while.
+        if (m_candidate && event.event == m_candidate->id()) {
+            m_isKeyboardGrabbed = event.mode == XCB_NOTIFY_MODE_GRAB && !isIn;
+        }
+        return;
+    }
+    if (event.detail == XCB_NOTIFY_DETAIL_INFERIOR || event.detail == XCB_NOTIFY_DETAIL_POINTER) {
+        return;
+    }
+    refresh();
+    if (m_candidate && event.event == m_candidate->id()) {
+        m_isKeyboardGrabbed = event.mode == XCB_NOTIFY_MODE_WHILE_GRABBED;
+    }
+}
+
+void X11WindowTracker::lost()
+{
+    for (const auto& entry : m_watched) {
+        if (const auto record = entry.second.lock()) {
+            record->setGone();
+        }
+    }
+    m_watched.clear();
+    m_candidate.reset();
+    publish(nullptr, false);
+}
+
+void X11WindowTracker::findWindowManager()
+{
+    auto* const connection = m_loop.connection();
+    m_manager = noWindow;
+    const auto named = X11Property(m_loop, m_loop.root(), managerCheckName).value();
+    if (!named || *named == noWindow) {
+        return;
+    }
+    // The property outlives a manager that crashed; its window does not.
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection, *named, XCB_CW_EVENT_MASK, &events);
+    X11Property check(m_loop, *named, managerCheckName);
+    X11Property supported(m_loop, m_loop.root(), supportedName, 16 * 1024);
+    if (check.value() == *named &&
+        std::ranges::count(supported.values(), m_loop.atom(activeWindowName)) > 0) {
+        m_manager = *named;
+    }
+}
+
+void X11WindowTracker::refresh()
+{
+    const auto before = m_candidate;
+    const auto id = candidate();
+    m_candidate = id == noWindow ? nullptr : watched(id);
+    if (before != m_candidate) {
+        m_isKeyboardGrabbed = false;
+        if (before && !before->isGone()) {
+            watch(before->id(), false);
+        }
+        std::erase_if(m_watched, [this](const auto& entry) {
+            if (!entry.second.expired()) {
+                return false;
+            }
+            const std::uint32_t none = XCB_EVENT_MASK_NO_EVENT;
+            xcb_change_window_attributes(
+                m_loop.connection(), entry.first, XCB_CW_EVENT_MASK, &none);
+            return true;
+        });
+    }
+    // Asked after the window is watched: one that goes from now on is noticed.
+    const auto state = m_candidate ? mapState(m_candidate->id()) : std::nullopt;
+    if (m_candidate && !state) {
+        handleGone(m_candidate->id());
+        m_candidate.reset();
+    }
+    if (m_candidate && state != XCB_MAP_STATE_UNMAPPED) {
+        publish(m_candidate, hasFocus(m_candidate->id()));
+    } else {
+        publish(nullptr, false);
+    }
+}
+
+void X11WindowTracker::publish(std::shared_ptr<X11Window> window, bool hasFocus)
+{
+    Front front = {.window = std::move(window), .hasFocus = hasFocus};
+    const std::scoped_lock lock(m_mutex);
+    std::swap(m_front, front);
+}
+
+xcb_window_t X11WindowTracker::candidate()
+{
+    if (m_manager == noWindow) {
+        return applicationWindow(focus());
+    }
+    const auto named = X11Property(m_loop, m_loop.root(), activeWindowName).value();
+    // Some managers name a window of their own while nothing is active.
+    const bool isApplications = named && *named != m_loop.root() && *named != m_manager;
+    return isApplications ? *named : noWindow;
+}
+
+std::shared_ptr<X11Window> X11WindowTracker::watched(xcb_window_t window)
+{
+    const auto known = m_watched.find(window);
+    auto record = known == m_watched.end() ? nullptr : known->second.lock();
+    if (!record) {
+        // Watch first: a window that goes while it is looked at must not go unnoticed.
+        watch(window, false);
+        record = std::make_shared<X11Window>(window, ownerOf(window, m_loop, m_entries));
+        m_watched.insert_or_assign(window, record);
+    }
+    watch(window, true);
+    return record;
+}
+
+void X11WindowTracker::watch(xcb_window_t window, bool isCandidate)
+{
+    std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (isCandidate) {
+        events |= XCB_EVENT_MASK_FOCUS_CHANGE;
+        // Property changes are many (titles that show progress): only until the class is known.
+        const auto known = m_watched.find(window);
+        const auto record = known == m_watched.end() ? nullptr : known->second.lock();
+        if (record && !record->owner().applicationID) {
+            events |= XCB_EVENT_MASK_PROPERTY_CHANGE;
+        }
+    }
+    xcb_change_window_attributes(m_loop.connection(), window, XCB_CW_EVENT_MASK, &events);
+}
+
+std::optional<std::uint8_t> X11WindowTracker::mapState(xcb_window_t window) const
+{
+    const auto attributes = owned(xcb_get_window_attributes_reply(
+        m_loop.connection(), xcb_get_window_attributes(m_loop.connection(), window), nullptr));
+    return attributes ? std::optional(attributes->map_state) : std::nullopt;
+}
+
+xcb_window_t X11WindowTracker::focus() const
+{
+    const auto reply = owned(xcb_get_input_focus_reply(
+        m_loop.connection(), xcb_get_input_focus(m_loop.connection()), nullptr));
+    const bool isWindow = reply && reply->focus != XCB_INPUT_FOCUS_NONE &&
+                          reply->focus != XCB_INPUT_FOCUS_POINTER_ROOT;
+    return isWindow ? reply->focus : noWindow;
+}
+
+std::vector<xcb_window_t> X11WindowTracker::lineage(xcb_window_t window) const
+{
+    std::vector<xcb_window_t> windows;
+    while (window != noWindow && window != m_loop.root() && windows.size() < deepestWindow) {
+        windows.push_back(window);
+        const auto tree = owned(xcb_query_tree_reply(
+            m_loop.connection(), xcb_query_tree(m_loop.connection(), window), nullptr));
+        window = tree ? tree->parent : noWindow;
+    }
+    return windows;
+}
+
+bool X11WindowTracker::hasFocus(xcb_window_t window) const
+{
+    const auto focused = focus();
+    // Toolkits like to give the focus to a child of theirs.
+    return focused == window || std::ranges::count(lineage(focused), window) > 0;
+}
+
+xcb_window_t X11WindowTracker::applicationWindow(xcb_window_t inner)
+{
+    const auto windows = lineage(inner);
+    // A manager that does not tell the active window may still put frames around windows; the frame
+    // has no class.
+    for (const auto window : std::views::reverse(windows)) {
+        if (!X11Property(m_loop, window, classNameProperty).bytes().empty()) {
+            return window;
+        }
+    }
+    return windows.empty() ? noWindow : windows.back();
+}
+
+bool X11WindowTracker::isInFrontNow(const X11Window& window)
+{
+    return !window.isGone() && candidate() == window.id() && hasFocus(window.id());
+}
+
+void X11WindowTracker::requestActivation(std::shared_ptr<const X11Window> window)
+{
+    m_loop.post([this, window = std::move(window)]() mutable {
+        const auto current = front();
+        if (window->isGone() || (current.window == window && current.hasFocus)) {
+            return;
+        }
+        // Managers ignore requests that are older than the last thing the user did, and only the
+        // server knows the time: the answer to this change brings it.
+        m_toActivate.push_back(std::move(window));
+        xcb_change_property(
+            m_loop.connection(), XCB_PROP_MODE_APPEND, m_clockWindow, m_loop.atom(clockName),
+            XCB_ATOM_STRING, 8, 0, "");
+    });
+}
+
+void X11WindowTracker::activate(const X11Window& window, xcb_timestamp_t time)
+{
+    auto* const connection = m_loop.connection();
+    if (m_manager == noWindow) {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(connection, window.id(), XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        xcb_set_input_focus(connection, XCB_INPUT_FOCUS_PARENT, window.id(), time);
+        return;
+    }
+    // Some managers bring no window to the front that is on another workspace.
+    X11Property ofWindow(m_loop, window.id(), "_NET_WM_DESKTOP");
+    X11Property current(m_loop, m_loop.root(), currentDesktopName);
+    const auto workspace = ofWindow.value();
+    if (workspace && *workspace != onAllDesktops && workspace != current.value()) {
+        askManager(m_loop.root(), currentDesktopName, {*workspace, time});
+    }
+    constexpr std::uint32_t asPager = 2;
+    askManager(window.id(), activeWindowName, {asPager, time});
+}
+
+void X11WindowTracker::askManager(
+    xcb_window_t window, const char* request, std::initializer_list<std::uint32_t> arguments)
+{
+    xcb_client_message_event_t message = {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = m_loop.atom(request);
+    std::ranges::copy(arguments, message.data.data32);
+    xcb_send_event(
+        m_loop.connection(), 0, m_loop.root(),
+        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+        reinterpret_cast<const char*>(&message));
+}
+
+} // namespace tessly
