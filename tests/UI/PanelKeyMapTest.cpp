@@ -35,7 +35,7 @@ const std::vector<Modifiers> combinations = {
     Qt::GroupSwitchModifier,
 };
 
-TEST(PanelKeyMap, arrowsMoveTheSelectionWhateverIsHeld)
+TEST(PanelKeyMap, ArrowsMoveTheSelectionWhateverIsHeld)
 {
     for (const Modifiers modifiers : combinations) {
         EXPECT_EQ(panelAction(Qt::Key_Up, modifiers), PanelAction::selectPrevious) << modifiers;
@@ -43,7 +43,7 @@ TEST(PanelKeyMap, arrowsMoveTheSelectionWhateverIsHeld)
     }
 }
 
-TEST(PanelKeyMap, returnPastes)
+TEST(PanelKeyMap, ReturnPastes)
 {
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
         EXPECT_EQ(panelAction(key, none), PanelAction::paste);
@@ -51,7 +51,7 @@ TEST(PanelKeyMap, returnPastes)
     }
 }
 
-TEST(PanelKeyMap, onlyShiftAlonePastesPlainText)
+TEST(PanelKeyMap, OnlyShiftAlonePastesPlainText)
 {
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
         EXPECT_EQ(panelAction(key, shift), PanelAction::pastePlainText);
@@ -64,14 +64,14 @@ TEST(PanelKeyMap, onlyShiftAlonePastesPlainText)
     }
 }
 
-TEST(PanelKeyMap, escapeClosesWhateverIsHeld)
+TEST(PanelKeyMap, EscapeClosesWhateverIsHeld)
 {
     for (const Modifiers modifiers : combinations) {
         EXPECT_EQ(panelAction(Qt::Key_Escape, modifiers), PanelAction::close) << modifiers;
     }
 }
 
-TEST(PanelKeyMap, pWithCtrlAloneTogglesThePin)
+TEST(PanelKeyMap, PWithCtrlAloneTogglesThePin)
 {
     for (const Modifiers modifiers : combinations) {
         const bool isCtrlAlone = modifiers == ctrl || modifiers == (ctrl | keypad);
@@ -82,7 +82,7 @@ TEST(PanelKeyMap, pWithCtrlAloneTogglesThePin)
     }
 }
 
-TEST(PanelKeyMap, backspaceWithCtrlAloneDeletes)
+TEST(PanelKeyMap, BackspaceWithCtrlAloneDeletes)
 {
     for (const Modifiers modifiers : combinations) {
         const bool isCtrlAlone = modifiers == ctrl || modifiers == (ctrl | keypad);
@@ -93,7 +93,7 @@ TEST(PanelKeyMap, backspaceWithCtrlAloneDeletes)
     }
 }
 
-TEST(PanelKeyMap, everyOtherKeyIsLeftToTheSearchField)
+TEST(PanelKeyMap, EveryOtherKeyIsLeftToTheSearchField)
 {
     for (const int key :
          {Qt::Key_A, Qt::Key_V, Qt::Key_0, Qt::Key_9, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Left,

@@ -27,7 +27,7 @@ double at(int year, int month, int day, int hour = 12, int minute = 0)
         QDateTime(QDate(year, month, day), QTime(hour, minute)).toSecsSinceEpoch());
 }
 
-TEST(Presentation, everyKindHasItsTitleAndSymbol)
+TEST(Presentation, EveryKindHasItsTitleAndSymbol)
 {
     EXPECT_EQ(kindTitle(ClipKind::text), u"Text"_s);
     EXPECT_EQ(kindTitle(ClipKind::richText), u"Rich Text"_s);
@@ -41,7 +41,7 @@ TEST(Presentation, everyKindHasItsTitleAndSymbol)
     EXPECT_EQ(kindSymbol(ClipKind::link), u"link"_s);
 }
 
-TEST(Presentation, shortAgesAreWholeUnitsGoneBy)
+TEST(Presentation, ShortAgesAreWholeUnitsGoneBy)
 {
     const double now = at(2024, 5, 17);
     EXPECT_EQ(relativeDate(now, now), u"now"_s);
@@ -54,7 +54,7 @@ TEST(Presentation, shortAgesAreWholeUnitsGoneBy)
     EXPECT_EQ(relativeDate(now - 23.99 * 3600, now), u"23 hours ago"_s);
 }
 
-TEST(Presentation, daysAreCountedByTheCalendarAndNamed)
+TEST(Presentation, DaysAreCountedByTheCalendarAndNamed)
 {
     const double now = at(2024, 5, 17, 9);
     EXPECT_EQ(relativeDate(at(2024, 5, 16, 9), now), u"yesterday"_s);
@@ -63,7 +63,7 @@ TEST(Presentation, daysAreCountedByTheCalendarAndNamed)
     EXPECT_EQ(relativeDate(at(2024, 5, 11), now), u"6 days ago"_s);
 }
 
-TEST(Presentation, longAgesAreWeeksMonthsAndYears)
+TEST(Presentation, LongAgesAreWeeksMonthsAndYears)
 {
     const double now = at(2024, 5, 17);
     EXPECT_EQ(relativeDate(at(2024, 5, 10), now), u"last week"_s);
@@ -80,7 +80,7 @@ TEST(Presentation, longAgesAreWeeksMonthsAndYears)
         << "the last day of a shorter month completes a month";
 }
 
-TEST(Presentation, aClockThatWasSetBackGivesTimesToCome)
+TEST(Presentation, AClockThatWasSetBackGivesTimesToCome)
 {
     const double now = at(2024, 5, 17);
     EXPECT_EQ(relativeDate(now + 0.5, now), u"now"_s);
@@ -88,7 +88,7 @@ TEST(Presentation, aClockThatWasSetBackGivesTimesToCome)
     EXPECT_EQ(relativeDate(at(2024, 5, 18, 13), now), u"tomorrow"_s);
 }
 
-TEST(Presentation, metadataJoinsKindSourceAgeAndCopies)
+TEST(Presentation, MetadataJoinsKindSourceAgeAndCopies)
 {
     const double now = at(2024, 5, 17);
     Clip clip = textClip();
@@ -100,7 +100,7 @@ TEST(Presentation, metadataJoinsKindSourceAgeAndCopies)
     EXPECT_EQ(metadataLine(clip, now), u"Text • Files • 3 minutes ago • copied 12000×"_s);
 }
 
-TEST(Presentation, metadataHasNoPieceForASingleCopy)
+TEST(Presentation, MetadataHasNoPieceForASingleCopy)
 {
     const double now = at(2024, 5, 17);
     Clip clip = textClip();
@@ -110,7 +110,7 @@ TEST(Presentation, metadataHasNoPieceForASingleCopy)
     EXPECT_EQ(metadataLine(clip, now), u"Text • Files • now"_s);
 }
 
-TEST(Presentation, metadataHasNoEmptyPieceForAMissingSource)
+TEST(Presentation, MetadataHasNoEmptyPieceForAMissingSource)
 {
     const double now = at(2024, 5, 17);
     Clip clip = textClip();
@@ -120,7 +120,7 @@ TEST(Presentation, metadataHasNoEmptyPieceForAMissingSource)
     EXPECT_EQ(metadataLine(clip, now), u"Text • now"_s);
 }
 
-TEST(Presentation, metadataTakesAPercentSignInANameForWhatItIs)
+TEST(Presentation, MetadataTakesAPercentSignInANameForWhatItIs)
 {
     const double now = at(2024, 5, 17);
     Clip clip = textClip();
@@ -130,14 +130,14 @@ TEST(Presentation, metadataTakesAPercentSignInANameForWhatItIs)
     EXPECT_EQ(metadataLine(clip, now), u"Text • 100 %1 • now • copied 2×"_s);
 }
 
-TEST(Presentation, tenPositionsHaveTheirDigits)
+TEST(Presentation, TenPositionsHaveTheirDigits)
 {
     EXPECT_EQ(shortcutLabel(1), u"\u2325\u21E71"_s);
     EXPECT_EQ(shortcutLabel(9), u"\u2325\u21E79"_s);
     EXPECT_EQ(shortcutLabel(10), u"\u2325\u21E70"_s);
 }
 
-TEST(Presentation, keyCapsAreNamedAsOnThisKeyboard)
+TEST(Presentation, KeyCapsAreNamedAsOnThisKeyboard)
 {
     EXPECT_EQ(keyNames(u"⌘P"_s), u"Ctrl+P"_s);
     EXPECT_EQ(keyNames(u"⇧↩"_s), u"Shift+Return"_s);
@@ -146,14 +146,14 @@ TEST(Presentation, keyCapsAreNamedAsOnThisKeyboard)
     EXPECT_EQ(keyNames({}), QString());
 }
 
-TEST(Presentation, theCountIsAlwaysOfItems)
+TEST(Presentation, TheCountIsAlwaysOfItems)
 {
     EXPECT_EQ(itemCount(0), u"0 items"_s);
     EXPECT_EQ(itemCount(1), u"1 items"_s);
     EXPECT_EQ(itemCount(10000), u"10000 items"_s);
 }
 
-TEST(Presentation, aDisplayLineHasNothingThatBreaksIt)
+TEST(Presentation, ADisplayLineHasNothingThatBreaksIt)
 {
     EXPECT_EQ(displayLine(u"plain text"_s), u"plain text"_s);
     EXPECT_EQ(displayLine(u"a\tb\nc\rd\u2028e\u2029f\u0085g\vh\fi"_s), u"a b c d e f g h i"_s);

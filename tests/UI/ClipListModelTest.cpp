@@ -103,19 +103,19 @@ protected:
     QStringList operations;
 };
 
-TEST_F(ClipListModelTest, theFirstListIsOneInsertion)
+TEST_F(ClipListModelTest, TheFirstListIsOneInsertion)
 {
     EXPECT_EQ(setClips(clips("abc")), QStringList{u"insert 0-2"_s});
     EXPECT_EQ(rows(), "abc");
 }
 
-TEST_F(ClipListModelTest, theSameListIsNoOperation)
+TEST_F(ClipListModelTest, TheSameListIsNoOperation)
 {
     model.setClips(clips("abc"), now);
     EXPECT_EQ(setClips(clips("abc")), QStringList{});
 }
 
-TEST_F(ClipListModelTest, aNewClipIsOneInsertionInItsPlace)
+TEST_F(ClipListModelTest, ANewClipIsOneInsertionInItsPlace)
 {
     model.setClips(clips("abc"), now);
     EXPECT_EQ(setClips(clips("xabc")), QStringList{u"insert 0-0"_s});
@@ -124,34 +124,34 @@ TEST_F(ClipListModelTest, aNewClipIsOneInsertionInItsPlace)
     EXPECT_EQ(rows(), "xaybcz");
 }
 
-TEST_F(ClipListModelTest, aDeletedClipIsOneRemoval)
+TEST_F(ClipListModelTest, ADeletedClipIsOneRemoval)
 {
     model.setClips(clips("abc"), now);
     EXPECT_EQ(setClips(clips("ac")), QStringList{u"remove 1-1"_s});
     EXPECT_EQ(setClips({}), QStringList{u"remove 0-1"_s});
 }
 
-TEST_F(ClipListModelTest, neighboursAreRemovedTogether)
+TEST_F(ClipListModelTest, NeighboursAreRemovedTogether)
 {
     model.setClips(clips("abcdefg"), now);
     EXPECT_EQ(setClips(clips("adg")), (QStringList{u"remove 4-5"_s, u"remove 1-2"_s}));
     EXPECT_EQ(rows(), "adg");
 }
 
-TEST_F(ClipListModelTest, aFullListThatGainsOneLosesItsLast)
+TEST_F(ClipListModelTest, AFullListThatGainsOneLosesItsLast)
 {
     model.setClips(clips("abcd"), now);
     EXPECT_EQ(setClips(clips("xabc")), (QStringList{u"remove 3-3"_s, u"insert 0-0"_s}));
 }
 
-TEST_F(ClipListModelTest, aClipThatComesToTheTopIsOneMove)
+TEST_F(ClipListModelTest, AClipThatComesToTheTopIsOneMove)
 {
     model.setClips(clips("abcd"), now);
     EXPECT_EQ(setClips(clips("cabd")), QStringList{u"move 2-2 before 0"_s});
     EXPECT_EQ(rows(), "cabd");
 }
 
-TEST_F(ClipListModelTest, aClipThatGoesDownIsOneMove)
+TEST_F(ClipListModelTest, AClipThatGoesDownIsOneMove)
 {
     model.setClips(clips("abcd"), now);
     EXPECT_EQ(setClips(clips("bcda")), QStringList{u"move 0-0 before 4"_s});
@@ -159,14 +159,14 @@ TEST_F(ClipListModelTest, aClipThatGoesDownIsOneMove)
     EXPECT_EQ(rows(), "cbda");
 }
 
-TEST_F(ClipListModelTest, neighboursMoveTogether)
+TEST_F(ClipListModelTest, NeighboursMoveTogether)
 {
     model.setClips(clips("abcdef"), now);
     EXPECT_EQ(setClips(clips("deabcf")), QStringList{u"move 3-4 before 0"_s});
     EXPECT_EQ(rows(), "deabcf");
 }
 
-TEST_F(ClipListModelTest, removalMoveAndInsertionComeTogether)
+TEST_F(ClipListModelTest, RemovalMoveAndInsertionComeTogether)
 {
     model.setClips(clips("abcde"), now);
     EXPECT_EQ(
@@ -175,7 +175,7 @@ TEST_F(ClipListModelTest, removalMoveAndInsertionComeTogether)
     EXPECT_EQ(rows(), "daxc");
 }
 
-TEST_F(ClipListModelTest, anyListFollowsAnyOther)
+TEST_F(ClipListModelTest, AnyListFollowsAnyOther)
 {
     std::mt19937 random(20240517);
     std::string names = "abcdefghijkl";
@@ -188,7 +188,7 @@ TEST_F(ClipListModelTest, anyListFollowsAnyOther)
     }
 }
 
-TEST_F(ClipListModelTest, aPinChangesThePinAlone)
+TEST_F(ClipListModelTest, APinChangesThePinAlone)
 {
     auto list = clips("abc");
     model.setClips(list, now);
@@ -198,7 +198,7 @@ TEST_F(ClipListModelTest, aPinChangesThePinAlone)
     EXPECT_TRUE(data(1, ClipListModel::isPinnedRole).toBool());
 }
 
-TEST_F(ClipListModelTest, aCopyMadeAgainChangesTheMetadataAlone)
+TEST_F(ClipListModelTest, ACopyMadeAgainChangesTheMetadataAlone)
 {
     auto list = clips("abc");
     model.setClips(list, now);
@@ -207,7 +207,7 @@ TEST_F(ClipListModelTest, aCopyMadeAgainChangesTheMetadataAlone)
     EXPECT_EQ(data(0, ClipListModel::metadataRole), u"Text • 1 minute ago • copied 2×"_s);
 }
 
-TEST_F(ClipListModelTest, whatIsNotShownChangesNothing)
+TEST_F(ClipListModelTest, WhatIsNotShownChangesNothing)
 {
     auto list = clips("abc");
     model.setClips(list, now);
@@ -217,7 +217,7 @@ TEST_F(ClipListModelTest, whatIsNotShownChangesNothing)
     EXPECT_EQ(*model.clip(0), list[0]) << "the row still has what is new";
 }
 
-TEST_F(ClipListModelTest, timeChangesTheAgesThatReadDifferently)
+TEST_F(ClipListModelTest, TimeChangesTheAgesThatReadDifferently)
 {
     auto list = clips("ab");
     list[1].lastUsedAt = now - 3600;
@@ -228,14 +228,14 @@ TEST_F(ClipListModelTest, timeChangesTheAgesThatReadDifferently)
     EXPECT_EQ(data(0, ClipListModel::metadataRole), u"Text • 2 minutes ago"_s);
 }
 
-TEST_F(ClipListModelTest, noRowHasAKeyAtFirst)
+TEST_F(ClipListModelTest, NoRowHasAKeyAtFirst)
 {
     model.setClips(clips("ab"), now);
     EXPECT_EQ(data(0, ClipListModel::shortcutLabelRole), QString());
     EXPECT_EQ(data(0, ClipListModel::shortcutNameRole), QString());
 }
 
-TEST_F(ClipListModelTest, theFirstTenRowsHaveKeys)
+TEST_F(ClipListModelTest, TheFirstTenRowsHaveKeys)
 {
     model.setShortcuts(ClipListModel::Shortcuts::shown);
     model.setClips(clips("abcdefghijkl"), now);
@@ -246,7 +246,7 @@ TEST_F(ClipListModelTest, theFirstTenRowsHaveKeys)
     EXPECT_EQ(data(9, ClipListModel::shortcutNameRole), u"Alt+Shift+0"_s);
 }
 
-TEST_F(ClipListModelTest, theSettingShowsAndHidesTheKeysAlone)
+TEST_F(ClipListModelTest, TheSettingShowsAndHidesTheKeysAlone)
 {
     model.setClips(clips("ab"), now);
     operations.clear();
@@ -259,7 +259,7 @@ TEST_F(ClipListModelTest, theSettingShowsAndHidesTheKeysAlone)
     EXPECT_EQ(operations, expected);
 }
 
-TEST_F(ClipListModelTest, keysStayWithTheirPositions)
+TEST_F(ClipListModelTest, KeysStayWithTheirPositions)
 {
     model.setShortcuts(ClipListModel::Shortcuts::shown);
     model.setClips(clips("ab"), now);
@@ -271,7 +271,7 @@ TEST_F(ClipListModelTest, keysStayWithTheirPositions)
     EXPECT_EQ(data(2, ClipListModel::shortcutLabelRole), u"⌥⇧3"_s);
 }
 
-TEST_F(ClipListModelTest, rowsTellWhatTheyShow)
+TEST_F(ClipListModelTest, RowsTellWhatTheyShow)
 {
     ClipPayload::Fields fields;
     fields.plainText = "two\nlines\rand\tmore";
@@ -288,7 +288,7 @@ TEST_F(ClipListModelTest, rowsTellWhatTheyShow)
     EXPECT_EQ(data(0, ClipListModel::isPinnedRole), false);
 }
 
-TEST_F(ClipListModelTest, aHugeTextIsShownByItsBeginning)
+TEST_F(ClipListModelTest, AHugeTextIsShownByItsBeginning)
 {
     ClipPayload::Fields fields;
     fields.plainText = QByteArray(25 * 1024 * 1024, 'x');
@@ -300,7 +300,7 @@ TEST_F(ClipListModelTest, aHugeTextIsShownByItsBeginning)
     EXPECT_LE(preview.size(), 2000);
 }
 
-TEST_F(ClipListModelTest, rowsAndClipsAreFoundByEachOther)
+TEST_F(ClipListModelTest, RowsAndClipsAreFoundByEachOther)
 {
     model.setClips(clips("abc"), now);
     EXPECT_EQ(model.rowOf(clip('b').id), 1);

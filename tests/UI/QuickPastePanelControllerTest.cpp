@@ -1,0 +1,489 @@
+#include "QuickPastePanelController.h"
+
+#include "AppModelFixture.h"
+#include "FakeOutsideClickMonitor.h"
+#include "FakePanelView.h"
+
+#include <gmock/gmock.h>
+
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace tessly::test {
+
+using Call = FakePanelView::Call;
+using KeepsOpen = QuickPastePanelController::KeepsOpen;
+
+namespace {
+
+class QuickPastePanelControllerTest : public AppModelFixture
+{
+protected:
+    QuickPastePanelControllerTest() { makeController(KeepsOpen::no); }
+
+    void makeController(KeepsOpen keepsOpen)
+    {
+        m_controller = std::make_unique<QuickPastePanelController>(
+            QuickPastePanelController::Dependencies{*m_model, m_workspace, m_clicks},
+            [this] { return m_anchor; },
+            [this]() -> std::unique_ptr<PanelView> {
+                ++m_viewsMade;
+                if (m_viewIsMissing) {
+                    return nullptr;
+                }
+                auto view = std::make_unique<FakePanelView>();
+                m_view = view.get();
+                return view;
+            },
+            keepsOpen);
+    }
+
+    void show()
+    {
+        m_controller->show();
+        run();
+    }
+
+    std::shared_ptr<FakeRunningApplication> bringToFront(std::optional<QString> bundleIdentifier)
+    {
+        auto application = std::make_shared<FakeRunningApplication>(std::move(bundleIdentifier));
+        m_workspace.setFrontmost(application);
+        return application;
+    }
+
+    /// What the paste that has just been started put on the pasteboard.
+    [[nodiscard]] PasteboardItem written() const
+    {
+        EXPECT_THAT(m_pasteboard.writes(), SizeIs(1));
+        return m_pasteboard.writes().empty() ? PasteboardItem()
+                                             : m_pasteboard.writes().front().front();
+    }
+
+    void expectClosed()
+    {
+        EXPECT_FALSE(m_controller->isShown());
+        EXPECT_FALSE(m_model->isPanelPresented());
+        EXPECT_EQ(m_clicks.watches(), 0U);
+        EXPECT_FALSE(m_view->press(Qt::Key_Down)) << "keys are no longer handled";
+    }
+
+    void expectOpen()
+    {
+        EXPECT_TRUE(m_controller->isShown());
+        EXPECT_TRUE(m_model->isPanelPresented());
+    }
+
+    FakeOutsideClickMonitor m_clicks;
+    std::optional<QRect> m_anchor = QRect(100, 0, 24, 24);
+    bool m_viewIsMissing = false;
+    int m_viewsMade = 0;
+    /// The controller's.
+    FakePanelView* m_view = nullptr;
+    std::unique_ptr<QuickPastePanelController> m_controller;
+};
+
+// Opening
+
+TEST_F(QuickPastePanelControllerTest, MakesItsViewAtTheFirstOpeningAndKeepsIt)
+{
+    EXPECT_EQ(m_viewsMade, 0);
+    show();
+    m_controller->close();
+    show();
+    EXPECT_EQ(m_viewsMade, 1);
+}
+
+TEST_F(QuickPastePanelControllerTest, ShowsItsViewAtTheAnchorAndGivesItTheKeyboard)
+{
+    show();
+    EXPECT_THAT(m_view->calls(), ElementsAre(Call::show, Call::activate));
+    EXPECT_EQ(m_view->anchor(), QRect(100, 0, 24, 24));
+    expectOpen();
+    EXPECT_EQ(m_clicks.watches(), 1U);
+}
+
+TEST_F(QuickPastePanelControllerTest, OpensWithAnEmptyQueryAndAFreshList)
+{
+    save("older");
+    save("newer");
+    m_model->setQuery(u"nothing has this"_s);
+    show();
+    EXPECT_EQ(m_model->query(), QString());
+    EXPECT_THAT(texts(), ElementsAre("newer", "older"));
+}
+
+TEST_F(QuickPastePanelControllerTest, KeepsFilterAndSelection)
+{
+    const Clip older = save("older");
+    save("newer");
+    show();
+    m_model->setSelectedKind(ClipKind::text);
+    m_model->setSelectedID(older.id);
+    m_controller->close();
+    show();
+    EXPECT_EQ(m_model->selectedKind(), ClipKind::text);
+    EXPECT_EQ(m_model->selectedID(), older.id);
+}
+
+TEST_F(QuickPastePanelControllerTest, TakesTheApplicationInFrontAsTarget)
+{
+    const auto editor = bringToFront(u"org.example.editor"_s);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), editor);
+}
+
+TEST_F(QuickPastePanelControllerTest, TakesAnApplicationWithoutIdentifierAsTarget)
+{
+    const auto unnamed = bringToFront(std::nullopt);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), unnamed);
+}
+
+TEST_F(QuickPastePanelControllerTest, HasNoTargetWhenTesslyItselfIsInFront)
+{
+    bringToFront(u"org.example.editor"_s);
+    show();
+    m_controller->close();
+    bringToFront(u"com.brackmoor.tessly"_s);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), nullptr);
+}
+
+TEST_F(QuickPastePanelControllerTest, ComparesItsOwnIdentifierExactly)
+{
+    const auto other = bringToFront(u"com.brackmoor.Tessly"_s);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), other);
+}
+
+TEST_F(QuickPastePanelControllerTest, HasNoTargetWhenNothingIsInFront)
+{
+    bringToFront(u"org.example.editor"_s);
+    show();
+    m_controller->close();
+    m_workspace.setFrontmost(nullptr);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), nullptr);
+}
+
+TEST_F(QuickPastePanelControllerTest, OpeningWhileOpenChangesNothing)
+{
+    const auto editor = bringToFront(u"org.example.editor"_s);
+    show();
+    bringToFront(u"org.example.other"_s);
+    m_model->setQuery(u"typed"_s);
+    show();
+    EXPECT_EQ(m_model->currentTargetApplication(), editor);
+    EXPECT_EQ(m_model->query(), u"typed"_s);
+    EXPECT_THAT(m_view->calls(), ElementsAre(Call::show, Call::activate));
+    EXPECT_EQ(m_clicks.watches(), 1U);
+}
+
+TEST_F(QuickPastePanelControllerTest, WithoutAnAnchorNothingHappens)
+{
+    m_anchor.reset();
+    bringToFront(u"org.example.editor"_s);
+    m_model->setQuery(u"typed"_s);
+    show();
+    EXPECT_EQ(m_viewsMade, 0);
+    EXPECT_EQ(m_model->query(), u"typed"_s);
+    EXPECT_EQ(m_model->currentTargetApplication(), nullptr);
+    EXPECT_FALSE(m_model->isPanelPresented());
+}
+
+TEST_F(QuickPastePanelControllerTest, AViewThatDoesNotComeUpLeavesThePanelClosed)
+{
+    show();
+    m_controller->close();
+    m_view->refuseToShow();
+    const QSignalSpy presented(m_model.get(), &AppModel::isPanelPresentedChanged);
+    show();
+    EXPECT_EQ(presented.size(), 2) << "up, and down again";
+    expectClosed();
+    EXPECT_EQ(m_view->calls().back(), Call::show) << "it is not given the keyboard";
+}
+
+TEST_F(QuickPastePanelControllerTest, AViewThatCannotBeMadeIsAskedForAgain)
+{
+    m_viewIsMissing = true;
+    show();
+    EXPECT_FALSE(m_model->isPanelPresented());
+    EXPECT_EQ(m_clicks.watches(), 0U);
+    m_viewIsMissing = false;
+    show();
+    EXPECT_EQ(m_viewsMade, 2);
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, TheModelOpensIt)
+{
+    m_model->showPanel();
+    expectOpen();
+}
+
+// Closing
+
+TEST_F(QuickPastePanelControllerTest, TheModelClosesIt)
+{
+    show();
+    m_model->closePanel();
+    expectClosed();
+    EXPECT_EQ(m_view->calls().back(), Call::close);
+}
+
+TEST_F(QuickPastePanelControllerTest, ClosingBeforeTheFirstOpeningPutsTheStateRight)
+{
+    m_model->setPanelPresented(true);
+    m_model->closePanel();
+    EXPECT_FALSE(m_model->isPanelPresented());
+    EXPECT_EQ(m_viewsMade, 0);
+}
+
+TEST_F(QuickPastePanelControllerTest, ClosingWhileClosedPutsTheStateRight)
+{
+    show();
+    m_controller->close();
+    m_model->setPanelPresented(true);
+    m_controller->close();
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, EscapeCloses)
+{
+    show();
+    EXPECT_TRUE(m_view->press(Qt::Key_Escape));
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, APressInAnotherApplicationClosesFromTheEventLoop)
+{
+    show();
+    m_clicks.press();
+    expectOpen();
+    settle();
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, APressThatIsToldTooLateDoesNotCloseTheNextOpening)
+{
+    makeController(KeepsOpen::no);
+    show();
+    m_clicks.press();
+    m_controller->close();
+    settle();
+    show();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, LosingTheKeyboardCloses)
+{
+    show();
+    m_view->loseKeyboard();
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, AWindowThatGoesByItselfEndsThePresentation)
+{
+    show();
+    m_view->vanish();
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, ClosingKeepsTheTarget)
+{
+    const auto editor = bringToFront(u"org.example.editor"_s);
+    show();
+    m_controller->close();
+    EXPECT_EQ(m_model->currentTargetApplication(), editor);
+}
+
+TEST_F(QuickPastePanelControllerTest, ClosingTellsOfTheChangeOnce)
+{
+    show();
+    const QSignalSpy presented(m_model.get(), &AppModel::isPanelPresentedChanged);
+    m_controller->close();
+    m_controller->close();
+    EXPECT_EQ(presented.size(), 1);
+}
+
+TEST_F(QuickPastePanelControllerTest, ItsClosuresDoNothingOnceItIsGone)
+{
+    show();
+    m_controller.reset();
+    m_model->setPanelPresented(false);
+    m_model->showPanel();
+    m_model->closePanel();
+    EXPECT_FALSE(m_model->isPanelPresented());
+    EXPECT_EQ(m_viewsMade, 1);
+    EXPECT_EQ(m_clicks.watches(), 0U);
+}
+
+// Keys
+
+class QuickPastePanelControllerKeysTest : public QuickPastePanelControllerTest
+{
+protected:
+    QuickPastePanelControllerKeysTest()
+    {
+        m_editor = bringToFront(u"org.example.editor"_s);
+        m_oldest = save(ClipPayload({.plainText = "oldest", .rtf = "{rtf}"}));
+        m_middle = save("middle");
+        m_newest = save("newest");
+        show();
+    }
+
+    std::shared_ptr<FakeRunningApplication> m_editor;
+    Clip m_oldest;
+    Clip m_middle;
+    Clip m_newest;
+};
+
+TEST_F(QuickPastePanelControllerKeysTest, ArrowsMoveTheSelectionWhateverIsHeld)
+{
+    for (const Qt::KeyboardModifiers modifiers :
+         {Qt::KeyboardModifiers(Qt::NoModifier), Qt::ShiftModifier | Qt::ControlModifier,
+          Qt::KeyboardModifiers(Qt::AltModifier), Qt::KeyboardModifiers(Qt::KeypadModifier)}) {
+        EXPECT_EQ(m_model->selectedID(), m_newest.id);
+        EXPECT_TRUE(m_view->press(Qt::Key_Down, modifiers));
+        EXPECT_EQ(m_model->selectedID(), m_middle.id);
+        EXPECT_TRUE(m_view->press(Qt::Key_Up, modifiers));
+    }
+    EXPECT_EQ(m_model->selectedID(), m_newest.id);
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnPastesTheSelectionIntoTheTarget)
+{
+    m_model->setSelectedID(m_oldest.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    expectClosed();
+    EXPECT_EQ(written().rtf, "{rtf}");
+    EXPECT_GE(m_editor->activations(), 1);
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, EnterIsReturn)
+{
+    m_model->setSelectedID(m_oldest.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_Enter, Qt::KeypadModifier));
+    expectClosed();
+    EXPECT_EQ(written().rtf, "{rtf}");
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ShiftReturnPastesPlainText)
+{
+    m_model->setSelectedID(m_oldest.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_Return, Qt::ShiftModifier));
+    EXPECT_EQ(written().rtf, std::nullopt);
+    EXPECT_EQ(written().plainText, "oldest");
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnWithOtherModifiersPastesNormally)
+{
+    m_model->setSelectedID(m_oldest.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_Return, Qt::ShiftModifier | Qt::AltModifier));
+    EXPECT_EQ(written().rtf, "{rtf}");
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnWithoutATargetCopies)
+{
+    m_controller->close();
+    m_workspace.setFrontmost(nullptr);
+    show();
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    EXPECT_EQ(written().plainText, "newest");
+    EXPECT_EQ(message(), u"Copied to the clipboard."_s);
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnGoesToTheTargetOfThisOpening)
+{
+    m_controller->close();
+    const auto terminal = bringToFront(u"org.example.terminal"_s);
+    show();
+    bringToFront(u"org.example.latecomer"_s);
+    m_view->press(Qt::Key_Return);
+    EXPECT_GE(terminal->activations(), 1);
+    EXPECT_EQ(m_editor->activations(), 0);
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnWithNothingSelectedIsConsumed)
+{
+    m_model->clearHistory(true);
+    run();
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    EXPECT_TRUE(m_view->press(Qt::Key_Return, Qt::ShiftModifier));
+    expectOpen();
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, CtrlPTogglesThePinOfTheSelection)
+{
+    m_model->setSelectedID(m_middle.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_P, Qt::ControlModifier));
+    run();
+    EXPECT_THAT(texts(), ElementsAre("middle", "newest", "oldest"));
+    EXPECT_TRUE(m_model->clips().front().isPinned);
+    EXPECT_TRUE(m_view->press(Qt::Key_P, Qt::ControlModifier));
+    run();
+    EXPECT_FALSE(m_model->selectedClip()->isPinned);
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, CtrlBackspaceDeletesTheSelection)
+{
+    m_model->setSelectedID(m_middle.id);
+    EXPECT_TRUE(m_view->press(Qt::Key_Backspace, Qt::ControlModifier));
+    run();
+    EXPECT_THAT(texts(), ElementsAre("newest", "oldest"));
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, EverythingElseIsLeftToTheSearchField)
+{
+    EXPECT_FALSE(m_view->press(Qt::Key_P));
+    EXPECT_FALSE(m_view->press(Qt::Key_P, Qt::ShiftModifier));
+    EXPECT_FALSE(m_view->press(Qt::Key_Backspace));
+    EXPECT_FALSE(m_view->press(Qt::Key_A));
+    EXPECT_FALSE(m_view->press(Qt::Key_1, Qt::AltModifier | Qt::ShiftModifier));
+    run();
+    EXPECT_THAT(texts(), SizeIs(3));
+    EXPECT_FALSE(m_model->clips().front().isPinned);
+}
+
+// Kept open
+
+class QuickPastePanelControllerKeptOpenTest : public QuickPastePanelControllerTest
+{
+protected:
+    QuickPastePanelControllerKeptOpenTest()
+    {
+        makeController(KeepsOpen::forUITesting);
+        show();
+    }
+};
+
+TEST_F(QuickPastePanelControllerKeptOpenTest, IsGivenTheKeyboardAllTheSame)
+{
+    EXPECT_THAT(m_view->calls(), ElementsAre(Call::show, Call::activate));
+    EXPECT_EQ(m_clicks.watches(), 0U);
+}
+
+TEST_F(QuickPastePanelControllerKeptOpenTest, NeitherClicksNorFocusNorEscapeCloseIt)
+{
+    m_clicks.press();
+    settle();
+    m_view->loseKeyboard();
+    EXPECT_FALSE(m_view->press(Qt::Key_Escape));
+    EXPECT_FALSE(m_view->press(Qt::Key_Return));
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerKeptOpenTest, OnlyTheModelClosesIt)
+{
+    m_model->closePanel();
+    expectClosed();
+}
+
+} // namespace
+} // namespace tessly::test
