@@ -1,0 +1,61 @@
+import QtQuick
+import Tessly.Panel
+
+// One kind to filter by.
+Rectangle {
+    id: chip
+
+    required property string title
+    required property string symbol
+    required property bool isSelected
+
+    signal clicked
+
+    implicitWidth: content.implicitWidth + 2 * 10
+    implicitHeight: content.implicitHeight + 2 * 6
+    radius: height / 2
+    color: isSelected ? Tokens.color.accent : Tokens.color.chip
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: title
+    Accessible.checkable: true
+    Accessible.checked: isSelected
+    Accessible.onPressAction: clicked()
+
+    Row {
+        id: content
+
+        anchors.centerIn: parent
+        spacing: 5
+
+        Symbol {
+            anchors.verticalCenter: parent.verticalCenter
+            name: chip.symbol
+            color: label.color
+            size: Tokens.size.caption + 3
+        }
+
+        PlainText {
+            id: label
+
+            color: chip.isSelected ? Tokens.color.onAccent : Tokens.color.text
+            font.pixelSize: Tokens.size.caption
+            font.weight: Font.DemiBold
+            text: chip.title
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: parent.radius
+        color: Tokens.color.buttonHover
+        visible: mouse.containsMouse && !chip.isSelected
+    }
+
+    MouseArea {
+        id: mouse
+
+        anchors.fill: parent
+        hoverEnabled: true
+        onClicked: chip.clicked()
+    }
+}

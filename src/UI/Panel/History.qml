@@ -1,0 +1,97 @@
+import QtQuick
+import Tessly.Panel
+
+// The entries, newest and pinned first.
+ListView {
+    id: list
+
+    required property PanelModel panel
+
+    signal menuRequested(row: int, place: point)
+
+    // Where the pointer was last, on the desktop. The selection follows the pointer onto a row once
+    // it really moves: rows also come to lie under a pointer that stands still.
+    property point lastPointer: Qt.point(-1, -1)
+    property string hoveredClip
+    property bool isHoverSelecting: false
+
+    function pointerMoved(row: ClipRow, place: point) {
+        if (Math.abs(place.x - lastPointer.x) < 1 && Math.abs(place.y - lastPointer.y) < 1)
+            return;
+        lastPointer = place;
+        if (hoveredClip === row.clipID)
+            return;
+        hoveredClip = row.clipID;
+        isHoverSelecting = true;
+        panel.selectRow(row.index);
+        isHoverSelecting = false;
+    }
+
+    function pointerLeft(row: ClipRow) {
+        if (hoveredClip === row.clipID)
+            hoveredClip = "";
+    }
+
+    function showSelection() {
+        if (isHoverSelecting || panel.selectedRow < 0)
+            return;
+        if (panel.selectedRow === 0) {
+            contentY = originY - topMargin;
+        } else if (panel.selectedRow === count - 1) {
+            contentY = originY + contentHeight + bottomMargin - height;
+            returnToBounds();
+        } else {
+            positionViewAtIndex(panel.selectedRow, ListView.Contain);
+        }
+    }
+
+    model: panel.clips
+    clip: true
+    spacing: 4
+    topMargin: 8
+    bottomMargin: 8
+    boundsBehavior: Flickable.StopAtBounds
+    cacheBuffer: 0
+    keyNavigationEnabled: false
+    Accessible.role: Accessible.List
+    Accessible.name: "Clipboard history"
+
+    delegate: ClipRow {
+        id: row
+
+        x: 8
+        width: ListView.view.width - 2 * 8
+        isSelected: index === list.panel.selectedRow
+        Accessible.onPressAction: list.panel.activateRow(index)
+
+        MouseArea {
+            anchors.fill: parent
+            z: -1
+            acceptedButtons: Qt.LeftButton | Qt.RightButton
+            hoverEnabled: true
+            onPositionChanged: event => list.pointerMoved(row, mapToGlobal(event.x, event.y))
+            onEntered: list.pointerMoved(row, mapToGlobal(mouseX, mouseY))
+            onExited: list.pointerLeft(row)
+            onClicked: event => {
+                if (event.button === Qt.LeftButton)
+                    list.panel.activateRow(row.index);
+            }
+            onPressed: event => {
+                if (event.button === Qt.RightButton)
+                    list.menuRequested(row.index, mapToItem(null, event.x, event.y));
+            }
+        }
+    }
+
+    Connections {
+        target: list.panel
+
+        function onSelectedRowChanged() {
+            list.showSelection();
+        }
+    }
+
+    ScrollThumb {
+        list: list
+    }
+}

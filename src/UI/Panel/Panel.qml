@@ -1,0 +1,108 @@
+import QtQuick
+import QtQuick.Window
+import Tessly.Panel
+
+// The quick paste panel.
+Rectangle {
+    id: root
+
+    required property PanelModel panel
+
+    readonly property bool menuIsOpen: menu.isOpen
+    // Where the pointer is when the panel opens.
+    property alias pointer: history.lastPointer
+
+    width: Tokens.size.panelWidth
+    height: Tokens.size.panelHeight
+    radius: Tokens.size.panelRadius
+    color: Tokens.color.panel
+    border.width: 1 / Screen.devicePixelRatio
+    border.color: Tokens.color.border
+    Accessible.role: Accessible.Dialog
+    Accessible.name: "Tessly"
+
+    Header {
+        id: header
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        panel: root.panel
+    }
+
+    FilterBar {
+        id: filters
+
+        anchors.top: header.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        panel: root.panel
+    }
+
+    Divider {
+        id: upperDivider
+
+        anchors.top: filters.bottom
+        width: parent.width
+    }
+
+    BannerView {
+        id: banner
+
+        anchors.top: upperDivider.bottom
+        width: parent.width
+        panel: root.panel
+    }
+
+    History {
+        id: history
+
+        objectName: "history"
+        anchors.top: banner.bottom
+        anchors.bottom: lowerDivider.top
+        width: parent.width
+        visible: !root.panel.isEmpty
+        panel: root.panel
+        onMenuRequested: (row, place) => menu.open(row, itemAtIndex(row).isPinned, place)
+    }
+
+    EmptyHistory {
+        anchors.fill: history
+        visible: root.panel.isEmpty
+        isSearching: root.panel.query !== ""
+    }
+
+    Divider {
+        id: lowerDivider
+
+        anchors.bottom: footer.top
+        width: parent.width
+    }
+
+    Footer {
+        id: footer
+
+        anchors.bottom: parent.bottom
+        width: parent.width
+        panel: root.panel
+    }
+
+    RowMenu {
+        id: menu
+
+        anchors.fill: parent
+        panel: root.panel
+        onClosed: header.takeFocus()
+    }
+
+    Connections {
+        target: root.panel
+
+        function onIsPresentedChanged() {
+            menu.close();
+            if (root.panel.isPresented) {
+                Qt.callLater(header.takeFocus);
+                Qt.callLater(history.showSelection);
+            }
+        }
+    }
+}

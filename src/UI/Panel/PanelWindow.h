@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QQuickView>
+
+#include <functional>
+
+namespace tessly {
+
+class PanelModel;
+
+/// The panel's window and what is in it. Shows keys to the panel's controller before the focused
+/// control gets them.
+class PanelWindow final : public QQuickView
+{
+    Q_OBJECT
+
+public:
+    struct Handlers
+    {
+        /// True if the key was consumed.
+        std::function<bool(int key, Qt::KeyboardModifiers modifiers)> keyPressed;
+        /// The user told the window manager to close the window.
+        std::function<void()> closeRequested;
+    };
+
+    /// Loads the panel; `status` tells whether that worked.
+    PanelWindow(PanelModel& model, Handlers handlers);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    Handlers m_handlers;
+};
+
+} // namespace tessly

@@ -1,0 +1,156 @@
+#include "QuickPanelView.h"
+
+#include "PanelGeometry.h"
+#include "PanelModel.h"
+#include "Tokens.h"
+
+#include <QClipboard>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QScreen>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <malloc.h>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace tessly {
+
+namespace {
+
+// After a panel is closed, it is often opened again soon.
+constexpr auto memoryIsKept = 10s;
+
+QScreen* screenNear(const QPoint& point)
+{
+    if (QScreen* const screen = QGuiApplication::screenAt(point); screen != nullptr) {
+        return screen;
+    }
+    // Between the screens, or on one that has just been unplugged.
+    QScreen* nearest = QGuiApplication::primaryScreen();
+    int shortest = std::numeric_limits<int>::max();
+    const auto screens = QGuiApplication::screens();
+    for (QScreen* const screen : screens) {
+        const QRect area = screen->geometry();
+        const QPoint closest(
+            std::clamp(point.x(), area.left(), area.right()),
+            std::clamp(point.y(), area.top(), area.bottom()));
+        if (const int distance = (point - closest).manhattanLength(); distance < shortest) {
+            nearest = screen;
+            shortest = distance;
+        }
+    }
+    return nearest;
+}
+
+} // namespace
+
+QuickPanelView::QuickPanelView(PanelModel& model)
+{
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // At each copy in any application, a text field asks the clipboard what it could paste, and
+    // waits for that application. It learns of copies by this object's signals alone.
+    QGuiApplication::clipboard()->blockSignals(true);
+
+    m_window = std::make_unique<PanelWindow>(
+        model, PanelWindow::Handlers{
+                   .keyPressed =
+                       [this](int key, Qt::KeyboardModifiers modifiers) {
+                           return m_events.keyPressed && m_events.keyPressed(key, modifiers);
+                       },
+                   .closeRequested = [this] { close(); },
+               });
+    m_x11 = std::make_unique<X11PanelWindow>(*m_window, [this] { focusLost(); });
+    if (!m_x11->isUsed()) {
+        connect(m_window.get(), &QWindow::activeChanged, this, [this] {
+            // A window that has just come up is not yet active.
+            if (m_window->isActive()) {
+                m_hasBeenActive = true;
+            } else if (m_hasBeenActive) {
+                focusLost();
+            }
+        });
+    }
+
+    m_memoryTimer.setSingleShot(true);
+    m_memoryTimer.setInterval(memoryIsKept);
+    connect(&m_memoryTimer, &QTimer::timeout, this, &QuickPanelView::releaseMemory);
+}
+
+QuickPanelView::~QuickPanelView() = default;
+
+bool QuickPanelView::isLoaded() const
+{
+    return m_window->status() == QQuickView::Ready;
+}
+
+void QuickPanelView::setEvents(Events events)
+{
+    m_events = std::move(events);
+}
+
+void QuickPanelView::show(const QRect& anchor)
+{
+    QScreen* const screen = screenNear(anchor.center());
+    if (m_isShown || !isLoaded() || screen == nullptr) {
+        return;
+    }
+    m_memoryTimer.stop();
+    const TokenMetrics metrics;
+    const QRect geometry = panelGeometry(
+        anchor, QSize(metrics.panelWidth, metrics.panelHeight), screen->availableGeometry());
+    m_window->setScreen(screen);
+    m_window->setMinimumSize(geometry.size());
+    m_window->setMaximumSize(geometry.size());
+    m_window->setGeometry(geometry);
+    if (m_x11->isUsed()) {
+        // Without a compositing manager, what is transparent shows black.
+        m_window->setMask(roundedRegion(geometry.size(), metrics.panelRadius));
+    }
+    m_window->rootObject()->setProperty("pointer", QPointF(QCursor::pos()));
+    m_x11->prepareToShow();
+    m_isShown = true;
+    m_hasBeenActive = false;
+    m_window->show();
+}
+
+void QuickPanelView::activate()
+{
+    m_window->raise();
+    m_x11->activate();
+}
+
+void QuickPanelView::close()
+{
+    if (!m_isShown) {
+        return;
+    }
+    m_isShown = false;
+    m_window->hide();
+    m_memoryTimer.start();
+    if (m_events.didClose) {
+        m_events.didClose();
+    }
+}
+
+void QuickPanelView::focusLost()
+{
+    if (m_isShown && m_events.resignedKey) {
+        m_events.resignedKey();
+    }
+}
+
+void QuickPanelView::releaseMemory()
+{
+    m_window->releaseResources();
+    m_window->engine()->collectGarbage();
+    m_window->engine()->trimComponentCache();
+    malloc_trim(0);
+}
+
+} // namespace tessly

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "PanelView.h"
+#include "PanelWindow.h"
+#include "X11PanelWindow.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+
+namespace tessly {
+
+class PanelModel;
+
+/// The panel in Qt Quick, drawn without a GPU. The window is kept when the panel is closed, so that
+/// the next opening only has to map it. Main thread only.
+class QuickPanelView final : public QObject, public PanelView
+{
+    Q_OBJECT
+
+public:
+    /// Loads the panel's QML. `model` must outlive the view.
+    explicit QuickPanelView(PanelModel& model);
+    ~QuickPanelView() override;
+
+    /// Whether the panel could be loaded; the log tells why not.
+    [[nodiscard]] bool isLoaded() const;
+    [[nodiscard]] PanelWindow& window() { return *m_window; }
+
+    void setEvents(Events events) override;
+    [[nodiscard]] bool isShown() const override { return m_isShown; }
+    void show(const QRect& anchor) override;
+    void activate() override;
+    void close() override;
+
+private:
+    void focusLost();
+    void releaseMemory();
+
+    Events m_events;
+    bool m_isShown = false;
+    bool m_hasBeenActive = false;
+    std::unique_ptr<PanelWindow> m_window;
+    std::unique_ptr<X11PanelWindow> m_x11;
+    QTimer m_memoryTimer;
+};
+
+} // namespace tessly
