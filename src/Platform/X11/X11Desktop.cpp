@@ -37,7 +37,11 @@ X11Desktop::~X11Desktop()
     // Another client may hold the server, and the thread wait in vain for an answer: hang up then.
     // Keys are not left half pressed by that, they are sent in one piece.
     const auto isIdle = std::make_shared<std::promise<void>>();
-    m_loop.post([isIdle] { isIdle->set_value(); });
+    m_loop.post([this, isIdle] {
+        m_isEnding = true;
+        m_keyboard.lost();
+        isIdle->set_value();
+    });
     if (isIdle->get_future().wait_for(lastAnswer) == std::future_status::timeout) {
         shutdown(xcb_get_file_descriptor(m_loop.connection()), SHUT_RDWR);
     }
@@ -78,7 +82,7 @@ void X11Desktop::post(std::function<void()> job)
 
 void X11Desktop::handle(const xcb_generic_event_t& event)
 {
-    if (!m_clicks.handle(event)) {
+    if (!m_isEnding && !m_clicks.handle(event)) {
         m_windows->handle(event);
     }
 }

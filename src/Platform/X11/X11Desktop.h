@@ -44,6 +44,8 @@ private:
     std::shared_ptr<X11WindowTracker> m_windows;
     X11Keyboard m_keyboard;
     X11ClickWatch m_clicks;
+    /// Nothing is asked of the server any more. Loop thread.
+    bool m_isEnding = false;
 
     std::mutex m_mutex;
     bool m_isLost = false;

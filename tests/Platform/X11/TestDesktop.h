@@ -41,7 +41,10 @@ public:
 
     bool comesToFront(const QString& id)
     {
-        return waitUntil([&] { return front() && front()->bundleIdentifier() == id; });
+        return waitUntil([&] {
+            const auto now = front();
+            return now && now->bundleIdentifier() == id;
+        });
     }
     bool nothingComesToFront()
     {
@@ -54,11 +57,16 @@ public:
     {
         const auto before = front();
         const auto shown = m_client.show(look);
-        EXPECT_TRUE(waitUntil([&] { return front() && front() != before && front()->isActive(); }));
+        // Asked once each time: nothing may be in front for a moment.
+        std::shared_ptr<RunningApplication> now;
+        EXPECT_TRUE(waitUntil([&] {
+            now = front();
+            return now && now != before && now->isActive();
+        }));
         if (window != nullptr) {
             *window = shown;
         }
-        return front();
+        return now;
     }
 
     static XClient::Look look(const QByteArray& instance, const QByteArray& name)

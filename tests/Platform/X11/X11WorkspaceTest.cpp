@@ -264,9 +264,10 @@ TEST(X11WorkspaceTest, aWindowThatTheManagerNamesIsInFrontButWithoutFocusNotActi
     const auto window = desktop.client().show(look("a", "A"));
     desktop.client().nameActive(window);
     ASSERT_TRUE(desktop.comesToFront(u"A"_s));
-    EXPECT_FALSE(desktop.front()->isActive());
+    const auto application = desktop.front();
+    EXPECT_FALSE(application->isActive());
     desktop.client().focus(window);
-    EXPECT_TRUE(waitUntil([&] { return desktop.front()->isActive(); }));
+    EXPECT_TRUE(waitUntil([&] { return application->isActive(); }));
 }
 
 TEST(X11WorkspaceTest, withoutAWindowManagerTheFocusTells)
