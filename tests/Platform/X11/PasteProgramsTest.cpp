@@ -83,22 +83,23 @@ protected:
         owner->write(text);
         owner->closeWriteChannel();
         ASSERT_TRUE(waitUntil([&] {
-            const auto reader = m_session.start(u"xsel"_s, {u"--"_s + selection, u"--output"_s});
+            const auto reader =
+                m_session.start(u"xclip"_s, {u"-selection"_s, selection, u"-out"_s});
             reader->waitForFinished();
             return reader->readAllStandardOutput() == text;
         }));
         m_owner = std::move(owner);
-        // Its report of the reads above may still be on its way.
-        while (!m_owner->readAllStandardError().isEmpty()) {
-            m_session.run(u"xdotool"_s, {u"getactivewindow"_s});
-            QCoreApplication::processEvents();
-        }
+        m_report.clear();
     }
 
-    /// Whether someone has read what is owned, since it is.
+    /// Whether anyone else has read what is owned, since it is.
     bool isRead()
     {
-        return waitUntil([&] { return m_owner->readAllStandardError().contains("number"); });
+        // It says what it waits for: first the read above, then the one that is asked about.
+        return waitUntil([&] {
+            m_report += m_owner->readAllStandardError();
+            return m_report.contains("request number 3");
+        });
     }
 
     PostResult paste()
@@ -170,6 +171,7 @@ private:
     QTemporaryDir m_folder;
     std::unique_ptr<QProcess> m_program;
     std::unique_ptr<QProcess> m_owner;
+    QByteArray m_report;
     QByteArray m_text;
 };
 
