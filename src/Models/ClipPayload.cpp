@@ -2,6 +2,7 @@
 
 #include "ContentHash.h"
 #include "FileURL.h"
+#include "MendedUTF8.h"
 #include "PreviewLine.h"
 #include "StringListJSON.h"
 #include "URLSyntax.h"

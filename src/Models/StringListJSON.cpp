@@ -46,11 +46,6 @@ void appendEscaped(QByteArray& json, char c)
 
 } // namespace
 
-QByteArray mendedUTF8(const QByteArray& text)
-{
-    return QUtf8StringView(text).isValidUtf8() ? text : QString::fromUtf8(text).toUtf8();
-}
-
 QByteArray stringListJSON(const QByteArrayList& strings)
 {
     QByteArray json = "[";

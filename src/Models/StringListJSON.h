@@ -7,9 +7,6 @@
 
 namespace tessly {
 
-/// Valid UTF-8 comes back as it is; each broken sequence of anything else becomes U+FFFD.
-[[nodiscard]] QByteArray mendedUTF8(const QByteArray& text);
-
 /// A JSON array of strings without blanks. "/" is written "\/" and characters outside ASCII stand
 /// for themselves. `strings` must be valid UTF-8.
 [[nodiscard]] QByteArray stringListJSON(const QByteArrayList& strings);

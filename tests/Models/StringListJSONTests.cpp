@@ -50,10 +50,4 @@ TEST(StringListJSON, isNoneForAnythingElse)
     }
 }
 
-TEST(MendedUTF8, replacesOnlyWhatIsBroken)
-{
-    EXPECT_EQ(mendedUTF8("caf\xc3\xa9"), "caf\xc3\xa9");
-    EXPECT_EQ(mendedUTF8("caf\xe9!"), "caf\xef\xbf\xbd!");
-}
-
 } // namespace tessly::test
