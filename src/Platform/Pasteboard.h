@@ -27,7 +27,8 @@ enum class Flavour {
 /// How reading one flavour ended.
 enum class ReadStatus {
     read,
-    /// Not offered, or refused by the owner, or not what its type promises.
+    /// Not offered, or refused by the owner, or not what its type promises. Also what an owner left
+    /// behind unread that went away after it had handed over another flavour, as some do.
     absent,
     /// More bytes than the caller allowed.
     tooLarge,
@@ -36,7 +37,8 @@ enum class ReadStatus {
     unreadable,
 };
 
-template <typename Value> struct ReadResult
+template <typename Value>
+struct ReadResult
 {
     ReadStatus status = ReadStatus::absent;
     /// Empty unless `status` is `read`.
@@ -47,12 +49,12 @@ template <typename Value> struct ReadResult
 /// the marker type, which tells the monitor that the content is the program's own.
 struct PasteboardItem
 {
-    std::optional<QByteArray> plainText;
-    std::optional<QByteArray> rtf;
-    std::optional<QByteArray> html;
-    std::optional<QByteArray> png;
+    std::optional<QByteArray> plainText = {};
+    std::optional<QByteArray> rtf = {};
+    std::optional<QByteArray> html = {};
+    std::optional<QByteArray> png = {};
     /// An absolute file URL.
-    std::optional<QByteArray> fileURL;
+    std::optional<QByteArray> fileURL = {};
 
     [[nodiscard]] bool isEmpty() const;
     bool operator==(const PasteboardItem&) const = default;
@@ -63,8 +65,8 @@ enum class PasteboardAccess { available, askEveryTime, denied };
 
 /// The desktop's clipboard.
 ///
-/// Main thread only. Nothing here waits: what depends on another process is awaited, has a deadline,
-/// and ends as `unreadable` when that process does not play along.
+/// Main thread only. Nothing here waits: what depends on another process is awaited, has a
+/// deadline, and ends as `unreadable` when that process does not play along.
 class Pasteboard
 {
 public:
@@ -83,8 +85,9 @@ public:
 
     [[nodiscard]] virtual PasteboardAccess access() const = 0;
 
-    /// The names of all types offered for the content of `changeCount`. Reads no content. None if
-    /// they cannot be had, or if that content is no longer the current one.
+    /// The names of all types offered for the content of `changeCount`; an empty set for an empty
+    /// pasteboard. Reads no content. None if they cannot be had, or if that content is no longer
+    /// the current one.
     [[nodiscard]] virtual QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) = 0;
 
     /// One flavour of the content of `changeCount`, `byteLimit` bytes at the most.
@@ -93,14 +96,14 @@ public:
 
     /// The absolute `file:` URLs of the content of `changeCount`, in order, `byteLimit` bytes of
     /// them at the most.
-    [[nodiscard]] virtual QCoro::Task<ReadResult<QByteArrayList>> readFileURLs(qint64 changeCount,
-                                                                               qint64 byteLimit) = 0;
+    [[nodiscard]] virtual QCoro::Task<ReadResult<QByteArrayList>>
+    readFileURLs(qint64 changeCount, qint64 byteLimit) = 0;
 
     /// Replaces the content, in one step, by these items and the marker. False, with the content
     /// left as it was, if there is nothing in them or the desktop refuses.
     [[nodiscard]] virtual bool write(std::vector<PasteboardItem> items) = 0;
 
-    /// Leaves the pasteboard empty.
+    /// Leaves the pasteboard empty, which is a change.
     virtual void clear() = 0;
 
     /// Offers these items (with the marker) once the owner of the content of `changeCount` goes

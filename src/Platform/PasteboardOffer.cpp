@@ -1,0 +1,110 @@
+#include "PasteboardOffer.h"
+
+#include "FlavourTargets.h"
+#include "PasteboardText.h"
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+std::optional<QByteArray>
+first(const std::vector<PasteboardItem>& items, std::optional<QByteArray> PasteboardItem::* flavour)
+{
+    for (const PasteboardItem& item : items) {
+        if (item.*flavour) {
+            return item.*flavour;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+PasteboardOffer::PasteboardOffer(const std::vector<PasteboardItem>& items)
+{
+    if (const auto text = first(items, &PasteboardItem::plainText)) {
+        const bool fitsString = fitsLatin1(*text);
+        for (const char* name : {"text/plain;charset=utf-8", "text/plain", "UTF8_STRING"}) {
+            add(name, *text);
+        }
+        if (fitsString) {
+            add("STRING", *text);
+        }
+        add("TEXT", *text);
+    }
+    if (const auto html = first(items, &PasteboardItem::html)) {
+        add("text/html", *html);
+    }
+    if (const auto rtf = first(items, &PasteboardItem::rtf)) {
+        for (const QByteArrayView name : targetsOf(Flavour::rtf)) {
+            add(name, *rtf);
+        }
+    }
+    if (const auto png = first(items, &PasteboardItem::png)) {
+        add("image/png", *png);
+    }
+
+    QByteArray uriList;
+    QByteArray copiedFiles = "copy"_ba;
+    for (const PasteboardItem& item : items) {
+        if (item.fileURL) {
+            uriList += *item.fileURL + "\r\n";
+            copiedFiles += '\n' + *item.fileURL;
+        }
+    }
+    if (!uriList.isEmpty()) {
+        add("text/uri-list", uriList);
+        // File managers on GNOME paste from this one; a final line feed would be one more file.
+        add("x-special/gnome-copied-files", copiedFiles);
+        add("application/x-kde-cutselection", "0"_ba);
+    }
+
+    add(Pasteboard::markerType.toUtf8(), "1"_ba);
+}
+
+std::optional<QByteArray> PasteboardOffer::bytes(QByteArrayView name)
+{
+    const qsizetype index = m_names.indexOf(name);
+    if (index < 0) {
+        return std::nullopt;
+    }
+    if (isLatin1Target(name) && !m_hasLatin1) {
+        // Nearly nobody asks, so this is made for the first who does.
+        m_bytes[index] = latin1FromUTF8(m_bytes[index]).value();
+        m_hasLatin1 = true;
+    }
+    return m_bytes[index];
+}
+
+ReadResult<QByteArray> PasteboardOffer::read(Flavour flavour, qint64 byteLimit)
+{
+    for (const QByteArrayView name : targetsOf(flavour)) {
+        if (const auto value = bytes(name)) {
+            if (value->size() > byteLimit) {
+                return {.status = ReadStatus::tooLarge};
+            }
+            return {.status = ReadStatus::read, .value = *value};
+        }
+    }
+    return {.status = ReadStatus::absent};
+}
+
+ReadResult<QByteArrayList> PasteboardOffer::readFileURLs(qint64 byteLimit)
+{
+    const QByteArrayView target = fileListTargets().front();
+    const auto list = bytes(target);
+    if (!list) {
+        return {.status = ReadStatus::absent};
+    }
+    return limitedFileURLs(fileURLs(target, *list), byteLimit);
+}
+
+void PasteboardOffer::add(QByteArrayView name, const QByteArray& bytes)
+{
+    m_names.append(name.toByteArray());
+    m_bytes.append(bytes);
+}
+
+} // namespace tessly
