@@ -1,5 +1,8 @@
 #include "FakePasteboard.h"
 
+#include "FlavourTargets.h"
+#include "MendedUTF8.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -66,8 +69,13 @@ QCoro::Task<std::optional<QSet<QString>>> FakePasteboard::types(qint64 changeCou
     const std::weak_ptr<bool> alive = m_alive;
     m_requests.push_back({.what = Request::What::types, .changeCount = changeCount});
     co_await m_gate.pass();
-    if (alive.expired() || changeCount != m_changeCount || !m_content || m_ownerLeft ||
-        m_content->hidesTypes) {
+    if (alive.expired() || changeCount != m_changeCount || m_ownerLeft) {
+        co_return std::nullopt;
+    }
+    if (!m_content) {
+        co_return QSet<QString>();
+    }
+    if (m_content->hidesTypes) {
         co_return std::nullopt;
     }
     co_return offeredTypes();
@@ -80,11 +88,13 @@ FakePasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
     m_requests.push_back({Request::What::flavour, changeCount, flavour, byteLimit});
     co_await m_gate.pass();
     ReadResult<QByteArray> result;
-    if (alive.expired() || changeCount != m_changeCount || !m_content) {
+    if (alive.expired() || changeCount != m_changeCount) {
         result.status = ReadStatus::unreadable;
-    } else if (!offered(flavour)) {
+    } else if (!m_content || !offered(flavour)) {
         result.status = ReadStatus::absent;
-    } else if (m_ownerLeft || m_content->hanging.contains(flavour)) {
+    } else if (m_ownerLeft) {
+        result.status = m_hasDelivered ? ReadStatus::absent : ReadStatus::unreadable;
+    } else if (m_content->hanging.contains(flavour)) {
         result.status = ReadStatus::unreadable;
     } else if (m_content->refused.contains(flavour)) {
         result.status = ReadStatus::absent;
@@ -94,6 +104,9 @@ FakePasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
     } else {
         result.status = ReadStatus::read;
         result.value = *offered(flavour);
+        if (flavour == Flavour::plainText) {
+            result.value = mendedUTF8(result.value);
+        }
         delivered();
     }
     co_return result;
@@ -107,12 +120,12 @@ FakePasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
         {.what = Request::What::fileURLs, .changeCount = changeCount, .byteLimit = byteLimit});
     co_await m_gate.pass();
     ReadResult<QByteArrayList> result;
-    if (alive.expired() || changeCount != m_changeCount || !m_content) {
+    if (alive.expired() || changeCount != m_changeCount) {
         result.status = ReadStatus::unreadable;
-    } else if (m_content->fileURLs.isEmpty()) {
+    } else if (!m_content || m_content->fileURLs.isEmpty()) {
         result.status = ReadStatus::absent;
     } else if (m_ownerLeft) {
-        result.status = ReadStatus::unreadable;
+        result.status = m_hasDelivered ? ReadStatus::absent : ReadStatus::unreadable;
     } else {
         qint64 bytes = 0;
         for (const QByteArray& url : std::as_const(m_content->fileURLs)) {
@@ -163,6 +176,7 @@ void FakePasteboard::change()
 {
     ++m_changeCount;
     m_ownerLeft = false;
+    m_hasDelivered = false;
     m_kept.reset();
     // What waits belongs to an older content now, and hears so at once.
     m_gate.releaseWaiting();
@@ -196,6 +210,9 @@ void FakePasteboard::own(std::vector<PasteboardItem> items)
 QSet<QString> FakePasteboard::offeredTypes() const
 {
     QSet<QString> names = m_content->extraTypes;
+    if (names.contains(QString::fromUtf8(passwordHintTarget()))) {
+        names << concealedType;
+    }
     if (m_content->plainText) {
         names << u"UTF8_STRING"_s << u"text/plain;charset=utf-8"_s;
     }
@@ -236,6 +253,7 @@ const std::optional<QByteArray>& FakePasteboard::offered(Flavour flavour) const
 
 void FakePasteboard::delivered()
 {
+    m_hasDelivered = true;
     if (m_content->leavesAfterOneRead) {
         ownerLeaves();
     }

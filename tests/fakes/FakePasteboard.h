@@ -71,6 +71,11 @@ public:
     [[nodiscard]] bool isEmpty() const { return !m_content; }
     /// Whether the program itself owns the content, by a write or by keeping another's.
     [[nodiscard]] bool isOwn() const { return m_content && m_isOwn; }
+    /// What another application gets that pastes plain text; none if there is nothing for it.
+    [[nodiscard]] std::optional<QByteArray> pastedText() const
+    {
+        return m_content && !m_ownerLeft ? m_content->plainText : std::nullopt;
+    }
     /// What the program offers; empty if the content is another's.
     [[nodiscard]] const std::vector<PasteboardItem>& ownItems() const { return m_ownItems; }
 
@@ -115,6 +120,8 @@ private:
     std::optional<Content> m_content;
     bool m_isOwn = false;
     bool m_ownerLeft = false;
+    /// Whether the owner has handed anything over.
+    bool m_hasDelivered = false;
     std::vector<PasteboardItem> m_ownItems;
     std::optional<Keep> m_kept;
     std::vector<Request> m_requests;
