@@ -39,6 +39,9 @@ public:
     /// Starts openbox and returns it once it manages windows; for sessions that began without.
     [[nodiscard]] std::unique_ptr<QProcess> startOpenbox() const;
 
+    /// For signals to the X server; a stopped one is a frozen one.
+    [[nodiscard]] qint64 serverProcessID() const { return m_server->processId(); }
+
     /// Ends the X server, as a crash would.
     void killServer();
 

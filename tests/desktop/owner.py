@@ -15,6 +15,8 @@ Lines on standard input steer it while it runs:
     own          take the selection again, with a new timestamp
     release      give the selection up; it has no owner afterwards
     go           answer what was withheld by "hold"
+    replace TEXT as one step that no other program can come into: destroy the window that owns the
+                 selection, and offer this text from a new one
     counts       print how often each target was asked for
     quit         end, as a program that was closed
 
@@ -87,9 +89,7 @@ class Owner:
         self.options = options
         self.display = display.Display(options.display)
         self.display.set_error_handler(lambda *_: None)
-        screen = self.display.screen()
-        self.window = screen.root.create_window(
-            0, 0, 1, 1, 0, screen.root_depth, event_mask=X.PropertyChangeMask)
+        self.window = self.new_window()
         self.selection = self.atom(options.selection)
         self.values = collections.OrderedDict()
         for name, value in options.target:
@@ -110,6 +110,11 @@ class Owner:
     def atom(self, name):
         return self.display.intern_atom(name)
 
+    def new_window(self):
+        screen = self.display.screen()
+        return screen.root.create_window(
+            0, 0, 1, 1, 0, screen.root_depth, event_mask=X.PropertyChangeMask)
+
     def offer_text(self, text):
         data = value_bytes(text)
         for name in ("UTF8_STRING", "text/plain;charset=utf-8", "text/plain"):
@@ -117,15 +122,33 @@ class Owner:
 
     # Owning
 
-    def own(self):
+    def server_time(self):
         stamp = self.atom("OWNER_TIME")
         self.window.change_property(stamp, Xatom.INTEGER, 32, [], X.PropModeAppend)
         while True:
             got = self.display.next_event()
             if got.type == X.PropertyNotify and got.atom == stamp:
-                break
+                return got.time
             self.handle(got)
-        self.time = got.time
+
+    def replace(self, text):
+        old = self.window
+        self.window = self.new_window()
+        self.display.grab_server()
+        old.destroy()
+        self.display.sync()
+        # Times are whole milliseconds: the new one must be later than the window's end.
+        end = self.server_time()
+        while self.server_time() == end:
+            pass
+        self.values.clear()
+        self.offer_text(text)
+        self.own()
+        self.display.ungrab_server()
+        self.display.sync()
+
+    def own(self):
+        self.time = self.server_time()
         self.window.set_selection_owner(self.selection, self.time)
         self.display.sync()
         if self.display.get_selection_owner(self.selection) != self.window:
@@ -237,16 +260,20 @@ class Owner:
         if transfer.behaviour == "incr-vanish" and transfer.chunks >= self.options.after:
             self.leave()
         if transfer.behaviour == "incr-endless":
-            part = b"x" * self.options.chunk
+            part = b"x" * self.chunk_size()
         else:
-            part = transfer.data[transfer.sent:transfer.sent + self.options.chunk]
+            part = transfer.data[transfer.sent:transfer.sent + self.chunk_size()]
         transfer.sent += len(part)
         transfer.chunks += 1
         self.store(transfer.requestor, transfer.property, transfer.type, transfer.format, part)
         self.display.flush()
         if not part:
-            del self.transfers[(transfer.requestor.id, transfer.property)]
+            self.transfers.pop((transfer.requestor.id, transfer.property), None)
             self.served(transfer.name, transfer.sent)
+
+    def chunk_size(self):
+        # A chunk is one request: readers take a value as soon as it is there.
+        return min(self.options.chunk, LARGEST_WRITE)
 
     def served(self, name, size):
         say("served", name, size)
@@ -273,6 +300,8 @@ class Owner:
             self.own()
         elif word == "own":
             self.own()
+        elif word == "replace":
+            self.replace(rest)
         elif word == "release":
             # python-xlib has no method of its own for giving a selection up.
             protocol.request.SetSelectionOwner(
@@ -339,7 +368,7 @@ def main():
     parser.add_argument("--incr", type=int, default=LARGEST_WRITE, metavar="BYTES",
                         help="values above this size go by INCR; 0: none do, however large")
     parser.add_argument("--chunk", type=int, default=65536, metavar="BYTES",
-                        help="size of the chunks of an INCR transfer")
+                        help="size of the chunks of an INCR transfer, %d at the most" % LARGEST_WRITE)
     parser.add_argument("--after", type=int, default=1, metavar="CHUNKS",
                         help="when incr-stall and incr-vanish happen")
     parser.add_argument("--delay", type=int, default=0, metavar="MS",

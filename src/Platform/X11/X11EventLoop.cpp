@@ -1,18 +1,27 @@
 #include "X11EventLoop.h"
 
-#include "XcbReply.h"
-
 #include <algorithm>
 #include <array>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
+#include <xcb/xcbext.h>
 
 namespace tessly {
 
 namespace {
+
+// Events handled before jobs and timers get their turn, so that a flood of events starves neither.
+constexpr int eventsPerTurn = 256;
+
+// Any client can make up atoms: beyond this many, they are asked for again.
+constexpr std::size_t rememberedAtoms = 8192;
+
+// How long `stop` waits for a thread that may be writing to a frozen server.
+constexpr auto patience = std::chrono::seconds(2);
 
 const xcb_screen_t* screenOf(xcb_connection_t* connection, int number)
 {
@@ -23,6 +32,13 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number)
         }
     }
     return nullptr;
+}
+
+std::string nameOf(const xcb_get_atom_name_reply_t& reply)
+{
+    return {
+        xcb_get_atom_name_name(&reply),
+        static_cast<std::size_t>(xcb_get_atom_name_name_length(&reply))};
 }
 
 } // namespace
@@ -51,7 +67,10 @@ X11EventLoop::~X11EventLoop()
 void X11EventLoop::start(const std::string& name, Handlers handlers)
 {
     m_handlers = std::move(handlers);
-    m_thread = std::thread([this] { loop(); });
+    m_thread = std::thread([this] {
+        loop();
+        m_ended.set_value();
+    });
     pthread_setname_np(m_thread.native_handle(), name.substr(0, 15).c_str());
 }
 
@@ -60,6 +79,9 @@ void X11EventLoop::stop()
     if (m_thread.joinable()) {
         m_isStopping = true;
         wake();
+        if (m_ended.get_future().wait_for(patience) == std::future_status::timeout) {
+            shutdown(xcb_get_file_descriptor(m_connection), SHUT_RDWR);
+        }
         m_thread.join();
     }
 }
@@ -85,15 +107,26 @@ xcb_atom_t X11EventLoop::atom(const std::string& name)
     if (const auto known = m_atoms.find(name); known != m_atoms.end()) {
         return known->second;
     }
-    const auto cookie = xcb_intern_atom(
-        m_connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const auto reply = owned(xcb_intern_atom_reply(m_connection, cookie, nullptr));
-    if (!reply) {
-        return XCB_ATOM_NONE;
+    learnAtoms({name});
+    const auto known = m_atoms.find(name);
+    return known != m_atoms.end() ? known->second : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+void X11EventLoop::learnAtoms(const std::vector<std::string>& names)
+{
+    std::vector<xcb_intern_atom_cookie_t> cookies;
+    cookies.reserve(names.size());
+    for (const auto& name : names) {
+        cookies.push_back(
+            xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name.data()));
     }
-    m_atoms.emplace(name, reply->atom);
-    m_atomNames.emplace(reply->atom, name);
-    return reply->atom;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        if (const auto reply =
+                owned(xcb_intern_atom_reply(m_connection, cookies[index], nullptr))) {
+            m_atoms.emplace(names[index], reply->atom);
+            m_atomNames.emplace(reply->atom, names[index]);
+        }
+    }
 }
 
 std::string X11EventLoop::atomName(xcb_atom_t atom)
@@ -106,10 +139,53 @@ std::string X11EventLoop::atomName(xcb_atom_t atom)
     if (!reply) {
         return {};
     }
-    std::string name(xcb_get_atom_name_name(reply.get()),
-                     static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
-    m_atomNames.emplace(atom, name);
+    const std::string name = nameOf(*reply);
+    remember(atom, name);
     return name;
+}
+
+void X11EventLoop::awaitAtomNames(
+    const std::vector<xcb_atom_t>& atoms, std::function<void(std::vector<std::string>)> callback)
+{
+    struct Inquiry
+    {
+        std::vector<std::string> names;
+        std::size_t missing = 0;
+        std::function<void(std::vector<std::string>)> callback;
+    };
+    const auto inquiry = std::make_shared<Inquiry>();
+    inquiry->names.resize(atoms.size());
+    inquiry->callback = std::move(callback);
+    for (std::size_t index = 0; index < atoms.size(); ++index) {
+        const xcb_atom_t atom = atoms[index];
+        if (const auto known = m_atomNames.find(atom); known != m_atomNames.end()) {
+            inquiry->names[index] = known->second;
+            continue;
+        }
+        ++inquiry->missing;
+        awaitReply<xcb_get_atom_name_reply_t>(
+            xcb_get_atom_name(m_connection, atom),
+            [this, inquiry, index, atom](const xcb_get_atom_name_reply_t* reply) {
+                // An atom without a name is one that its sender made up.
+                if (reply != nullptr) {
+                    inquiry->names[index] = nameOf(*reply);
+                    remember(atom, inquiry->names[index]);
+                }
+                if (--inquiry->missing == 0) {
+                    inquiry->callback(std::move(inquiry->names));
+                }
+            });
+    }
+    if (inquiry->missing == 0) {
+        inquiry->callback(std::move(inquiry->names));
+    }
+}
+
+void X11EventLoop::remember(xcb_atom_t atom, const std::string& name)
+{
+    if (m_atomNames.size() < rememberedAtoms) {
+        m_atomNames.emplace(atom, name);
+    }
 }
 
 X11EventLoop::TimerID X11EventLoop::callAfter(Milliseconds delay, std::function<void()> callback)
@@ -130,27 +206,29 @@ void X11EventLoop::loop()
         const bool stopping = m_isStopping;
         runPostedJobs();
         runDueTimers();
-        if (!dispatchEvents()) {
-            if (m_handlers.lost) {
-                m_handlers.lost();
-            }
-            return;
-        }
-        xcb_flush(m_connection);
+        const bool wasBusy = dispatch();
         if (stopping) {
+            xcb_flush(m_connection);
             return;
         }
-        // Replies that were awaited above may have brought events into xcb's queue, which poll(2)
-        // does not see; dispatchEvents drained it, and nothing has read the socket since.
-        std::array<pollfd, 2> files = {{
-            {.fd = xcb_get_file_descriptor(m_connection), .events = POLLIN, .revents = 0},
-            {.fd = m_wakeFD, .events = POLLIN, .revents = 0},
-        }};
-        poll(files.data(), files.size(), pollTimeout());
-        if ((files[1].revents & POLLIN) != 0) {
-            std::uint64_t count = 0;
-            [[maybe_unused]] const auto bytes = read(m_wakeFD, &count, sizeof count);
+        // xcb may read events while it writes or waits for a reply, and poll(2) does not see those:
+        // sleep only after a turn that wrote nothing new and found nothing.
+        if (!wasBusy) {
+            sleep();
         }
+    }
+}
+
+void X11EventLoop::sleep()
+{
+    std::array<pollfd, 2> files = {{
+        {.fd = m_wakeFD, .events = POLLIN, .revents = 0},
+        {.fd = xcb_get_file_descriptor(m_connection), .events = POLLIN, .revents = 0},
+    }};
+    poll(files.data(), m_isLost ? 1 : 2, pollTimeout());
+    if ((files[0].revents & POLLIN) != 0) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto bytes = read(m_wakeFD, &count, sizeof count);
     }
 }
 
@@ -187,20 +265,59 @@ int X11EventLoop::pollTimeout() const
     if (m_timers.empty()) {
         return -1;
     }
-    const auto earliest = std::ranges::min_element(
-        m_timers, {}, [](const auto& entry) { return entry.second.due; });
+    const auto earliest =
+        std::ranges::min_element(m_timers, {}, [](const auto& entry) { return entry.second.due; });
     const auto left = earliest->second.due - std::chrono::steady_clock::now();
     return std::max(0, static_cast<int>(std::chrono::ceil<Milliseconds>(left).count()));
 }
 
-bool X11EventLoop::dispatchEvents()
+bool X11EventLoop::dispatch()
 {
-    while (const auto event = owned(xcb_poll_for_event(m_connection))) {
+    xcb_flush(m_connection);
+    for (int count = 0; count < eventsPerTurn; ++count) {
+        const auto event = owned(xcb_poll_for_event(m_connection));
+        if (!event) {
+            if (!m_isLost && xcb_connection_has_error(m_connection) != 0) {
+                noticeLoss();
+            }
+            // Replies come last: whoever awaits one has seen every event before it.
+            bool wasBusy = count > 0;
+            while (dispatchReply()) {
+                wasBusy = true;
+            }
+            return wasBusy;
+        }
         if (m_handlers.event) {
             m_handlers.event(*event);
         }
     }
-    return xcb_connection_has_error(m_connection) == 0;
+    return true;
+}
+
+bool X11EventLoop::dispatchReply()
+{
+    if (m_awaited.empty()) {
+        return false;
+    }
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (xcb_poll_for_reply(m_connection, m_awaited.front().sequence, &reply, &error) == 0) {
+        return false;
+    }
+    const auto ownedReply = owned(reply);
+    const auto ownedError = owned(error);
+    const auto callback = std::move(m_awaited.front().callback);
+    m_awaited.pop_front();
+    callback(ownedReply.get());
+    return true;
+}
+
+void X11EventLoop::noticeLoss()
+{
+    m_isLost = true;
+    if (m_handlers.lost) {
+        m_handlers.lost();
+    }
 }
 
 } // namespace tessly

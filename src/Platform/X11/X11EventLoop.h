@@ -1,16 +1,21 @@
 #pragma once
 
+#include "XcbReply.h"
+
 #include <xcb/xcb.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <future>
 #include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tessly {
@@ -23,10 +28,13 @@ public:
 };
 
 /// A connection to the X server and the thread on which it is used. Round trips to the server are
-/// made here and nowhere else, so that a slow server never holds the main thread.
+/// made here and nowhere else, so that a slow server never holds the main thread. What must keep
+/// its deadlines even so (another client may grab the server) uses `awaitReply` in place of xcb's
+/// waiting functions.
 ///
 /// Life: construct; `start` with the callbacks; everything marked "loop thread" is called from the
-/// callbacks and from posted jobs only; destroy on the thread that constructed.
+/// callbacks and from posted jobs only; destroy on the thread that constructed. Jobs and timers run
+/// on after the server went away, with a dead connection.
 class X11EventLoop
 {
 public:
@@ -34,7 +42,7 @@ public:
     {
         /// Every event and every error that no one asked for by reply.
         std::function<void(const xcb_generic_event_t&)> event;
-        /// The server went away. Called once; nothing follows.
+        /// The server went away. Called once; no event follows, and every reply is null.
         std::function<void()> lost;
     };
     using Milliseconds = std::chrono::milliseconds;
@@ -49,7 +57,8 @@ public:
     /// Starts the thread. `name` shows in debuggers; the kernel keeps its first 15 bytes.
     void start(const std::string& name, Handlers handlers);
 
-    /// Stops and joins the thread; jobs that were posted before have run. Safe to call twice.
+    /// Stops and joins the thread; jobs that were posted before have run. Safe to call twice. Cuts
+    /// the connection if the thread is held up by a server that takes nothing any more.
     void stop();
 
     /// Runs a job on the loop thread. Any thread, also before `start`.
@@ -59,15 +68,34 @@ public:
     [[nodiscard]] xcb_connection_t* connection() const { return m_connection; }
     [[nodiscard]] const xcb_screen_t& screen() const { return *m_screen; }
     [[nodiscard]] xcb_window_t root() const { return m_screen->root; }
-    /// The atom of a name; made if the server does not know it. Remembered. XCB_ATOM_NONE if the
-    /// connection is lost.
+    /// The atom of a name; made if the server does not know it. Remembered; the first call waits
+    /// for the server. XCB_ATOM_NONE if the connection is lost.
     [[nodiscard]] xcb_atom_t atom(const std::string& name);
-    /// The name of an atom, empty if it has none. Remembered.
+    /// Learns many atoms in one round trip.
+    void learnAtoms(const std::vector<std::string>& names);
+    /// The name of an atom, empty if it has none. Remembered; the first call waits for the server.
     [[nodiscard]] std::string atomName(xcb_atom_t atom);
 
     // Loop thread:
     TimerID callAfter(Milliseconds delay, std::function<void()> callback);
     void cancel(TimerID timer);
+
+    /// Calls back with the reply to a request that has one, or with null if the server sent an
+    /// error or went away. Never from inside this call. All events that the server sent before the
+    /// reply have been handled by then.
+    template <typename Reply, typename Cookie>
+    void awaitReply(Cookie cookie, std::function<void(const Reply* reply)> callback)
+    {
+        m_awaited.push_back({cookie.sequence, [callback = std::move(callback)](const void* reply) {
+                                 callback(static_cast<const Reply*>(reply));
+                             }});
+    }
+
+    /// As `atomName` for many, without waiting: calls back with the names in the order of the
+    /// atoms, at once if all are known.
+    void awaitAtomNames(
+        const std::vector<xcb_atom_t>& atoms,
+        std::function<void(std::vector<std::string>)> callback);
 
 private:
     struct Timer
@@ -76,11 +104,21 @@ private:
         std::function<void()> callback;
     };
 
+    struct AwaitedReply
+    {
+        unsigned int sequence;
+        std::function<void(const void* reply)> callback;
+    };
+
     void loop();
     void runPostedJobs();
     void runDueTimers();
+    void sleep();
     [[nodiscard]] int pollTimeout() const;
-    bool dispatchEvents();
+    [[nodiscard]] bool dispatch();
+    [[nodiscard]] bool dispatchReply();
+    void noticeLoss();
+    void remember(xcb_atom_t atom, const std::string& name);
     void wake() const;
 
     xcb_connection_t* m_connection = nullptr;
@@ -91,9 +129,12 @@ private:
     std::map<xcb_atom_t, std::string> m_atomNames;
     std::map<TimerID, Timer> m_timers;
     TimerID m_nextTimer = 1;
+    std::deque<AwaitedReply> m_awaited;
+    bool m_isLost = false;
     std::mutex m_mutex;
     std::vector<std::function<void()>> m_posted;
     std::atomic<bool> m_isStopping = false;
+    std::promise<void> m_ended;
     std::thread m_thread;
 };
 
