@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Pasteboard.h"
+#include "X11ClipboardContent.h"
+#include "X11ClipboardDeadlines.h"
+#include "X11EventLoop.h"
+#include "X11SelectionOwner.h"
+#include "X11SelectionReader.h"
+
+#include <xcb/xfixes.h>
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tessly {
+
+/// The half of X11Pasteboard that lives on the loop thread: follows who owns CLIPBOARD, and owns it
+/// for the program. Its operations are those of Pasteboard, answered by callback, once each.
+class X11Clipboard
+{
+public:
+    using OwnDone = std::function<void(bool isOwner)>;
+    using TimeDone = std::function<void(xcb_timestamp_t)>;
+
+    /// Before the loop is started. `changeCount` is the counter to advance; what it shows now
+    /// stands for the content that there is. Throws X11Error if the server lacks XFIXES.
+    X11Clipboard(
+        X11EventLoop& loop, const X11ClipboardDeadlines& deadlines,
+        std::atomic<qint64>& changeCount);
+
+    void handle(const xcb_generic_event_t& event);
+    /// The server went away: everything is unreadable, now and later.
+    void connectionLost();
+
+    void types(qint64 changeCount, X11ClipboardContent::TypesDone done);
+    void
+    read(qint64 changeCount, Flavour flavour, qint64 byteLimit, X11ClipboardContent::ReadDone done);
+    void readFileURLs(qint64 changeCount, qint64 byteLimit, X11ClipboardContent::FileURLsDone done);
+    void write(const std::vector<PasteboardItem>& items);
+    void clear();
+    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
+    /// Offers as PRIMARY, too, what it offers as CLIPBOARD.
+    void offerAsPrimary(OwnDone done);
+
+private:
+    void watchOwner();
+    void ownerChanged(const xcb_xfixes_selection_notify_event_t& event, std::uint32_t sequence);
+    void serverTimeCame(xcb_timestamp_t time);
+    void withServerTime(TimeDone done);
+    void offerKept();
+    [[nodiscard]] bool isCurrent(qint64 changeCount) const;
+
+    X11EventLoop& m_loop;
+    const X11ClipboardDeadlines m_deadlines;
+    std::atomic<qint64>& m_changeCount;
+    const xcb_window_t m_window;
+    X11SelectionReader m_reader;
+    X11SelectionOwner m_owner;
+    xcb_atom_t m_clipboard = XCB_ATOM_NONE;
+    xcb_atom_t m_timeProperty = XCB_ATOM_NONE;
+    std::uint8_t m_ownerChange = 0;
+
+    // The current content is another program's, the program's own, or, with both null, nothing.
+    std::shared_ptr<X11ClipboardContent> m_foreign;
+    X11SelectionOwner::Offer m_own;
+    /// When the other program left, if it has.
+    std::optional<xcb_timestamp_t> m_leftAt;
+    /// What to offer then.
+    std::vector<PasteboardItem> m_kept;
+    std::deque<TimeDone> m_awaitTime;
+    bool m_isLost = false;
+};
+
+} // namespace tessly
