@@ -1,6 +1,7 @@
 #include "PasteboardItems.h"
 
 #include "FileURL.h"
+#include "MendedUTF8.h"
 
 namespace tessly {
 
@@ -36,7 +37,7 @@ std::vector<PasteboardItem> plainTextItems(const ClipPayload& payload)
             if (const auto file = FileURL::parse(url)) {
                 // A path may hold any bytes, and readers refuse a text that is not UTF-8 as a
                 // whole.
-                paths << QString::fromUtf8(file->path).toUtf8();
+                paths << mendedUTF8(file->path);
             }
         }
         text = paths.join('\n');

@@ -849,6 +849,20 @@ TEST_F(ClipboardMonitorTest, AnotherRestrictionIsReportedAnew)
     EXPECT_THAT(m_captures, SizeIs(1));
 }
 
+TEST_F(ClipboardMonitorTest, ACopyThatMayNotBeReadStillOvertakesAnOlderOne)
+{
+    m_monitor->start();
+    m_converter.gate().hold();
+    m_pasteboard.copy({.otherImage = FakeImageConverter::image("older")});
+    tick();
+    m_pasteboard.setAccess(PasteboardAccess::denied);
+    m_pasteboard.copyText("newer");
+    tick();
+    m_converter.gate().open();
+    settle();
+    EXPECT_THAT(m_captures, IsEmpty());
+}
+
 TEST_F(ClipboardMonitorTest, NoRestrictionIsReportedWhilePaused)
 {
     m_monitor->start();

@@ -14,6 +14,7 @@ bool FakeKeyEventPoster::requestAccess()
 QCoro::Task<PostResult> FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target)
 {
     const std::weak_ptr<bool> alive = m_alive;
+    ++m_posts;
     co_await m_gate.pass();
     if (alive.expired() || m_isBroken) {
         co_return PostResult::failed;

@@ -24,6 +24,8 @@ public:
     {
         return m_pastes;
     }
+    /// How often keys were to be posted, also where none were in the end.
+    [[nodiscard]] int posts() const { return m_posts; }
     /// Where posting waits, as for the user to let go of held modifiers.
     [[nodiscard]] Gate& gate() { return m_gate; }
 
@@ -37,6 +39,7 @@ private:
     bool m_grantsRequests = false;
     bool m_isBroken = false;
     int m_accessRequests = 0;
+    int m_posts = 0;
     std::vector<std::shared_ptr<RunningApplication>> m_pastes;
     Gate m_gate;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
