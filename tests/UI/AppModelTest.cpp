@@ -335,6 +335,7 @@ TEST_F(AppModelTest, ASearchThatEndsAfterANewerReloadBeganIsDropped)
     m_model->setQuery(u"banana"_s);
     m_model->reload(Debounce::no);
     settle();
+    EXPECT_EQ(m_executor->pending(), 1U) << "nothing is counted for the older one";
     EXPECT_THAT(m_model->clips(), IsEmpty());
     run();
     EXPECT_THAT(texts(), ElementsAre("banana"));
