@@ -4,7 +4,6 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
-#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -12,9 +11,6 @@ using namespace Qt::StringLiterals;
 namespace tessly {
 
 namespace {
-
-// Another process holds a lock for a moment only; nobody else writes as a rule.
-constexpr std::chrono::milliseconds busyTimeout(3000);
 
 SQLiteConnection open(const QString& path)
 {

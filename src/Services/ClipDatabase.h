@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -39,8 +40,12 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
+    void scrub();
 
 private:
+    // Another process holds a lock for a moment only; nobody else writes as a rule.
+    static constexpr std::chrono::milliseconds busyTimeout{3000};
+
     // Opening.
     void validateIntegrity();
     void prepareTables();
@@ -59,6 +64,8 @@ private:
     Clip saveInCurrentTransaction(
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
+
+    [[nodiscard]] bool emptyLog();
 
     void execute(const char* sql);
     [[nodiscard]] ClipStatement prepare(const QByteArray& sql) { return {m_connection, sql}; }
@@ -81,6 +88,9 @@ private:
     ClipStore::Now m_now;
     SQLiteConnection m_connection;
     bool m_ftsAvailable = false;
+    // Whether the files may hold bytes of content that is no longer in the history. At first, since
+    // nobody knows how the last process ended.
+    bool m_hasResidue = true;
 };
 
 } // namespace tessly

@@ -1,10 +1,13 @@
 #include "ClipDatabase.h"
 
 #include "ClipDecoder.h"
+#include "SQLiteResidue.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -13,6 +16,9 @@ namespace tessly {
 namespace {
 
 const char* const writeFailure = "Could not update clipboard history";
+
+// Another process that lists the history is done sooner.
+constexpr std::chrono::milliseconds readerTimeout(200);
 
 // Fewer would not fill the panel.
 constexpr qint64 smallestHistory = 10;
@@ -35,9 +41,15 @@ Clip ClipDatabase::save(
     if (payload.isEmpty()) {
         throw ClipStoreError(ClipStoreError::Case::decode, u"The clipboard item was empty."_s);
     }
-    return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
-        return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
-    });
+    try {
+        return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+            return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
+        });
+    } catch (const ClipStoreError&) {
+        // A large clip reaches the log before it is committed.
+        m_hasResidue = true;
+        throw;
+    }
 }
 
 Clip ClipDatabase::saveInCurrentTransaction(
@@ -115,6 +127,7 @@ WHERE rowid IN (
 );)sql")
         .integer(1, std::max(maximum, smallestHistory))
         .run(writeFailure);
+    m_hasResidue |= m_connection.changes() > 0;
 }
 
 void ClipDatabase::setPinned(bool pinned, QUuid id)
@@ -159,14 +172,49 @@ WHERE id = ?;)sql")
 
 void ClipDatabase::remove(QUuid id)
 {
+    m_hasResidue = true;
     prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
     execute("PRAGMA incremental_vacuum(32);");
+    scrub();
 }
 
 void ClipDatabase::clear(bool includePinned)
 {
+    m_hasResidue = true;
     execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
     execute("PRAGMA incremental_vacuum(32);");
+    scrub();
+}
+
+void ClipDatabase::scrub()
+{
+    if (!m_hasResidue) {
+        return;
+    }
+    // A word of a deleted clip stays in the index until its part of the index is merged with the
+    // note that it is deleted.
+    if (m_ftsAvailable) {
+        execute("INSERT INTO clips_fts(clips_fts) VALUES ('optimize');");
+    }
+    // A deleted row's pages stay in the log as they were written once, and in the file until the
+    // log is copied back.
+    if (!emptyLog()) {
+        return;
+    }
+    try {
+        m_hasResidue = !eraseResidue(m_connection);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+    }
+}
+
+bool ClipDatabase::emptyLog()
+{
+    // Who reads for long is not waited for: the log can be emptied another time.
+    m_connection.setBusyTimeout(readerTimeout);
+    const auto restore = qScopeGuard([this] { m_connection.setBusyTimeout(busyTimeout); });
+    ClipStatement checkpoint = prepare("PRAGMA wal_checkpoint(TRUNCATE);");
+    return checkpoint.next(writeFailure) && checkpoint.row().integer(0) == 0;
 }
 
 ClipStore::Statistics ClipDatabase::statistics()

@@ -65,6 +65,11 @@ QCoro::Task<void> ClipStore::trimHistory(qint64 maximum)
     return m_actor.run([&database = *m_database, maximum] { database.trimHistory(maximum); });
 }
 
+QCoro::Task<void> ClipStore::scrub()
+{
+    return m_actor.run([&database = *m_database] { database.scrub(); });
+}
+
 QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
 {
     return m_actor.run([&database = *m_database] { return database.statistics(); });

@@ -62,6 +62,11 @@ bool SQLiteConnection::isInTransaction() const
     return sqlite3_get_autocommit(m_handle.get()) == 0;
 }
 
+qint64 SQLiteConnection::changes() const
+{
+    return sqlite3_changes64(m_handle.get());
+}
+
 SQLiteConnection::StopWatch::StopWatch(
     SQLiteConnection& connection, std::function<bool()> isStopped)
     : m_connection(connection)

@@ -30,6 +30,10 @@ public:
 
     [[nodiscard]] bool isInTransaction() const;
 
+    /// How many rows the last statement that changes rows has changed, without what its triggers
+    /// did.
+    [[nodiscard]] qint64 changes() const;
+
     [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
     /// While it lives, every running statement asks `isStopped` now and then, and ends with the

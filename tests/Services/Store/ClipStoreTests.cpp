@@ -1,12 +1,11 @@
 #include "ClipStore.h"
 
 #include "ManualExecutor.h"
+#include "MemoryFolder.h"
 #include "SQLiteHook.h"
 #include "TestSupport.h"
 #include "ThreadExecutor.h"
 #include "UI/QtPrinting.h"
-
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -30,7 +29,7 @@ protected:
     static ClipPayload text(const QByteArray& text) { return ClipPayload({.plainText = text}); }
 
 private:
-    QTemporaryDir m_folder;
+    MemoryFolder m_folder;
     double m_now = 0;
 };
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ClipDatabase.h"
-
-#include <QTemporaryDir>
+#include "MemoryFolder.h"
 
 #include <memory>
 
@@ -37,7 +36,7 @@ public:
     [[nodiscard]] static QStringList previews(const std::vector<Clip>& clips);
 
 private:
-    QTemporaryDir m_folder;
+    MemoryFolder m_folder;
     QString m_path;
     std::unique_ptr<ClipDatabase> m_database;
 };
