@@ -2,6 +2,7 @@
 
 #include "ClipDatabase.h"
 #include "ReferenceReads.h"
+#include "SQLiteStatement.h"
 
 #include <QCoreApplication>
 #include <QRandomGenerator>
@@ -9,8 +10,8 @@
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <memory>
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 using namespace tessly;
@@ -44,21 +45,47 @@ struct History
 {
     History(Content content, int clips)
     {
-        QRandomGenerator random(1);
+        // Creates the tables.
+        ClipDatabase(path, [] { return 0; });
+        fill(content, clips);
         database = std::make_unique<ClipDatabase>(path, [this] { return now++; });
+        database->scrub();
+        reference = std::make_unique<test::ReferenceReads>(path, true);
+    }
+
+    /// As saves would, but in few transactions.
+    void fill(Content content, int clips)
+    {
+        QRandomGenerator random(1);
+        SQLiteConnection connection(path);
+        SQLiteStatement insert(connection, R"sql(INSERT INTO clips (
+            id, created_at, last_used_at, kind, preview, search_text, plain_text, image_png,
+            file_urls, source_app_name, source_bundle_id, content_hash, is_pinned, pin_order
+        ) VALUES (?1, ?2, ?2, ?3, ?4, ?5, ?6, ?7, '[]', 'Text Editor', 'org.editor', ?8, ?9,
+            nullif(?9, 0) * ?2))sql");
+        connection.execute("BEGIN");
         for (int i = 0; i < clips; ++i) {
             const ClipPayload payload = content == Content::images
                                             ? ClipPayload({.imagePNG = noise(5 << 20, random)})
                                             : ClipPayload({.plainText = sampleText(i, random)});
-            const Clip clip = database->save(payload, u"Text Editor"_s, u"org.editor"_s, keepAll);
+            insert.reset();
+            const bool isInserted =
+                insert.bindText(
+                    1, QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper()) &&
+                insert.bindDouble(2, now++) &&
+                insert.bindText(3, rawValue(payload.kind()).toUtf8()) &&
+                insert.bindText(4, payload.preview()) && insert.bindText(5, payload.searchText()) &&
+                insert.bindText(6, payload.plainText()) && insert.bindData(7, payload.imagePNG()) &&
+                insert.bindText(8, payload.contentHash()) && insert.bindInteger(9, i % 1000 == 0) &&
+                insert.step() == SQLiteStatement::Step::done;
+            if (!isInserted) {
+                throw std::runtime_error("the history could not be filled");
+            }
             if (i % 1000 == 0) {
-                database->setPinned(true, clip.id);
+                connection.execute("COMMIT; BEGIN");
             }
         }
-        // As after a restart.
-        database.reset();
-        database = std::make_unique<ClipDatabase>(path, [this] { return now++; });
-        reference = std::make_unique<test::ReferenceReads>(path, true);
+        connection.execute("COMMIT");
     }
 
     QTemporaryDir folder{QDir::current().filePath(u"store-bench-XXXXXX"_s)};
@@ -185,6 +212,9 @@ void registerAll()
                 add("texts/" + name + "/storeFresh", fresh, Content::texts, search)->Arg(clips);
                 add("texts/" + name + "/plainSQL", plainSQL, Content::texts, search)->Arg(clips);
             }
+        }
+        if (clips > 10'000) {
+            continue;
         }
         add("texts/save", saveText)->Arg(clips)->Iterations(200);
         add("texts/remove", removeText)->Arg(clips)->Iterations(20);
