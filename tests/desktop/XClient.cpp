@@ -185,6 +185,20 @@ void XClient::latch(std::uint8_t mods)
     sync();
 }
 
+xcb_timestamp_t XClient::time()
+{
+    // The server tells the time with everything that changes.
+    const auto window = xcb_generate_id(m_connection);
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(
+        m_connection, 0, window, m_screen->root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+        XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+    setProperty(window, "_TEST_CLOCK", XCB_ATOM_CARDINAL, {});
+    xcb_destroy_window(m_connection, window);
+    sync();
+    return m_time;
+}
+
 void XClient::pressOnKeyboard(xcb_keycode_t key)
 {
     fakeOnKeyboard(XCB_INPUT_DEVICE_KEY_PRESS, key);
@@ -223,6 +237,19 @@ void XClient::grabKey(xcb_keycode_t key)
     xcb_grab_key(
         m_connection, 0, m_screen->root, XCB_MOD_MASK_ANY, key, XCB_GRAB_MODE_ASYNC,
         XCB_GRAB_MODE_ASYNC);
+    sync();
+}
+
+bool XClient::grabKey(xcb_keycode_t key, std::uint16_t modifiers)
+{
+    const auto cookie = xcb_grab_key_checked(
+        m_connection, 0, m_screen->root, modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    return !owned(xcb_request_check(m_connection, cookie));
+}
+
+void XClient::ungrabKey(xcb_keycode_t key, std::uint16_t modifiers)
+{
+    xcb_ungrab_key(m_connection, key, m_screen->root, modifiers);
     sync();
 }
 
@@ -328,6 +355,8 @@ void XClient::drain()
                  .code = key.detail,
                  .state = key.state,
                  .window = key.event});
+        } else if (event->response_type == XCB_PROPERTY_NOTIFY) {
+            m_time = reinterpret_cast<const xcb_property_notify_event_t&>(*event).time;
         }
     }
 }

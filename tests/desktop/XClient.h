@@ -77,12 +77,18 @@ public:
     void lock(std::uint8_t mods, std::uint8_t group);
     void latch(std::uint8_t mods);
 
+    /// What the server's clock says, in milliseconds.
+    [[nodiscard]] xcb_timestamp_t time();
+
     /// A key of the keyboard that the user types on, which is not the one of XTEST.
     void pressOnKeyboard(xcb_keycode_t key);
     void releaseOnKeyboard(xcb_keycode_t key);
 
     /// A hot key without modifiers.
     void grabKey(xcb_keycode_t key);
+    /// A hot key with just these modifiers; false if another client has it.
+    [[nodiscard]] bool grabKey(xcb_keycode_t key, std::uint16_t modifiers);
+    void ungrabKey(xcb_keycode_t key, std::uint16_t modifiers);
     void grabKeyboard();
     void ungrabKeyboard();
     void grabPointer();
@@ -109,6 +115,7 @@ private:
     const xcb_screen_t* m_screen = nullptr;
     xcb_window_t m_managerWindow = XCB_WINDOW_NONE;
     std::vector<Key> m_keys;
+    xcb_timestamp_t m_time = 0;
 };
 
 } // namespace tessly::test

@@ -21,11 +21,13 @@ X11Desktop::X11Desktop(const std::string& display, DesktopEntries entries)
     , m_windows(std::make_shared<X11WindowTracker>(m_loop, std::move(entries)))
     , m_keyboard(m_loop, *m_windows)
     , m_clicks(m_loop)
+    , m_keyGrabs(m_loop)
 {
     m_loop.post([this] {
         m_windows->start();
         m_keyboard.start();
         m_clicks.start();
+        m_keyGrabs.start();
     });
     m_loop.start(
         "tessly-x11", {.event = [this](const xcb_generic_event_t& event) { handle(event); },
@@ -60,41 +62,32 @@ void X11Desktop::setClickHandler(std::function<void()> clicked)
     });
 }
 
+void X11Desktop::postToKeyGrabs(std::function<void(X11KeyGrabs&)> job)
+{
+    post([this, job = std::move(job)] { job(m_keyGrabs); });
+}
+
 void X11Desktop::post(std::function<void()> job)
 {
-    {
-        const std::scoped_lock lock(m_mutex);
-        if (m_isLost) {
-            return;
+    // The loop runs on without a server. A job that is dropped tells whoever waits for it by its
+    // end.
+    m_loop.post([this, job = std::move(job)] {
+        if (!m_isLost) {
+            job();
         }
-        m_jobs.push_back(std::move(job));
-    }
-    m_loop.post([this] {
-        std::function<void()> next;
-        {
-            const std::scoped_lock lock(m_mutex);
-            next = std::move(m_jobs.front());
-            m_jobs.pop_front();
-        }
-        next();
     });
 }
 
 void X11Desktop::handle(const xcb_generic_event_t& event)
 {
-    if (!m_isEnding && !m_clicks.handle(event)) {
+    if (!m_isEnding && !m_clicks.handle(event) && !m_keyGrabs.handle(event)) {
         m_windows->handle(event);
     }
 }
 
 void X11Desktop::handleLoss()
 {
-    std::deque<std::function<void()>> jobs;
-    {
-        const std::scoped_lock lock(m_mutex);
-        m_isLost = true;
-        jobs.swap(m_jobs);
-    }
+    m_isLost = true;
     m_windows->lost();
     m_keyboard.lost();
 }

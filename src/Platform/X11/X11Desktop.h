@@ -3,12 +3,11 @@
 #include "DesktopEntries.h"
 #include "X11ClickWatch.h"
 #include "X11EventLoop.h"
+#include "X11KeyGrabs.h"
 #include "X11Keyboard.h"
 
-#include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace tessly {
@@ -34,6 +33,8 @@ public:
     void post(X11Keyboard::Paste paste);
     /// Tells of clicks from now on, or no more (none). From the loop thread.
     void setClickHandler(std::function<void()> clicked);
+    /// Runs a job with the grabs of hot keys on the loop thread; drops it when the server is gone.
+    void postToKeyGrabs(std::function<void(X11KeyGrabs&)> job);
 
 private:
     void post(std::function<void()> job);
@@ -44,14 +45,11 @@ private:
     std::shared_ptr<X11WindowTracker> m_windows;
     X11Keyboard m_keyboard;
     X11ClickWatch m_clicks;
+    X11KeyGrabs m_keyGrabs;
     /// Nothing is asked of the server any more. Loop thread.
     bool m_isEnding = false;
-
-    std::mutex m_mutex;
+    /// The server went away. Loop thread.
     bool m_isLost = false;
-    /// Handed to the loop and not begun. Kept here, so that none is left behind in a loop that
-    /// ended for want of a server.
-    std::deque<std::function<void()>> m_jobs;
 };
 
 } // namespace tessly
