@@ -53,7 +53,7 @@ PanelModel::PanelModel(Dependencies dependencies, QObject* parent)
 {
     AppModel& model = m_dependencies.model;
     connect(&model, &AppModel::clipsChanged, this, &PanelModel::updateClips);
-    connect(&model, &AppModel::selectedIDChanged, this, &PanelModel::updateSelectedRow);
+    connect(&model, &AppModel::selectedIDChanged, this, &PanelModel::updateSelection);
     connect(&model, &AppModel::queryChanged, this, &PanelModel::queryChanged);
     connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::selectedKindChanged);
     connect(&model, &AppModel::isPanelPresentedChanged, this, &PanelModel::updatePresentation);
@@ -160,15 +160,15 @@ void PanelModel::chooseKind(const QString& rawValue)
     m_dependencies.model.reload(AppModel::Debounce::no);
 }
 
-void PanelModel::selectRow(int row)
+void PanelModel::selectClip(const QString& clipID)
 {
-    select(row);
+    select(clipID);
 }
 
-void PanelModel::activateRow(int row)
+void PanelModel::activateClip(const QString& clipID)
 {
     AppModel& model = m_dependencies.model;
-    if (!select(row)) {
+    if (!select(clipID)) {
         return;
     }
     if (const Clip* const clip = model.selectedClip(); clip != nullptr) {
@@ -176,24 +176,24 @@ void PanelModel::activateRow(int row)
     }
 }
 
-void PanelModel::copyRow(int row, bool plainTextOnly)
+void PanelModel::copyClip(const QString& clipID, bool plainTextOnly)
 {
-    if (select(row)) {
+    if (select(clipID)) {
         m_dependencies.model.copySelected(
             plainTextOnly ? AppModel::PasteStyle::plainTextOnly : AppModel::PasteStyle::original);
     }
 }
 
-void PanelModel::togglePinOfRow(int row)
+void PanelModel::togglePinOfClip(const QString& clipID)
 {
-    if (const Clip* const clip = m_clips.clip(row); clip != nullptr) {
+    if (const Clip* const clip = find(clipID); clip != nullptr) {
         m_dependencies.model.togglePin(clip);
     }
 }
 
-void PanelModel::deleteRow(int row)
+void PanelModel::deleteClip(const QString& clipID)
 {
-    if (select(row)) {
+    if (select(clipID)) {
         m_dependencies.model.deleteSelected();
     }
 }
@@ -251,6 +251,12 @@ void PanelModel::updateSelectedRow()
     }
 }
 
+void PanelModel::updateSelection()
+{
+    updateSelectedRow();
+    Q_EMIT selectionChanged();
+}
+
 void PanelModel::updateShortcuts()
 {
     m_clips.setShortcuts(
@@ -284,9 +290,14 @@ QCoro::Task<> PanelModel::readQueryText(qint64 changeCount)
     }
 }
 
-bool PanelModel::select(int row)
+const Clip* PanelModel::find(const QString& clipID) const
 {
-    const Clip* const clip = m_clips.clip(row);
+    return m_clips.clip(m_clips.rowOf(QUuid(clipID)));
+}
+
+bool PanelModel::select(const QString& clipID)
+{
+    const Clip* const clip = find(clipID);
     if (clip != nullptr) {
         m_dependencies.model.setSelectedID(clip->id);
     }

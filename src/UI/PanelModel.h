@@ -101,13 +101,17 @@ public:
 
     /// `rawValue` of the kind, empty for all.
     Q_INVOKABLE void chooseKind(const QString& rawValue);
-    /// The pointer came upon a row.
-    Q_INVOKABLE void selectRow(int row);
-    /// A click on a row.
-    Q_INVOKABLE void activateRow(int row);
-    Q_INVOKABLE void copyRow(int row, bool plainTextOnly);
-    Q_INVOKABLE void togglePinOfRow(int row);
-    Q_INVOKABLE void deleteRow(int row);
+
+    // Clips are told by their ids, as rows move at any time. Nothing happens to one that is no
+    // longer listed.
+    /// The pointer came upon a clip.
+    Q_INVOKABLE void selectClip(const QString& clipID);
+    /// A click on a clip.
+    Q_INVOKABLE void activateClip(const QString& clipID);
+    Q_INVOKABLE void copyClip(const QString& clipID, bool plainTextOnly);
+    Q_INVOKABLE void togglePinOfClip(const QString& clipID);
+    Q_INVOKABLE void deleteClip(const QString& clipID);
+
     Q_INVOKABLE void togglePaused();
     Q_INVOKABLE void dismissBanner();
     /// Closes the panel and asks for the settings window.
@@ -123,6 +127,8 @@ Q_SIGNALS:
     void queryChanged();
     void selectedKindChanged();
     void selectedRowChanged();
+    /// Another clip was selected; `selectedRow` also changes when the selected one moves.
+    void selectionChanged();
     void isEmptyChanged();
     void isPresentedChanged();
     void isPausedChanged();
@@ -135,10 +141,14 @@ Q_SIGNALS:
 private:
     void updateClips();
     void updateSelectedRow();
+    void updateSelection();
     void updateShortcuts();
     void updatePresentation();
     QCoro::Task<> readQueryText(qint64 changeCount);
-    bool select(int row);
+    /// Null if it is not listed.
+    [[nodiscard]] const Clip* find(const QString& clipID) const;
+    /// False if it is not listed.
+    bool select(const QString& clipID);
 
     Dependencies m_dependencies;
     ClipListModel m_clips;

@@ -49,6 +49,9 @@ protected:
         return rows.data(rows.index(row, 0), role).toString();
     }
 
+    /// The clip's of a row; empty if there is no such row.
+    [[nodiscard]] QString id(int row) const { return text(row, ClipListModel::clipIDRole); }
+
     /// What the search field was given by a paste.
     [[nodiscard]] QString pastedText(const QByteArray& clipboard)
     {
@@ -100,11 +103,14 @@ TEST_F(PanelModelTest, TheSelectedRowIsThatOfTheSelectedClip)
     save("newer");
     reload();
     EXPECT_EQ(m_panel->selectedRow(), 0);
+    QSignalSpy selected(m_panel.get(), &PanelModel::selectionChanged);
     m_model->setSelectedID(older.id);
     EXPECT_EQ(m_panel->selectedRow(), 1);
+    EXPECT_EQ(selected.size(), 1);
     save("newest");
     reload();
     EXPECT_EQ(m_panel->selectedRow(), 2) << "it follows its clip";
+    EXPECT_EQ(selected.size(), 1) << "which is the same still";
     m_model->setSelectedID(std::nullopt);
     EXPECT_EQ(m_panel->selectedRow(), -1) << "nothing selected selects nothing";
 }
@@ -274,11 +280,11 @@ TEST_F(PanelModelTest, ThePointerSelects)
     save("older");
     save("newer");
     reload();
-    m_panel->selectRow(1);
+    m_panel->selectClip(id(1));
     EXPECT_EQ(m_panel->selectedRow(), 1);
-    m_panel->selectRow(2);
-    m_panel->selectRow(-1);
-    EXPECT_EQ(m_panel->selectedRow(), 1) << "there are no such rows";
+    m_panel->selectClip(QUuid::createUuid().toString(QUuid::WithoutBraces));
+    m_panel->selectClip({});
+    EXPECT_EQ(m_panel->selectedRow(), 1) << "there are no such clips";
     EXPECT_EQ(m_closings, 0);
 }
 
@@ -289,14 +295,14 @@ TEST_F(PanelModelTest, AClickPastesIntoTheTarget)
     save(ClipPayload({.plainText = "older", .rtf = "{rtf}"}));
     save("newer");
     reload();
-    m_panel->activateRow(1);
+    m_panel->activateClip(id(1));
     EXPECT_EQ(m_panel->selectedRow(), 1);
     ASSERT_THAT(m_pasteboard.writes(), SizeIs(1));
     EXPECT_EQ(m_pasteboard.writes().front().front().rtf, "{rtf}");
     EXPECT_GE(editor->activations(), 1);
     EXPECT_EQ(m_closings, 1);
-    m_panel->activateRow(7);
-    EXPECT_THAT(m_pasteboard.writes(), SizeIs(1)) << "there is no such row";
+    m_panel->activateClip({});
+    EXPECT_THAT(m_pasteboard.writes(), SizeIs(1)) << "there is no such clip";
 }
 
 TEST_F(PanelModelTest, CopiesARowAsItIsOrAsPlainText)
@@ -304,8 +310,8 @@ TEST_F(PanelModelTest, CopiesARowAsItIsOrAsPlainText)
     save(ClipPayload({.plainText = "older", .rtf = "{rtf}"}));
     save("newer");
     reload();
-    m_panel->copyRow(1, false);
-    m_panel->copyRow(1, true);
+    m_panel->copyClip(id(1), false);
+    m_panel->copyClip(id(1), true);
     ASSERT_THAT(m_pasteboard.writes(), SizeIs(2));
     EXPECT_EQ(m_pasteboard.writes()[0].front().rtf, "{rtf}");
     EXPECT_EQ(m_pasteboard.writes()[1].front().rtf, std::nullopt);
@@ -317,11 +323,11 @@ TEST_F(PanelModelTest, PinsARowWithoutSelectingIt)
     save("older");
     save("newer");
     reload();
-    m_panel->togglePinOfRow(1);
+    m_panel->togglePinOfClip(id(1));
     run();
     EXPECT_EQ(previews(), (QStringList{u"older"_s, u"newer"_s}));
     EXPECT_EQ(m_panel->selectedRow(), 1) << "the selection is still the newer one";
-    m_panel->togglePinOfRow(0);
+    m_panel->togglePinOfClip(id(0));
     run();
     EXPECT_EQ(previews(), (QStringList{u"newer"_s, u"older"_s}));
 }
@@ -331,10 +337,13 @@ TEST_F(PanelModelTest, DeletesARow)
     save("older");
     save("newer");
     reload();
-    m_panel->deleteRow(1);
+    const QString older = id(1);
+    m_panel->deleteClip(older);
     run();
     EXPECT_EQ(previews(), QStringList{u"newer"_s});
-    m_panel->deleteRow(5);
+    m_panel->deleteClip(older);
+    m_panel->togglePinOfClip(older);
+    m_panel->deleteClip({});
     run();
     EXPECT_THAT(previews(), SizeIs(1));
 }

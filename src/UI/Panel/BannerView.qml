@@ -80,6 +80,7 @@ Item {
         Symbol {
             id: symbol
 
+            objectName: "banner-symbol"
             anchors.left: parent.left
             anchors.leftMargin: 13
             anchors.verticalCenter: parent.verticalCenter
@@ -91,6 +92,7 @@ Item {
         PlainText {
             id: text
 
+            objectName: "banner-message"
             anchors.left: symbol.right
             anchors.right: dismiss.left
             anchors.margins: 8

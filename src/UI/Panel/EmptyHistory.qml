@@ -16,6 +16,7 @@ Item {
         spacing: 12
 
         Symbol {
+            objectName: "empty-history-symbol"
             anchors.horizontalCenter: parent.horizontalCenter
             name: empty.isSearching ? "magnifyingglass" : "doc.on.clipboard"
             color: Tokens.color.secondaryText

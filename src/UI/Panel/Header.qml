@@ -11,6 +11,10 @@ Item {
         search.takeFocus();
     }
 
+    function leaveFocus() {
+        search.leaveFocus();
+    }
+
     implicitHeight: 17 + settings.implicitHeight + 12
 
     Symbol {

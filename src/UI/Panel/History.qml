@@ -7,7 +7,7 @@ ListView {
 
     required property PanelModel panel
 
-    signal menuRequested(row: int, place: point)
+    signal menuRequested(row: ClipRow, place: point)
 
     // Where the pointer was last, on the desktop. The selection follows the pointer onto a row once
     // it really moves: rows also come to lie under a pointer that stands still.
@@ -23,7 +23,7 @@ ListView {
             return;
         hoveredClip = row.clipID;
         isHoverSelecting = true;
-        panel.selectRow(row.index);
+        panel.selectClip(row.clipID);
         isHoverSelecting = false;
     }
 
@@ -62,7 +62,7 @@ ListView {
         x: 8
         width: ListView.view.width - 2 * 8
         isSelected: index === list.panel.selectedRow
-        Accessible.onPressAction: list.panel.activateRow(index)
+        Accessible.onPressAction: list.panel.activateClip(clipID)
 
         MouseArea {
             anchors.fill: parent
@@ -74,11 +74,11 @@ ListView {
             onExited: list.pointerLeft(row)
             onClicked: event => {
                 if (event.button === Qt.LeftButton)
-                    list.panel.activateRow(row.index);
+                    list.panel.activateClip(row.clipID);
             }
             onPressed: event => {
                 if (event.button === Qt.RightButton)
-                    list.menuRequested(row.index, mapToItem(null, event.x, event.y));
+                    list.menuRequested(row, mapToItem(null, event.x, event.y));
             }
         }
     }
@@ -86,7 +86,7 @@ ListView {
     Connections {
         target: list.panel
 
-        function onSelectedRowChanged() {
+        function onSelectionChanged() {
             list.showSelection();
         }
     }

@@ -62,7 +62,7 @@ Rectangle {
         width: parent.width
         visible: !root.panel.isEmpty
         panel: root.panel
-        onMenuRequested: (row, place) => menu.open(row, itemAtIndex(row).isPinned, place)
+        onMenuRequested: (row, place) => menu.open(row.clipID, row.isPinned, place)
     }
 
     EmptyHistory {
@@ -94,15 +94,24 @@ Rectangle {
         onClosed: header.takeFocus()
     }
 
+    function presentationChanged() {
+        menu.close();
+        if (panel.isPresented) {
+            Qt.callLater(header.takeFocus);
+            Qt.callLater(history.showSelection);
+        } else {
+            header.leaveFocus();
+        }
+    }
+
+    // It is made while the panel opens for the first time.
+    Component.onCompleted: presentationChanged()
+
     Connections {
         target: root.panel
 
         function onIsPresentedChanged() {
-            menu.close();
-            if (root.panel.isPresented) {
-                Qt.callLater(header.takeFocus);
-                Qt.callLater(history.showSelection);
-            }
+            root.presentationChanged();
         }
     }
 }

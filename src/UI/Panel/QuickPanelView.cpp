@@ -52,7 +52,10 @@ QScreen* screenNear(const QPoint& point)
 
 QuickPanelView::QuickPanelView(PanelModel& model)
 {
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // Once in a process, before its first window.
+    static const bool isSoftware =
+        (QQuickWindow::setGraphicsApi(QSGRendererInterface::Software), true);
+    Q_UNUSED(isSoftware)
     // At each copy in any application, a text field asks the clipboard what it could paste, and
     // waits for that application. It learns of copies by this object's signals alone.
     QGuiApplication::clipboard()->blockSignals(true);

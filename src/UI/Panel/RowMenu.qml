@@ -8,14 +8,14 @@ MouseArea {
     required property PanelModel panel
 
     readonly property bool isOpen: visible
-    property int row: -1
+    property string clipID
     property bool isPinned: false
     property int current: -1
 
     signal closed
 
-    function open(row: int, isPinned: bool, place: point) {
-        menu.row = row;
+    function open(clipID: string, isPinned: bool, place: point) {
+        menu.clipID = clipID;
         menu.isPinned = isPinned;
         current = -1;
         plate.x = Math.max(6, Math.min(place.x, width - plate.width - 6));
@@ -32,20 +32,19 @@ MouseArea {
     }
 
     function trigger(command: int) {
-        const row = menu.row;
         close();
         switch (command) {
         case 0:
-            panel.copyRow(row, false);
+            panel.copyClip(clipID, false);
             break;
         case 1:
-            panel.copyRow(row, true);
+            panel.copyClip(clipID, true);
             break;
         case 2:
-            panel.togglePinOfRow(row);
+            panel.togglePinOfClip(clipID);
             break;
         case 3:
-            panel.deleteRow(row);
+            panel.deleteClip(clipID);
             break;
         }
     }

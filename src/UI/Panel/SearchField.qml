@@ -12,6 +12,11 @@ Item {
         input.forceActiveFocus();
     }
 
+    // A cursor that blinks wakes the program.
+    function leaveFocus() {
+        input.focus = false;
+    }
+
     implicitHeight: input.implicitHeight
 
     TextInput {
@@ -19,7 +24,6 @@ Item {
 
         objectName: "clipboard-search"
         anchors.fill: parent
-        focus: true
         clip: true
         color: Tokens.color.text
         selectionColor: Tokens.color.accent
