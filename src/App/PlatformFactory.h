@@ -1,0 +1,37 @@
+#pragma once
+
+#include "ImageConverter.h"
+#include "KeyEventPoster.h"
+#include "OutsideClickMonitor.h"
+#include "Pasteboard.h"
+#include "Workspace.h"
+
+#include <functional>
+#include <memory>
+
+namespace tessly {
+
+/// The desktop that the program runs on. Everything in it is used on the main thread and goes before
+/// the QGuiApplication does.
+class DesktopPlatform
+{
+public:
+    DesktopPlatform() = default;
+    DesktopPlatform(const DesktopPlatform&) = delete;
+    DesktopPlatform& operator=(const DesktopPlatform&) = delete;
+    virtual ~DesktopPlatform() = default;
+
+    [[nodiscard]] virtual Pasteboard& pasteboard() = 0;
+    [[nodiscard]] virtual Workspace& workspace() = 0;
+    [[nodiscard]] virtual KeyEventPoster& keys() = 0;
+    [[nodiscard]] virtual OutsideClickMonitor& outsideClicks() = 0;
+    [[nodiscard]] virtual ImageConverter& imageConverter() = 0;
+};
+
+/// Chooses what stands behind the interfaces, once, at start. Throws std::runtime_error with a
+/// sentence for the user if there is no desktop. `connectionLost` is called, on the main thread, if
+/// the desktop goes away while the program runs.
+[[nodiscard]] std::unique_ptr<DesktopPlatform>
+makeDesktopPlatform(std::function<void()> connectionLost);
+
+} // namespace tessly
