@@ -1,0 +1,50 @@
+#include "InstanceLock.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <system_error>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+namespace {
+
+TEST(InstanceLock, IsHeldByOneAtATime)
+{
+    const QTemporaryDir folder;
+    auto first = InstanceLock::acquire(folder.path());
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(InstanceLock::acquire(folder.path()), nullptr);
+
+    first.reset();
+    EXPECT_NE(InstanceLock::acquire(folder.path()), nullptr);
+}
+
+TEST(InstanceLock, OfAnotherFolderIsAnotherLock)
+{
+    const QTemporaryDir one;
+    const QTemporaryDir two;
+    const auto first = InstanceLock::acquire(one.path());
+    EXPECT_NE(InstanceLock::acquire(two.path()), nullptr);
+}
+
+TEST(InstanceLock, IsAFileThatOnlyItsOwnerReads)
+{
+    const QTemporaryDir folder;
+    const auto lock = InstanceLock::acquire(folder.path());
+    EXPECT_EQ(QFile::permissions(folder.filePath(u"tessly.lock"_s))
+                  & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
+              QFile::Permissions());
+}
+
+TEST(InstanceLock, SaysWhyItCannotBeMade)
+{
+    const QTemporaryDir folder;
+    EXPECT_THROW((void)InstanceLock::acquire(folder.filePath(u"missing"_s)), std::system_error);
+}
+
+} // namespace
+} // namespace tessly
