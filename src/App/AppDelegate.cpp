@@ -95,7 +95,11 @@ void AppDelegate::openHistory()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    m_panelModel = std::make_unique<PanelModel>(*m_model, m_clock);
+    m_panelModel = std::make_unique<PanelModel>(PanelModel::Dependencies{
+        .model = *m_model,
+        .pasteboard = m_platform->pasteboard(),
+        .clock = m_clock,
+    });
     m_quickPasteController = std::make_unique<QuickPastePanelController>(
         QuickPastePanelController::Dependencies{
             .model = *m_model,

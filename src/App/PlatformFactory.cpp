@@ -1,0 +1,46 @@
+#include "PlatformFactory.h"
+
+#include "QtImageConverter.h"
+#include "X11Desktop.h"
+#include "X11KeyEventPoster.h"
+#include "X11OutsideClickMonitor.h"
+#include "X11Pasteboard.h"
+#include "X11Workspace.h"
+
+#include <utility>
+
+namespace tessly {
+
+namespace {
+
+class X11Platform final : public DesktopPlatform
+{
+public:
+    explicit X11Platform(std::function<void()> connectionLost)
+    {
+        m_pasteboard.setConnectionLost(std::move(connectionLost));
+    }
+
+    Pasteboard& pasteboard() override { return m_pasteboard; }
+    Workspace& workspace() override { return m_workspace; }
+    KeyEventPoster& keys() override { return m_keys; }
+    OutsideClickMonitor& outsideClicks() override { return m_outsideClicks; }
+    ImageConverter& imageConverter() override { return m_imageConverter; }
+
+private:
+    X11Pasteboard m_pasteboard;
+    X11Desktop m_desktop;
+    X11Workspace m_workspace{m_desktop};
+    X11KeyEventPoster m_keys{m_desktop, [this] { return m_pasteboard.offerAsPrimary(); }};
+    X11OutsideClickMonitor m_outsideClicks{m_desktop};
+    QtImageConverter m_imageConverter;
+};
+
+} // namespace
+
+std::unique_ptr<DesktopPlatform> makeDesktopPlatform(std::function<void()> connectionLost)
+{
+    return std::make_unique<X11Platform>(std::move(connectionLost));
+}
+
+} // namespace tessly
