@@ -18,8 +18,8 @@ namespace tessly::test {
 /// Runs the event loop until `condition` holds; false if it does not within the limit. For what
 /// happens in other threads and processes: logic is tested in virtual time instead.
 template <typename Condition>
-[[nodiscard]] bool waitUntil(Condition condition,
-                             std::chrono::milliseconds limit = std::chrono::seconds(10))
+[[nodiscard]] bool
+waitUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10))
 {
     const QDeadlineTimer deadline(limit);
     while (!condition()) {
@@ -33,7 +33,8 @@ template <typename Condition>
 
 /// The result of a task, with the event loop running meanwhile; throws what the task threw.
 // QCoro's own waitFor never returns from a task that throws.
-template <typename Result> Result await(QCoro::Task<Result>&& task)
+template <typename Result>
+Result await(QCoro::Task<Result>&& task)
 {
     QEventLoop loop;
     bool isDone = false;

@@ -24,8 +24,8 @@ Q_LOGGING_CATEGORY(log, "com.brackmoor.tessly.AppDelegate")
 
 QString settingsPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + u"/com.brackmoor.tessly.ini"_s;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           u"/com.brackmoor.tessly.ini"_s;
 }
 
 PasteService::Hooks pasteHooks(DesktopPlatform& platform)
@@ -33,7 +33,8 @@ PasteService::Hooks pasteHooks(DesktopPlatform& platform)
     return {
         .checkAutomaticPasteAccess = [&platform] { return platform.keys().isAllowed(); },
         .requestAutomaticPasteAccess = [&platform] { return platform.keys().requestAccess(); },
-        .openSettingsURL = [&platform](const QUrl& url) { return platform.workspace().openURL(url); },
+        .openSettingsURL =
+            [&platform](const QUrl& url) { return platform.workspace().openURL(url); },
     };
 }
 
@@ -48,8 +49,8 @@ AppDelegate::AppDelegate()
         qCCritical(log) << "The connection to the desktop was lost.";
         QCoreApplication::exit(EXIT_FAILURE);
     });
-    m_pasteService = std::make_unique<PasteService>(m_platform->pasteboard(), m_platform->keys(),
-                                                    m_clock, pasteHooks(*m_platform));
+    m_pasteService = std::make_unique<PasteService>(
+        m_platform->pasteboard(), m_platform->keys(), m_clock, pasteHooks(*m_platform));
     m_model = std::make_unique<AppModel>(AppModel::Dependencies{
         .store = *m_store,
         .settings = m_settings,
@@ -61,9 +62,9 @@ AppDelegate::AppDelegate()
     });
     if (m_rescueFolder) {
         m_model->setBanner(AppModel::Banner{
-            u"A damaged history database was preserved in ‘"_s
-                + QFileInfo(*m_rescueFolder).fileName()
-                + u"’. Tessly started with a fresh history."_s,
+            u"A damaged history database was preserved in ‘"_s +
+                QFileInfo(*m_rescueFolder).fileName() +
+                u"’. Tessly started with a fresh history."_s,
             AppModel::BannerKind::warning});
     }
 }
@@ -72,10 +73,9 @@ AppDelegate::~AppDelegate() = default;
 
 std::unique_ptr<ClipStore> AppDelegate::makeStore() const
 {
-    return std::make_unique<ClipStore>(AppPaths::applicationSupportDirectory()
-                                           + u"/history.sqlite"_s,
-                                       [this] { return m_clock.now(); },
-                                       std::make_unique<ThreadExecutor>("tessly-store"));
+    return std::make_unique<ClipStore>(
+        AppPaths::databasePath(), [this] { return m_clock.now(); },
+        std::make_unique<ThreadExecutor>("tessly-store"));
 }
 
 void AppDelegate::openHistory()

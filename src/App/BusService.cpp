@@ -85,15 +85,15 @@ void FreedesktopApplicationInterface::Activate(const QVariantMap& /*platformData
     m_actions->show();
 }
 
-void FreedesktopApplicationInterface::Open(const QStringList& /*uris*/,
-                                           const QVariantMap& /*platformData*/) const
+void FreedesktopApplicationInterface::Open(
+    const QStringList& /*uris*/, const QVariantMap& /*platformData*/) const
 {
     m_actions->show();
 }
 
-void FreedesktopApplicationInterface::ActivateAction(const QString& /*action*/,
-                                                     const QVariantList& /*parameter*/,
-                                                     const QVariantMap& /*platformData*/) const
+void FreedesktopApplicationInterface::ActivateAction(
+    const QString& /*action*/, const QVariantList& /*parameter*/,
+    const QVariantMap& /*platformData*/) const
 {
     // The desktop entry lists no actions.
 }

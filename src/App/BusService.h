@@ -70,8 +70,9 @@ public:
 public Q_SLOTS:
     void Activate(const QVariantMap& platformData) const;
     void Open(const QStringList& uris, const QVariantMap& platformData) const;
-    void ActivateAction(const QString& action, const QVariantList& parameter,
-                        const QVariantMap& platformData) const;
+    void ActivateAction(
+        const QString& action, const QVariantList& parameter,
+        const QVariantMap& platformData) const;
 
 private:
     std::shared_ptr<const BusActions> m_actions;

@@ -108,8 +108,10 @@ Command parseCommandLine(const std::vector<const char*>& arguments)
         }
     }
     const auto wrong = QString::fromLocal8Bit(arguments.back());
-    return {Command::Verb::wrongUsage, {},
-            u"tessly: cannot make sense of \"%1\"\n\n"_s.arg(wrong) + usage()};
+    return {
+        Command::Verb::wrongUsage,
+        {},
+        u"tessly: cannot make sense of \"%1\"\n\n"_s.arg(wrong) + usage()};
 }
 
 QString programVersion()
@@ -133,8 +135,8 @@ int showRunningInstance()
 {
     const auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
-        return complain(exitFailed,
-                        u"Tessly is running, but there is no session bus on which to reach it"_s);
+        return complain(
+            exitFailed, u"Tessly is running, but there is no session bus on which to reach it"_s);
     }
     if (!waitUntilRunning(bus)) {
         return complain(exitFailed, u"Tessly is running, but does not answer"_s);

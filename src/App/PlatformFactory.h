@@ -11,8 +11,8 @@
 
 namespace tessly {
 
-/// The desktop that the program runs on. Everything in it is used on the main thread and goes before
-/// the QGuiApplication does.
+/// The desktop that the program runs on. Everything in it is used on the main thread and goes
+/// before the QGuiApplication does.
 class DesktopPlatform
 {
 public:

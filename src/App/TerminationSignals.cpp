@@ -41,12 +41,13 @@ TerminationSignals::TerminationSignals(std::function<void()> terminate)
     const int file = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     wakeFD = file;
     m_notifier = std::make_unique<QSocketNotifier>(file, QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
-                     [file, terminate = std::move(terminate)] {
-                         std::uint64_t count = 0;
-                         [[maybe_unused]] const auto bytes = read(file, &count, sizeof count);
-                         terminate();
-                     });
+    QObject::connect(
+        m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+        [file, terminate = std::move(terminate)] {
+            std::uint64_t count = 0;
+            [[maybe_unused]] const auto bytes = read(file, &count, sizeof count);
+            terminate();
+        });
     setHandler(wake);
 }
 

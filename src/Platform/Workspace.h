@@ -19,7 +19,8 @@ public:
     Workspace& operator=(const Workspace&) = delete;
     virtual ~Workspace() = default;
 
-    /// The application in front, or none. A read of memory: the desktop's news arrive by themselves.
+    /// The application in front, or none. A read of memory: the desktop's news arrive by
+    /// themselves.
     [[nodiscard]] virtual std::shared_ptr<RunningApplication> frontmostApplication() const = 0;
 
     /// Opens a URL with the program the desktop has for it; false if there is none.

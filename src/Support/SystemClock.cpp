@@ -19,11 +19,10 @@ public:
         m_timer.setTimerType(repeats ? Qt::CoarseTimer : Qt::PreciseTimer);
         m_timer.setInterval(std::chrono::ceil<std::chrono::milliseconds>(interval));
         // The callback may destroy this timer, and with it the stored closure: run a copy.
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer,
-                         [callback = std::move(callback)] {
-                             const auto copy = callback;
-                             copy();
-                         });
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [callback = std::move(callback)] {
+            const auto copy = callback;
+            copy();
+        });
         m_timer.start();
     }
 

@@ -41,11 +41,15 @@ TEST(CommandLine, ExplainsItself)
 TEST(CommandLine, RefusesWhatItDoesNotKnowAndNamesIt)
 {
     for (const auto& arguments : std::vector<std::vector<const char*>>{
-             {"frobnicate"}, {"--frobnicate"}, {"show", "frobnicate"}, {"--version", "frobnicate"}}) {
+             {"frobnicate"},
+             {"--frobnicate"},
+             {"show", "frobnicate"},
+             {"--version", "frobnicate"}}) {
         const auto command = parseCommandLine(arguments);
         EXPECT_EQ(command.verb, Command::Verb::wrongUsage);
-        EXPECT_TRUE(command.text.contains(u"\"frobnicate\""_s)
-                    || command.text.contains(u"\"--frobnicate\""_s));
+        EXPECT_TRUE(
+            command.text.contains(u"\"frobnicate\""_s) ||
+            command.text.contains(u"\"--frobnicate\""_s));
         EXPECT_TRUE(command.text.contains(u"Usage: tessly"_s));
     }
 }

@@ -35,9 +35,10 @@ TEST(InstanceLock, IsAFileThatOnlyItsOwnerReads)
 {
     const QTemporaryDir folder;
     const auto lock = InstanceLock::acquire(folder.path());
-    EXPECT_EQ(QFile::permissions(folder.filePath(u"tessly.lock"_s))
-                  & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
-              QFile::Permissions());
+    EXPECT_EQ(
+        QFile::permissions(folder.filePath(u"tessly.lock"_s)) &
+            (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
+        QFile::Permissions());
 }
 
 TEST(InstanceLock, SaysWhyItCannotBeMade)

@@ -57,7 +57,8 @@ std::unique_ptr<Clock::Timer> VirtualClock::every(Duration interval, Callback ca
     return add(interval, interval, std::move(callback));
 }
 
-std::unique_ptr<Clock::Timer> VirtualClock::add(Duration delay, Duration interval, Callback callback)
+std::unique_ptr<Clock::Timer>
+VirtualClock::add(Duration delay, Duration interval, Callback callback)
 {
     const quint64 id = m_nextID++;
     m_entries.emplace(id, Entry{m_elapsed + delay, interval, std::move(callback)});
