@@ -149,7 +149,7 @@ BusActions AppDelegate::busActions()
                     m_quickPasteController->show();
                 }
             },
-        .quit = [] { QCoreApplication::quit(); },
+        .quit = [] { QCoreApplication::exit(); },
     };
 }
 

@@ -61,7 +61,7 @@ int start(int argc, char** argv)
     QGuiApplication application(argc, argv);
     try {
         AppDelegate delegate;
-        const TerminationSignals signalsWatch([] { QCoreApplication::quit(); });
+        const TerminationSignals signalsWatch([] { QCoreApplication::exit(); });
         delegate.applicationDidFinishLaunching();
         const int status = QGuiApplication::exec();
         delegate.applicationWillTerminate();
