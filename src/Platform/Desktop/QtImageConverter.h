@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Actor.h"
+#include "ImageConverter.h"
+
+#include <atomic>
+#include <memory>
+
+namespace tessly {
+
+/// Decodes the image formats that Qt has plugins for. Which one it is is told from the bytes alone;
+/// formats that can refer to other files, or that are programs of a kind, are not decoded.
+class QtImageConverter final : public ImageConverter
+{
+public:
+    /// The most that an image may take when decoded, in bytes: 134 million pixels. The whole
+    /// process then decodes no image larger than that.
+    static constexpr qint64 maximumDecodedBytes = qint64{512} << 20;
+
+    /// Works on a thread of its own.
+    QtImageConverter();
+    explicit QtImageConverter(std::unique_ptr<Executor> executor);
+    /// Waits for the image that is being converted, if any; those behind it end as none.
+    ~QtImageConverter() override;
+
+    /// Of several frames the first, and upright where the camera has noted how it was held.
+    [[nodiscard]] QCoro::Task<std::optional<QByteArray>> pngData(QByteArray image) override;
+
+private:
+    std::shared_ptr<std::atomic<bool>> m_isEnding = std::make_shared<std::atomic<bool>>(false);
+    Actor m_actor;
+};
+
+} // namespace tessly
