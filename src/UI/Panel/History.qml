@@ -35,14 +35,17 @@ ListView {
     function showSelection() {
         if (isHoverSelecting || panel.selectedRow < 0)
             return;
-        if (panel.selectedRow === 0) {
-            contentY = originY - topMargin;
-        } else if (panel.selectedRow === count - 1) {
-            contentY = originY + contentHeight + bottomMargin - height;
-            returnToBounds();
-        } else {
-            positionViewAtIndex(panel.selectedRow, ListView.Contain);
-        }
+        positionViewAtIndex(panel.selectedRow, ListView.Contain);
+        const row = itemAtIndex(panel.selectedRow);
+        if (row === null)
+            return;
+        // As far from the edge as the first row and the last are.
+        const highest = row.y - topMargin;
+        const lowest = row.y + row.height + bottomMargin - height;
+        if (contentY > highest)
+            contentY = highest;
+        else if (contentY < lowest)
+            contentY = lowest;
     }
 
     model: panel.clips

@@ -58,6 +58,8 @@ Item {
         id: placeholder
 
         anchors.fill: parent
+        // Beside the cursor, not under it.
+        anchors.leftMargin: 2
         visible: input.text === "" && input.preeditText === ""
         color: Tokens.color.secondaryText
         font: input.font
