@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -95,7 +96,8 @@ void X11ClipboardContent::read(Flavour flavour, qint64 byteLimit, ReadDone done)
 
 void X11ClipboardContent::readFileURLs(qint64 byteLimit, FileURLsDone done)
 {
-    const qint64 listLimit = 2 * byteLimit + fileListOverhead;
+    const qint64 listLimit =
+        2 * std::min(byteLimit, std::numeric_limits<qint64>::max() / 4) + fileListOverhead;
     search(fileListTargets(), listLimit, [byteLimit, done = std::move(done)](const Found& found) {
         if (found.status == ReadStatus::read) {
             done(limitedFileURLs(fileURLs(found.target, found.bytes), byteLimit));

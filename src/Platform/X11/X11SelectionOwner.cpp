@@ -184,11 +184,11 @@ void X11SelectionOwner::convertMultiple(
         return;
     }
     const auto cookie = xcb_get_property(
-        m_loop.connection(), 0, request.requestor, request.property, m_loop.atom("ATOM_PAIR"), 0,
+        m_loop.connection(), 0, request.requestor, request.property, XCB_GET_PROPERTY_TYPE_ANY, 0,
         maximumPairs * 2);
     m_loop.awaitReply<xcb_get_property_reply_t>(
         cookie, [this, request, owned](const xcb_get_property_reply_t* pairs) {
-            if (pairs == nullptr || pairs->format != 32) {
+            if (pairs == nullptr || pairs->format != 32 || pairs->value_len < 2) {
                 notify(request, XCB_ATOM_NONE);
                 return;
             }
