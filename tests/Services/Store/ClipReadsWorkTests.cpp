@@ -1,0 +1,156 @@
+#include "HistoryFile.h"
+#include "SQLiteHook.h"
+#include "UI/QtPrinting.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly::test {
+
+namespace {
+
+constexpr qint64 panelRows = 50;
+
+/// Counts what SQLite does for the history's connection.
+class ClipReadsWork : public testing::Test
+{
+protected:
+    ClipReadsWork()
+        : m_hook([this](sqlite3* connection) { watch(connection); })
+    {
+    }
+
+    struct Work
+    {
+        /// Instructions of SQLite's virtual machine.
+        qint64 steps = 0;
+        /// Pages that were fetched from the file.
+        qint64 pages = 0;
+    };
+
+    /// A history that is freshly opened, with nothing in its page cache.
+    void reopen()
+    {
+        history.open();
+        // Connections of the test's own looks come later and are not the one.
+        m_isWatched = false;
+    }
+
+    Work workOf(const std::function<void()>& action)
+    {
+        sqlite3_db_release_memory(m_connection);
+        m_steps = 0;
+        int misses = 0;
+        int highest = 0;
+        sqlite3_db_status(m_connection, SQLITE_DBSTATUS_CACHE_MISS, &misses, &highest, 1);
+        action();
+        sqlite3_db_status(m_connection, SQLITE_DBSTATUS_CACHE_MISS, &misses, &highest, 1);
+        return {m_steps, misses};
+    }
+
+    HistoryFile history;
+
+private:
+    void watch(sqlite3* connection)
+    {
+        if (!m_isWatched) {
+            return;
+        }
+        m_connection = connection;
+        sqlite3_trace_v2(
+            connection, SQLITE_TRACE_PROFILE,
+            [](unsigned, void* test, void* statement, void*) {
+                static_cast<ClipReadsWork*>(test)->m_steps += sqlite3_stmt_status(
+                    static_cast<sqlite3_stmt*>(statement), SQLITE_STMTSTATUS_VM_STEP, 1);
+                return 0;
+            },
+            this);
+    }
+
+    bool m_isWatched = true;
+    sqlite3* m_connection = nullptr;
+    qint64 m_steps = 0;
+    SQLiteHook m_hook;
+};
+
+} // namespace
+
+TEST_F(ClipReadsWork, ofTheListAndOfAnIndexedSearchDoesNotGrowWithTheHistory)
+{
+    reopen();
+    Work list;
+    Work search;
+    Work searchOfKind;
+    int clips = 0;
+    for (const int target : {300, 3000}) {
+        for (; clips < target; ++clips) {
+            const QByteArray word = clips % (target / 30) == 0 && clips < 300 ? "wanted" : "other";
+            history.saveText(word + " text " + QByteArray::number(clips));
+        }
+        const Work before = list;
+        const Work searchBefore = search;
+        const Work kindBefore = searchOfKind;
+        list = workOf(
+            [&] { EXPECT_EQ(history.database().search({}, std::nullopt, panelRows).size(), 50U); });
+        search = workOf([&] {
+            EXPECT_EQ(history.database().search(u"wanted"_s, std::nullopt, panelRows).size(), 30U);
+        });
+        searchOfKind = workOf([&] {
+            EXPECT_EQ(
+                history.database().search(u"wanted"_s, ClipKind::text, panelRows).size(), 30U);
+        });
+        if (before.steps > 0) {
+            EXPECT_LT(list.steps, before.steps * 11 / 10);
+            EXPECT_LT(search.steps, searchBefore.steps * 11 / 10);
+            EXPECT_LT(searchOfKind.steps, kindBefore.steps * 11 / 10);
+            EXPECT_LT(search.pages, searchBefore.pages * 3);
+        }
+    }
+}
+
+TEST_F(ClipReadsWork, ofAListOfPicturesLeavesThePicturesWhereTheyAre)
+{
+    reopen();
+    constexpr int images = 100;
+    constexpr qint64 pagesOfAnImage = 250;
+    for (int i = 0; i < images; ++i) {
+        const QByteArray image(pagesOfAnImage * 4096, static_cast<char>(i));
+        const Clip clip =
+            history.database().save(ClipPayload({.imagePNG = image}), u"App"_s, std::nullopt, 1000);
+        if (i % 40 == 0) {
+            history.database().setPinned(true, clip.id);
+        }
+    }
+    const std::vector<Clip> held = history.database().search({}, std::nullopt, panelRows);
+    for (const QString& query : {u""_s, u"photo"_s}) {
+        for (const auto kind : {std::optional<ClipKind>(), std::optional(ClipKind::image)}) {
+            const Work work = workOf(
+                [&] { EXPECT_EQ(history.database().search(query, kind, panelRows, held), held); });
+            // Of each clip that is shown the front, a page or two of the way to what stands behind
+            // the picture, and that; of the others nothing.
+            EXPECT_LT(work.pages, panelRows * 5) << query.toStdString();
+        }
+    }
+    // What is not held is read, of the clips that are shown.
+    const Work fresh =
+        workOf([&] { EXPECT_EQ(history.database().search({}, std::nullopt, 10).size(), 10U); });
+    EXPECT_GT(fresh.pages, 10 * pagesOfAnImage);
+    EXPECT_LT(fresh.pages, 11 * pagesOfAnImage);
+}
+
+TEST_F(ClipReadsWork, ofAPatternThatFindsNothingLeavesThePicturesWhereTheyAre)
+{
+    reopen();
+    for (int i = 0; i < 100; ++i) {
+        history.database().save(
+            ClipPayload({.imagePNG = QByteArray(1'000'000, static_cast<char>(i))}), u"App"_s,
+            std::nullopt, 1000);
+    }
+    const Work work = workOf([&] {
+        EXPECT_TRUE(history.database().search(u"absent"_s, std::nullopt, panelRows).empty());
+    });
+    EXPECT_LT(work.pages, 100 * 5);
+}
+
+} // namespace tessly::test
