@@ -4,6 +4,7 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -86,29 +87,44 @@ bool ClipDatabase::prepareFullText()
         // In one transaction: an index that was created and not filled would pass for a full one at
         // the next opening.
         return inTransaction(SQLiteTransaction::Mode::immediate, [this] {
-            const bool isFilled = tableExists("clips_fts");
+            const bool isInStep = isFullTextInStep();
             execute(schema::fullText);
-            if (!isFilled) {
+            execute(schema::tryFullText);
+            if (!isInStep) {
                 execute(schema::rebuildFullText);
             }
             return true;
         });
     } catch (const ClipStoreError&) {
         // Searches do without the index.
-        return false;
     }
+    try {
+        execute(schema::detachFullText);
+    } catch (const ClipStoreError&) {
+        // The saves will say what is wrong.
+    }
+    return false;
 }
 
-bool ClipDatabase::tableExists(const QByteArray& name)
+bool ClipDatabase::isFullTextInStep()
+{
+    // An index without its triggers was left by an SQLite that cannot keep it.
+    return exists("table", "clips_fts") &&
+           std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
+               return exists("trigger", trigger);
+           });
+}
+
+bool ClipDatabase::exists(const QByteArray& type, const QByteArray& name)
 {
     std::optional<SQLiteStatement> query;
     try {
         query.emplace(
-            m_connection, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ? LIMIT 1;");
+            m_connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;");
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::prepare, error.message());
     }
-    if (!query->bindText(1, name)) {
+    if (!query->bindText(1, type) || !query->bindText(2, name)) {
         throw ClipStoreError(ClipStoreError::Case::bind, u"Table name"_s);
     }
     switch (query->step()) {
@@ -120,6 +136,15 @@ bool ClipDatabase::tableExists(const QByteArray& name)
         break;
     }
     throw ClipStoreError(ClipStoreError::Case::execute, m_connection.errorMessage());
+}
+
+void ClipDatabase::requireFile() const
+{
+    // SQLite would go on writing to a file that nobody can open any more.
+    if (m_connection.hasMoved()) {
+        throw ClipStoreError(
+            ClipStoreError::Case::execute, u"The database file was moved or deleted."_s);
+    }
 }
 
 void ClipDatabase::execute(const char* sql)

@@ -51,7 +51,8 @@ private:
     void prepareTables();
     [[nodiscard]] bool isNew();
     [[nodiscard]] bool prepareFullText();
-    [[nodiscard]] bool tableExists(const QByteArray& name);
+    [[nodiscard]] bool isFullTextInStep();
+    [[nodiscard]] bool exists(const QByteArray& type, const QByteArray& name);
 
     // Reading.
     [[nodiscard]] std::vector<qint64>
@@ -65,6 +66,7 @@ private:
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
 
+    void requireFile() const;
     [[nodiscard]] bool emptyLog();
 
     void execute(const char* sql);

@@ -41,6 +41,7 @@ Clip ClipDatabase::save(
     if (payload.isEmpty()) {
         throw ClipStoreError(ClipStoreError::Case::decode, u"The clipboard item was empty."_s);
     }
+    requireFile();
     try {
         return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
             return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
@@ -117,6 +118,7 @@ WHERE content_hash = ?;)sql")
 
 void ClipDatabase::trimHistory(qint64 maximum)
 {
+    requireFile();
     prepare(R"sql(DELETE FROM clips
 WHERE rowid IN (
     SELECT rowid
@@ -132,6 +134,7 @@ WHERE rowid IN (
 
 void ClipDatabase::setPinned(bool pinned, QUuid id)
 {
+    requireFile();
     prepare(R"sql(UPDATE clips
 SET is_pinned = ?,
     pin_order = CASE
@@ -154,6 +157,7 @@ void ClipDatabase::markUsed(QUuid id, bool moveToTop)
     if (!moveToTop) {
         return;
     }
+    requireFile();
     prepare(R"sql(UPDATE clips
 SET last_used_at = ?,
     pin_order = CASE
@@ -172,6 +176,7 @@ WHERE id = ?;)sql")
 
 void ClipDatabase::remove(QUuid id)
 {
+    requireFile();
     m_hasResidue = true;
     prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
     execute("PRAGMA incremental_vacuum(32);");
@@ -180,6 +185,7 @@ void ClipDatabase::remove(QUuid id)
 
 void ClipDatabase::clear(bool includePinned)
 {
+    requireFile();
     m_hasResidue = true;
     execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
     execute("PRAGMA incremental_vacuum(32);");

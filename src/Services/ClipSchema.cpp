@@ -64,4 +64,12 @@ END;
 
 const char* const rebuildFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('rebuild');";
 
+const char* const tryFullText = "SELECT rowid FROM clips_fts LIMIT 0;";
+
+const char* const detachFullText = R"sql(
+DROP TRIGGER IF EXISTS clips_after_insert;
+DROP TRIGGER IF EXISTS clips_after_delete;
+DROP TRIGGER IF EXISTS clips_after_update;
+)sql";
+
 } // namespace tessly::schema

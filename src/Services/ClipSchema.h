@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 namespace tessly::schema {
 
 /// For a new, empty file, before anything else: the write-ahead log fixes the file's format, after
@@ -12,7 +14,17 @@ extern const char* const settingsAndTables;
 /// Run on every open: the full-text index and the triggers that keep it in step.
 extern const char* const fullText;
 
-/// Fills a new full-text index from the table.
+/// The names of these triggers.
+inline constexpr std::array fullTextTriggers = {
+    "clips_after_insert", "clips_after_delete", "clips_after_update"};
+
+/// Fills the full-text index from the table.
 extern const char* const rebuildFullText;
+
+/// Fails where SQLite cannot use the index, although the file has one.
+extern const char* const tryFullText;
+
+/// For an SQLite that cannot keep the index in step: without this, no clip could be saved.
+extern const char* const detachFullText;
 
 } // namespace tessly::schema

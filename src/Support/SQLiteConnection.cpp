@@ -67,6 +67,14 @@ qint64 SQLiteConnection::changes() const
     return sqlite3_changes64(m_handle.get());
 }
 
+bool SQLiteConnection::hasMoved() const
+{
+    int moved = 0;
+    return sqlite3_file_control(m_handle.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) ==
+               SQLITE_OK &&
+           moved != 0;
+}
+
 SQLiteConnection::StopWatch::StopWatch(
     SQLiteConnection& connection, std::function<bool()> isStopped)
     : m_connection(connection)

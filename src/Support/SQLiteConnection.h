@@ -34,6 +34,9 @@ public:
     /// did.
     [[nodiscard]] qint64 changes() const;
 
+    /// Whether the path that was opened leads to this file no longer.
+    [[nodiscard]] bool hasMoved() const;
+
     [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
     /// While it lives, every running statement asks `isStopped` now and then, and ends with the
