@@ -2,19 +2,9 @@
 
 #include "X11WindowTracker.h"
 
-#include <chrono>
-#include <future>
-#include <sys/socket.h>
 #include <utility>
 
 namespace tessly {
-
-namespace {
-
-/// How long the end waits for an answer of the server that is under way.
-constexpr std::chrono::milliseconds lastAnswer(100);
-
-} // namespace
 
 X11Desktop::X11Desktop(const std::string& display, DesktopEntries entries)
     : m_loop(display)
@@ -29,37 +19,29 @@ X11Desktop::X11Desktop(const std::string& display, DesktopEntries entries)
         m_clicks.start();
         m_keyGrabs.start();
     });
+    const auto handleLoss = [this] {
+        m_isLost = true;
+        m_windows->lost();
+        m_keyboard.lost();
+    };
     m_loop.start(
-        "tessly-x11", {.event = [this](const xcb_generic_event_t& event) { handle(event); },
-                       .lost = [this] { handleLoss(); }});
+        "tessly-x11",
+        {.event = [this](const xcb_generic_event_t& event) { handle(event); }, .lost = handleLoss});
 }
 
 X11Desktop::~X11Desktop()
 {
-    // Another client may hold the server, and the thread wait in vain for an answer: hang up then.
-    // Keys are not left half pressed by that, they are sent in one piece.
-    const auto isIdle = std::make_shared<std::promise<void>>();
-    m_loop.post([this, isIdle] {
-        m_isEnding = true;
-        m_keyboard.lost();
-        isIdle->set_value();
-    });
-    if (isIdle->get_future().wait_for(lastAnswer) == std::future_status::timeout) {
-        shutdown(xcb_get_file_descriptor(m_loop.connection()), SHUT_RDWR);
-    }
     m_loop.stop();
 }
 
 void X11Desktop::post(X11Keyboard::Paste paste)
 {
-    post([this, paste = std::move(paste)]() mutable { m_keyboard.post(std::move(paste)); });
+    post([this, paste = std::move(paste)] { m_keyboard.post(paste); });
 }
 
 void X11Desktop::setClickHandler(std::function<void()> clicked)
 {
-    post([this, clicked = std::move(clicked)]() mutable {
-        m_clicks.setHandler(std::move(clicked));
-    });
+    post([this, clicked = std::move(clicked)] { m_clicks.setHandler(clicked); });
 }
 
 void X11Desktop::postToKeyGrabs(std::function<void(X11KeyGrabs&)> job)
@@ -80,16 +62,9 @@ void X11Desktop::post(std::function<void()> job)
 
 void X11Desktop::handle(const xcb_generic_event_t& event)
 {
-    if (!m_isEnding && !m_clicks.handle(event) && !m_keyGrabs.handle(event)) {
+    if (!m_clicks.handle(event) && !m_keyGrabs.handle(event)) {
         m_windows->handle(event);
     }
-}
-
-void X11Desktop::handleLoss()
-{
-    m_isLost = true;
-    m_windows->lost();
-    m_keyboard.lost();
 }
 
 } // namespace tessly

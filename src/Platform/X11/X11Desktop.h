@@ -29,7 +29,7 @@ public:
 
     [[nodiscard]] const std::shared_ptr<X11WindowTracker>& windows() const { return m_windows; }
 
-    /// Presses the keys of a paste; fails at once when the server is gone.
+    /// Presses the keys of a paste.
     void post(X11Keyboard::Paste paste);
     /// Tells of clicks from now on, or no more (none). From the loop thread.
     void setClickHandler(std::function<void()> clicked);
@@ -39,15 +39,12 @@ public:
 private:
     void post(std::function<void()> job);
     void handle(const xcb_generic_event_t& event);
-    void handleLoss();
 
     X11EventLoop m_loop;
     std::shared_ptr<X11WindowTracker> m_windows;
     X11Keyboard m_keyboard;
     X11ClickWatch m_clicks;
     X11KeyGrabs m_keyGrabs;
-    /// Nothing is asked of the server any more. Loop thread.
-    bool m_isEnding = false;
     /// The server went away. Loop thread.
     bool m_isLost = false;
 };

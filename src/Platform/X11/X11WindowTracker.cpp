@@ -42,6 +42,8 @@ X11WindowTracker::Front X11WindowTracker::front() const
 
 void X11WindowTracker::start()
 {
+    m_loop.learnAtoms(
+        {activeWindowName, managerCheckName, supportedName, currentDesktopName, clockName});
     auto* const connection = m_loop.connection();
     const std::uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
     xcb_change_window_attributes(connection, m_loop.root(), XCB_CW_EVENT_MASK, &rootEvents);
