@@ -1,0 +1,67 @@
+"""The ground every end-to-end test stands on: a desktop and a running Tessly of its own."""
+
+import os
+import unittest
+
+from .desktop import Desktop
+from .tessly import Tessly
+from .waiting import wait_until
+
+
+class DesktopCase(unittest.TestCase):
+    """A fresh desktop for each test, as `desktop`. A test that fails leaves a picture of it in
+    the folder that TESSLY_E2E_PICTURES names."""
+
+    maxDiff = 2000
+
+    def setUp(self):
+        self.desktop = self.enterContext(self.make_desktop())
+        self.addCleanup(self._keep_picture)
+        self.clipboard = self.desktop.clipboard
+        self.keyboard = self.desktop.keyboard
+
+    def make_desktop(self):
+        return Desktop()
+
+    def _keep_picture(self):
+        folder = os.environ.get("TESSLY_E2E_PICTURES")
+        if folder and not self._outcome.success:
+            os.makedirs(folder, exist_ok=True)
+            self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
+
+
+class TesslyCase(DesktopCase):
+    """Beside the desktop a Tessly that records, as `tessly`, with the settings of the class."""
+
+    settings = {}
+
+    def setUp(self):
+        super().setUp()
+        self.tessly = self.enterContext(Tessly(self.desktop, settings=self.settings))
+        self.history = self.tessly.history
+        self._ordinary_copies = 0
+
+    def record(self, text):
+        """Copies a text as ever and waits for its entry."""
+        self.clipboard.copy(text)
+        return self.history.wait_for_text(text)
+
+    def expect_still_recording(self):
+        """The next ordinary copy is recorded. Whatever was copied before has been dealt with then."""
+        self._ordinary_copies += 1
+        return self.record(f"ordinary copy {self._ordinary_copies}")
+
+    def recorded_texts(self):
+        """The plain texts of the history but for the ordinary copies, newest first."""
+        return [clip.plain_text for clip in self.history.clips()
+                if not (clip.plain_text or "").startswith("ordinary copy ")]
+
+    def choose(self, search, chord="Return"):
+        """Opens the panel, searches for an entry and presses a chord on it."""
+        panel = self.tessly.open_panel()
+        panel.search(search)
+        self.keyboard.press(chord)
+        self.tessly.wait_for_closed_panel()
+
+    def wait_for_own_content(self):
+        wait_until(self.tessly.owns_clipboard, "Tessly offers the content")

@@ -1,0 +1,119 @@
+"""The panel's coming and going."""
+
+import unittest
+
+from tessly_e2e import wait_until
+from tessly_e2e.case import TesslyCase
+from tessly_e2e.editors import GtkEditor, Terminal
+from tessly_e2e.tessly import program
+
+
+class Panel(TesslyCase):
+    def test_a_second_start_opens_the_panel_and_ends_well(self):
+        self.tessly.command()
+        self.tessly.wait_for_panel()
+        self.tessly.command()
+        self.assertEqual(len(self.desktop.windows.visible(pid=self.tessly.pid)), 1)
+
+    def test_of_two_starts_at_once_one_process_stays(self):
+        self.tessly.stop()
+        self.tessly.write_settings()
+        first, second = (self.desktop.start([program()], name="tessly") for _ in range(2))
+        wait_until(lambda: first.poll() is not None or second.poll() is not None,
+                   "one of the two ends")
+        ended, running = (first, second) if first.poll() is not None else (second, first)
+        self.assertEqual(ended.returncode, 0)
+        wait_until(lambda: self.desktop.windows.top(pid=running.pid), "the other opens its panel")
+        self.assertIsNone(running.poll())
+
+    def test_it_stands_whole_on_the_screen_wherever_the_pointer_is(self):
+        width, height = self.desktop.screen.size
+        for place in ((0, 0), (width - 1, 0), (0, height - 1), (width - 1, height - 1),
+                      (width // 2, height // 2)):
+            with self.subTest(pointer=place):
+                self.desktop.pointer.move(*place)
+                window = self.tessly.open_panel().window
+                self.assertGreaterEqual(min(window.x, window.y), 0)
+                self.assertLessEqual(window.x + window.width, width)
+                self.assertLessEqual(window.y + window.height, height)
+                self.keyboard.press("Escape")
+                self.tessly.wait_for_closed_panel()
+
+    def test_escape_closes_it_and_gives_the_focus_back(self):
+        terminal = Terminal(self.desktop).start()
+        self.tessly.open_panel()
+        self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+        wait_until(terminal.is_in_front, "the terminal has the focus back")
+        self.keyboard.type("typed")
+        terminal.wait_for_text("typed")
+
+    def test_a_click_elsewhere_closes_it(self):
+        width, height = self.desktop.screen.size
+        self.tessly.open_panel()
+        self.desktop.pointer.click(width - 5, height - 5)
+        self.tessly.wait_for_closed_panel()
+
+    def test_a_click_into_another_window_closes_it(self):
+        terminal = Terminal(self.desktop).start()
+        self.desktop.run(["xdotool", "windowmove", str(terminal.window), "700", "500"])
+        self.tessly.open_panel()
+        self.desktop.pointer.click(1200, 780)
+        self.tessly.wait_for_closed_panel()
+
+    def test_losing_the_focus_closes_it(self):
+        terminal = Terminal(self.desktop).start()
+        self.tessly.open_panel()
+        self.desktop.run(["xdotool", "windowactivate", str(terminal.window)])
+        self.tessly.wait_for_closed_panel()
+        wait_until(terminal.is_in_front, "the terminal keeps the focus")
+
+    def test_a_click_on_a_row_pastes_it(self):
+        self.record("older row")
+        self.record("newer row")
+        editor = GtkEditor(self.desktop).start()
+        panel = self.tessly.open_panel()
+        panel.search("older")
+        window = panel.window
+        self.desktop.pointer.click(window.x + 200, window.y + panel.FIRST_ROW)
+        self.tessly.wait_for_closed_panel()
+        editor.wait_for_text("older row")
+
+    def test_a_copy_appears_while_it_is_open(self):
+        self.record("one")
+        panel = self.tessly.open_panel()
+        before = panel.wait_for_rest()
+        self.record("two")
+        panel.wait_for_rest(unlike=before)
+
+    def test_it_opens_and_closes_many_times(self):
+        self.record("one")
+        terminal = Terminal(self.desktop).start()
+        for _ in range(15):
+            self.tessly.open_panel()
+            self.keyboard.press("Escape")
+            self.tessly.wait_for_closed_panel()
+        wait_until(terminal.is_in_front, "the terminal has the focus back")
+        self.assertEqual(terminal.text(), "")
+
+    def test_show_hide_and_toggle(self):
+        self.tessly.command("toggle")
+        self.tessly.wait_for_panel()
+        self.tessly.command("toggle")
+        self.tessly.wait_for_closed_panel()
+        self.tessly.command("show")
+        self.tessly.wait_for_panel()
+        self.tessly.command("hide")
+        self.tessly.wait_for_closed_panel()
+
+    def test_quit_ends_the_program_and_later_commands_say_so(self):
+        self.tessly.command("quit")
+        wait_until(lambda: not self.tessly.is_running(), "tessly ends")
+        self.assertEqual(self.tessly.process.returncode, 0)
+        refused = self.tessly.command("show", check=False)
+        self.assertEqual(refused.returncode, 3)
+        self.assertEqual(len(refused.stderr.decode().splitlines()), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
