@@ -14,7 +14,8 @@ PAGE = 4096
 
 
 def is_orange(red, green, blue):
-    return red > 190 and 90 < green < 190 and blue < 90
+    """The warning's colour, as dark as white text on it needs it."""
+    return red > 140 and 0.35 * red < green < 0.75 * red and blue < 0.4 * red
 
 
 class Killed(DesktopCase):
@@ -63,22 +64,22 @@ class Damaged(DesktopCase):
         """A fresh history, the damaged one kept aside, and a banner that stays until dismissed."""
         with open(self.history.path, "rb") as file:
             damaged = file.read()
-        with Tessly(self.desktop) as tessly:
-            self.assertEqual(tessly.history.clips(), [])
-            rescue = os.path.join(self.history.folder, "Recovered History")
-            folders = os.listdir(rescue)
-            self.assertEqual(len(folders), 1)
-            self.assertRegex(folders[0],
-                             r"^history-recovery-\d{4}-\d\d-\d\dT\d\d-\d\d-\d\dZ-[0-9A-F]{8}$")
-            for folder in (rescue, os.path.join(rescue, folders[0])):
-                self.assertEqual(stat.S_IMODE(os.stat(folder).st_mode), 0o700)
-            with open(os.path.join(rescue, folders[0], "history.sqlite"), "rb") as file:
-                self.assertEqual(file.read(), damaged)
+        tessly = self.start_tessly()
+        self.assertEqual(tessly.history.clips(), [])
+        rescue = os.path.join(self.history.folder, "Recovered History")
+        folders = os.listdir(rescue)
+        self.assertEqual(len(folders), 1)
+        self.assertRegex(folders[0],
+                         r"^history-recovery-\d{4}-\d\d-\d\dT\d\d-\d\d-\d\dZ-[0-9A-F]{8}$")
+        for folder in (rescue, os.path.join(rescue, folders[0])):
+            self.assertEqual(stat.S_IMODE(os.stat(folder).st_mode), 0o700)
+        with open(os.path.join(rescue, folders[0], "history.sqlite"), "rb") as file:
+            self.assertEqual(file.read(), damaged)
 
-            self.clipboard.copy("a fresh start")
-            tessly.history.wait_for_text("a fresh start")
-            self.assertEqual(tessly.history.problems(self.desktop.path("scratch")), [])
-            return self.expect_banner_until_dismissed(tessly)
+        self.clipboard.copy("a fresh start")
+        tessly.history.wait_for_text("a fresh start")
+        self.assertEqual(tessly.history.problems(self.desktop.path("scratch")), [])
+        self.expect_banner_until_dismissed(tessly)
 
     def expect_banner_until_dismissed(self, tessly):
         panel = tessly.open_panel()

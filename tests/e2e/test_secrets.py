@@ -123,7 +123,7 @@ class Traces(TesslyCase):
         self.tessly.stop()
         for name in os.listdir(self.history.folder):
             with self.subTest(file=name), open(os.path.join(self.history.folder, name), "rb") as file:
-                self.assertNotIn(word.encode(), file.read())
+                self.assertFalse(word.encode() in file.read(), "the word is still there")
 
 
 if __name__ == "__main__":

@@ -16,16 +16,29 @@ class DesktopCase(unittest.TestCase):
 
     def setUp(self):
         self.desktop = self.enterContext(self.make_desktop())
-        self.addCleanup(self._keep_picture)
         self.clipboard = self.desktop.clipboard
         self.keyboard = self.desktop.keyboard
 
     def make_desktop(self):
         return Desktop()
 
+    def start_tessly(self, **options):
+        """A Tessly that runs until the end of the test; the options are those of Tessly."""
+        tessly = self.enterContext(Tessly(self.desktop, **options))
+        self.addCleanup(self._keep_picture)  # before Tessly ends
+        return tessly
+
+    def run(self, result=None):
+        self._result = result
+        return super().run(result)
+
+    def _has_failed(self):
+        return any(test is self or getattr(test, "test_case", None) is self
+                   for test, _ in self._result.failures + self._result.errors)
+
     def _keep_picture(self):
         folder = os.environ.get("TESSLY_E2E_PICTURES")
-        if folder and not self._outcome.success:
+        if folder and self._has_failed():
             os.makedirs(folder, exist_ok=True)
             self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
 
@@ -37,7 +50,7 @@ class TesslyCase(DesktopCase):
 
     def setUp(self):
         super().setUp()
-        self.tessly = self.enterContext(Tessly(self.desktop, settings=self.settings))
+        self.tessly = self.start_tessly(settings=self.settings)
         self.history = self.tessly.history
         self._ordinary_copies = 0
 
@@ -47,7 +60,8 @@ class TesslyCase(DesktopCase):
         return self.history.wait_for_text(text)
 
     def expect_still_recording(self):
-        """The next ordinary copy is recorded. Whatever was copied before has been dealt with then."""
+        """The next ordinary copy is recorded. A copy that was noticed before it has been dealt with
+        then; one that was not, the program need not have seen at all."""
         self._ordinary_copies += 1
         return self.record(f"ordinary copy {self._ordinary_copies}")
 

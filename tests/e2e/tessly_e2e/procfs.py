@@ -5,7 +5,9 @@ import re
 import time
 from collections import namedtuple
 
-Memory = namedtuple("Memory", "resident proportional")  # kilobytes
+# Kilobytes. What is shared counts for each of its users in `resident`, in parts in `proportional`,
+# which therefore moves with what else runs; `anonymous` is the process's own doing.
+Memory = namedtuple("Memory", "resident proportional anonymous")
 Activity = namedtuple("Activity", "cpu_share wakeups_per_second")
 
 _INTERNET_TABLES = ("tcp", "tcp6", "udp", "udp6", "udplite", "udplite6", "raw", "raw6", "icmp",
@@ -15,7 +17,7 @@ _INTERNET_TABLES = ("tcp", "tcp6", "udp", "udp6", "udplite", "udplite6", "raw", 
 def memory(pid):
     with open(f"/proc/{pid}/smaps_rollup") as file:
         sizes = dict(re.findall(r"^(\w+):\s+(\d+) kB", file.read(), re.MULTILINE))
-    return Memory(int(sizes["Rss"]), int(sizes["Pss"]))
+    return Memory(int(sizes["Rss"]), int(sizes["Pss"]), int(sizes["Anonymous"]))
 
 
 def _threads(pid, name):

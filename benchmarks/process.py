@@ -1,0 +1,193 @@
+#!/usr/bin/python3
+"""Measures the whole program on a desktop of its own, and prints each figure beside its aim.
+
+Start, opening, memory, what it costs at rest, how fast a copy is recorded, and for how long an
+owner of the clipboard that misbehaves can hold the main thread.
+"""
+
+import argparse
+import os
+import statistics
+import sys
+import time
+
+import dbus
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+sys.path.insert(0, os.path.join(ROOT, "tests", "e2e"))
+sys.dont_write_bytecode = True
+os.environ.setdefault("TESSLY_PROGRAM", os.path.join(ROOT, "build", "release", "bin", "tessly"))
+
+from tessly_e2e import Desktop, Tessly, procfs  # noqa: E402 - the path comes first
+
+
+class Report:
+    """A table with the aim beside each figure; figures and aims share their unit."""
+
+    def __init__(self):
+        self.missed = 0
+        print(f"{'what':52} {'measured':>12} {'aim':>12}")
+
+    def add(self, what, value, unit, aim=None, digits=1):
+        met = aim is None or value <= aim
+        self.missed += not met
+        print(f"{what:52} {f'{value:.{digits}f} {unit}':>12} "
+              f"{'' if aim is None else f'≤ {aim} {unit}':>12}{'' if met else '  missed'}", flush=True)
+
+
+def measure_starts(desktop, report, rounds):
+    """Starts with the files in the system's memory, as all are but the first of a day."""
+    times = []
+    for _ in range(rounds):
+        with Tessly(desktop) as tessly:
+            times.append(tessly.wait_for_trace("recording").time - tessly.started)
+    report.add(f"start of the process → recording, median of {rounds}",
+               statistics.median(times) * 1000, "ms", 120)
+
+
+def fill(desktop, tessly, count):
+    for number in range(count):
+        desktop.clipboard.copy(f"entry {number} of the history")
+        tessly.history.wait_for_text(f"entry {number} of the history")
+
+
+def open_and_close(desktop, tessly):
+    """Opens and closes the panel; seconds from `show` to its first frame with the list."""
+    before = len(tessly.traces("first-frame"))
+    tessly.command("show")
+    frame = tessly.wait_for_trace("first-frame", before + 1)
+    asked = tessly.traces("show-requested")[-1]
+    tessly.wait_for_panel()
+    desktop.keyboard.press("Escape")
+    tessly.wait_for_closed_panel()
+    return frame.time - asked.time
+
+
+def measure_openings(desktop, report, rounds):
+    first, later = [], []
+    for _ in range(rounds):
+        with Tessly(desktop) as tessly:
+            first.append(open_and_close(desktop, tessly))
+            later += [open_and_close(desktop, tessly) for _ in range(4)]
+    report.add(f"show → first frame, first time, median of {len(first)}",
+               statistics.median(first) * 1000, "ms", 80)
+    report.add(f"show → first frame, later, median of {len(later)}",
+               statistics.median(later) * 1000, "ms", 16)
+    report.add(f"show → first frame, later, longest of {len(later)}", max(later) * 1000, "ms")
+
+
+def measure_memory(report, tessly, when, aim=None):
+    memory = procfs.memory(tessly.pid)
+    report.add(f"proportional memory {when}", memory.proportional / 1024, "MB", aim)
+    report.add(f"resident memory {when}", memory.resident / 1024, "MB")
+
+
+def measure_rest(report, tessly, when, seconds):
+    activity = procfs.activity(tessly.pid, seconds)
+    report.add(f"CPU {when}, over {seconds} s", activity.cpu_share * 100, "%", 0.05, digits=3)
+    report.add(f"wake-ups a second {when}", activity.wakeups_per_second, "", 3.5)
+
+
+def measure_resting(desktop, report, seconds, settling):
+    with Tessly(desktop) as tessly:
+        time.sleep(2)  # what starting leaves to do is not rest
+        measure_memory(report, tessly, "before the first opening", 22)
+        measure_rest(report, tessly, "before the first opening", seconds)
+        open_and_close(desktop, tessly)
+        measure_memory(report, tessly, "after one opening")
+        time.sleep(settling)
+        measure_memory(report, tessly, f"{settling} s after closing", 36)
+        measure_rest(report, tessly, "after closing", seconds)
+
+
+def measure_captures(desktop, report, rounds):
+    """From the tick that finds a copy to its row in the open panel."""
+    times = []
+    with Tessly(desktop) as tessly:
+        fill(desktop, tessly, 1)
+        tessly.open_panel()
+        for number in range(rounds):
+            before = len(tessly.traces("reloaded"))
+            desktop.clipboard.copy(f"measured copy {number}")
+            row = tessly.wait_for_trace("reloaded", before + 1)
+            times.append(row.time - tessly.traces("change-seen")[-1].time)
+    report.add(f"short text, tick → row, median of {rounds}", statistics.median(times) * 1000,
+               "ms", 8)
+    report.add(f"short text, tick → row, longest of {rounds}", max(times) * 1000, "ms")
+
+
+class BusCaller:
+    """Calls on the program's main thread, over one connection."""
+
+    def __init__(self, tessly):
+        self._bus = dbus.bus.BusConnection(tessly.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        program = self._bus.get_object("com.brackmoor.tessly", "/com/brackmoor/tessly",
+                                       introspect=False)
+        # Hiding a panel that is closed does nothing, on the main thread.
+        self._hide = program.get_dbus_method("Hide", "com.brackmoor.tessly")
+
+    def longest_wait(self, seconds):
+        """The longest that a call waited for its answer, in seconds, over a stretch of time.
+
+        No time in which the main thread attends to nothing can be longer.
+        """
+        longest = 0.0
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            start = time.monotonic()
+            self._hide()
+            longest = max(longest, time.monotonic() - start)
+            time.sleep(0.001)
+        return longest
+
+    def close(self):
+        self._bus.close()
+
+
+# Owners that misbehave, as options of tests/desktop/owner.py.
+HOSTILE = {
+    "names no targets": ("--behave", "TARGETS", "silent"),
+    "never delivers": ("--behave", "*", "silent"),
+    "stalls amid its pieces": ("--behave", "*", "incr-stall"),
+    "sends pieces without end": ("--behave", "*", "incr-endless", "--chunk", "1000000"),
+    "offers 20 MB at once": ("--incr", "0"),
+}
+
+
+def measure_hostile_owners(desktop, report, seconds):
+    with Tessly(desktop) as tessly:
+        caller = BusCaller(tessly)
+        try:
+            report.add("longest wait of a call, nothing happening",
+                       caller.longest_wait(seconds) * 1000, "ms", 16)
+            for behaviour, options in HOSTILE.items():
+                size = 20_000_000 if "at once" in behaviour else 500_000
+                offer = desktop.clipboard.offer({"UTF8_STRING": b"text " * (size // 5)}, *options)
+                report.add(f"… while an owner {behaviour}", caller.longest_wait(seconds) * 1000,
+                           "ms", 16)
+                offer.end()
+        finally:
+            caller.close()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--quick", action="store_true", help="fewer rounds and shorter rests")
+    quick = parser.parse_args().quick
+    rounds, rest, settling, stretch = (3, 5, 5, 2) if quick else (11, 20, 30, 7)
+
+    report = Report()
+    with Desktop() as desktop:
+        with Tessly(desktop) as tessly:
+            fill(desktop, tessly, 12)
+        measure_starts(desktop, report, rounds)
+        measure_openings(desktop, report, rounds)
+        measure_captures(desktop, report, 2 * rounds)
+        measure_hostile_owners(desktop, report, stretch)
+        measure_resting(desktop, report, rest, settling)
+    if report.missed:
+        print(f"\n{report.missed} aims missed.")
+
+
+if __name__ == "__main__":
+    main()
