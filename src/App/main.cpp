@@ -37,6 +37,9 @@ int start(int argc, char** argv)
 {
     // One arena more than the main thread's: the workers take turns, and each arena keeps memory.
     mallopt(M_ARENA_MAX, 2);
+    // Large contents come and go: each is given back to the system when it is freed. Left to
+    // itself, the allocator keeps blocks as large as the largest it has seen.
+    mallopt(M_MMAP_THRESHOLD, 256 * 1024);
 
     std::unique_ptr<InstanceLock> lock;
     try {
