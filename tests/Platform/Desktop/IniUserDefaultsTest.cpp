@@ -1,5 +1,7 @@
 #include "IniUserDefaults.h"
 
+#include "LogCapture.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -13,32 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace tessly::test {
 namespace {
-
-/// Counts the warnings that a scope logs.
-class WarningCount
-{
-public:
-    WarningCount()
-    {
-        s_count = 0;
-        m_previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context,
-                                               const QString&) {
-            if (type == QtWarningMsg &&
-                QLatin1StringView(context.category) == "com.brackmoor.tessly.IniUserDefaults"_L1) {
-                ++s_count;
-            }
-        });
-    }
-    ~WarningCount() { qInstallMessageHandler(m_previous); }
-    WarningCount(const WarningCount&) = delete;
-    WarningCount& operator=(const WarningCount&) = delete;
-
-    [[nodiscard]] int count() const { return s_count; }
-
-private:
-    static inline int s_count = 0;
-    QtMessageHandler m_previous = nullptr;
-};
 
 class IniUserDefaultsTest : public testing::Test
 {
@@ -62,6 +38,11 @@ protected:
         struct stat status = {};
         EXPECT_EQ(stat(QFile::encodeName(path).constData(), &status), 0);
         return status.st_mode & 07777U;
+    }
+
+    static std::size_t warnings(const LogCapture& log)
+    {
+        return log.lines(u"com.brackmoor.tessly.IniUserDefaults"_s).size();
     }
 
     QTemporaryDir m_folder;
@@ -166,7 +147,7 @@ TEST_F(IniUserDefaultsTest, ALinkToAFileElsewhereStaysALink)
 
 TEST_F(IniUserDefaultsTest, AChangeThatCannotBeWrittenIsLoggedOnceAndStaysInMemory)
 {
-    const WarningCount warnings;
+    const LogCapture log;
     QFile obstacle(m_folder.filePath(u"a"_s));
     ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
     IniUserDefaults defaults(m_path);
@@ -174,12 +155,12 @@ TEST_F(IniUserDefaultsTest, AChangeThatCannotBeWrittenIsLoggedOnceAndStaysInMemo
     defaults.setString(u"text"_s, u"secret"_s);
     EXPECT_EQ(defaults.integer(u"key"_s), 5);
     EXPECT_EQ(defaults.string(u"text"_s), u"secret"_s);
-    EXPECT_EQ(warnings.count(), 1);
+    EXPECT_EQ(warnings(log), 1U);
 }
 
 TEST_F(IniUserDefaultsTest, WhatCouldNotBeWrittenGoesOutWithTheNextChange)
 {
-    const WarningCount warnings;
+    const LogCapture log;
     QFile file(m_folder.filePath(u"a"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     IniUserDefaults defaults(m_path);
@@ -194,28 +175,28 @@ TEST_F(IniUserDefaultsTest, WhatCouldNotBeWrittenGoesOutWithTheNextChange)
     ASSERT_TRUE(QDir(m_folder.filePath(u"a"_s)).removeRecursively());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     defaults.setInteger(u"one"_s, 4);
-    EXPECT_EQ(warnings.count(), 2) << "writing had worked again in between";
+    EXPECT_EQ(warnings(log), 2U) << "writing had worked again in between";
 }
 
 TEST_F(IniUserDefaultsTest, WhatStandsInThePlaceOfTheFileIsNotReplaced)
 {
-    const WarningCount warnings;
+    const LogCapture log;
     ASSERT_TRUE(QDir().mkpath(m_path));
     IniUserDefaults defaults(m_path);
     defaults.setInteger(u"key"_s, 5);
     EXPECT_EQ(defaults.integer(u"key"_s), 5);
     EXPECT_TRUE(QFileInfo(m_path).isDir());
-    EXPECT_EQ(warnings.count(), 2) << "one for reading, one for writing";
+    EXPECT_EQ(warnings(log), 2U) << "one for reading, one for writing";
 }
 
 TEST_F(IniUserDefaultsTest, APipeInThePlaceOfTheFileHoldsNobodyUp)
 {
-    const WarningCount warnings;
+    const LogCapture log;
     ASSERT_TRUE(QDir().mkpath(QFileInfo(m_path).path()));
     ASSERT_EQ(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
     IniUserDefaults defaults(m_path);
     EXPECT_EQ(defaults.string(u"key"_s), std::nullopt);
-    EXPECT_EQ(warnings.count(), 1);
+    EXPECT_EQ(warnings(log), 1U);
 }
 
 } // namespace
