@@ -1,5 +1,7 @@
 #include "AppModel.h"
 
+#include <QLoggingCategory>
+
 #include <algorithm>
 #include <utility>
 
@@ -13,6 +15,10 @@ namespace {
 /// How long the user must pause in typing before a search starts.
 constexpr Clock::Duration searchDebounce = 120ms;
 constexpr Clock::Duration bannerDuration = 4s;
+/// The start has other things to do than to wipe what the last run may have left.
+constexpr Clock::Duration firstScrubDelay = 30s;
+
+Q_LOGGING_CATEGORY(lcAppModel, "com.brackmoor.tessly.AppModel")
 
 /// Whether a store operation failed because it was asked to stop.
 bool isInterruption(const std::exception& error)
@@ -20,6 +26,17 @@ bool isInterruption(const std::exception& error)
     const auto* const storeError = dynamic_cast<const ClipStoreError*>(&error);
     return storeError && storeError->errorCase() == ClipStoreError::Case::execute &&
            storeError->message().contains("interrupted"_L1);
+}
+
+/// Wipes what the history has dropped. The user did not ask for it now, and the next call makes up
+/// for one that failed: the log hears of it, not the panel.
+QCoro::Task<> scrub(ClipStore& store)
+{
+    try {
+        co_await store.scrub();
+    } catch (const std::exception& error) {
+        qCWarning(lcAppModel, "Dropped clips are not wiped yet: %s", error.what());
+    }
 }
 
 } // namespace
@@ -150,6 +167,7 @@ QCoro::Task<> AppModel::captured(
             maximumHistory);
         if (self) {
             self->reload(Debounce::no);
+            self->scheduleScrub(scrubDelay);
         }
     } catch (const std::exception& error) {
         if (self) {
@@ -174,8 +192,24 @@ void AppModel::reportAccessIssue(ClipboardMonitor::AccessIssue issue)
     }
 }
 
+void AppModel::scheduleScrub(Clock::Duration delay)
+{
+    m_scrubTimer = m_dependencies.clock.after(delay, [this] {
+        // A search of the user's would have to wait for it.
+        if (m_isPanelPresented) {
+            scheduleScrub(scrubDelay);
+        } else {
+            m_scrubTimer.reset();
+            scrub(m_dependencies.store);
+        }
+    });
+}
+
 void AppModel::reload(Debounce debounce)
 {
+    if (!std::exchange(m_hasReloaded, true) && !m_scrubTimer) {
+        scheduleScrub(firstScrubDelay);
+    }
     m_searchDelay.reset();
     m_searchStop.request_stop();
     m_searchStop = std::stop_source();

@@ -12,6 +12,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -125,6 +126,9 @@ Q_SIGNALS:
     void statisticsChanged();
 
 private:
+    /// How long after the last capture or trim what was dropped is wiped from the disk.
+    static constexpr Clock::Duration scrubDelay = std::chrono::seconds(5);
+
     // Work that waits for the store holds the model weakly, and does nothing once it is gone.
     static QCoro::Task<> captured(
         QPointer<AppModel> self, ClipPayload payload, std::optional<QString> sourceAppName,
@@ -135,6 +139,7 @@ private:
     finish(QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage = {});
     static QCoro::Task<> pastePosition(
         QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target);
+    void scheduleScrub(Clock::Duration delay);
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
     void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
     void showError(const std::exception& error);
@@ -159,6 +164,8 @@ private:
     std::stop_source m_searchStop;
     std::unique_ptr<Clock::Timer> m_bannerTimer;
     std::unique_ptr<Clock::Timer> m_accessPoll;
+    std::unique_ptr<Clock::Timer> m_scrubTimer;
+    bool m_hasReloaded = false;
     std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
 };
 

@@ -168,6 +168,7 @@ void AppModel::clearHistory(bool includePinned)
 void AppModel::trimHistoryToCurrentLimit()
 {
     finish(this, m_dependencies.store.trimHistory(settings().maxHistory()));
+    scheduleScrub(scrubDelay);
 }
 
 void AppModel::recordUsage(const Clip& clip)

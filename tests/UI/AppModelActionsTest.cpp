@@ -29,7 +29,9 @@ protected:
             save(text);
         }
         m_model->reload(AppModel::Debounce::no);
+        // What the model does a while after its first reload is done: it rests.
         run();
+        pass(1min);
         m_workspace.setFrontmost(m_editor);
         m_model->closePanel = [this] {
             ++m_panelCloses;

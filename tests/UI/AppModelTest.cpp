@@ -1,8 +1,13 @@
 #include "AppModelFixture.h"
+#include "LogCapture.h"
 
 #include <gmock/gmock.h>
 
+#include <QDir>
+#include <QFile>
 #include <QSignalSpy>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -211,6 +216,104 @@ TEST_F(AppModelTest, AnUnchangedEntryKeepsItsContentInMemory)
     reload();
     ASSERT_THAT(texts(), ElementsAre("new", "kept"));
     EXPECT_EQ(m_model->clips().at(1).payload.plainText()->constData(), bytes);
+}
+
+// Wiping what was dropped
+
+class AppModelScrubTest : public AppModelTest
+{
+protected:
+    AppModelScrubTest()
+    {
+        m_settings.setMaxHistory(10);
+        for (int i = 0; i < 10; ++i) {
+            save("text " + QByteArray::number(i));
+        }
+        m_model->clipboardMonitor().start();
+    }
+
+    /// Whether a text is anywhere in the database's files.
+    [[nodiscard]] bool isOnDisk(const QByteArray& text) const
+    {
+        const QDir folder(m_folder.path());
+        const QStringList names = folder.entryList(QDir::Files);
+        return std::ranges::any_of(names, [&](const QString& name) {
+            QFile file(folder.filePath(name));
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+            return file.readAll().contains(text);
+        });
+    }
+};
+
+TEST_F(AppModelScrubTest, WhatACaptureDroppedIsWipedFiveSecondsLater)
+{
+    ASSERT_TRUE(isOnDisk("text 0"));
+    copy("new");
+    run();
+    pass(4999ms);
+    EXPECT_TRUE(isOnDisk("text 0")) << "this test would see it";
+    pass(1ms);
+    EXPECT_FALSE(isOnDisk("text 0"));
+    EXPECT_TRUE(isOnDisk("text 1"));
+}
+
+TEST_F(AppModelScrubTest, WhatATrimDroppedIsWipedFiveSecondsLater)
+{
+    save("new");
+    m_model->trimHistoryToCurrentLimit();
+    run();
+    pass(5s);
+    EXPECT_FALSE(isOnDisk("text 0"));
+}
+
+TEST_F(AppModelScrubTest, EachCapturePutsTheWipingOff)
+{
+    for (int i = 0; i < 5; ++i) {
+        copy("new " + QByteArray::number(i));
+        run();
+        m_clock.advance(4s);
+        EXPECT_EQ(m_executor->pending(), 0U);
+    }
+    m_clock.advance(1s);
+    EXPECT_EQ(m_executor->pending(), 1U);
+}
+
+TEST_F(AppModelScrubTest, NothingIsWipedWhileThePanelIsUp)
+{
+    copy("new");
+    run();
+    m_model->setPanelPresented(true);
+    m_clock.advance(30s);
+    EXPECT_EQ(m_executor->pending(), 0U);
+    m_model->setPanelPresented(false);
+    m_clock.advance(5s);
+    EXPECT_EQ(m_executor->pending(), 1U);
+}
+
+TEST_F(AppModelScrubTest, WhatTheLastRunMayHaveLeftIsWipedAWhileAfterTheFirstReload)
+{
+    reload();
+    m_clock.advance(10s);
+    reload();
+    m_clock.advance(19'999ms);
+    EXPECT_EQ(m_executor->pending(), 0U);
+    m_clock.advance(1ms);
+    EXPECT_EQ(m_executor->pending(), 1U);
+    run();
+    reload();
+    m_clock.advance(1h);
+    EXPECT_EQ(m_executor->pending(), 0U);
+}
+
+TEST_F(AppModelScrubTest, WipingThatFailsIsLoggedAndShowsNoBanner)
+{
+    copy("new");
+    run();
+    executeSQL("DROP TABLE clips_fts");
+    const LogCapture log;
+    pass(5s);
+    EXPECT_THAT(log.lines(u"com.brackmoor.tessly.AppModel"_s), SizeIs(1));
+    EXPECT_FALSE(m_model->banner().has_value());
 }
 
 TEST_F(AppModelTest, AccessIssuesBecomeBanners)
