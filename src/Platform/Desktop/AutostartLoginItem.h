@@ -8,8 +8,8 @@ namespace tessly {
 
 /// A desktop entry in the user's autostart folder, com.brackmoor.tessly.desktop.
 ///
-/// Desktops switch such an entry off in two ways: by "Hidden=true", as the specification has it, or
-/// by "X-GNOME-Autostart-enabled=false".
+/// Desktops switch such an entry off in two ways: by "Hidden=true", as the desktop standards have
+/// it, or by "X-GNOME-Autostart-enabled=false".
 class AutostartLoginItem final : public LoginItem
 {
 public:
