@@ -437,7 +437,7 @@ TEST_F(PanelViewTest, NoContentChangesTheMeasuresOfItsRow)
         QByteArray(25 * 1024 * 1024, 'x'),
         QByteArray("long ").repeated(2000),
         "line\nline\r\nline\xE2\x80\xA8line\x0Bline\x0Cline\xC2\x85line",
-        QByteArray("\x01\x02\x1B[31m\x07\x7F control\0zero", 24),
+        QByteArrayLiteral("\x01\x02\x1B[31m\x07\x7F control\0zero"),
         "שלום עולם, זה טקסט בעברית שנועד לבדוק את הכיוון של השורה כשהיא ארוכה יותר מן הרוחב",
         "مرحبا بالعالم",
         "🎉 👩‍👩‍👧‍👦 🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇩🇪",
