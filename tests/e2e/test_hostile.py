@@ -37,6 +37,7 @@ class Hostile(TesslyCase):
         """The panel opens at once, the next copy is recorded at once, and memory comes back."""
         self.tessly.command("show")
         wait_until(self.tessly.panel_window, "the panel opens at once", PROMPTLY)
+        self.tessly.wait_for_panel()
         self.keyboard.press("Escape")
         wait_until(lambda: self.tessly.panel_window() is None, "the panel closes at once", PROMPTLY)
         self.clipboard.copy("after the trouble")

@@ -1,6 +1,7 @@
 """The ground every end-to-end test stands on: a desktop and a running Tessly of its own."""
 
 import os
+import shutil
 import unittest
 
 from .desktop import Desktop
@@ -9,8 +10,8 @@ from .waiting import wait_until
 
 
 class DesktopCase(unittest.TestCase):
-    """A fresh desktop for each test, as `desktop`. A test that fails leaves a picture of it in
-    the folder that TESSLY_E2E_PICTURES names."""
+    """A fresh desktop for each test, as `desktop`. A test that fails leaves a picture of it,
+    and what Tessly logged, in the folder that TESSLY_E2E_PICTURES names."""
 
     maxDiff = 2000
 
@@ -25,7 +26,7 @@ class DesktopCase(unittest.TestCase):
     def start_tessly(self, **options):
         """A Tessly that runs until the end of the test; the options are those of Tessly."""
         tessly = self.enterContext(Tessly(self.desktop, **options))
-        self.addCleanup(self._keep_picture)  # before Tessly ends
+        self.addCleanup(self._keep_evidence, tessly)  # before Tessly ends
         return tessly
 
     def run(self, result=None):
@@ -36,11 +37,12 @@ class DesktopCase(unittest.TestCase):
         return any(test is self or getattr(test, "test_case", None) is self
                    for test, _ in self._result.failures + self._result.errors)
 
-    def _keep_picture(self):
+    def _keep_evidence(self, tessly):
         folder = os.environ.get("TESSLY_E2E_PICTURES")
         if folder and self._has_failed():
             os.makedirs(folder, exist_ok=True)
             self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
+            shutil.copyfile(tessly.process.log_path, os.path.join(folder, self.id() + ".log"))
 
 
 class TesslyCase(DesktopCase):

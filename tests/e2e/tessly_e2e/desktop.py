@@ -40,7 +40,7 @@ class Desktop:
     """
 
     def __init__(self, *, bus=True, size=(1280, 800)):
-        self._wants_bus = bus
+        self.has_bus = bus
         self._size = size
         self.folder = None
 
@@ -50,7 +50,7 @@ class Desktop:
             self._make_folders()
             self._processes = Processes(self.path("logs"))
             self._start_server()
-            if self._wants_bus:
+            if self.has_bus:
                 self._start_bus()
             self._start_window_manager()
         except BaseException:

@@ -107,9 +107,12 @@ class Tessly:
             file.write("[General]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
 
     def start(self, **options):
-        """Starts the program and returns once it records; the options are those of launch."""
+        """Starts the program and returns once it records and can be reached, where there is a bus;
+        the options are those of launch."""
         self.launch(**options)
         self.wait_for_trace("recording")
+        if self.desktop.has_bus:
+            wait_until(lambda: self.desktop.bus_name_exists(BUS_NAME), "tessly is on the bus")
         return self
 
     def launch(self, *, umask=-1):
