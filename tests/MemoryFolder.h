@@ -13,8 +13,8 @@ public:
     MemoryFolder()
         : QTemporaryDir(
               (QFileInfo(QStringLiteral("/dev/shm")).isWritable() ? QStringLiteral("/dev/shm")
-                                                                  : QDir::tempPath())
-              + QStringLiteral("/tessly-test-XXXXXX"))
+                                                                  : QDir::tempPath()) +
+              QStringLiteral("/tessly-test-XXXXXX"))
     {
     }
 };

@@ -8,8 +8,8 @@ namespace tessly {
 class InstalledBundle final : public Bundle
 {
 public:
-    /// Looks the executable up now, by the kernel's link to it: an update may replace the file while
-    /// the program runs.
+    /// Looks the executable up now, by the kernel's link to it: an update may replace the file
+    /// while the program runs.
     explicit InstalledBundle(const QString& link = QStringLiteral("/proc/self/exe"));
     ~InstalledBundle() override;
 

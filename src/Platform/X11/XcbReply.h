@@ -11,9 +11,11 @@ struct FreeDeleter
 };
 
 /// A reply, event or error as xcb hands it out: one block from malloc.
-template <typename T> using XcbOwned = std::unique_ptr<T, FreeDeleter>;
+template <typename T>
+using XcbOwned = std::unique_ptr<T, FreeDeleter>;
 
-template <typename T> [[nodiscard]] XcbOwned<T> owned(T* block)
+template <typename T>
+[[nodiscard]] XcbOwned<T> owned(T* block)
 {
     return XcbOwned<T>(block);
 }

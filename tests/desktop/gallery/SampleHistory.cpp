@@ -112,7 +112,8 @@ void saveHostileContents(ClipStore& store, double& storeNow, double now)
                                       "line\xE2\x80\xA8separator")},
              5 * day,
              u"xterm"_s},
-            {{.plainText = "🎉 👩‍👩‍👧‍👦 🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇩🇪 ✅ emoji, é "
+            {{.plainText = "🎉 👩‍👩‍👧‍👦 🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇩🇪 ✅ emoji, "
+                           "é "
                            "combining, ﷽ wide"},
              4 * day,
              u"Chat"_s},
