@@ -51,10 +51,17 @@ AppDelegate::AppDelegate()
     });
     m_pasteService = std::make_unique<PasteService>(
         m_platform->pasteboard(), m_platform->keys(), m_clock, pasteHooks(*m_platform));
+    m_launchAtLoginService =
+        std::make_unique<LaunchAtLoginService>(LaunchAtLoginService::Dependencies{
+            .service = m_platform->loginItem(),
+            .bundle = m_platform->bundle(),
+            .defaults = m_defaults,
+        });
     m_model = std::make_unique<AppModel>(AppModel::Dependencies{
         .store = *m_store,
         .settings = m_settings,
         .pasteService = *m_pasteService,
+        .launchAtLoginService = *m_launchAtLoginService,
         .pasteboard = m_platform->pasteboard(),
         .imageConverter = m_platform->imageConverter(),
         .workspace = m_platform->workspace(),

@@ -5,6 +5,7 @@
 #include "BusService.h"
 #include "ClipStore.h"
 #include "IniUserDefaults.h"
+#include "LaunchAtLoginService.h"
 #include "PanelModel.h"
 #include "PasteService.h"
 #include "PlatformFactory.h"
@@ -46,6 +47,7 @@ private:
     AppSettings m_settings;
     std::unique_ptr<DesktopPlatform> m_platform;
     std::unique_ptr<PasteService> m_pasteService;
+    std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;

@@ -1,7 +1,10 @@
 #include "PlatformFactory.h"
 
+#include "AutostartLoginItem.h"
+#include "InstalledBundle.h"
 #include "QtImageConverter.h"
 #include "X11Desktop.h"
+#include "X11HotKeyCenter.h"
 #include "X11KeyEventPoster.h"
 #include "X11OutsideClickMonitor.h"
 #include "X11Pasteboard.h"
@@ -25,7 +28,10 @@ public:
     Workspace& workspace() override { return m_workspace; }
     KeyEventPoster& keys() override { return m_keys; }
     OutsideClickMonitor& outsideClicks() override { return m_outsideClicks; }
+    HotKeyCenter& hotKeys() override { return m_hotKeys; }
     ImageConverter& imageConverter() override { return m_imageConverter; }
+    LoginItem& loginItem() override { return m_loginItem; }
+    const Bundle& bundle() override { return m_bundle; }
 
 private:
     X11Pasteboard m_pasteboard;
@@ -33,7 +39,10 @@ private:
     X11Workspace m_workspace{m_desktop};
     X11KeyEventPoster m_keys{m_desktop, [this] { return m_pasteboard.offerAsPrimary(); }};
     X11OutsideClickMonitor m_outsideClicks{m_desktop};
+    X11HotKeyCenter m_hotKeys{m_desktop};
     QtImageConverter m_imageConverter;
+    InstalledBundle m_bundle;
+    AutostartLoginItem m_loginItem{m_bundle.bundlePath()};
 };
 
 } // namespace

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Bundle.h"
+#include "HotKeyCenter.h"
 #include "ImageConverter.h"
 #include "KeyEventPoster.h"
+#include "LoginItem.h"
 #include "OutsideClickMonitor.h"
 #include "Pasteboard.h"
 #include "Workspace.h"
@@ -25,7 +28,10 @@ public:
     [[nodiscard]] virtual Workspace& workspace() = 0;
     [[nodiscard]] virtual KeyEventPoster& keys() = 0;
     [[nodiscard]] virtual OutsideClickMonitor& outsideClicks() = 0;
+    [[nodiscard]] virtual HotKeyCenter& hotKeys() = 0;
     [[nodiscard]] virtual ImageConverter& imageConverter() = 0;
+    [[nodiscard]] virtual LoginItem& loginItem() = 0;
+    [[nodiscard]] virtual const Bundle& bundle() = 0;
 };
 
 /// Chooses what stands behind the interfaces, once, at start. Throws std::runtime_error with a

@@ -5,6 +5,7 @@
 #include "ClipStore.h"
 #include "ClipboardMonitor.h"
 #include "Clock.h"
+#include "LaunchAtLoginService.h"
 #include "PasteService.h"
 #include "Workspace.h"
 
@@ -45,6 +46,7 @@ public:
         ClipStore& store;
         AppSettings& settings;
         PasteService& pasteService;
+        LaunchAtLoginService& launchAtLoginService;
         Pasteboard& pasteboard;
         ImageConverter& imageConverter;
         Workspace& workspace;
@@ -59,6 +61,10 @@ public:
 
     [[nodiscard]] AppSettings& settings() const { return m_dependencies.settings; }
     [[nodiscard]] PasteService& pasteService() const { return m_dependencies.pasteService; }
+    [[nodiscard]] LaunchAtLoginService& launchAtLoginService() const
+    {
+        return m_dependencies.launchAtLoginService;
+    }
     /// Made on first use, and not started by that.
     [[nodiscard]] ClipboardMonitor& clipboardMonitor();
 

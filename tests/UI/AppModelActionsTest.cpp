@@ -536,7 +536,8 @@ protected:
             return m_isAllowed;
         }}};
     AppModel m_pollingModel{
-        {*m_store, m_settings, m_countingService, m_pasteboard, m_converter, m_workspace, m_clock}};
+        {*m_store, m_settings, m_countingService, m_launchAtLogin, m_pasteboard, m_converter,
+         m_workspace, m_clock}};
 };
 
 TEST_F(AppModelAccessPollTest, DeniedAccessIsLookedAtTenMoreTimesHalfASecondApart)

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "AppModel.h"
+#include "FakeBundle.h"
 #include "FakeImageConverter.h"
 #include "FakeKeyEventPoster.h"
+#include "FakeLoginItem.h"
 #include "FakePasteboard.h"
 #include "FakeUserDefaults.h"
 #include "FakeWorkspace.h"
@@ -68,6 +70,9 @@ protected:
     FakeImageConverter m_converter;
     FakeWorkspace m_workspace;
     FakeKeyEventPoster m_keys;
+    FakeLoginItem m_loginItem;
+    FakeBundle m_bundle;
+    LaunchAtLoginService m_launchAtLogin{{m_loginItem, m_bundle, m_defaults}};
     /// The store's.
     ManualExecutor* m_executor = nullptr;
     std::unique_ptr<ClipStore> m_store;

@@ -62,7 +62,8 @@ TEST_F(AppModelTest, AccessIsReadAtConstruction)
     m_keys.setAllowed(false);
     EXPECT_TRUE(m_model->automaticPasteAccessGranted());
     const AppModel model(
-        {*m_store, m_settings, m_pasteService, m_pasteboard, m_converter, m_workspace, m_clock});
+        {*m_store, m_settings, m_pasteService, m_launchAtLogin, m_pasteboard, m_converter,
+         m_workspace, m_clock});
     EXPECT_FALSE(model.automaticPasteAccessGranted());
 }
 

@@ -1,6 +1,8 @@
 #include "AppModel.h"
+#include "FakeBundle.h"
 #include "FakeImageConverter.h"
 #include "FakeKeyEventPoster.h"
+#include "FakeLoginItem.h"
 #include "FakePasteboard.h"
 #include "FakeUserDefaults.h"
 #include "FakeWorkspace.h"
@@ -31,12 +33,16 @@ protected:
     FakeImageConverter m_converter;
     FakeWorkspace m_workspace;
     FakeKeyEventPoster m_keys;
+    FakeLoginItem m_loginItem;
+    FakeBundle m_bundle;
+    LaunchAtLoginService m_launchAtLogin{{m_loginItem, m_bundle, m_defaults}};
     std::unique_ptr<ClipStore> m_store = std::make_unique<ClipStore>(
         m_folder.filePath(u"history.sqlite"_s), [] { return SystemClock().now(); },
         std::make_unique<ThreadExecutor>("store"));
     PasteService m_pasteService{m_pasteboard, m_keys, m_clock, {}};
     std::unique_ptr<AppModel> m_model = std::make_unique<AppModel>(AppModel::Dependencies{
-        *m_store, m_settings, m_pasteService, m_pasteboard, m_converter, m_workspace, m_clock});
+        *m_store, m_settings, m_pasteService, m_launchAtLogin, m_pasteboard, m_converter,
+        m_workspace, m_clock});
 };
 
 TEST_F(AppModelThreadTest, TheLastReloadWinsHoweverTheyOverlap)
