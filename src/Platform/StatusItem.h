@@ -47,6 +47,10 @@ public:
         std::function<std::vector<StatusMenuItem>()> menu = {};
         /// The program is to show the menu itself, here. Otherwise the desktop does.
         std::function<void(QPoint position)> menuRequested = {};
+        /// The pointer rests on the icon, and the program is to show the tool tip itself; and no
+        /// more.
+        std::function<void(QRect icon)> toolTipRequested = {};
+        std::function<void()> toolTipDismissed = {};
         /// A line was chosen in a menu that the desktop showed.
         std::function<void(const QString& action)> menuItemChosen = {};
         std::function<void()> presenceChanged = {};

@@ -12,6 +12,7 @@ X11Desktop::X11Desktop(const std::string& display, DesktopEntries entries)
     , m_keyboard(m_loop, *m_windows)
     , m_clicks(m_loop)
     , m_keyGrabs(m_loop)
+    , m_trayIcon(m_loop)
 {
     m_loop.post([this] {
         m_windows->start();
@@ -23,6 +24,7 @@ X11Desktop::X11Desktop(const std::string& display, DesktopEntries entries)
         m_isLost = true;
         m_windows->lost();
         m_keyboard.lost();
+        m_trayIcon.lost();
     };
     m_loop.start(
         "tessly-x11",
@@ -49,6 +51,11 @@ void X11Desktop::postToKeyGrabs(std::function<void(X11KeyGrabs&)> job)
     post([this, job = std::move(job)] { job(m_keyGrabs); });
 }
 
+void X11Desktop::postToTrayIcon(std::function<void(X11TrayIcon&)> job)
+{
+    post([this, job = std::move(job)] { job(m_trayIcon); });
+}
+
 void X11Desktop::post(std::function<void()> job)
 {
     // The loop runs on without a server. A job that is dropped tells whoever waits for it by its
@@ -62,7 +69,7 @@ void X11Desktop::post(std::function<void()> job)
 
 void X11Desktop::handle(const xcb_generic_event_t& event)
 {
-    if (!m_clicks.handle(event) && !m_keyGrabs.handle(event)) {
+    if (!m_clicks.handle(event) && !m_keyGrabs.handle(event) && !m_trayIcon.handle(event)) {
         m_windows->handle(event);
     }
 }

@@ -5,6 +5,7 @@
 #include "X11EventLoop.h"
 #include "X11KeyGrabs.h"
 #include "X11Keyboard.h"
+#include "X11TrayIcon.h"
 
 #include <functional>
 #include <memory>
@@ -35,6 +36,8 @@ public:
     void setClickHandler(std::function<void()> clicked);
     /// Runs a job with the grabs of hot keys on the loop thread; drops it when the server is gone.
     void postToKeyGrabs(std::function<void(X11KeyGrabs&)> job);
+    /// The same with the icon in the system tray.
+    void postToTrayIcon(std::function<void(X11TrayIcon&)> job);
 
 private:
     void post(std::function<void()> job);
@@ -45,6 +48,7 @@ private:
     X11Keyboard m_keyboard;
     X11ClickWatch m_clicks;
     X11KeyGrabs m_keyGrabs;
+    X11TrayIcon m_trayIcon;
     /// The server went away. Loop thread.
     bool m_isLost = false;
 };

@@ -45,7 +45,9 @@ void X11WindowTracker::start()
     m_loop.learnAtoms(
         {activeWindowName, managerCheckName, supportedName, currentDesktopName, clockName});
     auto* const connection = m_loop.connection();
-    const std::uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
+    // The last is for the system tray's sake: one that starts says so to whom these events go.
+    const std::uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE |
+                                     XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, m_loop.root(), XCB_CW_EVENT_MASK, &rootEvents);
 
     m_clockWindow = xcb_generate_id(connection);
