@@ -49,21 +49,26 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
 
 void ClipDatabase::validateIntegrity()
 {
-    const auto corrupted = [](const QString& message) {
-        return ClipStoreError(ClipStoreError::Case::corruptedDatabase, message);
+    // A damaged history is set aside. One that another process has locked, or that cannot be read
+    // for want of room or rights, is not damaged: it stays where it is.
+    const auto failure = [this](const QString& message) {
+        return ClipStoreError(
+            m_connection.isHindered() ? ClipStoreError::Case::openDatabase
+                                      : ClipStoreError::Case::corruptedDatabase,
+            message);
     };
     std::optional<SQLiteStatement> check;
     try {
         check.emplace(m_connection, "PRAGMA quick_check(1);");
     } catch (const SQLiteError& error) {
-        throw corrupted(error.message());
+        throw failure(error.message());
     }
     if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
-        throw corrupted(m_connection.errorMessage());
+        throw failure(m_connection.errorMessage());
     }
     const QString verdict = QString::fromUtf8(check->bytes(0));
     if (verdict.compare(u"ok", Qt::CaseInsensitive) != 0) {
-        throw corrupted(verdict);
+        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, verdict);
     }
 }
 

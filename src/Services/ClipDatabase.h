@@ -22,7 +22,8 @@ class ClipDatabase
 {
 public:
     /// Opens or creates the database and checks that it is sound. When this throws, no connection
-    /// is left, so that the files can be moved.
+    /// is left, so that the files can be moved; `corruptedDatabase` is thrown for what is wrong
+    /// with the file, not for what stands around it.
     ClipDatabase(QString path, ClipStore::Now now);
 
     [[nodiscard]] bool ftsAvailable() const { return m_ftsAvailable; }

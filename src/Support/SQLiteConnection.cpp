@@ -57,6 +57,30 @@ QString SQLiteConnection::errorMessage() const
     return QString::fromUtf8(sqlite3_errmsg(m_handle.get()));
 }
 
+bool SQLiteConnection::isHindered() const
+{
+    constexpr int primaryCode = 0xff;
+    const int code = sqlite3_extended_errcode(m_handle.get());
+    switch (code & primaryCode) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+    case SQLITE_INTERRUPT:
+    case SQLITE_NOMEM:
+    case SQLITE_FULL:
+    case SQLITE_PERM:
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+        return true;
+    case SQLITE_IOERR:
+        // What cannot be read of the file is lost to it.
+        return code != SQLITE_IOERR_READ && code != SQLITE_IOERR_SHORT_READ &&
+               code != SQLITE_IOERR_CORRUPTFS && code != SQLITE_IOERR_DATA;
+    default:
+        return false;
+    }
+}
+
 bool SQLiteConnection::isInTransaction() const
 {
     return sqlite3_get_autocommit(m_handle.get()) == 0;

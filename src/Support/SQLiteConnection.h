@@ -28,6 +28,10 @@ public:
     /// What SQLite says about the last call that failed.
     [[nodiscard]] QString errorMessage() const;
 
+    /// Whether that call failed for what stands around the file (a lock, missing rights, no room on
+    /// the disk or in memory), which says nothing of what is in it.
+    [[nodiscard]] bool isHindered() const;
+
     [[nodiscard]] bool isInTransaction() const;
 
     /// How many rows the last statement that changes rows has changed, without what its triggers

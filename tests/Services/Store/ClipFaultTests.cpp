@@ -90,9 +90,46 @@ TEST_F(ClipFaults, ofAFileThatCannotBeWrittenFailTheOpening)
     const ClipStoreError error = errorOf([this] { history.open(); });
     ::chmod(QFile::encodeName(history.folder()).constData(), 0700);
     EXPECT_EQ(
-        error.description(), u"Clipboard database integrity check failed: "
-                             "attempt to write a readonly database"_s);
+        error.description(),
+        u"Could not open clipboard database: attempt to write a readonly database"_s)
+        << "which is no damage";
     EXPECT_EQ(history.open().search({}, std::nullopt, -1).size(), 1U);
+}
+
+TEST_F(ClipFaults, ofADiskThatIsFullAtTheOpeningAreNoDamage)
+{
+    history.open();
+    fill(3);
+    history.close();
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit oldLimit{};
+    ::getrlimit(RLIMIT_FSIZE, &oldLimit);
+    const rlimit limit{0, oldLimit.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    const ClipStoreError error = errorOf([this] { history.open(); });
+    ::setrlimit(RLIMIT_FSIZE, &oldLimit);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(error.errorCase(), Case::openDatabase) << error.what();
+    history.open();
+    EXPECT_EQ(all().size(), 3U);
+}
+
+TEST_F(ClipFaults, ofALockThatKeepsReadersOutAreNoDamage)
+{
+    history.open();
+    fill(3);
+    history.close();
+    {
+        SQLiteConnection other(history.path());
+        other.execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN IMMEDIATE; "
+                      "UPDATE clips SET copy_count = 1");
+        EXPECT_EQ(
+            errorOf([this] { history.open(); }).description(),
+            u"Could not open clipboard database: database is locked"_s);
+        other.execute("COMMIT");
+    }
+    history.open();
+    EXPECT_EQ(all().size(), 3U);
 }
 
 TEST_F(ClipFaults, ofAFullDiskLeaveTheHistoryAsItWas)
