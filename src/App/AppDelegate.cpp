@@ -120,7 +120,13 @@ void AppDelegate::applicationDidFinishLaunching()
     m_model->clipboardMonitor().start();
     trace("recording");
     m_model->reload(AppModel::Debounce::no);
-    m_bus = std::make_unique<BusService>(busActions());
+    m_commands = std::make_unique<HistoryCommands>(HistoryCommands::Dependencies{
+        .model = *m_model,
+        .store = *m_store,
+        .workspace = m_platform->workspace(),
+        .abilities = abilities(),
+    });
+    m_bus = std::make_unique<BusService>(busActions(), *m_commands);
     m_bus->start();
 }
 
@@ -137,6 +143,15 @@ std::optional<QRect> AppDelegate::panelAnchor() const
         return std::nullopt;
     }
     return QRect(QCursor::pos(), QSize(1, 1));
+}
+
+HistoryCommands::Abilities AppDelegate::abilities()
+{
+    return {
+        .capture =
+            [this] { return m_platform->pasteboard().access() == PasteboardAccess::available; },
+        .paste = [this] { return m_pasteService->checkAutomaticPasteAccess(); },
+    };
 }
 
 BusActions AppDelegate::busActions()

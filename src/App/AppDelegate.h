@@ -4,6 +4,7 @@
 #include "AppSettings.h"
 #include "BusService.h"
 #include "ClipStore.h"
+#include "HistoryCommands.h"
 #include "IniUserDefaults.h"
 #include "LaunchAtLoginService.h"
 #include "PanelModel.h"
@@ -38,6 +39,7 @@ private:
     [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;
     [[nodiscard]] std::optional<QRect> panelAnchor() const;
     [[nodiscard]] BusActions busActions();
+    [[nodiscard]] HistoryCommands::Abilities abilities();
 
     SystemClock m_clock;
     std::unique_ptr<ClipStore> m_store;
@@ -51,6 +53,7 @@ private:
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
+    std::unique_ptr<HistoryCommands> m_commands;
     std::unique_ptr<BusService> m_bus;
 };
 

@@ -1,10 +1,18 @@
 #include "BusService.h"
 
-#include <QDBusConnection>
-#include <QDBusError>
-#include <QLoggingCategory>
+#include "BusInterface.h"
+#include "BusNames.h"
+#include "FreedesktopApplicationInterface.h"
 
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QLoggingCategory>
+#include <QPromise>
+
+#include <thread>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace tessly {
 
@@ -12,90 +20,135 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "com.brackmoor.tessly.BusService")
 
+const QString daemonName = u"org.freedesktop.DBus"_s;
+const QString daemonPath = u"/org/freedesktop/DBus"_s;
+const QString localPath = u"/org/freedesktop/DBus/Local"_s;
+const QString localInterface = u"org.freedesktop.DBus.Local"_s;
+
+// Of RequestName: the name, or nothing.
+constexpr uint doNotQueue = 4;
+constexpr uint primaryOwner = 1;
+
 } // namespace
 
-BusService::BusService(BusActions actions, QObject* parent)
+BusService::BusService(
+    const BusActions& actions, HistoryCommands& commands, Connect connect, QObject* parent)
     : QObject(parent)
+    , m_connect(std::move(connect))
 {
-    const auto shared = std::make_shared<const BusActions>(std::move(actions));
+    m_answers.setMaxThreadCount(1);
     // Adaptors belong to the object they are made for.
-    new BusInterface(shared, this);
-    new FreedesktopApplicationInterface(shared, this);
+    new BusInterface(
+        actions, commands,
+        [this](std::function<QDBusMessage()> answer) { sendLater(std::move(answer)); }, this);
+    new FreedesktopApplicationInterface(actions, this);
+    QObject::connect(&m_connecting, &QFutureWatcherBase::finished, this, [this] { connected(); });
 }
 
 BusService::~BusService()
 {
-    if (m_isRegistered) {
-        auto bus = QDBusConnection::sessionBus();
-        bus.unregisterObject(busPath);
-        bus.unregisterService(busName);
+    m_answers.waitForDone();
+    if (m_bus) {
+        m_bus->unregisterObject(busPath);
+        // The bus takes the name back from a connection that ends.
+        QDBusConnection::disconnectFromBus(m_bus->name());
     }
 }
 
-bool BusService::start()
+QDBusConnection BusService::connectToSessionBus()
 {
-    auto bus = QDBusConnection::sessionBus();
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, busName);
+}
+
+void BusService::start()
+{
+    // Detached: a bus that never answers must not keep the program from ending. The promise is all
+    // that the thread shares.
+    QPromise<QDBusConnection> promise;
+    promise.start();
+    m_connecting.setFuture(promise.future());
+    std::thread(
+        [](QPromise<QDBusConnection> answer, const Connect& connect) {
+            answer.addResult(connect());
+            answer.finish();
+        },
+        std::move(promise), std::exchange(m_connect, nullptr))
+        .detach();
+}
+
+void BusService::connected()
+{
+    QDBusConnection bus = m_connecting.result();
     if (!bus.isConnected()) {
-        qCWarning(log) << "There is no session bus: other programs cannot reach Tessly.";
-        return false;
+        giveUp(u"There is no session bus: other programs cannot reach Tessly."_s);
+        return;
     }
+    m_bus = bus;
+    // By no sender's name: for one, QtDBus would wait for the bus to tell its owner.
+    bus.connect(
+        QString(), daemonPath, daemonName, u"NameLost"_s, this,
+        SLOT(nameLost(QString, QDBusMessage)));
+    bus.connect(
+        QString(), localPath, localInterface, u"Disconnected"_s, this, SLOT(disconnected()));
     // The object first: whoever sees the name may call at once.
-    m_isRegistered = bus.registerObject(busPath, this) && bus.registerService(busName);
-    if (!m_isRegistered) {
-        qCWarning(log) << "Could not register on the session bus:" << bus.lastError().message();
+    if (!bus.registerObject(busPath, this)) {
+        giveUp(u"Could not offer anything on the session bus."_s);
+        return;
     }
-    return m_isRegistered;
+    requestName();
 }
 
-BusInterface::BusInterface(std::shared_ptr<const BusActions> actions, QObject* parent)
-    : QDBusAbstractAdaptor(parent)
-    , m_actions(std::move(actions))
+void BusService::requestName()
 {
+    auto call =
+        QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"RequestName"_s);
+    call << busName << doNotQueue;
+    auto* const pending = new QDBusPendingCallWatcher(m_bus->asyncCall(call), this);
+    connect(
+        pending, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* ended) {
+            ended->deleteLater();
+            const QDBusPendingReply<uint> reply = *ended;
+            if (!m_bus) {
+                return;
+            }
+            if (reply.isError()) {
+                giveUp(u"Could not register on the session bus: "_s + reply.error().message());
+            } else if (reply.value() != primaryOwner) {
+                giveUp(u"The name on the session bus is taken: other programs cannot reach this "
+                       "Tessly."_s);
+            } else {
+                m_isRegistered = true;
+                Q_EMIT registered();
+            }
+        });
 }
 
-void BusInterface::Show() const
+void BusService::nameLost(const QString& name, const QDBusMessage& signal)
 {
-    m_actions->show();
+    if (name == busName && signal.service() == daemonName && m_isRegistered) {
+        giveUp(u"The name on the session bus is lost: other programs cannot reach Tessly."_s);
+    }
 }
 
-void BusInterface::Hide() const
+void BusService::disconnected()
 {
-    m_actions->hide();
+    if (m_bus) {
+        m_bus.reset();
+        giveUp(u"The session bus is gone: other programs cannot reach Tessly."_s);
+    }
 }
 
-void BusInterface::Toggle() const
+void BusService::giveUp(const QString& reason)
 {
-    m_actions->toggle();
+    m_isRegistered = false;
+    qCWarning(log).noquote() << reason;
 }
 
-void BusInterface::Quit() const
+void BusService::sendLater(std::function<QDBusMessage()> answer)
 {
-    m_actions->quit();
-}
-
-FreedesktopApplicationInterface::FreedesktopApplicationInterface(
-    std::shared_ptr<const BusActions> actions, QObject* parent)
-    : QDBusAbstractAdaptor(parent)
-    , m_actions(std::move(actions))
-{
-}
-
-void FreedesktopApplicationInterface::Activate(const QVariantMap& /*platformData*/) const
-{
-    m_actions->show();
-}
-
-void FreedesktopApplicationInterface::Open(
-    const QStringList& /*uris*/, const QVariantMap& /*platformData*/) const
-{
-    m_actions->show();
-}
-
-void FreedesktopApplicationInterface::ActivateAction(
-    const QString& /*action*/, const QVariantList& /*parameter*/,
-    const QVariantMap& /*platformData*/) const
-{
-    // The desktop entry lists no actions.
+    if (m_bus) {
+        m_answers.start([bus = *m_bus, answer = std::move(answer)] { bus.send(answer()); });
+    }
 }
 
 } // namespace tessly

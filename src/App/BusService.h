@@ -1,81 +1,61 @@
 #pragma once
 
-#include <QDBusAbstractAdaptor>
-#include <QStringList>
-#include <QVariantMap>
+#include "BusActions.h"
+#include "HistoryCommands.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QFutureWatcher>
+#include <QObject>
+#include <QThreadPool>
 
 #include <functional>
-#include <memory>
+#include <optional>
 
 namespace tessly {
 
-inline const QString busName = QStringLiteral("com.brackmoor.tessly");
-inline const QString busPath = QStringLiteral("/com/brackmoor/tessly");
-inline const QString busInterface = QStringLiteral("com.brackmoor.tessly");
-
-/// What other programs can ask of the running instance.
-struct BusActions
-{
-    std::function<void()> show;
-    std::function<void()> hide;
-    std::function<void()> toggle;
-    std::function<void()> quit;
-};
-
 /// The program on the session bus: its name, its own interface and the one every desktop
-/// application has. Main thread only.
+/// application has. Main thread only; nothing here waits for the bus. Without a bus, or without one
+/// any more, the program goes on, with one line in the log.
 class BusService final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit BusService(BusActions actions, QObject* parent = nullptr);
+    /// Opens the connection to the bus. Called once, on a thread of its own, since it waits.
+    using Connect = std::function<QDBusConnection()>;
+
+    /// `commands` must outlive the service.
+    BusService(
+        const BusActions& actions, HistoryCommands& commands, Connect connect = connectToSessionBus,
+        QObject* parent = nullptr);
     ~BusService() override;
 
-    /// Takes the name; false, with one line in the log, if there is no bus or the name is taken.
-    bool start();
+    /// Goes for the name. Called once.
+    void start();
+    /// Whether the name is the program's.
+    [[nodiscard]] bool isRegistered() const { return m_isRegistered; }
+
+Q_SIGNALS:
+    void registered();
+
+private Q_SLOTS:
+    void nameLost(const QString& name, const QDBusMessage& signal);
+    void disconnected();
 
 private:
+    static QDBusConnection connectToSessionBus();
+    void connected();
+    void requestName();
+    void sendLater(std::function<QDBusMessage()> answer);
+    void giveUp(const QString& reason);
+
+    Connect m_connect;
+    QFutureWatcher<QDBusConnection> m_connecting;
+    std::optional<QDBusConnection> m_bus;
     bool m_isRegistered = false;
-};
-
-/// The program's own interface.
-class BusInterface final : public QDBusAbstractAdaptor
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "com.brackmoor.tessly")
-
-public:
-    BusInterface(std::shared_ptr<const BusActions> actions, QObject* parent);
-
-public Q_SLOTS:
-    void Show() const;
-    void Hide() const;
-    void Toggle() const;
-    void Quit() const;
-
-private:
-    std::shared_ptr<const BusActions> m_actions;
-};
-
-/// The interface by which desktops start and activate applications.
-class FreedesktopApplicationInterface final : public QDBusAbstractAdaptor
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
-
-public:
-    FreedesktopApplicationInterface(std::shared_ptr<const BusActions> actions, QObject* parent);
-
-public Q_SLOTS:
-    void Activate(const QVariantMap& platformData) const;
-    void Open(const QStringList& uris, const QVariantMap& platformData) const;
-    void ActivateAction(
-        const QString& action, const QVariantList& parameter,
-        const QVariantMap& platformData) const;
-
-private:
-    std::shared_ptr<const BusActions> m_actions;
+    /// One thread, so that answers keep their order.
+    QThreadPool m_answers;
 };
 
 } // namespace tessly

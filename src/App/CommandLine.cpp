@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 
-#include "BusService.h"
+#include "BusNames.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

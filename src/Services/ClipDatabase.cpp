@@ -25,7 +25,25 @@ SQLiteConnection open(const QString& path)
     }
 }
 
+SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
+{
+    try {
+        return SQLiteConnection(path, access);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+    }
+}
+
 } // namespace
+
+ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
+    : m_path(std::move(path))
+    , m_connection(openToRead(m_path, access))
+{
+    m_connection.setBusyTimeout(busyTimeout);
+    validateIntegrity();
+    m_ftsAvailable = hasUsableFullText();
+}
 
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     : m_path(std::move(path))
@@ -118,6 +136,20 @@ bool ClipDatabase::isFullTextInStep()
            std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
                return exists("trigger", trigger);
            });
+}
+
+bool ClipDatabase::hasUsableFullText()
+{
+    if (!isFullTextInStep()) {
+        return false;
+    }
+    try {
+        execute(schema::tryFullText);
+        return true;
+    } catch (const ClipStoreError&) {
+        // Searches do without the index.
+        return false;
+    }
 }
 
 bool ClipDatabase::exists(const QByteArray& type, const QByteArray& name)

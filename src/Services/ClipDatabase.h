@@ -26,11 +26,21 @@ public:
     /// with the file, not for what stands around it.
     ClipDatabase(QString path, ClipStore::Now now);
 
+    /// Opens an existing database for reading only, and checks that it is sound.
+    ClipDatabase(QString path, SQLiteConnection::Access access);
+
+    /// Whether the file holds a history at all; one that was just created does not yet.
+    [[nodiscard]] bool hasHistory() { return exists("table", "clips"); }
+
     [[nodiscard]] bool ftsAvailable() const { return m_ftsAvailable; }
 
     [[nodiscard]] std::vector<Clip> search(
         const QString& query, std::optional<ClipKind> kind, qint64 limit,
         const std::vector<Clip>& held = {}, const std::stop_token& stop = {});
+
+    [[nodiscard]] std::optional<Clip> clip(qint64 position);
+    [[nodiscard]] std::vector<ClipSummary>
+    summaries(const QString& query, std::optional<ClipKind> kind, qint64 limit);
 
     Clip save(
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
@@ -53,6 +63,7 @@ private:
     [[nodiscard]] bool isNew();
     [[nodiscard]] bool prepareFullText();
     [[nodiscard]] bool isFullTextInStep();
+    [[nodiscard]] bool hasUsableFullText();
     [[nodiscard]] bool exists(const QByteArray& type, const QByteArray& name);
 
     // Reading.

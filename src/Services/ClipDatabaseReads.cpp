@@ -7,6 +7,8 @@
 
 #include <QHash>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace tessly {
@@ -88,6 +90,45 @@ std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std:
         statement.reset();
     }
     return clips;
+}
+
+std::optional<Clip> ClipDatabase::clip(qint64 position)
+{
+    if (position < 1) {
+        return std::nullopt;
+    }
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&]() -> std::optional<Clip> {
+        const ClipOrder::Rows rows = ClipOrder(m_connection).all(std::nullopt, position);
+        if (std::cmp_less(rows.size(), position)) {
+            return std::nullopt;
+        }
+        std::vector<Clip> clips = read({rows.back()}, {});
+        return clips.empty() ? std::nullopt : std::optional(std::move(clips.front()));
+    });
+}
+
+std::vector<ClipSummary>
+ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint64 limit)
+{
+    const QString trimmedQuery = QString::fromUtf8(trimmed(query.toUtf8()));
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
+        const ClipOrder::Rows rows = find(trimmedQuery, kind, limit);
+        QHash<qint64, qint64> positions;
+        for (const qint64 row : ClipOrder(m_connection).all(std::nullopt, -1)) {
+            positions.insert(row, positions.size() + 1);
+        }
+        ClipStatement statement =
+            prepare(QByteArrayLiteral("SELECT") + summaryColumns + " FROM clips WHERE rowid = ?;");
+        std::vector<ClipSummary> summaries;
+        summaries.reserve(rows.size());
+        for (const qint64 row : rows) {
+            statement.reset();
+            if (statement.integer(1, row).next(readFailure)) {
+                summaries.push_back(decodeSummary(statement.row(), positions.value(row)));
+            }
+        }
+        return summaries;
+    });
 }
 
 std::optional<Clip> ClipDatabase::clipWithHash(const QByteArray& hash)

@@ -1,6 +1,7 @@
 #include "ClipDecoder.h"
 
 #include "ClipStoreError.h"
+#include "PreviewLine.h"
 #include "StringListJSON.h"
 
 using namespace Qt::StringLiterals;
@@ -47,6 +48,24 @@ const char* const clipColumns = R"sql(
     clips.image_png,
     clips.file_urls)sql";
 
+// Here kind and preview serve, which are stored for searching: to make them anew, the contents
+// would have to be read. 1600 is previewLineBytes.
+static_assert(previewLineBytes == 1600);
+const char* const summaryColumns = R"sql(
+    clips.id,
+    clips.created_at,
+    clips.last_used_at,
+    clips.source_app_name,
+    clips.source_bundle_id,
+    clips.is_pinned,
+    clips.pin_order,
+    clips.copy_count,
+    clips.kind,
+    substr(CAST(clips.preview AS BLOB), 1, 1600),
+    clips.file_urls,
+    ifnull(length(CAST(clips.plain_text AS BLOB)), 0) + ifnull(length(clips.rtf), 0)
+        + ifnull(length(clips.html), 0) + ifnull(length(clips.image_png), 0))sql";
+
 Clip decodeClip(const SQLiteStatement& row, const ClipPayload& payload)
 {
     return {
@@ -74,6 +93,28 @@ Clip decodeClip(const SQLiteStatement& row)
         .fileURLs = stringList(row.bytes(12)).value_or(QByteArrayList()),
     });
     return clip;
+}
+
+ClipSummary decodeSummary(const SQLiteStatement& row, qint64 position)
+{
+    qint64 byteCount = row.integer(11);
+    for (const QByteArray& url : stringList(row.bytes(10)).value_or(QByteArrayList())) {
+        byteCount += url.size();
+    }
+    return {
+        .position = position,
+        .id = decodeID(row.bytes(0)),
+        .kind = clipKind(QString::fromUtf8(row.bytes(8))).value_or(ClipKind::text),
+        .preview = previewLine(row.bytes(9)),
+        .createdAt = row.real(1),
+        .lastUsedAt = row.real(2),
+        .sourceAppName = text(row, 3),
+        .sourceBundleID = text(row, 4),
+        .isPinned = row.integer(5) != 0,
+        .pinOrder = row.isNull(6) ? std::nullopt : std::optional(row.real(6)),
+        .copyCount = static_cast<qint32>(row.integer(7)),
+        .byteCount = byteCount,
+    };
 }
 
 QByteArray storedID(QUuid id)

@@ -28,6 +28,19 @@ QCoro::Task<std::vector<Clip>> ClipStore::search(
          stop = std::move(stop)] { return database.search(query, kind, limit, held, stop); });
 }
 
+QCoro::Task<std::optional<Clip>> ClipStore::clip(qint64 position)
+{
+    return m_actor.run([&database = *m_database, position] { return database.clip(position); });
+}
+
+QCoro::Task<std::vector<ClipSummary>>
+ClipStore::summaries(QString query, std::optional<ClipKind> kind, qint64 limit)
+{
+    return m_actor.run([&database = *m_database, query = std::move(query), kind, limit] {
+        return database.summaries(query, kind, limit);
+    });
+}
+
 QCoro::Task<Clip> ClipStore::save(
     ClipPayload payload, std::optional<QString> sourceAppName,
     std::optional<QString> sourceBundleID, qint64 maximumHistory)

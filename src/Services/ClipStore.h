@@ -3,6 +3,7 @@
 #include "Actor.h"
 #include "Clip.h"
 #include "ClipStoreError.h"
+#include "ClipSummary.h"
 
 #include <QCoroTask>
 
@@ -56,6 +57,14 @@ public:
     [[nodiscard]] QCoro::Task<std::vector<Clip>> search(
         QString query, std::optional<ClipKind> kind, qint64 limit, std::vector<Clip> held = {},
         std::stop_token stop = {});
+
+    /// The clip at a position, counted from 1, of the whole history in list order; none if the
+    /// history is shorter.
+    [[nodiscard]] QCoro::Task<std::optional<Clip>> clip(qint64 position);
+
+    /// As `search`, without the contents, of which a long history has more than fits in memory.
+    [[nodiscard]] QCoro::Task<std::vector<ClipSummary>>
+    summaries(QString query, std::optional<ClipKind> kind, qint64 limit);
 
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then
     /// trims.

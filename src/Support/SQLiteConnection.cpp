@@ -26,10 +26,25 @@ void SQLiteConnection::Close::operator()(sqlite3* handle) const
 
 SQLiteConnection::SQLiteConnection(const QString& path)
 {
+    open(QFile::encodeName(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+}
+
+SQLiteConnection::SQLiteConnection(const QString& path, Access access)
+{
+    if (access == Access::readOnly) {
+        open(QFile::encodeName(path), SQLITE_OPEN_READONLY);
+    } else {
+        open(
+            "file:" + QFile::encodeName(path).toPercentEncoding("/") + "?immutable=1",
+            SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    }
+}
+
+void SQLiteConnection::open(const QByteArray& name, int flags)
+{
     sqlite3* handle = nullptr;
-    const int result = sqlite3_open_v2(
-        QFile::encodeName(path).constData(), &handle,
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
+    const int result =
+        sqlite3_open_v2(name.constData(), &handle, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
     m_handle.reset(handle);
     if (result != SQLITE_OK) {
         const QString message = handle != nullptr ? errorMessage() : QString();

@@ -19,6 +19,15 @@ public:
     /// with the message "Unknown SQLite error" where SQLite has no words of its own.
     explicit SQLiteConnection(const QString& path);
 
+    enum class Access {
+        readOnly,
+        /// Without locks, and without a look at the write-ahead log: for a file that nobody has
+        /// open. Creates no file.
+        readOnlyUnshared,
+    };
+    /// Opens an existing file for reading. Throws as above.
+    SQLiteConnection(const QString& path, Access access);
+
     /// How long a call waits for a lock that another process holds.
     void setBusyTimeout(std::chrono::milliseconds timeout);
 
@@ -59,6 +68,8 @@ public:
     };
 
 private:
+    void open(const QByteArray& name, int flags);
+
     struct Close
     {
         void operator()(sqlite3* handle) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ActionOutcome.h"
 #include "AppSettings.h"
 #include "Clip.h"
 #include "ClipStore.h"
@@ -107,14 +108,22 @@ public:
     void dismissBanner();
 
     enum class PasteStyle { original, plainTextOnly };
-    void paste(const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target);
+    void paste(
+        const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target,
+        ActionCompletion completion = {});
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
     void copySelected(PasteStyle style);
+    void copy(const Clip& clip, PasteStyle style, ActionCompletion completion = {});
     /// The selected clip if none is given.
     void togglePin(const Clip* clip = nullptr);
+    /// Pinning a pinned clip puts it before the other pinned ones.
+    void setPinned(const Clip& clip, bool pinned, ActionCompletion completion = {});
     void deleteSelected();
-    void clearHistory(bool includePinned);
+    void deleteClip(const Clip& clip, ActionCompletion completion = {});
+    void clearHistory(bool includePinned, ActionCompletion completion = {});
+    /// Stops or resumes recording, and says so; does nothing if that is so already.
+    void setRecordingPaused(bool paused);
     void trimHistoryToCurrentLimit();
     void directPasteShortcutsDidChange();
     void openAutomaticPasteSettings();
@@ -141,8 +150,9 @@ private:
         std::optional<QString> sourceBundleID);
     static QCoro::Task<> fetch(
         QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop);
-    static QCoro::Task<>
-    finish(QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage = {});
+    static QCoro::Task<> finish(
+        QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage = {},
+        ActionCompletion completion = {});
     static QCoro::Task<> pastePosition(
         QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target);
     void scheduleScrub(Clock::Duration delay);
@@ -151,7 +161,8 @@ private:
     void showError(const std::exception& error);
     void select(qsizetype index);
     [[nodiscard]] std::optional<qsizetype> selectedIndex() const;
-    void pasteEnded(const Clip& clip, PasteService::Result result);
+    void
+    pasteEnded(const Clip& clip, PasteService::Result result, const ActionCompletion& completion);
     void recordUsage(const Clip& clip);
     void setAutomaticPasteAccessGranted(bool granted);
     void pollAutomaticPasteAccess(int checksLeft);

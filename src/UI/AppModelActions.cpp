@@ -21,9 +21,31 @@ const QString copiedMessage = u"Copied to the clipboard."_s;
 const QString needsAccessMessage = u"Copied. Allow Automatic paste in Settings."_s;
 const QString notRestoredMessage = u"Could not restore that clipboard item."_s;
 
+// What the banners leave to the panel to show.
+const ActionOutcome copiedOnly = {
+    ActionOutcome::Case::copiedOnly,
+    u"Copied to the clipboard, but not pasted: no other application was in front."_s};
+const ActionOutcome accessRefused = {
+    ActionOutcome::Case::needsAccess,
+    u"Not pasted: Tessly is not allowed to press keys in other applications."_s};
+const ActionOutcome copiedWithoutAccess = {
+    ActionOutcome::Case::needsAccess,
+    u"Copied to the clipboard, but not pasted: Tessly is not allowed to press keys in other "
+    "applications."_s};
+const ActionOutcome notRestored = {ActionOutcome::Case::notRestored, notRestoredMessage};
+
+void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
+{
+    if (completion) {
+        completion(outcome);
+    }
+}
+
 } // namespace
 
-void AppModel::paste(const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target)
+void AppModel::paste(
+    const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target,
+    ActionCompletion completion)
 {
     PasteService& pasteService = m_dependencies.pasteService;
     // The one that was given may be a row of a list that changes when the panel closes.
@@ -33,6 +55,7 @@ void AppModel::paste(const Clip& clip, PasteStyle style, std::shared_ptr<Running
         refreshAutomaticPasteAccess(false);
         if (!isGranted) {
             showBanner(u"Allow Tessly in Accessibility, then click again."_s, BannerKind::warning);
+            tell(completion, accessRefused);
             return;
         }
     }
@@ -41,40 +64,50 @@ void AppModel::paste(const Clip& clip, PasteStyle style, std::shared_ptr<Running
     }
     if (!pasteService.write(pasted.payload, style == PasteStyle::plainTextOnly)) {
         showBanner(notRestoredMessage, BannerKind::error);
+        tell(completion, notRestored);
         return;
     }
     if (!target || target->isTerminated() || target->bundleIdentifier() == ownBundleIdentifier) {
         showBanner(copiedMessage, BannerKind::information);
+        tell(completion, copiedOnly);
         return;
     }
     if (!pasteService.checkAutomaticPasteAccess()) {
         showBanner(needsAccessMessage, BannerKind::warning);
+        tell(completion, copiedWithoutAccess);
         return;
     }
     target->activate();
     pasteService.pasteWhenTargetIsReady(
-        target, pasteAttempts, [self = QPointer(this), pasted](PasteService::Result result) {
+        target, pasteAttempts,
+        [self = QPointer(this), pasted,
+         completion = std::move(completion)](PasteService::Result result) {
             if (self) {
-                self->pasteEnded(pasted, result);
+                self->pasteEnded(pasted, result, completion);
             }
         });
 }
 
-void AppModel::pasteEnded(const Clip& clip, PasteService::Result result)
+void AppModel::pasteEnded(
+    const Clip& clip, PasteService::Result result, const ActionCompletion& completion)
 {
     switch (result.resultCase) {
     case PasteService::Result::Case::copiedOnly:
         if (result.needsAutomaticPaste) {
             showBanner(needsAccessMessage, BannerKind::warning);
+            tell(completion, copiedWithoutAccess);
         } else {
             showBanner(copiedMessage, BannerKind::information);
+            tell(completion, copiedOnly);
         }
         break;
     case PasteService::Result::Case::pasted:
         recordUsage(clip);
+        tell(completion, {});
         break;
     case PasteService::Result::Case::failed:
         showBanner(notRestoredMessage, BannerKind::error);
+        tell(completion, notRestored);
         break;
     }
 }
@@ -113,56 +146,93 @@ QCoro::Task<> AppModel::pastePosition(
 
 void AppModel::copySelected(PasteStyle style)
 {
-    const Clip* const clip = selectedClip();
-    if (!clip ||
-        !m_dependencies.pasteService.write(clip->payload, style == PasteStyle::plainTextOnly)) {
+    if (const Clip* const clip = selectedClip()) {
+        copy(*clip, style);
+    }
+}
+
+void AppModel::copy(const Clip& clip, PasteStyle style, ActionCompletion completion)
+{
+    if (!m_dependencies.pasteService.write(clip.payload, style == PasteStyle::plainTextOnly)) {
+        tell(completion, notRestored);
         return;
     }
     if (closePanel) {
         closePanel();
     }
     showBanner(copiedMessage, BannerKind::information);
+    tell(completion, {});
 }
 
 /// Waits for a store operation and reloads, telling first of its success where there is something
 /// to tell. Its error becomes the banner.
-QCoro::Task<>
-AppModel::finish(QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage)
+QCoro::Task<> AppModel::finish(
+    QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage,
+    ActionCompletion completion)
 {
+    ActionOutcome outcome;
     try {
         co_await operation;
-        if (!self) {
-            co_return;
-        }
+    } catch (const std::exception& error) {
+        outcome = {ActionOutcome::Case::storeFailed, QString::fromUtf8(error.what())};
+    }
+    if (!self) {
+        co_return;
+    }
+    if (outcome.resultCase != ActionOutcome::Case::done) {
+        self->showBanner(outcome.message, BannerKind::error);
+    } else {
         if (!successMessage.isEmpty()) {
             self->showBanner(successMessage, BannerKind::information);
         }
         self->reload(Debounce::no);
-    } catch (const std::exception& error) {
-        if (self) {
-            self->showError(error);
-        }
     }
+    tell(completion, outcome);
 }
 
 void AppModel::togglePin(const Clip* clip)
 {
     const Clip* const target = clip ? clip : selectedClip();
     if (target) {
-        finish(this, m_dependencies.store.setPinned(!target->isPinned, target->id));
+        setPinned(*target, !target->isPinned);
     }
+}
+
+void AppModel::setPinned(const Clip& clip, bool pinned, ActionCompletion completion)
+{
+    finish(this, m_dependencies.store.setPinned(pinned, clip.id), {}, std::move(completion));
 }
 
 void AppModel::deleteSelected()
 {
     if (const Clip* const target = selectedClip()) {
-        finish(this, m_dependencies.store.remove(target->id));
+        deleteClip(*target);
     }
 }
 
-void AppModel::clearHistory(bool includePinned)
+void AppModel::deleteClip(const Clip& clip, ActionCompletion completion)
 {
-    finish(this, m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s);
+    finish(this, m_dependencies.store.remove(clip.id), {}, std::move(completion));
+}
+
+void AppModel::clearHistory(bool includePinned, ActionCompletion completion)
+{
+    finish(
+        this, m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s,
+        std::move(completion));
+}
+
+void AppModel::setRecordingPaused(bool paused)
+{
+    if (clipboardMonitor().isPaused() == paused) {
+        return;
+    }
+    clipboardMonitor().togglePaused();
+    if (paused) {
+        showBanner(u"Clipboard recording paused."_s, BannerKind::warning);
+    } else {
+        showBanner(u"Clipboard recording resumed."_s, BannerKind::information);
+    }
 }
 
 void AppModel::trimHistoryToCurrentLimit()

@@ -1,0 +1,192 @@
+#include "HistoryCommands.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+ActionOutcome storeFailure(const std::exception& error)
+{
+    return {ActionOutcome::Case::storeFailed, QString::fromUtf8(error.what())};
+}
+
+ActionOutcome noSuchPosition(qint64 position)
+{
+    return {
+        ActionOutcome::Case::noSuchPosition,
+        u"There is no clipboard item at position %1."_s.arg(position)};
+}
+
+void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
+{
+    if (completion) {
+        completion(outcome);
+    }
+}
+
+bool isTrue(const std::function<bool()>& ability)
+{
+    return ability && ability();
+}
+
+} // namespace
+
+HistoryCommands::HistoryCommands(Dependencies dependencies, QObject* parent)
+    : QObject(parent)
+    , m_dependencies(std::move(dependencies))
+{
+}
+
+HistoryCommands::~HistoryCommands() = default;
+
+void HistoryCommands::pause()
+{
+    m_dependencies.model.setRecordingPaused(true);
+}
+
+void HistoryCommands::resume()
+{
+    m_dependencies.model.setRecordingPaused(false);
+}
+
+void HistoryCommands::paste(
+    qint64 position, AppModel::PasteStyle style, ActionCompletion completion)
+{
+    // Now, since another application may be in front by the time the history has answered.
+    auto target = m_dependencies.workspace.frontmostApplication();
+    // The panel tells of it as it does for the position's key, whose place a command may take.
+    ActionCompletion notFound = [this, completion](const ActionOutcome& outcome) {
+        m_dependencies.model.showBanner(
+            outcome.message, outcome.resultCase == ActionOutcome::Case::noSuchPosition
+                                 ? AppModel::BannerKind::warning
+                                 : AppModel::BannerKind::error);
+        tell(completion, outcome);
+    };
+    withClip(
+        this, position,
+        [this, style, target = std::move(target), completion](const Clip& clip) {
+            m_dependencies.model.paste(clip, style, target, completion);
+        },
+        std::move(notFound));
+}
+
+void HistoryCommands::copy(qint64 position, AppModel::PasteStyle style, ActionCompletion completion)
+{
+    withClip(
+        this, position,
+        [this, style, completion](const Clip& clip) {
+            m_dependencies.model.copy(clip, style, completion);
+        },
+        completion);
+}
+
+void HistoryCommands::setPinned(qint64 position, bool pinned, ActionCompletion completion)
+{
+    withClip(
+        this, position,
+        [this, pinned, completion](const Clip& clip) {
+            m_dependencies.model.setPinned(clip, pinned, completion);
+        },
+        completion);
+}
+
+void HistoryCommands::deleteEntry(qint64 position, ActionCompletion completion)
+{
+    withClip(
+        this, position,
+        [this, completion](const Clip& clip) { m_dependencies.model.deleteClip(clip, completion); },
+        completion);
+}
+
+void HistoryCommands::clear(bool includePinned, ActionCompletion completion)
+{
+    m_dependencies.model.clearHistory(includePinned, std::move(completion));
+}
+
+QCoro::Task<> HistoryCommands::withClip(
+    QPointer<HistoryCommands> self, qint64 position, Act act, ActionCompletion completion)
+{
+    std::optional<Clip> clip;
+    ActionOutcome outcome;
+    try {
+        clip = co_await self->m_dependencies.store.clip(position);
+        if (!clip) {
+            outcome = noSuchPosition(position);
+        }
+    } catch (const std::exception& error) {
+        outcome = storeFailure(error);
+    }
+    if (!self) {
+        co_return;
+    }
+    if (clip) {
+        act(*clip);
+    } else {
+        tell(completion, outcome);
+    }
+}
+
+void HistoryCommands::list(
+    const QString& query, std::optional<ClipKind> kind, qint64 limit,
+    std::function<void(Entries)> answer, ActionCompletion failed)
+{
+    answerList(
+        this, m_dependencies.store.summaries(query, kind, limit), std::move(answer),
+        std::move(failed));
+}
+
+QCoro::Task<> HistoryCommands::answerList(
+    QPointer<HistoryCommands> self, QCoro::Task<Entries> entries,
+    std::function<void(Entries)> answer, ActionCompletion failed)
+{
+    try {
+        Entries found = co_await entries;
+        if (self && answer) {
+            answer(std::move(found));
+        }
+    } catch (const std::exception& error) {
+        if (self) {
+            tell(failed, storeFailure(error));
+        }
+    }
+}
+
+void HistoryCommands::status(
+    std::function<void(const StatusReport&)> answer, ActionCompletion failed)
+{
+    answerStatus(this, std::move(answer), std::move(failed));
+}
+
+QCoro::Task<> HistoryCommands::answerStatus(
+    QPointer<HistoryCommands> self, std::function<void(const StatusReport&)> answer,
+    ActionCompletion failed)
+{
+    try {
+        const ClipStore::Statistics statistics = co_await self->m_dependencies.store.statistics();
+        if (!self || !answer) {
+            co_return;
+        }
+        const Abilities& abilities = self->m_dependencies.abilities;
+        answer({
+            .isRunning = true,
+            .isPaused = self->m_dependencies.model.clipboardMonitor().isPaused(),
+            .items = statistics.totalItems,
+            .pinned = statistics.pinnedItems,
+            .bytes = statistics.databaseBytes,
+            .session = sessionType(),
+            .capture = isTrue(abilities.capture),
+            .paste = isTrue(abilities.paste),
+            .hotKeys = isTrue(abilities.hotKeys),
+            .tray = isTrue(abilities.tray),
+        });
+    } catch (const std::exception& error) {
+        if (self) {
+            tell(failed, storeFailure(error));
+        }
+    }
+}
+
+} // namespace tessly

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+namespace tessly {
+
+/// What the program says about itself.
+struct StatusReport
+{
+    bool isRunning = false;
+    bool isPaused = false;
+    qint64 items = 0;
+    qint64 pinned = 0;
+    /// The database and its companions, on disk.
+    qint64 bytes = 0;
+    /// "x11" or "wayland".
+    QString session;
+    // Whether each works on this desktop, now. Nothing does while the program does not run.
+    bool capture = false;
+    bool paste = false;
+    bool hotKeys = false;
+    bool tray = false;
+
+    bool operator==(const StatusReport&) const = default;
+};
+
+/// The type of the session that this process belongs to, by its environment.
+[[nodiscard]] QString sessionType();
+
+} // namespace tessly
