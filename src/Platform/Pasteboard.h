@@ -27,13 +27,14 @@ enum class Flavour {
 /// How reading one flavour ended.
 enum class ReadStatus {
     read,
-    /// Not offered, or refused by the owner, or not what its type promises. Also what an owner left
-    /// behind unread that went away after it had handed over another flavour, as some do.
+    /// Not offered, or refused by the owner, or not what its type promises. Also what was not read
+    /// of an owner that went away or fell silent after it had handed over another flavour, as some
+    /// do.
     absent,
     /// More bytes than the caller allowed.
     tooLarge,
-    /// The whole content is lost to this read: its owner hung or went away, or a newer content has
-    /// taken its place.
+    /// The whole content is lost to this read: its owner hung or went away before it had handed
+    /// over anything, or a newer content has taken its place.
     unreadable,
 };
 

@@ -22,6 +22,9 @@ public:
         if (content.refusesHTML) {
             copied.refused.insert(Flavour::html);
         }
+        if (content.hangsAtHTML) {
+            copied.hanging = {Flavour::html};
+        }
         if (content.hangs) {
             copied.hanging = {Flavour::plainText, Flavour::html, Flavour::png};
         }

@@ -467,10 +467,10 @@ TEST_F(ClipboardMonitorTest, AFlavourThatIsRefusedContributesNothing)
     EXPECT_EQ(m_captures.at(0).payload, text("text"));
 }
 
-TEST_F(ClipboardMonitorTest, ContentOfWhichOneFlavourIsUnreadableIsDroppedAndTheNextCopyRecorded)
+TEST_F(ClipboardMonitorTest, WhatWasReadBeforeAnOwnerHungIsRecorded)
 {
     m_monitor->start();
-    for (const Flavour flavour : {Flavour::plainText, Flavour::rtf, Flavour::html, Flavour::png}) {
+    for (const Flavour flavour : {Flavour::rtf, Flavour::html, Flavour::png}) {
         m_pasteboard.copy(
             {.plainText = "text",
              .rtf = "{}",
@@ -479,6 +479,18 @@ TEST_F(ClipboardMonitorTest, ContentOfWhichOneFlavourIsUnreadableIsDroppedAndThe
              .hanging = {flavour}});
         tick();
     }
+    ASSERT_THAT(m_captures, SizeIs(3));
+    EXPECT_EQ(m_captures.at(0).payload, text("text"));
+    EXPECT_EQ(m_captures.at(1).payload, ClipPayload({.plainText = "text", .rtf = "{}"}));
+    EXPECT_EQ(
+        m_captures.at(2).payload, ClipPayload({.plainText = "text", .rtf = "{}", .html = "<b>"}));
+}
+
+TEST_F(ClipboardMonitorTest, ContentWhoseFirstFlavourIsUnreadableIsDroppedAndTheNextCopyRecorded)
+{
+    m_monitor->start();
+    m_pasteboard.copy({.plainText = "text", .html = "<b>", .hanging = {Flavour::plainText}});
+    tick();
     m_pasteboard.copy(
         {.otherImage = FakeImageConverter::image("1"), .hanging = {Flavour::otherImage}});
     tick();

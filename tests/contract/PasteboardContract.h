@@ -28,6 +28,8 @@ public:
         bool refusesHTML = false;
         /// It lists what it offers, and is silent when asked for it.
         bool hangs = false;
+        /// It is silent when asked for the HTML that it offers.
+        bool hangsAtHTML = false;
         /// It ends once it has handed over one flavour.
         bool leavesAfterOneRead = false;
     };
@@ -228,6 +230,18 @@ TEST_P(PasteboardContract, anOwnerThatHangsIsUnreadableAndTheNextCopyIsNot)
 {
     const qint64 hung = copied({.plainText = "never", .hangs = true});
     EXPECT_EQ(read(hung, Flavour::plainText).status, ReadStatus::unreadable);
+    const qint64 next = copied({.plainText = "next"});
+    EXPECT_EQ(read(next, Flavour::plainText).value, "next");
+}
+
+TEST_P(PasteboardContract, whatAnOwnerThatHangsAfterOneReadDidNotHandOverIsAbsent)
+{
+    const qint64 count = copied(
+        {.plainText = "text", .html = "<b>", .fileURLs = {"file:///file"}, .hangsAtHTML = true});
+    EXPECT_EQ(read(count, Flavour::plainText).value, "text");
+    EXPECT_EQ(read(count, Flavour::html).status, ReadStatus::absent);
+    // It is not waited for a second time.
+    EXPECT_EQ(await(pasteboard().readFileURLs(count, noLimit)).status, ReadStatus::absent);
     const qint64 next = copied({.plainText = "next"});
     EXPECT_EQ(read(next, Flavour::plainText).value, "next");
 }

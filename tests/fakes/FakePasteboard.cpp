@@ -92,10 +92,9 @@ FakePasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
         result.status = ReadStatus::unreadable;
     } else if (!m_content || !offered(flavour)) {
         result.status = ReadStatus::absent;
-    } else if (m_ownerLeft) {
+    } else if (m_ownerLeft || m_isSilent || m_content->hanging.contains(flavour)) {
         result.status = m_hasDelivered ? ReadStatus::absent : ReadStatus::unreadable;
-    } else if (m_content->hanging.contains(flavour)) {
-        result.status = ReadStatus::unreadable;
+        m_isSilent = m_hasDelivered;
     } else if (m_content->refused.contains(flavour)) {
         result.status = ReadStatus::absent;
     } else if (offered(flavour)->size() > byteLimit) {
@@ -124,7 +123,7 @@ FakePasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
         result.status = ReadStatus::unreadable;
     } else if (!m_content || m_content->fileURLs.isEmpty()) {
         result.status = ReadStatus::absent;
-    } else if (m_ownerLeft) {
+    } else if (m_ownerLeft || m_isSilent) {
         result.status = m_hasDelivered ? ReadStatus::absent : ReadStatus::unreadable;
     } else {
         qint64 bytes = 0;
@@ -177,6 +176,7 @@ void FakePasteboard::change()
     ++m_changeCount;
     m_ownerLeft = false;
     m_hasDelivered = false;
+    m_isSilent = false;
     m_kept.reset();
     // What waits belongs to an older content now, and hears so at once.
     m_gate.releaseWaiting();

@@ -122,6 +122,8 @@ private:
     bool m_ownerLeft = false;
     /// Whether the owner has handed anything over.
     bool m_hasDelivered = false;
+    /// The owner hung after that, and is not asked again.
+    bool m_isSilent = false;
     std::vector<PasteboardItem> m_ownItems;
     std::optional<Keep> m_kept;
     std::vector<Request> m_requests;

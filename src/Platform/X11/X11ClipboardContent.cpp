@@ -219,10 +219,11 @@ void X11ClipboardContent::tryNext(const std::shared_ptr<Search>& search)
         search->accept({.status = ReadStatus::absent});
         return;
     }
-    if (m_hasOwnerLeft || m_isEnded) {
-        search->accept(
-            {.status = statusOf(
-                 m_isEnded ? X11Conversion::End::overtaken : X11Conversion::End::ownerLeft)});
+    if (m_hasOwnerLeft || m_isEnded || m_isSilent) {
+        const auto end = m_isEnded        ? X11Conversion::End::overtaken
+                         : m_hasOwnerLeft ? X11Conversion::End::ownerLeft
+                                          : X11Conversion::End::timedOut;
+        search->accept({.status = statusOf(end)});
         return;
     }
     const Target target = search->candidates.front();
@@ -246,6 +247,8 @@ void X11ClipboardContent::tryNext(const std::shared_ptr<Search>& search)
             } else {
                 const ReadStatus status = content->statusOf(result.end);
                 content->m_isServed |= status == ReadStatus::read;
+                content->m_isSilent |=
+                    content->m_isServed && result.end == X11Conversion::End::timedOut;
                 search->accept({status, target.name, result.type, std::move(result.bytes)});
             }
         });
@@ -274,8 +277,8 @@ ReadStatus X11ClipboardContent::statusOf(X11Conversion::End end) const
     case X11Conversion::End::tooLarge:
         return ReadStatus::tooLarge;
     case X11Conversion::End::ownerLeft:
-        return m_isServed ? ReadStatus::absent : ReadStatus::unreadable;
     case X11Conversion::End::timedOut:
+        return m_isServed ? ReadStatus::absent : ReadStatus::unreadable;
     case X11Conversion::End::overtaken:
         return ReadStatus::unreadable;
     }

@@ -74,6 +74,8 @@ private:
     std::optional<std::optional<std::vector<Target>>> m_targets;
     std::vector<TargetsDone> m_awaitTargets;
     bool m_isServed = false;
+    /// It served something and then let a deadline pass: it is not waited for again.
+    bool m_isSilent = false;
     bool m_hasOwnerLeft = false;
     bool m_isEnded = false;
 };

@@ -39,6 +39,9 @@ public:
         if (content.hangs) {
             arguments << u"--behave"_s << u"*"_s << u"silent"_s;
         }
+        if (content.hangsAtHTML) {
+            arguments << u"--behave"_s << u"text/html"_s << u"silent"_s;
+        }
         if (content.refusesHTML) {
             arguments << u"--behave"_s << u"text/html"_s << u"refuse"_s;
         }
