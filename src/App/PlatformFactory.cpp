@@ -37,7 +37,10 @@ private:
     X11Pasteboard m_pasteboard;
     X11Desktop m_desktop;
     X11Workspace m_workspace{m_desktop};
-    X11KeyEventPoster m_keys{m_desktop, [this] { return m_pasteboard.offerAsPrimary(); }};
+    X11KeyEventPoster m_keys{
+        m_desktop,
+        {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
+         .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }}};
     X11OutsideClickMonitor m_outsideClicks{m_desktop};
     X11HotKeyCenter m_hotKeys{m_desktop};
     QtImageConverter m_imageConverter;

@@ -13,7 +13,8 @@ enum class PostResult {
     posted,
     /// The target was not in front when the keys were due; none were sent.
     targetNotInFront,
-    /// The keys cannot be made here: no such key, no such facility, or the desktop went away.
+    /// The keys cannot be made here: no such key, no such facility, the desktop went away, or it
+    /// did not take what was to be pasted.
     failed,
 };
 

@@ -116,6 +116,14 @@ xcb_window_t XClient::focused()
         ->focus;
 }
 
+xcb_window_t XClient::ownerOf(const std::string& selection)
+{
+    return answered(
+               xcb_get_selection_owner_reply(
+                   m_connection, xcb_get_selection_owner(m_connection, atom(selection)), nullptr))
+        ->owner;
+}
+
 const std::vector<XClient::Key>& XClient::keys()
 {
     sync();

@@ -77,6 +77,9 @@ public:
     void lock(std::uint8_t mods, std::uint8_t group);
     void latch(std::uint8_t mods);
 
+    /// The window that owns a selection.
+    [[nodiscard]] xcb_window_t ownerOf(const std::string& selection);
+
     /// What the server's clock says, in milliseconds.
     [[nodiscard]] xcb_timestamp_t time();
 

@@ -182,7 +182,21 @@ void X11Clipboard::readFileURLs(
 void X11Clipboard::write(const std::vector<PasteboardItem>& items)
 {
     const auto offer = std::make_shared<PasteboardOffer>(items);
-    withServerTime([this, offer](xcb_timestamp_t time) { m_owner.own(m_clipboard, offer, time); });
+    withServerTime([this, offer](xcb_timestamp_t time) {
+        m_owner.own(m_clipboard, offer, time, [this](bool isOwner) { m_hasWritten = isOwner; });
+    });
+}
+
+void X11Clipboard::awaitWrites(OwnDone done)
+{
+    // Times come and replies arrive in the order in which they were asked for.
+    withServerTime([this, done = std::move(done)](xcb_timestamp_t) {
+        m_loop.awaitReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus(m_loop.connection()),
+            [this, done](const xcb_get_input_focus_reply_t* reply) {
+                done(reply != nullptr && m_hasWritten);
+            });
+    });
 }
 
 void X11Clipboard::clear()

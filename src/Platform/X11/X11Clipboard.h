@@ -41,6 +41,8 @@ public:
     read(qint64 changeCount, Flavour flavour, qint64 byteLimit, X11ClipboardContent::ReadDone done);
     void readFileURLs(qint64 changeCount, qint64 byteLimit, X11ClipboardContent::FileURLsDone done);
     void write(const std::vector<PasteboardItem>& items);
+    /// Answers once the writes before are through: whether the last took the clipboard.
+    void awaitWrites(OwnDone done);
     void clear();
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
     /// Offers as PRIMARY, too, what it offers as CLIPBOARD.
@@ -72,6 +74,7 @@ private:
     /// What to offer then.
     std::vector<PasteboardItem> m_kept;
     std::deque<TimeDone> m_awaitTime;
+    bool m_hasWritten = false;
     bool m_isLost = false;
 };
 

@@ -10,16 +10,33 @@
 
 namespace tessly {
 
-X11KeyEventPoster::X11KeyEventPoster(
-    X11Desktop& desktop, OfferAsPrimary offerAsPrimary, Options options)
+namespace {
+
+PostResult postResult(X11Keyboard::Result result)
+{
+    switch (result) {
+    case X11Keyboard::Result::posted:
+        return PostResult::posted;
+    case X11Keyboard::Result::targetNotInFront:
+        return PostResult::targetNotInFront;
+    case X11Keyboard::Result::noLetter:
+    case X11Keyboard::Result::failed:
+        return PostResult::failed;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+X11KeyEventPoster::X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard, Options options)
     : m_desktop(desktop)
-    , m_offerAsPrimary(std::move(offerAsPrimary))
+    , m_clipboard(std::move(clipboard))
     , m_options(options)
 {
 }
 
-X11KeyEventPoster::X11KeyEventPoster(X11Desktop& desktop, OfferAsPrimary offerAsPrimary)
-    : X11KeyEventPoster(desktop, std::move(offerAsPrimary), Options())
+X11KeyEventPoster::X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard)
+    : X11KeyEventPoster(desktop, std::move(clipboard), Options())
 {
 }
 
@@ -29,24 +46,43 @@ QCoro::Task<PostResult> X11KeyEventPoster::postPaste(std::shared_ptr<RunningAppl
     if (!application || !application->isActive()) {
         co_return PostResult::targetNotInFront;
     }
-    const auto chord = application->window()->owner().chord;
-    if (chord == PasteChord::shiftInsert) {
-        const std::weak_ptr<bool> alive = m_alive;
-        const bool isOffered = m_offerAsPrimary && co_await m_offerAsPrimary();
-        if (!isOffered || alive.expired()) {
-            co_return PostResult::failed;
+    const std::weak_ptr<bool> alive = m_alive;
+    // Keys that came first would paste what was on the clipboard before.
+    const bool hasWritten = m_clipboard.hasWritten && co_await m_clipboard.hasWritten();
+    if (!hasWritten || alive.expired()) {
+        co_return PostResult::failed;
+    }
+    const auto window = application->window();
+    const auto chord = window->owner().chord;
+    if (chord != PasteChord::shiftInsert) {
+        const auto result = co_await press(chord, window);
+        // Where no layout has the letter, toolkits know no Ctrl+V, whoever presses it. The other
+        // chord needs none; terminals paste PRIMARY by it.
+        if (result != X11Keyboard::Result::noLetter || alive.expired()) {
+            co_return postResult(result);
         }
     }
-    const auto promise = std::make_shared<QPromise<PostResult>>();
-    QFuture<PostResult> future = promise->future();
+    const bool isOffered = m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary();
+    if (!isOffered || alive.expired()) {
+        co_return PostResult::failed;
+    }
+    co_return postResult(co_await press(PasteChord::shiftInsert, window));
+}
+
+QCoro::Task<X11Keyboard::Result>
+X11KeyEventPoster::press(PasteChord chord, std::shared_ptr<const X11Window> target)
+{
+    const auto promise = std::make_shared<QPromise<X11Keyboard::Result>>();
+    QFuture<X11Keyboard::Result> future = promise->future();
     promise->start();
     m_desktop.post(
         {.chord = chord,
-         .target = application->window(),
-         .completion = std::make_shared<X11Keyboard::Completion>([promise](PostResult result) {
-             promise->addResult(result);
-             promise->finish();
-         }),
+         .target = std::move(target),
+         .completion =
+             std::make_shared<X11Keyboard::Completion>([promise](X11Keyboard::Result result) {
+                 promise->addResult(result);
+                 promise->finish();
+             }),
          .releaseWait = m_options.releaseWait});
     co_return co_await future;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "KeyEventPoster.h"
+#include "PasteChord.h"
+#include "X11Keyboard.h"
 
 #include <chrono>
 #include <functional>
@@ -14,9 +16,15 @@ class X11Desktop;
 class X11KeyEventPoster final : public KeyEventPoster
 {
 public:
-    /// Offers what is on the clipboard as PRIMARY too, for terminals that paste only that; false if
-    /// it cannot be done.
-    using OfferAsPrimary = std::function<QCoro::Task<bool>()>;
+    /// What is asked of the clipboard. Keys and content go to the server over connections of their
+    /// own, which it serves in any order.
+    struct Clipboard
+    {
+        /// True once what was written last is there to be pasted.
+        std::function<QCoro::Task<bool>()> hasWritten = {};
+        /// Offers it as PRIMARY too, for what pastes only that; false if it cannot be done.
+        std::function<QCoro::Task<bool>()> offerAsPrimary = {};
+    };
 
     struct Options
     {
@@ -24,8 +32,8 @@ public:
         std::chrono::milliseconds releaseWait{1000};
     };
 
-    X11KeyEventPoster(X11Desktop& desktop, OfferAsPrimary offerAsPrimary, Options options);
-    X11KeyEventPoster(X11Desktop& desktop, OfferAsPrimary offerAsPrimary);
+    X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard, Options options);
+    X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard);
 
     [[nodiscard]] bool isAllowed() const override { return true; }
     [[nodiscard]] bool requestAccess() override { return true; }
@@ -33,8 +41,11 @@ public:
     postPaste(std::shared_ptr<RunningApplication> target) override;
 
 private:
+    [[nodiscard]] QCoro::Task<X11Keyboard::Result>
+    press(PasteChord chord, std::shared_ptr<const X11Window> target);
+
     X11Desktop& m_desktop;
-    OfferAsPrimary m_offerAsPrimary;
+    Clipboard m_clipboard;
     Options m_options;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };

@@ -114,11 +114,11 @@ void X11Keyboard::step()
         return;
     }
     if (!m_isUsable) {
-        finish(PostResult::failed);
+        finish(Result::failed);
         return;
     }
     if (!m_windows.isInFrontNow(*m_pastes.front().target)) {
-        finish(PostResult::targetNotInFront);
+        finish(Result::targetNotInFront);
         return;
     }
     const bool isOver = std::chrono::steady_clock::now() >= m_deadline;
@@ -133,17 +133,17 @@ void X11Keyboard::step()
         m_loop.callAfter(lookInterval, [this] { step(); });
     } else {
         // Keys would go to whoever has grabbed the keyboard.
-        finish(isGrabbed ? PostResult::targetNotInFront : press());
+        finish(isGrabbed ? Result::targetNotInFront : press());
     }
 }
 
-void X11Keyboard::finish(PostResult result)
+void X11Keyboard::finish(Result result)
 {
     const auto completion = m_pastes.front().completion;
     m_pastes.pop_front();
     // Nothing that was asked of a server that is gone says anything about the target.
     if (xcb_connection_has_error(m_loop.connection()) != 0) {
-        result = PostResult::failed;
+        result = Result::failed;
     }
     completion->tell(result);
     if (!m_pastes.empty()) {
@@ -151,28 +151,37 @@ void X11Keyboard::finish(PostResult result)
     }
 }
 
-PostResult X11Keyboard::press()
+X11Keyboard::Result X11Keyboard::press()
 {
     auto* const connection = m_loop.connection();
-    const auto map = keymap();
-    if (!map) {
-        return PostResult::failed;
-    }
     const auto& paste = m_pastes.front();
+    const auto map = keymap();
+    const auto expectedGroup = group();
+    if (!map || !expectedGroup) {
+        return Result::failed;
+    }
+    // Looking for them takes a while: not with the server in hand.
+    auto keys = X11PasteKeys::find(map.get(), paste.chord, *expectedGroup);
+    if (!keys) {
+        return paste.chord == PasteChord::shiftInsert ? Result::failed : Result::noLetter;
+    }
 
     const ServerGrab grab(connection);
     if (!m_windows.isInFrontNow(*paste.target)) {
-        return PostResult::targetNotInFront;
+        return Result::targetNotInFront;
     }
     lift(heldKeys());
     const auto state = owned(
         xcb_xkb_get_state_reply(connection, xcb_xkb_get_state(connection, coreKeyboard), nullptr));
     if (!state) {
-        return PostResult::failed;
+        return Result::failed;
     }
-    const auto keys = X11PasteKeys::find(map.get(), paste.chord, state->group);
+    if (state->group != *expectedGroup) {
+        // A key that was held had switched layouts.
+        keys = X11PasteKeys::find(map.get(), paste.chord, state->group);
+    }
     if (!keys) {
-        return PostResult::failed;
+        return Result::failed;
     }
 
     const auto setState = [&](std::uint8_t lockedModifiers, std::uint8_t group) {
@@ -194,7 +203,15 @@ PostResult X11Keyboard::press()
     setState(state->lockedMods & changedLocks, state->lockedGroup);
     const auto done =
         owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    return done ? PostResult::posted : PostResult::failed;
+    return done ? Result::posted : Result::failed;
+}
+
+std::optional<std::uint8_t> X11Keyboard::group() const
+{
+    auto* const connection = m_loop.connection();
+    const auto state = owned(
+        xcb_xkb_get_state_reply(connection, xcb_xkb_get_state(connection, coreKeyboard), nullptr));
+    return state ? std::optional(state->group) : std::nullopt;
 }
 
 std::vector<xcb_keycode_t> X11Keyboard::heldKeys() const

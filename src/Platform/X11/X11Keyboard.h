@@ -1,6 +1,5 @@
 #pragma once
 
-#include "KeyEventPoster.h"
 #include "PasteChord.h"
 #include "X11EventLoop.h"
 #include "X11Window.h"
@@ -9,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 
 struct xkb_context;
 struct xkb_keymap;
@@ -27,20 +27,28 @@ class X11Keyboard
 {
 public:
     using Milliseconds = std::chrono::milliseconds;
+    /// How a paste ended. No keys were pressed unless it was `posted`.
+    enum class Result {
+        posted,
+        targetNotInFront,
+        /// No layout of the keyboard has the chord's letter.
+        noLetter,
+        failed,
+    };
     /// Told exactly once how it ended, on the loop thread or where the last holder goes: a paste
     /// that comes to no end has failed.
     class Completion
     {
     public:
-        explicit Completion(std::function<void(PostResult)> told)
+        explicit Completion(std::function<void(Result)> told)
             : m_told(std::move(told))
         {
         }
-        ~Completion() { tell(PostResult::failed); }
+        ~Completion() { tell(Result::failed); }
         Completion(const Completion&) = delete;
         Completion& operator=(const Completion&) = delete;
 
-        void tell(PostResult result)
+        void tell(Result result)
         {
             if (const auto told = std::exchange(m_told, nullptr)) {
                 told(result);
@@ -48,7 +56,7 @@ public:
         }
 
     private:
-        std::function<void(PostResult)> m_told;
+        std::function<void(Result)> m_told;
     };
 
     struct Paste
@@ -85,8 +93,10 @@ private:
 
     void begin();
     void step();
-    void finish(PostResult result);
-    [[nodiscard]] PostResult press();
+    void finish(Result result);
+    [[nodiscard]] Result press();
+    /// The layout in effect; none if the server is gone.
+    [[nodiscard]] std::optional<std::uint8_t> group() const;
     [[nodiscard]] std::vector<xcb_keycode_t> heldKeys() const;
     void lift(const std::vector<xcb_keycode_t>& keys);
     void fake(std::uint8_t type, xcb_keycode_t key);

@@ -157,7 +157,7 @@ bool findKey(const Keyboard& keyboard, xkb_keysym_t symbol, std::uint8_t group, 
             return true;
         }
     }
-    return symbol == XKB_KEY_v && take(keyboard.usualKeyOfV(), group);
+    return false;
 }
 
 } // namespace

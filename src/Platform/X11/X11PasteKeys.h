@@ -24,12 +24,9 @@ struct X11PasteKeys
     /// The group (layout) in which the key has to be pressed.
     std::uint8_t group = 0;
 
-    /// Finds them on a keyboard whose effective group is `group`. None if the keyboard has no such
-    /// key.
-    ///
-    /// The key is the one that bears the letter in the effective group; failing that, in the first
-    /// group that has the letter; if no layout has it (Cyrillic or Greek alone), the key where V
-    /// is on most keyboards.
+    /// Finds them on a keyboard whose effective group is `group`: the key that bears the letter in
+    /// that group; failing that, in the first group that has it. None if no layout has it, as where
+    /// Cyrillic or Greek is the only one.
     [[nodiscard]] static std::optional<X11PasteKeys>
     find(xkb_keymap* keymap, PasteChord chord, std::uint8_t group);
 

@@ -163,6 +163,14 @@ void X11Pasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pasteboa
     });
 }
 
+QCoro::Task<bool> X11Pasteboard::hasWritten()
+{
+    auto hasWritten = ask(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
+        clipboard->awaitWrites(answer);
+    });
+    co_return co_await hasWritten;
+}
+
 QCoro::Task<bool> X11Pasteboard::offerAsPrimary()
 {
     auto isOwner = ask(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {

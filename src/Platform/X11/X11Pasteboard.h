@@ -49,6 +49,10 @@ public:
     void clear() override;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
+    /// True once what was written last has been put on the clipboard, so that programs that read it
+    /// from then on find that or something newer; false if the server did not take it.
+    [[nodiscard]] QCoro::Task<bool> hasWritten();
+
     /// Offers what the last write put on the clipboard as PRIMARY, too, until another program takes
     /// that. True once it is so; false if the program does not own the clipboard (any more).
     [[nodiscard]] QCoro::Task<bool> offerAsPrimary();

@@ -10,8 +10,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
+#include <map>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -51,6 +53,9 @@ const std::vector<Situation>& situations()
          .group = 1,
          .lockedMods = capsLock},
         {.name = u"gr of gr,us"_s, .layout = {u"gr,us"_s}, .group = 0},
+        {.name = u"ru"_s, .layout = {u"ru"_s}},
+        {.name = u"ru with both locks"_s, .layout = {u"ru"_s}, .lockedMods = capsLock | numLock},
+        {.name = u"gr"_s, .layout = {u"gr"_s}},
     };
     return all;
 }
@@ -76,6 +81,7 @@ protected:
     /// Owns a selection until it is owned anew.
     void own(const QString& selection, const QByteArray& text)
     {
+        m_owners.erase(selection);
         auto owner = m_session.program(u"xclip"_s, {u"-selection"_s, selection, u"-quiet"_s});
         // Where it reports every reader.
         owner->setProcessChannelMode(QProcess::SeparateChannels);
@@ -88,17 +94,19 @@ protected:
             reader->waitForFinished();
             return reader->readAllStandardOutput() == text;
         }));
-        m_owner = std::move(owner);
-        m_report.clear();
+        m_owners[selection] = {.process = std::move(owner)};
     }
 
     /// Whether anyone else has read what is owned, since it is.
     bool isRead()
     {
-        // It says what it waits for: first the read above, then the one that is asked about.
-        return waitUntil([&] {
-            m_report += m_owner->readAllStandardError();
-            return m_report.contains("request number 3");
+        // They say what they wait for: first the read above, then the one that is asked about.
+        return waitUntil([this] {
+            return std::ranges::any_of(m_owners, [](auto& entry) {
+                Owner& owner = entry.second;
+                owner.report += owner.process->readAllStandardError();
+                return owner.report.contains("request number 3");
+            });
         });
     }
 
@@ -106,10 +114,11 @@ protected:
     {
         X11KeyEventPoster poster(
             m_desktop,
-            [this]() -> QCoro::Task<bool> {
-                own(u"primary"_s, m_text);
-                co_return true;
-            },
+            {.hasWritten = []() -> QCoro::Task<bool> { co_return true; },
+             .offerAsPrimary = [this]() -> QCoro::Task<bool> {
+                 own(u"primary"_s, m_text);
+                 co_return true;
+             }},
             {.releaseWait = 50ms});
         return await(poster.postPaste(m_workspace.frontmostApplication()));
     }
@@ -117,6 +126,7 @@ protected:
     void pasteIn(const Situation& situation)
     {
         m_text = situation.name.toUtf8() + '\n';
+        m_owners.clear();
         own(u"clipboard"_s, m_text);
         m_session.run(u"setxkbmap"_s, situation.layout);
         m_client.lock(situation.lockedMods, situation.group);
@@ -170,8 +180,13 @@ private:
     X11Workspace m_workspace{m_desktop};
     QTemporaryDir m_folder;
     std::unique_ptr<QProcess> m_program;
-    std::unique_ptr<QProcess> m_owner;
-    QByteArray m_report;
+    struct Owner
+    {
+        std::unique_ptr<QProcess> process;
+        QByteArray report = {};
+    };
+    /// By the selection that is owned.
+    std::map<QString, Owner> m_owners;
     QByteArray m_text;
 };
 

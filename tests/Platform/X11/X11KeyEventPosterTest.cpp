@@ -1,6 +1,7 @@
 #include "X11KeyEventPoster.h"
 
 #include "FakeRunningApplication.h"
+#include "Gate.h"
 #include "TestDesktop.h"
 
 #include <chrono>
@@ -83,15 +84,31 @@ protected:
 
     X11KeyEventPoster& poster(std::chrono::milliseconds releaseWait = patient)
     {
+        const auto write = [this]() -> QCoro::Task<bool> {
+            if (m_holdsWrites) {
+                co_await m_writes.pass();
+            }
+            co_return m_canWrite;
+        };
         const auto offer = [this]() -> QCoro::Task<bool> {
             ++m_offers;
             co_return m_canOffer;
         };
         m_poster = std::make_unique<X11KeyEventPoster>(
-            m_desktop.desktop(), offer, X11KeyEventPoster::Options{.releaseWait = releaseWait});
+            m_desktop.desktop(),
+            X11KeyEventPoster::Clipboard{.hasWritten = write, .offerAsPrimary = offer},
+            X11KeyEventPoster::Options{.releaseWait = releaseWait});
         return *m_poster;
     }
     void endPoster() { m_poster.reset(); }
+    /// What is to be pasted is not on the clipboard until the gate is opened.
+    Gate& holdWrites()
+    {
+        m_holdsWrites = true;
+        m_writes.hold();
+        return m_writes;
+    }
+    void refuseToWrite() { m_canWrite = false; }
     void refuseToOffer() { m_canOffer = false; }
     [[nodiscard]] int offers() const { return m_offers; }
 
@@ -121,6 +138,9 @@ private:
     std::shared_ptr<RunningApplication> m_target;
     xcb_window_t m_window = XCB_WINDOW_NONE;
     std::unique_ptr<X11KeyEventPoster> m_poster;
+    Gate m_writes;
+    bool m_holdsWrites = false;
+    bool m_canWrite = true;
     bool m_canOffer = true;
     int m_offers = 0;
 };
@@ -171,6 +191,36 @@ TEST_F(X11KeyEventPosterTest, theKeysGoToTheWindowInsideTheTargetThatHasTheFocus
     EXPECT_EQ(client().keys().front().window, child);
 }
 
+// What is pasted.
+
+TEST_F(X11KeyEventPosterTest, noKeyComesBeforeTheContent)
+{
+    Gate& writes = holdWrites();
+    auto task = poster().postPaste(target());
+    letTimePass();
+    EXPECT_EQ(strokes(), Strokes());
+    writes.open();
+    EXPECT_EQ(await(std::move(task)), PostResult::posted);
+    EXPECT_EQ(strokes(), controlV());
+}
+
+TEST_F(X11KeyEventPosterTest, noKeyComesWithoutTheContent)
+{
+    refuseToWrite();
+    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(strokes(), Strokes());
+}
+
+TEST_F(X11KeyEventPosterTest, mayGoBeforeTheContentComes)
+{
+    Gate& writes = holdWrites();
+    auto task = poster().postPaste(target());
+    endPoster();
+    writes.open();
+    EXPECT_EQ(await(std::move(task)), PostResult::failed);
+    EXPECT_EQ(strokes(), Strokes());
+}
+
 // Terminals.
 
 TEST_F(X11KeyEventPosterTest, aTerminalSeesControlShiftV)
@@ -205,8 +255,8 @@ TEST_F(X11KeyEventPosterTest, withoutThePrimarySelectionXtermGetsNoKeys)
     EXPECT_EQ(offers(), 1);
     EXPECT_EQ(strokes(), Strokes());
 
-    X11KeyEventPoster withoutOffer(desktop().desktop(), nullptr);
-    EXPECT_EQ(await(withoutOffer.postPaste(target())), PostResult::failed);
+    X11KeyEventPoster withoutClipboard(desktop().desktop(), {});
+    EXPECT_EQ(await(withoutClipboard.postPaste(target())), PostResult::failed);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -387,8 +437,9 @@ TEST_F(X11KeyEventPosterTest, findsTheLetterOnEveryLayout)
         xcb_keycode_t key;
     };
     const std::vector<Case> cases = {
-        {{u"de"_s}, usualV}, {{u"fr"_s}, usualV}, {{u"dvorak"_s}, dvorakV},
-        {{u"ru"_s}, usualV}, {{u"gr"_s}, usualV},
+        {{u"de"_s}, usualV},
+        {{u"fr"_s}, usualV},
+        {{u"dvorak"_s}, dvorakV},
     };
     for (const auto& [layout, key] : cases) {
         setLayout(layout);
@@ -396,6 +447,26 @@ TEST_F(X11KeyEventPosterTest, findsTheLetterOnEveryLayout)
         EXPECT_EQ(strokes(), controlV(key)) << layout.join(u' ').toStdString();
         EXPECT_TRUE(client().heldKeys().empty());
     }
+}
+
+TEST_F(X11KeyEventPosterTest, withoutTheLetterOnAnyLayoutTheTargetSeesShiftInsert)
+{
+    int offersBefore = 0;
+    for (const QStringList& layout : {QStringList{u"ru"_s}, QStringList{u"gr,ru"_s}}) {
+        setLayout(layout);
+        EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+        EXPECT_EQ(
+            strokes(), (Strokes{
+                           pressed(leftShift, 0), pressed(insertKey, shift),
+                           released(insertKey, shift), released(leftShift, shift)}))
+            << layout.join(u' ').toStdString();
+        EXPECT_EQ(offers(), ++offersBefore) << "for those that paste the primary selection by it";
+        EXPECT_TRUE(client().heldKeys().empty());
+        client().forgetKeys();
+    }
+    refuseToOffer();
+    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(strokes(), Strokes());
 }
 
 TEST_F(X11KeyEventPosterTest, pastesByTheLayoutThatHasTheLetterAndLeavesTheUsersActive)

@@ -108,11 +108,14 @@ TEST(X11PasteKeysTest, fromALayoutWithoutTheLetterGoesToTheFirstThatHasIt)
         made({leftControl, leftShift}, usualV, 2));
 }
 
-TEST(X11PasteKeysTest, withoutTheLetterAnywhereTakesTheUsualPlace)
+TEST(X11PasteKeysTest, withoutTheLetterAnywhereOnlyShiftInsertCanBeMade)
 {
-    EXPECT_EQ(Keyboard("ru").keys(PasteChord::controlV), made({leftControl}, usualV, 0));
-    EXPECT_EQ(Keyboard("gr").keys(PasteChord::controlV), made({leftControl}, usualV, 0));
-    EXPECT_EQ(Keyboard("gr,ru").keys(PasteChord::controlV, 1), made({leftControl}, usualV, 1));
+    for (const char* layout : {"ru", "gr", "il", "gr,ru"}) {
+        const Keyboard keyboard(layout);
+        EXPECT_EQ(keyboard.keys(PasteChord::controlV), std::nullopt) << layout;
+        EXPECT_EQ(keyboard.keys(PasteChord::controlShiftV), std::nullopt) << layout;
+        EXPECT_EQ(keyboard.keys(PasteChord::shiftInsert), made({leftShift}, insert, 0)) << layout;
+    }
 }
 
 TEST(X11PasteKeysTest, keysThatAreTheSameInAllLayoutsNeedNoOtherGroup)

@@ -48,6 +48,7 @@ TEST_F(X11PasteboardServerTest, itsEndIsToldOnceAndEverythingIsUnreadableFromThe
     EXPECT_EQ(read(count, Flavour::plainText).status, ReadStatus::unreadable);
     EXPECT_EQ(readFiles(count).status, ReadStatus::unreadable);
     EXPECT_FALSE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_FALSE(await(pasteboard().hasWritten()));
     EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
     pasteboard().clear();
     pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "text"}});

@@ -1,4 +1,5 @@
 #include "X11PasteboardFixture.h"
+#include "XClient.h"
 
 using namespace Qt::StringLiterals;
 
@@ -260,6 +261,27 @@ TEST_F(X11PasteboardWriteTest, contentThatWasNotKeptIsNotBroughtBack)
     owner().leave();
     EXPECT_EQ(xclip(u"UTF8_STRING"_s), std::nullopt);
     EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST_F(X11PasteboardWriteTest, isOnTheClipboardOnceItSaysSo)
+{
+    EXPECT_FALSE(await(pasteboard().hasWritten())) << "nothing was";
+    XClient other(session().display());
+    for (int write = 0; write < 20; ++write) {
+        ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = filling(1'000'000)}}));
+        EXPECT_TRUE(await(pasteboard().hasWritten()));
+        EXPECT_NE(other.ownerOf("CLIPBOARD"), xcb_window_t{XCB_WINDOW_NONE}) << write;
+        pasteboard().clear();
+        ASSERT_TRUE(waitUntil(
+            [&other] { return other.ownerOf("CLIPBOARD") == xcb_window_t{XCB_WINDOW_NONE}; }));
+    }
+}
+
+TEST_F(X11PasteboardWriteTest, wasOnTheClipboardAlsoIfAnotherProgramHasCopiedSince)
+{
+    written({.plainText = "text"});
+    copied({u"--text"_s, u"other"_s});
+    EXPECT_TRUE(await(pasteboard().hasWritten()));
 }
 
 TEST_F(X11PasteboardWriteTest, primaryIsOwnedOnRequestUntilAnotherProgramTakesIt)
