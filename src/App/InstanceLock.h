@@ -15,6 +15,10 @@ public:
     /// std::system_error if the lock file cannot be made.
     [[nodiscard]] static std::unique_ptr<InstanceLock> acquire(const QString& dataFolder);
 
+    /// Whether a process holds the lock. Takes nothing, so that nobody who wants it loses it to the
+    /// question; creates nothing.
+    [[nodiscard]] static bool isHeld(const QString& dataFolder);
+
     ~InstanceLock();
     InstanceLock(const InstanceLock&) = delete;
     InstanceLock& operator=(const InstanceLock&) = delete;

@@ -1,17 +1,21 @@
 #include "AppDelegate.h"
 #include "AppPaths.h"
-#include "BusService.h"
-#include "CommandLine.h"
+#include "BusClient.h"
+#include "CommandLineParser.h"
+#include "CommandRunner.h"
 #include "InstanceLock.h"
 #include "TerminationSignals.h"
 
 #include <QGuiApplication>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tessly;
 using namespace Qt::StringLiterals;
@@ -33,6 +37,39 @@ int fail(const QString& reason)
     return EXIT_FAILURE;
 }
 
+/// Ends a process that was a command. In order, if it can: QtDBus waits for a bus that is silent.
+int end(const BusClient& client, int status)
+{
+    if (client.bus() == BusClient::Bus::silent) {
+        std::_Exit(status);
+    }
+    return status;
+}
+
+int runCommand(int argc, char** argv, const Invocation& invocation)
+{
+    const QCoreApplication application(argc, argv);
+    BusClient client;
+    CommandRunner runner(
+        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
+    return end(client, runner.run(invocation));
+}
+
+int startSecond(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    BusClient client;
+    CommandRunner runner(
+        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
+    if (const auto status = runner.showRunningInstance()) {
+        return end(client, *status);
+    }
+    // The first has ended meanwhile. From the beginning, since an application object is made once
+    // in a process.
+    execv("/proc/self/exe", argv);
+    return fail(QString::fromLocal8Bit(std::strerror(errno)));
+}
+
 int start(int argc, char** argv)
 {
     // One arena more than the main thread's: the workers take turns, and each arena keeps memory.
@@ -49,8 +86,7 @@ int start(int argc, char** argv)
         return fail(QString::fromUtf8(error.what()));
     }
     if (!lock) {
-        const QCoreApplication application(argc, argv);
-        return showRunningInstance();
+        return startSecond(argc, argv);
     }
 
     QCoreApplication::setApplicationName(u"Tessly"_s);
@@ -79,19 +115,18 @@ int start(int argc, char** argv)
 int main(int argc, char** argv)
 {
     keepToOurselves();
-    const auto command = parseCommandLine({argv + 1, argv + argc});
-    switch (command.verb) {
-    case Command::Verb::start:
+    const Invocation invocation = parseCommandLine({argv + 1, argv + argc});
+    switch (invocation.verb) {
+    case Invocation::Verb::start:
         return start(argc, argv);
-    case Command::Verb::callRunningInstance: {
-        const QCoreApplication application(argc, argv);
-        return callRunningInstance(command.method);
+    case Invocation::Verb::command:
+        return runCommand(argc, argv, invocation);
+    case Invocation::Verb::print: {
+        const auto output = CommandRunner::standardOutput();
+        return output.print(invocation.text.toUtf8()) ? EXIT_SUCCESS : exitFailed;
     }
-    case Command::Verb::print:
-        std::fputs(qUtf8Printable(command.text), stdout);
-        return EXIT_SUCCESS;
-    case Command::Verb::wrongUsage:
-        std::fputs(qUtf8Printable(command.text), stderr);
+    case Invocation::Verb::wrongUsage:
+        CommandRunner::standardOutput().complain(invocation.text);
         return exitWrongUsage;
     }
     return exitWrongUsage;

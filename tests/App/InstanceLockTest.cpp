@@ -41,6 +41,22 @@ TEST(InstanceLock, IsAFileThatOnlyItsOwnerReads)
         QFile::Permissions());
 }
 
+TEST(InstanceLock, CanBeAskedForWithoutBeingTakenOrMade)
+{
+    const QTemporaryDir folder;
+    EXPECT_FALSE(InstanceLock::isHeld(folder.path()));
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"tessly.lock"_s)));
+    EXPECT_FALSE(InstanceLock::isHeld(folder.filePath(u"missing"_s)));
+
+    auto lock = InstanceLock::acquire(folder.path());
+    ASSERT_NE(lock, nullptr);
+    EXPECT_TRUE(InstanceLock::isHeld(folder.path()));
+    EXPECT_TRUE(InstanceLock::isHeld(folder.path()));
+    EXPECT_EQ(InstanceLock::acquire(folder.path()), nullptr) << "asking has not let go of it";
+    lock.reset();
+    EXPECT_FALSE(InstanceLock::isHeld(folder.path()));
+}
+
 TEST(InstanceLock, SaysWhyItCannotBeMade)
 {
     const QTemporaryDir folder;
