@@ -2,7 +2,6 @@
 
 #include "AppPaths.h"
 #include "ClipStoreError.h"
-#include "PanelLoader.h"
 #include "ThreadExecutor.h"
 #include "Trace.h"
 
@@ -113,7 +112,7 @@ void AppDelegate::applicationDidFinishLaunching()
             .workspace = m_platform->workspace(),
             .outsideClicks = m_platform->outsideClicks(),
         },
-        [this] { return panelAnchor(); }, [this] { return loadPanelView(*m_panelModel); },
+        [this] { return panelAnchor(); }, [this] { return makePanelView(); },
         qEnvironmentVariableIsSet("TESSLY_UI_TESTING")
             ? QuickPastePanelController::KeepsOpen::forUITesting
             : QuickPastePanelController::KeepsOpen::no);
@@ -135,6 +134,12 @@ void AppDelegate::applicationWillTerminate()
     m_bus.reset();
     m_model->clipboardMonitor().stop();
     m_quickPasteController->close();
+}
+
+std::unique_ptr<PanelView> AppDelegate::makePanelView()
+{
+    ViewFactory* const views = m_views.factory();
+    return views != nullptr ? views->makePanel(*m_panelModel) : nullptr;
 }
 
 std::optional<QRect> AppDelegate::panelAnchor() const

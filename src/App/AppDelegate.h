@@ -12,6 +12,7 @@
 #include "PlatformFactory.h"
 #include "QuickPastePanelController.h"
 #include "SystemClock.h"
+#include "ViewLoader.h"
 
 #include <QObject>
 
@@ -37,6 +38,7 @@ public:
 private:
     void openHistory();
     [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;
+    [[nodiscard]] std::unique_ptr<PanelView> makePanelView();
     [[nodiscard]] std::optional<QRect> panelAnchor() const;
     [[nodiscard]] BusActions busActions();
     [[nodiscard]] HistoryCommands::Abilities abilities();
@@ -51,6 +53,7 @@ private:
     std::unique_ptr<PasteService> m_pasteService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
+    ViewLoader m_views;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
     std::unique_ptr<HistoryCommands> m_commands;

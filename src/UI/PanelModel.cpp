@@ -1,5 +1,6 @@
 #include "PanelModel.h"
 
+#include "BannerPresentation.h"
 #include "Presentation.h"
 
 #include <QPointer>
@@ -23,7 +24,7 @@ QVariant filter(const QString& kind, const QString& title, const QString& symbol
 
 QVariant hint(const QStringList& keys, const QString& title)
 {
-    return QVariant::fromValue(PanelHint{keys, keyNames(keys.join(QString())), title});
+    return QVariant::fromValue(PanelHint{keys, keyNames(keys), title});
 }
 
 /// The first line that has something on it, no longer than the search field takes.
@@ -136,15 +137,7 @@ QString PanelModel::bannerMessage() const
 QString PanelModel::bannerKind() const
 {
     const auto& banner = m_dependencies.model.banner();
-    switch (banner ? banner->kind : AppModel::BannerKind::information) {
-    case AppModel::BannerKind::information:
-        return u"information"_s;
-    case AppModel::BannerKind::warning:
-        return u"warning"_s;
-    case AppModel::BannerKind::error:
-        return u"error"_s;
-    }
-    Q_UNREACHABLE();
+    return bannerKindName(banner ? banner->kind : AppModel::BannerKind::information);
 }
 
 QString PanelModel::itemCount() const

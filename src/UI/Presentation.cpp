@@ -2,11 +2,12 @@
 
 #include <QDate>
 #include <QDateTime>
-#include <QStringList>
+#include <QLocale>
 
 #include <unicode/reldatefmt.h>
 #include <unicode/unistr.h>
 
+#include <array>
 #include <cmath>
 #include <memory>
 
@@ -194,6 +195,9 @@ QString keyNames(const QString& label)
         case u'↩':
             names.append(u"Return"_s);
             break;
+        case u'⌫':
+            names.append(u"Backspace"_s);
+            break;
         default:
             names.append(key);
         }
@@ -201,9 +205,63 @@ QString keyNames(const QString& label)
     return names.join(u'+');
 }
 
+QString keyNames(const QStringList& keyCaps)
+{
+    QStringList names;
+    for (const QString& cap : keyCaps) {
+        // What has more than one character is no symbol of a key.
+        names.append(cap.size() == 1 ? keyNames(cap) : cap);
+    }
+    return names.join(u'+');
+}
+
 QString itemCount(qint64 items)
 {
     return u"%1 items"_s.arg(items);
+}
+
+QString byteCount(qint64 bytes)
+{
+    struct Unit
+    {
+        QString name;
+        double bytes = 1;
+        /// Digits after the point at the most.
+        int digits = 0;
+    };
+    static const std::array<Unit, 5> units = {{
+        {u"KB"_s, 1e3, 0},
+        {u"MB"_s, 1e6, 1},
+        {u"GB"_s, 1e9, 2},
+        {u"TB"_s, 1e12, 2},
+        {u"PB"_s, 1e15, 2},
+    }};
+    if (bytes <= 0) {
+        return u"Zero KB"_s;
+    }
+    if (bytes < 1000) {
+        return bytes == 1 ? u"1 byte"_s : u"%1 bytes"_s.arg(bytes);
+    }
+    for (const Unit& unit : units) {
+        const double scale = std::pow(10, unit.digits);
+        const double count = std::round(static_cast<double>(bytes) / unit.bytes * scale) / scale;
+        // What is rounded up to a thousand is one of the next unit.
+        if (count < 1000 || &unit == &units.back()) {
+            const QLocale locale;
+            QString number = locale.toString(count, 'f', unit.digits);
+            if (unit.digits > 0) {
+                // A whole number has no point, and no number ends in a zero after it.
+                while (number.endsWith(locale.zeroDigit())) {
+                    number.chop(locale.zeroDigit().size());
+                }
+                if (number.endsWith(locale.decimalPoint())) {
+                    number.chop(locale.decimalPoint().size());
+                }
+            }
+            return number + u' ' + unit.name;
+        }
+    }
+    Q_UNREACHABLE();
 }
 
 } // namespace tessly

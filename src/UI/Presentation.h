@@ -3,6 +3,7 @@
 #include "Clip.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -30,7 +31,13 @@ namespace tessly {
 /// The keys of a key-cap label under their names on this keyboard: "Alt+Shift+1" for "⌥⇧1".
 [[nodiscard]] QString keyNames(const QString& label);
 
+/// The same of several key caps, of which some name a range of keys: "Alt+1…9".
+[[nodiscard]] QString keyNames(const QStringList& keyCaps);
+
 /// "3 items": the footer's count.
 [[nodiscard]] QString itemCount(qint64 items);
+
+/// The size of a file for people, in decimal units: "Zero KB", "1 byte", "4 KB", "1.2 MB".
+[[nodiscard]] QString byteCount(qint64 bytes);
 
 } // namespace tessly

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // Why there is nothing to see.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // What the keys do, and how much there is.

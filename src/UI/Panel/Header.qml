@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // The search field between the program's symbol and the buttons.

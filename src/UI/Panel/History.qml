@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // The entries, newest and pinned first.

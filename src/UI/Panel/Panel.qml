@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Window
+import Tessly.Design
 import Tessly.Panel
 
 // The quick paste panel.
@@ -50,7 +51,10 @@ Rectangle {
 
         anchors.top: upperDivider.bottom
         width: parent.width
-        panel: root.panel
+        hasBanner: root.panel.hasBanner
+        bannerMessage: root.panel.bannerMessage
+        bannerKind: root.panel.bannerKind
+        onDismissed: root.panel.dismissBanner()
     }
 
     History {

@@ -1,12 +1,8 @@
 #include "PanelWindow.h"
 
 #include "PanelModel.h"
-#include "SymbolProvider.h"
 
-#include <QCloseEvent>
 #include <QKeyEvent>
-#include <QMouseEvent>
-#include <QQmlEngine>
 #include <QQuickItem>
 
 #include <utility>
@@ -27,11 +23,10 @@ PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
     setFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setTitle(u"Tessly"_s);
     setColor(Qt::transparent);
-    setResizeMode(SizeRootObjectToView);
-    engine()->addImportPath(u"qrc:/qt/qml"_s);
-    engine()->addImageProvider(u"symbol"_s, new SymbolProvider);
-    setInitialProperties({{u"panel"_s, QVariant::fromValue(&model)}});
-    setSource(QUrl(u"qrc:/qt/qml/Tessly/Panel/Panel.qml"_s));
+    // It is hidden instead, to be there at once the next time.
+    setCloseRequested(m_handlers.closeRequested);
+    load(
+        QUrl(u"qrc:/qt/qml/Tessly/Panel/Panel.qml"_s), {{u"panel"_s, QVariant::fromValue(&model)}});
 }
 
 void PanelWindow::keyPressEvent(QKeyEvent* event)
@@ -43,30 +38,7 @@ void PanelWindow::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
-    QQuickView::keyPressEvent(event);
-}
-
-// The middle button would make a text field read the clipboard, and wait for its owner.
-
-void PanelWindow::mousePressEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::MiddleButton) {
-        QQuickView::mousePressEvent(event);
-    }
-}
-
-void PanelWindow::mouseReleaseEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::MiddleButton) {
-        QQuickView::mouseReleaseEvent(event);
-    }
-}
-
-void PanelWindow::closeEvent(QCloseEvent* event)
-{
-    // It is hidden instead, to be there at once the next time.
-    event->ignore();
-    m_handlers.closeRequested();
+    ViewWindow::keyPressEvent(event);
 }
 
 } // namespace tessly

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QQuickView>
+#include "ViewWindow.h"
 
 #include <functional>
 
@@ -10,7 +10,7 @@ class PanelModel;
 
 /// The panel's window and what is in it. Shows keys to the panel's controller before the focused
 /// control gets them.
-class PanelWindow final : public QQuickView
+class PanelWindow final : public ViewWindow
 {
     Q_OBJECT
 
@@ -23,14 +23,11 @@ public:
         std::function<void()> closeRequested;
     };
 
-    /// Loads the panel; `status` tells whether that worked.
+    /// Loads the panel; `isLoaded` tells whether that worked.
     PanelWindow(PanelModel& model, Handlers handlers);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
 
 private:
     Handlers m_handlers;

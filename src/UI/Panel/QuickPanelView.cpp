@@ -1,19 +1,15 @@
 #include "QuickPanelView.h"
 
-#include "PanelGeometry.h"
 #include "PanelModel.h"
 #include "Tokens.h"
+#include "WindowGeometry.h"
 
-#include <QClipboard>
 #include <QCursor>
-#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
 
-#include <algorithm>
 #include <chrono>
-#include <limits>
 #include <malloc.h>
 #include <utility>
 
@@ -26,40 +22,10 @@ namespace {
 // After a panel is closed, it is often opened again soon.
 constexpr auto memoryIsKept = 10s;
 
-QScreen* screenNear(const QPoint& point)
-{
-    if (QScreen* const screen = QGuiApplication::screenAt(point); screen != nullptr) {
-        return screen;
-    }
-    // Between the screens, or on one that has just been unplugged.
-    QScreen* nearest = QGuiApplication::primaryScreen();
-    int shortest = std::numeric_limits<int>::max();
-    const auto screens = QGuiApplication::screens();
-    for (QScreen* const screen : screens) {
-        const QRect area = screen->geometry();
-        const QPoint closest(
-            std::clamp(point.x(), area.left(), area.right()),
-            std::clamp(point.y(), area.top(), area.bottom()));
-        if (const int distance = (point - closest).manhattanLength(); distance < shortest) {
-            nearest = screen;
-            shortest = distance;
-        }
-    }
-    return nearest;
-}
-
 } // namespace
 
 QuickPanelView::QuickPanelView(PanelModel& model)
 {
-    // Once in a process, before its first window.
-    static const bool isSoftware =
-        (QQuickWindow::setGraphicsApi(QSGRendererInterface::Software), true);
-    Q_UNUSED(isSoftware)
-    // At each copy in any application, a text field asks the clipboard what it could paste, and
-    // waits for that application. It learns of copies by this object's signals alone.
-    QGuiApplication::clipboard()->blockSignals(true);
-
     m_window = std::make_unique<PanelWindow>(
         model, PanelWindow::Handlers{
                    .keyPressed =
@@ -68,7 +34,7 @@ QuickPanelView::QuickPanelView(PanelModel& model)
                        },
                    .closeRequested = [this] { close(); },
                });
-    m_x11 = std::make_unique<X11PanelWindow>(*m_window, [this] { focusLost(); });
+    m_x11 = std::make_unique<X11ViewWindow>(*m_window, [this] { focusLost(); });
     if (!m_x11->isUsed()) {
         connect(m_window.get(), &QWindow::activeChanged, this, [this] {
             // A window that has just come up is not yet active.
@@ -89,7 +55,7 @@ QuickPanelView::~QuickPanelView() = default;
 
 bool QuickPanelView::isLoaded() const
 {
-    return m_window->status() == QQuickView::Ready;
+    return m_window->isLoaded();
 }
 
 void QuickPanelView::setEvents(Events events)

@@ -2,7 +2,7 @@
 
 #include "PanelView.h"
 #include "PanelWindow.h"
-#include "X11PanelWindow.h"
+#include "X11ViewWindow.h"
 
 #include <QObject>
 #include <QTimer>
@@ -42,7 +42,7 @@ private:
     bool m_isShown = false;
     bool m_hasBeenActive = false;
     std::unique_ptr<PanelWindow> m_window;
-    std::unique_ptr<X11PanelWindow> m_x11;
+    std::unique_ptr<X11ViewWindow> m_x11;
     QTimer m_memoryTimer;
 };
 

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // What can be done with one entry. Covers the panel while it is open; a press beside it closes it.

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessly.Design
 import Tessly.Panel
 
 // Where the user types. The clipboard is reached through the model alone: the toolkit's own way

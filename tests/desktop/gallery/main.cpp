@@ -1,10 +1,10 @@
-#include "Gallery.h"
+#include "PanelGallery.h"
 
 #include <QGuiApplication>
 
 #include <cstdio>
 
-using tessly::test::Gallery;
+using tessly::test::PanelGallery;
 
 // Shows the panel with a sample history; with a folder as its argument, writes pictures of the
 // panel in all its states into it.
@@ -13,7 +13,7 @@ int main(int argc, char** argv)
     QGuiApplication application(argc, argv);
     const QStringList arguments = QGuiApplication::arguments();
     if (arguments.size() < 2) {
-        const Gallery gallery(Gallery::History::sample);
+        const PanelGallery gallery(PanelGallery::History::sample);
         return QGuiApplication::exec();
     }
     const QDir folder(arguments.at(1));
@@ -21,8 +21,10 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "cannot make %s\n", qPrintable(folder.path()));
         return 1;
     }
-    Gallery(Gallery::History::sample).photographSample(folder);
-    Gallery(Gallery::History::none).photographOthers(folder, QStringLiteral("clipboard-is-empty"));
-    Gallery(Gallery::History::hostile).photographOthers(folder, QStringLiteral("hostile-contents"));
+    PanelGallery(PanelGallery::History::sample).photographSample(folder);
+    PanelGallery(PanelGallery::History::none)
+        .photographOthers(folder, QStringLiteral("clipboard-is-empty"));
+    PanelGallery(PanelGallery::History::hostile)
+        .photographOthers(folder, QStringLiteral("hostile-contents"));
     return 0;
 }

@@ -1,0 +1,62 @@
+import QtQuick
+import Tessly.Design
+
+// A button that is nothing but a symbol.
+Item {
+    id: button
+
+    required property string symbol
+    required property string help
+    property string label: help
+    property color color: Tokens.color.text
+    property int symbolSize: Tokens.size.buttonSymbol
+    // Whether Tab comes by. Not in the panel, where the search field keeps the keyboard.
+    property bool isInFocusChain: false
+
+    signal clicked
+
+    implicitWidth: symbolSize + 8
+    implicitHeight: symbolSize + 8
+    Accessible.role: Accessible.Button
+    Accessible.name: label
+    Accessible.focusable: isInFocusChain
+    Accessible.focused: activeFocus
+    Accessible.onPressAction: clicked()
+    activeFocusOnTab: isInFocusChain
+    Keys.enabled: isInFocusChain
+    Keys.onSpacePressed: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    Rectangle {
+        anchors.fill: parent
+        radius: Tokens.size.keyCapRadius
+        color: button.color
+        opacity: mouse.pressed ? 0.16 : mouse.containsMouse ? 0.08 : 0
+    }
+
+    Symbol {
+        anchors.centerIn: parent
+        name: button.symbol
+        color: button.color
+        size: button.symbolSize
+    }
+
+    MouseArea {
+        id: mouse
+
+        anchors.fill: parent
+        hoverEnabled: true
+        onClicked: button.clicked()
+    }
+
+    FocusRing {
+        control: button
+        radius: Tokens.size.keyCapRadius
+        gap: 0
+    }
+
+    ToolTipArea {
+        text: button.help
+    }
+}

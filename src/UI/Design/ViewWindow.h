@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QQuickView>
+
+#include <functional>
+
+namespace tessly {
+
+/// A window with QML in it, as all of the program's are: drawn without a GPU, with the design's
+/// module and symbols at hand, and never asking the clipboard for anything by itself. Main thread
+/// only.
+class ViewWindow : public QQuickView
+{
+    Q_OBJECT
+    /// Whether the user moves by the keyboard, and so wants to see which control has it.
+    Q_PROPERTY(bool showsFocus READ showsFocus NOTIFY showsFocusChanged)
+
+public:
+    ViewWindow();
+
+    /// The user wants the window closed. It stays as it is unless this closes it.
+    void setCloseRequested(std::function<void()> closeRequested);
+    /// `properties` are the root's required ones. Whether it worked; the log tells why not.
+    bool load(const QUrl& source, const QVariantMap& properties);
+    [[nodiscard]] bool isLoaded() const { return status() == Ready; }
+    [[nodiscard]] bool showsFocus() const { return m_showsFocus; }
+
+Q_SIGNALS:
+    void showsFocusChanged();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void setShowsFocus(bool shows);
+
+    std::function<void()> m_closeRequested;
+    bool m_showsFocus = false;
+};
+
+} // namespace tessly

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QRect>
+#include <QRegion>
+
+class QScreen;
+
+namespace tessly {
+
+// All rectangles of one call are in one coordinate system.
+
+/// Where a panel of `size` goes: beside `anchor`, below it where there is room, whole on
+/// `workArea`, and smaller only where that is.
+[[nodiscard]] QRect panelGeometry(const QRect& anchor, const QSize& size, const QRect& workArea);
+
+/// Where a menu of `size` goes that is asked for at a point: with a corner there, to the right and
+/// below where there is room, whole on `workArea`.
+[[nodiscard]] QRect menuGeometry(QPoint position, const QSize& size, const QRect& workArea);
+
+/// In the middle of `workArea`, and smaller only where that is.
+[[nodiscard]] QRect centredGeometry(const QSize& size, const QRect& workArea);
+
+/// Every pixel that a rectangle with rounded corners covers, be it in part.
+[[nodiscard]] QRegion roundedRegion(const QSize& size, int radius);
+
+/// The screen at a point (global, device-independent pixels), or the one nearest to it; null if
+/// there is no screen.
+[[nodiscard]] QScreen* screenNear(QPoint point);
+
+} // namespace tessly

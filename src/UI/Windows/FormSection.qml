@@ -1,0 +1,43 @@
+import QtQuick
+import QtQuick.Window
+import Tessly.Design
+
+// Rows that belong together, under a heading.
+Column {
+    id: section
+
+    required property string title
+    default property alias rows: column.data
+
+    width: parent.width - 2 * 20
+    spacing: 6
+    Accessible.role: Accessible.Grouping
+    Accessible.name: title
+
+    PlainText {
+        x: 10
+        width: parent.width - 2 * 10
+        color: Tokens.color.secondaryText
+        font.pixelSize: Tokens.size.callout
+        font.weight: Font.DemiBold
+        text: section.title
+        Accessible.ignored: false
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+
+    Rectangle {
+        width: parent.width
+        height: column.height
+        radius: Tokens.size.groupRadius
+        color: Tokens.color.group
+        border.width: 1 / Screen.devicePixelRatio
+        border.color: Tokens.color.divider
+
+        Column {
+            id: column
+
+            width: parent.width
+        }
+    }
+}

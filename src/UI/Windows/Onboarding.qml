@@ -1,0 +1,107 @@
+import QtQuick
+import QtQuick.Window
+import Tessly.Design
+import Tessly.Windows
+
+// The welcome window. Its background moves it, as it has no title bar.
+Rectangle {
+    id: root
+
+    required property OnboardingModel onboarding
+
+    width: Tokens.size.onboardingWidth
+    height: Tokens.size.onboardingHeight
+    radius: Tokens.size.panelRadius
+    color: Tokens.color.panel
+    border.width: 1 / Screen.devicePixelRatio
+    border.color: Tokens.color.border
+    focus: true
+    Accessible.role: Accessible.Dialog
+    Accessible.name: "Welcome to Tessly"
+
+    Keys.onPressed: event => {
+        switch (event.key) {
+        case Qt.Key_Return:
+        case Qt.Key_Enter:
+            event.accepted = true;
+            onboarding.enable();
+            break;
+        case Qt.Key_Escape:
+            event.accepted = true;
+            Window.window.close();
+            break;
+        }
+    }
+
+    DragHandler {
+        target: null
+        onActiveChanged: {
+            if (active)
+                root.Window.window.startSystemMove();
+        }
+    }
+
+    Column {
+        id: header
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        topPadding: 34
+        bottomPadding: 28
+        spacing: 15
+
+        Symbol {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: "doc.on.clipboard.fill"
+            color: Tokens.color.accentSymbol
+            size: Tokens.size.onboardingSymbol
+        }
+
+        PlainText {
+            objectName: "onboarding-title"
+            anchors.horizontalCenter: parent.horizontalCenter
+            font.pixelSize: Tokens.size.onboardingTitle
+            font.weight: Font.Bold
+            text: "Tessly"
+            Accessible.ignored: false
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+    }
+
+    Column {
+        anchors.top: header.bottom
+        x: 42
+        width: parent.width - 2 * 42
+        spacing: 18
+
+        Repeater {
+            model: root.onboarding.rows
+
+            PermissionRow {}
+        }
+    }
+
+    PushButton {
+        objectName: "enable-clipboard-history"
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.margins: 28
+        title: "Enable"
+        isLarge: true
+        isProminent: true
+        onClicked: root.onboarding.enable()
+    }
+
+    IconButton {
+        objectName: "close"
+        anchors.left: parent.left
+        anchors.top: parent.top
+        anchors.margins: 12
+        symbol: "xmark"
+        symbolSize: 14
+        help: "Close"
+        color: Tokens.color.secondaryText
+        isInFocusChain: true
+        onClicked: Window.window.close()
+    }
+}

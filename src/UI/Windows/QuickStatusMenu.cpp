@@ -1,0 +1,150 @@
+#include "QuickStatusMenu.h"
+
+#include "Tokens.h"
+#include "WindowGeometry.h"
+#include "WindowModule.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QQuickItem>
+#include <QScreen>
+
+#include <chrono>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly {
+
+namespace {
+
+// Whoever asked for the menu may hold the pointer until its button is let go.
+constexpr auto grabInterval = 20ms;
+constexpr int grabAttempts = 25;
+
+} // namespace
+
+QuickStatusMenu::QuickStatusMenu()
+    : m_window(std::make_unique<ViewWindow>())
+{
+    m_window->setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    m_window->setTitle(u"Tessly Menu"_s);
+    m_window->setColor(Qt::transparent);
+    m_window->setCloseRequested([this] { close(); });
+    m_window->load(
+        windowModuleFile(u"StatusMenu.qml"_s), {{u"content"_s, QVariant::fromValue(&m_content)}});
+    m_x11 = std::make_unique<X11ViewWindow>(*m_window, [this] { close(); });
+    m_grabTimer.setSingleShot(true);
+    m_grabTimer.setInterval(grabInterval);
+    connect(&m_grabTimer, &QTimer::timeout, this, &QuickStatusMenu::grab);
+    connect(&m_content, &StatusMenuContent::chosen, this, &QuickStatusMenu::choose);
+    connect(&m_content, &StatusMenuContent::dismissed, this, &QuickStatusMenu::close);
+}
+
+QuickStatusMenu::~QuickStatusMenu()
+{
+    close();
+}
+
+void QuickStatusMenu::show(std::vector<StatusMenuItem> items, QPoint position, Chosen chosen)
+{
+    close();
+    if (!isLoaded()) {
+        return;
+    }
+    m_chosen = std::move(chosen);
+    m_content.setItems(std::move(items));
+    place(position);
+    m_isShown = true;
+    m_window->show();
+    m_window->raise();
+    // Keys go to whichever window of the program the toolkit takes for the focused one.
+    qApp->installEventFilter(this);
+    if (m_x11->isUsed()) {
+        m_grabAttemptsLeft = grabAttempts;
+        grab();
+    } else {
+        m_x11->activate();
+    }
+}
+
+void QuickStatusMenu::close()
+{
+    if (!std::exchange(m_isShown, false)) {
+        return;
+    }
+    qApp->removeEventFilter(this);
+    m_grabTimer.stop();
+    if (m_x11->isUsed()) {
+        m_window->setKeyboardGrabEnabled(false);
+        m_window->setMouseGrabEnabled(false);
+    }
+    m_window->hide();
+    m_chosen = {};
+}
+
+bool QuickStatusMenu::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!m_isShown || !watched->isWindowType()) {
+        return false;
+    }
+    switch (event->type()) {
+    case QEvent::KeyPress: {
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        m_content.press(key.key(), key.modifiers());
+        return true;
+    }
+    case QEvent::KeyRelease:
+    case QEvent::ShortcutOverride:
+        return true;
+    case QEvent::MouseButtonPress: {
+        const auto& press = *static_cast<QMouseEvent*>(event);
+        if (!m_window->geometry().contains(press.globalPosition().toPoint())) {
+            close();
+            return true;
+        }
+        return false;
+    }
+    default:
+        return false;
+    }
+}
+
+void QuickStatusMenu::place(QPoint position)
+{
+    QScreen* const screen = screenNear(position);
+    if (screen == nullptr) {
+        return;
+    }
+    const QQuickItem& root = *m_window->rootObject();
+    const QSizeF size(root.implicitWidth(), root.implicitHeight());
+    const QRect geometry = menuGeometry(position, size.toSize(), screen->geometry());
+    m_window->setScreen(screen);
+    m_window->setGeometry(geometry);
+    if (m_x11->isUsed()) {
+        // Without a compositing manager, what is transparent shows black.
+        m_window->setMask(roundedRegion(geometry.size(), TokenMetrics().popupRadius));
+    }
+}
+
+void QuickStatusMenu::grab()
+{
+    if (m_window->setKeyboardGrabEnabled(true) && m_window->setMouseGrabEnabled(true)) {
+        return;
+    }
+    if (--m_grabAttemptsLeft > 0) {
+        m_grabTimer.start();
+    }
+}
+
+void QuickStatusMenu::choose(const QString& action)
+{
+    // The press is still on the stack of a window that whoever is told may want to be rid of.
+    QMetaObject::invokeMethod(
+        this, [chosen = m_chosen, action] { chosen(action); }, Qt::QueuedConnection);
+    close();
+}
+
+} // namespace tessly

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "ViewWindow.h"
+#include "WindowView.h"
+#include "X11ViewWindow.h"
+
+#include <QObject>
+#include <QSize>
+
+#include <memory>
+
+namespace tessly {
+
+/// An ordinary window of a fixed size in Qt Quick. Main thread only.
+class QuickWindowView final : public QObject, public WindowView
+{
+    Q_OBJECT
+
+public:
+    enum class Frame {
+        /// The window manager's.
+        titled,
+        /// The content reaches the edges, which are rounded. It has to offer a way to move and to
+        /// close the window.
+        none,
+    };
+
+    struct Design
+    {
+        QString title;
+        QSize size;
+        Frame frame = Frame::titled;
+        /// Of the module's.
+        QString file;
+        /// The root's required ones.
+        QVariantMap properties;
+    };
+
+    /// Loads the window's QML.
+    explicit QuickWindowView(const Design& design);
+    ~QuickWindowView() override;
+
+    /// Whether it could be loaded; the log tells why not.
+    [[nodiscard]] bool isLoaded() const { return m_window->isLoaded(); }
+    [[nodiscard]] ViewWindow& window() { return *m_window; }
+
+    void setEvents(Events events) override;
+    [[nodiscard]] bool isShown() const override { return m_isShown; }
+    void show() override;
+    void close() override;
+
+private:
+    void place();
+
+    Events m_events;
+    bool m_isShown = false;
+    bool m_isPlaced = false;
+    Frame m_frame;
+    std::unique_ptr<ViewWindow> m_window;
+    std::unique_ptr<X11ViewWindow> m_x11;
+};
+
+} // namespace tessly

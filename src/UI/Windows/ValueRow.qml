@@ -1,0 +1,22 @@
+import QtQuick
+import Tessly.Design
+
+// Something to know, by name and value.
+FormRow {
+    id: row
+
+    required property string name
+    required property string value
+    property color valueColor: Tokens.color.secondaryText
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label + ": " + value
+
+    PlainText {
+        objectName: row.name
+        anchors.verticalCenter: parent.verticalCenter
+        color: row.valueColor
+        font.pixelSize: Tokens.size.formText
+        text: row.value
+    }
+}

@@ -1,0 +1,106 @@
+#include "WindowGeometry.h"
+
+#include <gtest/gtest.h>
+
+namespace tessly {
+namespace {
+
+constexpr QSize panelSize(660, 560);
+constexpr QRect screen(0, 0, 1920, 1080);
+
+QRect geometry(const QRect& anchor, const QRect& workArea = screen)
+{
+    const QRect panel = panelGeometry(anchor, panelSize, workArea);
+    EXPECT_TRUE(workArea.contains(panel)) << "whole on the work area";
+    EXPECT_FALSE(panel.intersects(anchor)) << "beside its anchor";
+    return panel;
+}
+
+TEST(PanelGeometryTest, HangsBelowAnIconAtTheTop)
+{
+    const QRect anchor(900, 0, 24, 24);
+    const QRect panel = geometry(anchor, screen.adjusted(0, 24, 0, 0));
+    EXPECT_EQ(panel.size(), panelSize);
+    EXPECT_NEAR(panel.center().x(), anchor.center().x(), 1);
+    EXPECT_GT(panel.top(), anchor.bottom());
+    EXPECT_LT(panel.top(), anchor.bottom() + 12);
+}
+
+TEST(PanelGeometryTest, StandsAboveAnIconAtTheBottom)
+{
+    const QRect anchor(900, 1056, 24, 24);
+    const QRect panel = geometry(anchor, screen.adjusted(0, 0, 0, -24));
+    EXPECT_LT(panel.bottom(), anchor.top());
+    EXPECT_GT(panel.bottom(), anchor.top() - 12);
+}
+
+TEST(PanelGeometryTest, StaysInTheCorners)
+{
+    EXPECT_EQ(geometry(QRect(1900, 0, 20, 20)).right(), screen.right());
+    EXPECT_EQ(geometry(QRect(0, 0, 20, 20)).left(), screen.left());
+    EXPECT_EQ(geometry(QRect(1900, 1060, 20, 20)).right(), screen.right());
+}
+
+TEST(PanelGeometryTest, StandsBesideAnIconHalfWayUp)
+{
+    EXPECT_GT(geometry(QRect(0, 530, 24, 24)).left(), 23);
+    EXPECT_LT(geometry(QRect(1896, 530, 24, 24)).right(), 1896);
+}
+
+TEST(PanelGeometryTest, KeepsToTheScreenOfItsAnchor)
+{
+    const QRect left(-1280, -200, 1280, 1024);
+    EXPECT_TRUE(left.contains(geometry(QRect(-40, -200, 20, 20), left)));
+}
+
+TEST(PanelGeometryTest, AnAnchorBeyondTheWorkAreaIsMetAtItsEdge)
+{
+    const QRect panel = geometry(QRect(600, 1100, 10, 10));
+    EXPECT_EQ(panel.bottom(), screen.bottom());
+}
+
+TEST(PanelGeometryTest, ShrinksOnlyWhereTheScreenIsSmaller)
+{
+    const QRect small(0, 0, 640, 480);
+    EXPECT_EQ(panelGeometry(QRect(600, 460, 20, 20), panelSize, small), small);
+    const QRect low(0, 0, 1366, 500);
+    const QRect panel = panelGeometry(QRect(600, 0, 20, 20), panelSize, low);
+    EXPECT_EQ(panel.size(), QSize(660, 500));
+    EXPECT_TRUE(low.contains(panel));
+}
+
+TEST(RoundedRegionTest, CutsTheCornersAndNothingElse)
+{
+    const QRegion region = roundedRegion(QSize(100, 80), 12);
+    EXPECT_EQ(region.boundingRect(), QRect(0, 0, 100, 80));
+    EXPECT_FALSE(region.contains(QPoint(0, 0)));
+    EXPECT_FALSE(region.contains(QPoint(99, 0)));
+    EXPECT_FALSE(region.contains(QPoint(0, 79)));
+    EXPECT_FALSE(region.contains(QPoint(99, 79)));
+    EXPECT_TRUE(region.contains(QPoint(12, 0)));
+    EXPECT_TRUE(region.contains(QPoint(0, 12)));
+    EXPECT_TRUE(region.contains(QPoint(4, 4)));
+    EXPECT_TRUE(region.contains(QRect(0, 12, 100, 56)));
+}
+
+TEST(RoundedRegionTest, IsTheSameInAllCorners)
+{
+    const QRegion region = roundedRegion(QSize(100, 80), 12);
+    for (int y = 0; y < 12; ++y) {
+        for (int x = 0; x < 12; ++x) {
+            const bool isIn = region.contains(QPoint(x, y));
+            EXPECT_EQ(region.contains(QPoint(99 - x, y)), isIn) << x << ' ' << y;
+            EXPECT_EQ(region.contains(QPoint(x, 79 - y)), isIn) << x << ' ' << y;
+            EXPECT_EQ(region.contains(QPoint(99 - x, 79 - y)), isIn) << x << ' ' << y;
+            EXPECT_EQ(region.contains(QPoint(y, x)), isIn) << x << ' ' << y;
+        }
+    }
+}
+
+TEST(RoundedRegionTest, WithoutARadiusIsTheRectangle)
+{
+    EXPECT_EQ(roundedRegion(QSize(10, 10), 0), QRegion(0, 0, 10, 10));
+}
+
+} // namespace
+} // namespace tessly

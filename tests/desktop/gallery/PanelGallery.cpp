@@ -1,0 +1,176 @@
+#include "PanelGallery.h"
+
+#include "SampleHistory.h"
+#include "TestSupport.h"
+#include "ThreadExecutor.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QtTest/QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly::test {
+
+namespace {
+
+// Longer than any motion of the panel, and than the rest after which a tool tip shows.
+constexpr int settled = 250;
+constexpr int toolTipShown = 900;
+
+QPalette darkPalette()
+{
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x20, 0x20, 0x22));
+    palette.setColor(QPalette::WindowText, Qt::white);
+    palette.setColor(QPalette::Highlight, QColor(0x3D, 0xAE, 0xE9));
+    return palette;
+}
+
+} // namespace
+
+PanelGallery::PanelGallery(History history)
+    : m_store(
+          m_folder.filePath(u"history.sqlite"_s), [this] { return m_storeNow; },
+          std::make_unique<ThreadExecutor>("store"))
+    , m_model(
+          {m_store, m_settings, m_pasteService, m_launchAtLogin, m_pasteboard, m_converter,
+           m_workspace, m_clock})
+    , m_panel({m_model, m_pasteboard, m_clock})
+    , m_view(m_panel)
+{
+    switch (history) {
+    case History::none:
+        break;
+    case History::sample:
+        saveSampleHistory(m_store, m_storeNow, m_clock.now());
+        break;
+    case History::hostile:
+        saveHostileContents(m_store, m_storeNow, m_clock.now());
+        break;
+    }
+    m_view.setEvents({
+        .keyPressed = [](int, Qt::KeyboardModifiers) { return false; },
+        .resignedKey = [] {},
+        .didClose = [this] { m_model.setPanelPresented(false); },
+    });
+    m_model.closePanel = [this] { m_view.close(); };
+    show();
+}
+
+PanelGallery::~PanelGallery()
+{
+    m_view.close();
+}
+
+void PanelGallery::show()
+{
+    m_model.setPanelPresented(true);
+    reload();
+    m_view.show(QRect(500, 0, 24, 24));
+    m_view.activate();
+}
+
+void PanelGallery::photographSample(const QDir& folder)
+{
+    photograph(folder, u"mixed"_s);
+
+    m_model.selectNext();
+    photograph(folder, u"pinned-and-selected"_s);
+    for (int i = 0; i < 9; ++i) {
+        m_model.selectNext();
+    }
+    photograph(folder, u"ten-key-caps"_s);
+    m_settings.setDirectPasteShortcuts(false);
+    photograph(folder, u"no-key-caps"_s);
+    m_settings.setDirectPasteShortcuts(true);
+
+    for (const ClipKind kind : allClipKinds) {
+        filter(rawValue(kind));
+        photograph(folder, u"kind-"_s + rawValue(kind));
+    }
+    filter({});
+    search(u"the"_s);
+    photograph(folder, u"search"_s);
+    search(u"nothing has this"_s);
+    photograph(folder, u"no-matching-clips"_s);
+    search({});
+
+    setBanner(AppModel::BannerKind::information, u"Copied to the clipboard."_s);
+    photograph(folder, u"banner-information"_s);
+    setBanner(AppModel::BannerKind::warning, u"Copied. Allow Automatic paste in Settings."_s);
+    photograph(folder, u"banner-warning"_s);
+    setBanner(AppModel::BannerKind::error, u"Could not restore that clipboard item."_s);
+    photograph(folder, u"banner-error"_s);
+    setBanner(
+        AppModel::BannerKind::warning,
+        u"A damaged history database was preserved in ‘Recovered History 2026-03-01T10-20-30Z’. "
+        "Tessly started with a fresh history."_s);
+    photograph(folder, u"banner-long"_s);
+    m_panel.togglePaused();
+    photograph(folder, u"paused"_s);
+    m_panel.togglePaused();
+    m_model.setBanner(std::nullopt);
+
+    QTest::mouseClick(&m_view.window(), Qt::RightButton, {}, QPoint(300, 260));
+    QTest::keyClick(&m_view.window(), Qt::Key_Down);
+    photograph(folder, u"menu"_s);
+    QGuiApplication::setPalette(darkPalette());
+    photograph(folder, u"dark-menu"_s);
+    QTest::keyClick(&m_view.window(), Qt::Key_Escape);
+    photograph(folder, u"dark"_s);
+    setBanner(AppModel::BannerKind::warning, u"Copied. Allow Automatic paste in Settings."_s);
+    photograph(folder, u"dark-banner"_s);
+    m_model.setBanner(std::nullopt);
+    search(u"nothing has this"_s);
+    photograph(folder, u"dark-no-matching-clips"_s);
+    search({});
+    QGuiApplication::setPalette(QPalette());
+
+    QTest::mouseMove(&m_view.window(), QPoint(120, 540));
+    QTest::mouseMove(&m_view.window(), QPoint(121, 541));
+    QTest::qWait(toolTipShown);
+    photograph(folder, u"tool-tip"_s);
+}
+
+void PanelGallery::photographOthers(const QDir& folder, const QString& name)
+{
+    photograph(folder, name);
+}
+
+void PanelGallery::photograph(const QDir& folder, const QString& name)
+{
+    QTest::qWait(settled);
+    const QString path = folder.filePath(name + u".png"_s);
+    if (!m_view.window().grabWindow().save(path)) {
+        qWarning("cannot write %s", qPrintable(path));
+    }
+}
+
+void PanelGallery::reload()
+{
+    m_model.reload(AppModel::Debounce::no);
+    // The store answers operations in their order: this one after the reload's.
+    await(m_store.statistics());
+    QTest::qWait(20);
+}
+
+void PanelGallery::filter(const QString& kind)
+{
+    m_panel.chooseKind(kind);
+    reload();
+}
+
+void PanelGallery::search(const QString& query)
+{
+    m_model.setQuery(query);
+    reload();
+}
+
+void PanelGallery::setBanner(AppModel::BannerKind kind, const QString& message)
+{
+    m_model.setBanner(AppModel::Banner{message, kind});
+}
+
+} // namespace tessly::test
