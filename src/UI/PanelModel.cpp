@@ -24,7 +24,7 @@ QVariant filter(const QString& kind, const QString& title, const QString& symbol
 
 QVariant hint(const QStringList& keys, const QString& title)
 {
-    return QVariant::fromValue(PanelHint{keys, keyNames(keys), title});
+    return QVariant::fromValue(PanelHint{keys, keyCapNames(keys), title});
 }
 
 /// The first line that has something on it, no longer than the search field takes.

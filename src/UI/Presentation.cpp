@@ -205,7 +205,7 @@ QString keyNames(const QString& label)
     return names.join(u'+');
 }
 
-QString keyNames(const QStringList& keyCaps)
+QString keyCapNames(const QStringList& keyCaps)
 {
     QStringList names;
     for (const QString& cap : keyCaps) {

@@ -32,7 +32,7 @@ namespace tessly {
 [[nodiscard]] QString keyNames(const QString& label);
 
 /// The same of several key caps, of which some name a range of keys: "Alt+1…9".
-[[nodiscard]] QString keyNames(const QStringList& keyCaps);
+[[nodiscard]] QString keyCapNames(const QStringList& keyCaps);
 
 /// "3 items": the footer's count.
 [[nodiscard]] QString itemCount(qint64 items);

@@ -21,7 +21,7 @@ QVariant tab(const QString& name, const QString& title, const QString& symbol)
 
 QVariant shortcut(const QString& title, const QStringList& keys)
 {
-    return QVariant::fromValue(ShortcutSettingRow{title, keys, keyNames(keys)});
+    return QVariant::fromValue(ShortcutSettingRow{title, keys, keyCapNames(keys)});
 }
 
 /// A text of several lines as an editor takes it: lines end in one way, and there are no control

@@ -143,7 +143,40 @@ TEST(Presentation, KeyCapsAreNamedAsOnThisKeyboard)
     EXPECT_EQ(keyNames(u"⇧↩"_s), u"Shift+Return"_s);
     EXPECT_EQ(keyNames(u"↩"_s), u"Return"_s);
     EXPECT_EQ(keyNames(shortcutLabel(3)), u"Alt+Shift+3"_s);
+    EXPECT_EQ(keyNames(u"⌘⌫"_s), u"Ctrl+Backspace"_s);
     EXPECT_EQ(keyNames({}), QString());
+}
+
+TEST(Presentation, KeyCapsThatNameARangeKeepIt)
+{
+    EXPECT_EQ(keyCapNames({u"⌥"_s, u"⇧"_s, u"1…9"_s}), u"Alt+Shift+1…9"_s);
+    EXPECT_EQ(keyCapNames({u"⌘"_s, u"P"_s}), u"Ctrl+P"_s);
+    EXPECT_EQ(keyCapNames({}), QString());
+}
+
+TEST(Presentation, SizesOfFilesAreToldInDecimalUnits)
+{
+    EXPECT_EQ(byteCount(0), u"Zero KB"_s);
+    EXPECT_EQ(byteCount(1), u"1 byte"_s);
+    EXPECT_EQ(byteCount(2), u"2 bytes"_s);
+    EXPECT_EQ(byteCount(999), u"999 bytes"_s);
+    EXPECT_EQ(byteCount(1000), u"1 KB"_s);
+    EXPECT_EQ(byteCount(4096), u"4 KB"_s);
+    EXPECT_EQ(byteCount(4500), u"5 KB"_s);
+    EXPECT_EQ(byteCount(999'499), u"999 KB"_s);
+}
+
+TEST(Presentation, LargerFilesAreToldMoreExactly)
+{
+    EXPECT_EQ(byteCount(999'500), u"1 MB"_s) << "never a thousand of a smaller unit";
+    EXPECT_EQ(byteCount(1'000'000), u"1 MB"_s) << "nothing after the point, and no point";
+    EXPECT_EQ(byteCount(1'234'567), u"1.2 MB"_s);
+    EXPECT_EQ(byteCount(10'000'000), u"10 MB"_s);
+    EXPECT_EQ(byteCount(200'040'000), u"200 MB"_s);
+    EXPECT_EQ(byteCount(999'960'000), u"1 GB"_s);
+    EXPECT_EQ(byteCount(1'234'567'890), u"1.23 GB"_s);
+    EXPECT_EQ(byteCount(2'500'000'000), u"2.5 GB"_s);
+    EXPECT_EQ(byteCount(3'210'000'000'000), u"3.21 TB"_s);
 }
 
 TEST(Presentation, TheCountIsAlwaysOfItems)

@@ -1,5 +1,6 @@
 #include "PanelGallery.h"
 
+#include "Picture.h"
 #include "SampleHistory.h"
 #include "TestSupport.h"
 #include "ThreadExecutor.h"
@@ -15,18 +16,8 @@ namespace tessly::test {
 
 namespace {
 
-// Longer than any motion of the panel, and than the rest after which a tool tip shows.
-constexpr int settled = 250;
+// Longer than the rest after which a tool tip shows.
 constexpr int toolTipShown = 900;
-
-QPalette darkPalette()
-{
-    QPalette palette;
-    palette.setColor(QPalette::Window, QColor(0x20, 0x20, 0x22));
-    palette.setColor(QPalette::WindowText, Qt::white);
-    palette.setColor(QPalette::Highlight, QColor(0x3D, 0xAE, 0xE9));
-    return palette;
-}
 
 } // namespace
 
@@ -141,11 +132,7 @@ void PanelGallery::photographOthers(const QDir& folder, const QString& name)
 
 void PanelGallery::photograph(const QDir& folder, const QString& name)
 {
-    QTest::qWait(settled);
-    const QString path = folder.filePath(name + u".png"_s);
-    if (!m_view.window().grabWindow().save(path)) {
-        qWarning("cannot write %s", qPrintable(path));
-    }
+    savePicture(m_view.window(), folder, name);
 }
 
 void PanelGallery::reload()

@@ -1,10 +1,13 @@
 #include "PanelGallery.h"
+#include "Picture.h"
+#include "WindowGallery.h"
 
 #include <QGuiApplication>
 
 #include <cstdio>
 
 using tessly::test::PanelGallery;
+using tessly::test::WindowGallery;
 
 // Shows the panel with a sample history; with a folder as its argument, writes pictures of the
 // panel in all its states into it.
@@ -26,5 +29,8 @@ int main(int argc, char** argv)
         .photographOthers(folder, QStringLiteral("clipboard-is-empty"));
     PanelGallery(PanelGallery::History::hostile)
         .photographOthers(folder, QStringLiteral("hostile-contents"));
+    WindowGallery().photograph(folder, {});
+    QGuiApplication::setPalette(tessly::test::darkPalette());
+    WindowGallery().photograph(folder, QStringLiteral("dark-"));
     return 0;
 }
