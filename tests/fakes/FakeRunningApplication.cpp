@@ -11,8 +11,12 @@ void FakeRunningApplication::terminate()
 void FakeRunningApplication::activate()
 {
     ++m_activations;
-    if (m_asksUntilActive > 0 && --m_asksUntilActive == 0) {
-        setActive(true);
+    if (m_isTerminated || m_asksUntilActive == 0 || --m_asksUntilActive > 0) {
+        return;
+    }
+    setActive(true);
+    if (const auto comesToFront = m_comesToFront) {
+        comesToFront();
     }
 }
 

@@ -2,6 +2,9 @@
 
 #include "RunningApplication.h"
 
+#include <functional>
+#include <utility>
+
 namespace tessly::test {
 
 /// An application whose window comes to the front when the test says so, or after it was asked a
@@ -19,6 +22,8 @@ public:
     void setActive(bool active) { m_isActive = active && !m_isTerminated; }
     /// It comes to the front when asked for the `count`-th time from now.
     void becomeActiveAfter(int count) { m_asksUntilActive = count; }
+    /// What happens on the desktop when it comes to the front because it was asked to.
+    void setComesToFront(std::function<void()> action) { m_comesToFront = std::move(action); }
     void terminate();
     /// How often it was asked to come to the front.
     [[nodiscard]] int activations() const { return m_activations; }
@@ -39,6 +44,7 @@ private:
     bool m_isTerminated = false;
     int m_activations = 0;
     int m_asksUntilActive = 0;
+    std::function<void()> m_comesToFront;
 };
 
 } // namespace tessly::test

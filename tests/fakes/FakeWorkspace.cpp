@@ -12,6 +12,13 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
     m_frontmost = std::move(application);
     if (m_frontmost) {
         m_frontmost->setActive(true);
+        m_frontmost->setComesToFront(
+            [this, alive = std::weak_ptr(m_alive), weak = std::weak_ptr(m_frontmost)] {
+                const auto application = weak.lock();
+                if (application && !alive.expired()) {
+                    setFrontmost(application);
+                }
+            });
     }
 }
 

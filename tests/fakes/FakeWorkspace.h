@@ -20,7 +20,7 @@ public:
 
     [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override
     {
-        return m_frontmost;
+        return m_frontmost && !m_frontmost->isTerminated() ? m_frontmost : nullptr;
     }
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
@@ -28,6 +28,7 @@ private:
     std::shared_ptr<FakeRunningApplication> m_frontmost;
     bool m_opensURLs = true;
     std::vector<QUrl> m_openedURLs;
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 
 } // namespace tessly::test

@@ -5,6 +5,11 @@
 
 namespace tessly::test {
 
+Gate::~Gate()
+{
+    releaseWaiting();
+}
+
 bool Gate::releaseOne()
 {
     if (m_waiting.empty()) {

@@ -14,6 +14,11 @@ namespace tessly::test {
 class Gate
 {
 public:
+    Gate() = default;
+    ~Gate();
+    Gate(const Gate&) = delete;
+    Gate& operator=(const Gate&) = delete;
+
     /// From now on, whoever comes waits.
     void hold() { m_isHeld = true; }
     /// Lets the one that waits longest through; false if nobody waits.
