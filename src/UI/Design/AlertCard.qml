@@ -16,6 +16,11 @@ Item {
     signal confirmed
     signal cancelled
 
+    // Takes its height from texts that have just been set.
+    function settle() {
+        content.forceLayout();
+    }
+
     function takeFocus() {
         (confirmsByDefault ? confirm : cancel).forceActiveFocus();
     }
@@ -55,6 +60,7 @@ Item {
             font.pixelSize: Tokens.size.headline
             font.weight: Font.Bold
             text: card.title
+            isRead: true
         }
 
         Item {
@@ -73,6 +79,7 @@ Item {
             color: Tokens.color.secondaryText
             font.pixelSize: Tokens.size.callout
             text: card.message
+            isRead: true
         }
 
         Item {

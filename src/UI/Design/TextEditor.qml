@@ -21,6 +21,12 @@ Rectangle {
         area.insert(area.cursorPosition, text);
     }
 
+    // Tab is no letter here.
+    function leave(forward: bool) {
+        area.nextItemInFocusChain(forward).forceActiveFocus(
+            forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+    }
+
     function showCursor() {
         const cursor = area.cursorRectangle;
         if (cursor.y < view.contentY)
@@ -29,16 +35,17 @@ Rectangle {
             view.contentY = cursor.y + cursor.height - view.height;
     }
 
-    radius: Tokens.size.buttonRadius
-    color: Tokens.color.field
-    border.width: 1
-    border.color: Tokens.color.border
+    radius: Tokens.size.groupRadius
+    color: "transparent"
 
     Flickable {
         id: view
 
         anchors.fill: parent
-        anchors.margins: 8
+        anchors.leftMargin: 12
+        anchors.rightMargin: 12
+        anchors.topMargin: 10
+        anchors.bottomMargin: 10
         contentWidth: width
         contentHeight: area.height
         boundsBehavior: Flickable.StopAtBounds
@@ -81,7 +88,7 @@ Rectangle {
                 else if (event.matches(StandardKey.Cut))
                     editor.cutWanted(area.selectedText);
                 else if (event.key === Qt.Key_Tab || event.key === Qt.Key_Backtab)
-                    nextItemInFocusChain(event.key === Qt.Key_Tab).forceActiveFocus(Qt.TabFocusReason);
+                    editor.leave(event.key === Qt.Key_Tab && !(event.modifiers & Qt.ShiftModifier));
                 else
                     event.accepted = false;
             }
@@ -94,6 +101,7 @@ Rectangle {
 
     FocusRing {
         control: area
-        radius: editor.radius + gap
+        gap: 0
+        radius: editor.radius
     }
 }

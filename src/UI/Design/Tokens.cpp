@@ -53,7 +53,6 @@ void setLight(TokenColors& colors)
     colors.destructive = QColor(0xC6, 0x28, 0x28);
     colors.window = QColor(0xF1, 0xF1, 0xF3);
     colors.group = QColor(0xFF, 0xFF, 0xFF);
-    colors.field = QColor(0xFF, 0xFF, 0xFF);
     colors.tertiaryText = QColor(0x66, 0x66, 0x6C);
     colors.button = QColor(0xFF, 0xFF, 0xFF);
     colors.buttonBorder = withOpacity(Qt::black, 0.2F);
@@ -77,7 +76,6 @@ void setDark(TokenColors& colors)
     colors.destructive = QColor(0xFF, 0x8A, 0x82);
     colors.window = QColor(0x25, 0x25, 0x28);
     colors.group = QColor(0x2F, 0x2F, 0x33);
-    colors.field = QColor(0x22, 0x22, 0x25);
     colors.tertiaryText = QColor(0x9C, 0x9C, 0xA4);
     colors.button = QColor(0x3E, 0x3E, 0x43);
     colors.buttonBorder = withOpacity(Qt::white, 0.16F);
@@ -122,13 +120,20 @@ TokenColors tokenColors(const QPalette& palette)
         });
 
     colors.switchThumb = Qt::white;
-    colors.focus = colors.accentSymbol;
     colors.tile = withOpacity(colors.accentSymbol, 0.1F);
     colors.chip = withOpacity(colors.secondaryText, 0.1F);
     colors.keyCap = withOpacity(colors.secondaryText, 0.12F);
     colors.hintCap = withOpacity(colors.text, 0.1F);
     colors.buttonHover = withOpacity(colors.text, 0.08F);
     colors.scrollThumb = withOpacity(colors.text, 0.3F);
+    colors.focus = adjusted(highlight, isDark ? 0.01F : -0.01F, [&colors](const QColor& ring) {
+        const auto surfaces = {
+            colors.panel, colors.window, colors.group, colors.popup,
+            over(colors.chip, colors.window)};
+        return std::ranges::all_of(surfaces, [&ring](const QColor& surface) {
+            return contrastRatio(ring, surface) >= symbolContrast;
+        });
+    });
     colors.accentText =
         adjusted(highlight, isDark ? 0.01F : -0.01F, [&colors](const QColor& accent) {
             return contrastRatio(accent, colors.window) >= textContrast &&

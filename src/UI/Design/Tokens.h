@@ -38,7 +38,6 @@ struct TokenColors
     Q_PROPERTY(QColor destructive MEMBER destructive CONSTANT)
     Q_PROPERTY(QColor window MEMBER window CONSTANT)
     Q_PROPERTY(QColor group MEMBER group CONSTANT)
-    Q_PROPERTY(QColor field MEMBER field CONSTANT)
     Q_PROPERTY(QColor tertiaryText MEMBER tertiaryText CONSTANT)
     Q_PROPERTY(QColor button MEMBER button CONSTANT)
     Q_PROPERTY(QColor buttonBorder MEMBER buttonBorder CONSTANT)
@@ -85,8 +84,6 @@ public:
     /// Behind the groups of a form.
     QColor window;
     QColor group;
-    /// Behind text that can be edited.
-    QColor field;
     QColor tertiaryText;
     QColor button;
     QColor buttonBorder;
@@ -189,9 +186,9 @@ public:
     int largeButtonHeight = 34;
     int formRow = 34;
     int tabSymbol = 22;
-    int permissionSymbol = 19;
-    int aboutSymbol = 64;
-    int onboardingSymbol = 58;
+    int permissionSymbol = 22;
+    int aboutSymbol = 72;
+    int onboardingSymbol = 66;
     int formText = 13;
     int headline = 14;
     int largeTitle = 26;

@@ -31,8 +31,6 @@ Item {
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.caption
         text: footer.panel.itemCount
-        Accessible.ignored: false
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
+        isRead: true
     }
 }

@@ -7,9 +7,6 @@ Item {
 
     required property SettingsModel settings
 
-    Accessible.role: Accessible.StaticText
-    Accessible.name: "Tessly, " + local.text + ", " + version.text
-
     Column {
         anchors.centerIn: parent
         padding: 36
@@ -28,26 +25,25 @@ Item {
             font.pixelSize: Tokens.size.largeTitle
             font.weight: Font.Bold
             text: "Tessly"
+            isRead: true
         }
 
         PlainText {
-            id: local
-
             objectName: "local-only"
             anchors.horizontalCenter: parent.horizontalCenter
             color: Tokens.color.secondaryText
             font.pixelSize: Tokens.size.formText
             text: "Local-only"
+            isRead: true
         }
 
         PlainText {
-            id: version
-
             objectName: "version"
             anchors.horizontalCenter: parent.horizontalCenter
             color: Tokens.color.tertiaryText
             font.pixelSize: Tokens.size.caption
             text: page.settings.versionText
+            isRead: true
         }
     }
 }

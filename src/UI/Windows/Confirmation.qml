@@ -30,6 +30,7 @@ Rectangle {
 
         // A new question.
         function onChanged() {
+            card.settle();
             card.takeFocus();
         }
     }

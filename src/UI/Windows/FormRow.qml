@@ -24,6 +24,7 @@ Item {
         anchors.rightMargin: 12
         anchors.verticalCenter: parent.verticalCenter
         font.pixelSize: Tokens.size.formText
+        isRead: true
         text: row.label
     }
 

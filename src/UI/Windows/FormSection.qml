@@ -21,9 +21,8 @@ Column {
         font.pixelSize: Tokens.size.callout
         font.weight: Font.DemiBold
         text: section.title
-        Accessible.ignored: false
+        isRead: true
         Accessible.role: Accessible.Heading
-        Accessible.name: text
     }
 
     Rectangle {

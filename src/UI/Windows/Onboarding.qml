@@ -33,12 +33,9 @@ Rectangle {
         }
     }
 
-    DragHandler {
-        target: null
-        onActiveChanged: {
-            if (active)
-                root.Window.window.startSystemMove();
-        }
+    MouseArea {
+        anchors.fill: parent
+        onPressed: root.Window.window.startSystemMove()
     }
 
     Column {
@@ -62,9 +59,8 @@ Rectangle {
             font.pixelSize: Tokens.size.onboardingTitle
             font.weight: Font.Bold
             text: "Tessly"
-            Accessible.ignored: false
+            isRead: true
             Accessible.role: Accessible.Heading
-            Accessible.name: text
         }
     }
 

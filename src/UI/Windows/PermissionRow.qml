@@ -11,8 +11,6 @@ Row {
     objectName: "permission-" + modelData.symbol
     width: parent.width
     spacing: 14
-    Accessible.role: Accessible.StaticText
-    Accessible.name: modelData.title + ": " + modelData.detail
 
     Rectangle {
         id: tile
@@ -40,6 +38,7 @@ Row {
             font.pixelSize: Tokens.size.headline
             font.weight: Font.Bold
             text: row.modelData.title
+            isRead: true
         }
 
         PlainText {
@@ -50,6 +49,7 @@ Row {
             wrapMode: Text.Wrap
             maximumLineCount: 3
             text: row.modelData.detail
+            isRead: true
         }
     }
 }

@@ -39,27 +39,20 @@ FormPage {
     FormSection {
         title: "Excluded bundle IDs"
 
-        Item {
+        TextEditor {
+            id: editor
+
+            objectName: "ignored-bundle-ids"
             width: parent.width
-            height: editor.height + 2 * 10
-
-            TextEditor {
-                id: editor
-
-                objectName: "ignored-bundle-ids"
-                x: 10
-                y: 10
-                width: parent.width - 2 * 10
-                height: 120
-                label: "Excluded bundle IDs"
-                text: page.settings.ignoredBundleIDsText
-                onEdited: text => page.settings.ignoredBundleIDsText = text
-                onPasteWanted: page.settings.pasteText()
-                onCopyWanted: text => page.settings.copyText(text)
-                onCutWanted: text => {
-                    if (page.settings.copyText(text))
-                        insert("");
-                }
+            height: 120
+            label: "Excluded bundle IDs"
+            text: page.settings.ignoredBundleIDsText
+            onEdited: text => page.settings.ignoredBundleIDsText = text
+            onPasteWanted: page.settings.pasteText()
+            onCopyWanted: text => page.settings.copyText(text)
+            onCutWanted: text => {
+                if (page.settings.copyText(text))
+                    insert("");
             }
         }
     }

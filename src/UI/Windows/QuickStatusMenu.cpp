@@ -20,16 +20,20 @@ namespace tessly {
 
 namespace {
 
-// Whoever asked for the menu may hold the pointer until its button is let go.
-constexpr auto grabInterval = 20ms;
-constexpr int grabAttempts = 25;
+// Whoever asked for the menu may hold the pointer until its button is let go. The toolkit tells of
+// success even then.
+constexpr auto grabInterval = 40ms;
+constexpr int grabAttempts = 12;
 
 } // namespace
 
 QuickStatusMenu::QuickStatusMenu()
     : m_window(std::make_unique<ViewWindow>())
 {
-    m_window->setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    // Not a popup in the toolkit's sense, which assistive technology is not told of.
+    m_window->setFlags(
+        Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+        Qt::BypassWindowManagerHint);
     m_window->setTitle(u"Tessly Menu"_s);
     m_window->setColor(Qt::transparent);
     m_window->setCloseRequested([this] { close(); });
@@ -118,7 +122,8 @@ void QuickStatusMenu::place(QPoint position)
     if (screen == nullptr) {
         return;
     }
-    const QQuickItem& root = *m_window->rootObject();
+    QQuickItem& root = *m_window->rootObject();
+    QMetaObject::invokeMethod(&root, "settle");
     const QSizeF size(root.implicitWidth(), root.implicitHeight());
     const QRect geometry = menuGeometry(position, size.toSize(), screen->geometry());
     m_window->setScreen(screen);
@@ -131,9 +136,8 @@ void QuickStatusMenu::place(QPoint position)
 
 void QuickStatusMenu::grab()
 {
-    if (m_window->setKeyboardGrabEnabled(true) && m_window->setMouseGrabEnabled(true)) {
-        return;
-    }
+    m_window->setKeyboardGrabEnabled(true);
+    m_window->setMouseGrabEnabled(true);
     if (--m_grabAttemptsLeft > 0) {
         m_grabTimer.start();
     }

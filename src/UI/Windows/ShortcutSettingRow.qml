@@ -10,8 +10,6 @@ FormRow {
 
     objectName: "shortcut-" + modelData.title
     label: modelData.title
-    Accessible.role: Accessible.StaticText
-    Accessible.name: modelData.title + ": " + modelData.keyNames
 
     Row {
         spacing: 4

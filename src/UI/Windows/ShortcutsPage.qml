@@ -32,8 +32,6 @@ FormPage {
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.callout
         text: page.settings.keyboardLine
-        Accessible.ignored: false
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
+        isRead: true
     }
 }

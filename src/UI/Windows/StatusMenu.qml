@@ -9,6 +9,11 @@ Rectangle {
 
     required property StatusMenuContent content
 
+    // Takes its size from lines that have just been set.
+    function settle() {
+        lines.forceLayout();
+    }
+
     implicitWidth: lines.width + 2 * 5
     implicitHeight: lines.height + 2 * 5
     radius: Tokens.size.popupRadius
@@ -28,6 +33,7 @@ Rectangle {
     Column {
         id: lines
 
+        // All lines are as wide as the widest.
         property real widest: 180
 
         x: 5
@@ -57,6 +63,7 @@ Rectangle {
 
                     objectName: "menu-" + line.modelData.action
                     visible: !line.modelData.isSeparator
+                    Accessible.ignored: line.modelData.isSeparator
                     width: parent.width
                     title: line.modelData.title
                     keys: line.modelData.keys

@@ -41,7 +41,8 @@ Item {
                 height: 52
                 radius: Tokens.size.popupRadius
                 color: isSelected ? Tokens.color.chip : "transparent"
-                activeFocusOnTab: isSelected
+                // It cannot leave the chain while it has the keyboard.
+                activeFocusOnTab: isSelected || activeFocus
                 Accessible.role: Accessible.PageTab
                 Accessible.name: modelData.title
                 Accessible.selectable: true
@@ -49,8 +50,8 @@ Item {
                 Accessible.focusable: true
                 Accessible.focused: activeFocus
                 Accessible.onPressAction: strip.settings.selectedTab = index
-                Keys.onLeftPressed: strip.select(index - 1)
-                Keys.onRightPressed: strip.select(index + 1)
+                Keys.onLeftPressed: strip.select(strip.settings.selectedTab - 1)
+                Keys.onRightPressed: strip.select(strip.settings.selectedTab + 1)
 
                 Symbol {
                     anchors.horizontalCenter: parent.horizontalCenter

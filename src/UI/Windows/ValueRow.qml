@@ -9,14 +9,12 @@ FormRow {
     required property string value
     property color valueColor: Tokens.color.secondaryText
 
-    Accessible.role: Accessible.StaticText
-    Accessible.name: label + ": " + value
-
     PlainText {
         objectName: row.name
         anchors.verticalCenter: parent.verticalCenter
         color: row.valueColor
         font.pixelSize: Tokens.size.formText
         text: row.value
+        isRead: true
     }
 }

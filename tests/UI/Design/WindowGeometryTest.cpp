@@ -69,6 +69,39 @@ TEST(PanelGeometryTest, ShrinksOnlyWhereTheScreenIsSmaller)
     EXPECT_TRUE(low.contains(panel));
 }
 
+TEST(MenuGeometryTest, HasACornerWhereItIsAskedFor)
+{
+    const QSize size(200, 150);
+    EXPECT_EQ(menuGeometry({100, 50}, size, screen), QRect(QPoint(100, 50), size));
+    const QRect left = menuGeometry({1900, 50}, size, screen);
+    EXPECT_EQ(left.right(), 1899) << "to the left where there is no room";
+    EXPECT_EQ(left.top(), 50);
+    const QRect above = menuGeometry({100, 1070}, size, screen);
+    EXPECT_EQ(above.bottom(), 1069) << "above where there is no room below";
+    EXPECT_EQ(above.left(), 100);
+}
+
+TEST(MenuGeometryTest, IsWholeOnItsScreen)
+{
+    const QRect left(-1280, -200, 1280, 1024);
+    for (const QPoint point :
+         {left.topLeft(), left.topRight(), left.bottomLeft(), left.bottomRight(),
+          QPoint(-2000, 4000)}) {
+        EXPECT_TRUE(left.contains(menuGeometry(point, QSize(200, 150), left)));
+        EXPECT_EQ(menuGeometry(point, QSize(2000, 2000), left), left);
+    }
+}
+
+TEST(CentredGeometryTest, IsInTheMiddle)
+{
+    const QRect window = centredGeometry(QSize(610, 440), screen);
+    EXPECT_EQ(window.size(), QSize(610, 440));
+    EXPECT_NEAR(window.center().x(), screen.center().x(), 1);
+    EXPECT_NEAR(window.center().y(), screen.center().y(), 1);
+    const QRect small(100, 100, 320, 240);
+    EXPECT_EQ(centredGeometry(QSize(610, 440), small), small);
+}
+
 TEST(RoundedRegionTest, CutsTheCornersAndNothingElse)
 {
     const QRegion region = roundedRegion(QSize(100, 80), 12);

@@ -1,31 +1,8 @@
 #include "PanelViewFixture.h"
 
-#include <QtTest/QTest>
-
 using namespace std::chrono_literals;
 
 namespace tessly::test {
-
-namespace {
-
-QQuickItem* visibleItem(QQuickItem& root, const QString& name)
-{
-    if (!root.isVisible()) {
-        return nullptr;
-    }
-    if (root.objectName() == name) {
-        return &root;
-    }
-    const auto children = root.childItems();
-    for (QQuickItem* const child : children) {
-        if (QQuickItem* const found = visibleItem(*child, name); found != nullptr) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-} // namespace
 
 PanelViewFixture::PanelViewFixture()
     : m_controller(
@@ -72,26 +49,22 @@ void PanelViewFixture::show()
 
 QQuickItem* PanelViewFixture::find(const QString& name)
 {
-    return visibleItem(*window().contentItem(), name);
+    return driver().find(name);
 }
 
 QQuickItem& PanelViewFixture::item(const QString& name)
 {
-    QQuickItem* const found = find(name);
-    if (found == nullptr) {
-        throw std::runtime_error("no visible item " + name.toStdString());
-    }
-    return *found;
+    return driver().item(name);
 }
 
 QString PanelViewFixture::text(const QString& name, const char* property)
 {
-    return item(name).property(property).toString();
+    return driver().text(name, property);
 }
 
 QString PanelViewFixture::rowText(int row, const QString& name, const char* property)
 {
-    QQuickItem* const found = visibleItem(item(QStringLiteral("row-%1").arg(row)), name);
+    QQuickItem* const found = ViewDriver::find(name, item(QStringLiteral("row-%1").arg(row)));
     return found != nullptr ? found->property(property).toString() : QString();
 }
 
@@ -102,43 +75,36 @@ bool PanelViewFixture::isSelected(int row)
 
 QPoint PanelViewFixture::centerOf(const QString& name)
 {
-    const QQuickItem& target = item(name);
-    return target.mapToScene(QPointF(target.width() / 2, target.height() / 2)).toPoint();
+    return driver().centerOf(name);
 }
 
 void PanelViewFixture::click(const QString& name, Qt::MouseButton button)
 {
-    QTest::mouseClick(&window(), button, {}, centerOf(name));
+    driver().click(name, button);
     run();
 }
 
 void PanelViewFixture::point(const QString& name)
 {
-    // A move to where the pointer is already, maybe since another test, is none.
-    QTest::mouseMove(&window(), centerOf(name) + QPoint(1, 1));
-    QTest::mouseMove(&window(), centerOf(name));
+    driver().point(name);
     run();
 }
 
 void PanelViewFixture::press(int key, Qt::KeyboardModifiers modifiers)
 {
-    send(key, modifiers, {});
+    driver().press(key, modifiers);
     run();
 }
 
 void PanelViewFixture::type(const QString& text)
 {
-    for (const QChar character : text) {
-        send(character.toUpper().unicode(), {}, character);
-    }
+    driver().type(text);
     run();
 }
 
 void PanelViewFixture::send(int key, Qt::KeyboardModifiers modifiers, const QString& text)
 {
-    // Not QTest::keyClick, which knows of Latin keys only.
-    qt_handleKeyEvent(&window(), QEvent::KeyPress, key, modifiers, text);
-    qt_handleKeyEvent(&window(), QEvent::KeyRelease, key, modifiers, text);
+    driver().press(key, modifiers, text);
 }
 
 } // namespace tessly::test

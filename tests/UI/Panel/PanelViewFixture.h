@@ -5,6 +5,7 @@
 #include "PanelModel.h"
 #include "QuickPanelView.h"
 #include "QuickPastePanelController.h"
+#include "ViewDriver.h"
 
 #include <QQuickItem>
 
@@ -26,6 +27,7 @@ protected:
     /// Opens the panel and waits until it has the keyboard.
     void show();
     [[nodiscard]] PanelWindow& window() { return m_view->window(); }
+    [[nodiscard]] ViewDriver driver() { return ViewDriver(window()); }
 
     /// The visible item of a name; null if there is none.
     [[nodiscard]] QQuickItem* find(const QString& name);

@@ -63,9 +63,9 @@ void WindowGallery::photographSettings(const QDir& folder, const QString& prefix
     m_pasteboard.setAccess(PasteboardAccess::denied);
     m_model.refreshAutomaticPasteAccess(false);
     settings.reload();
-    QTest::keyClick(&window, Qt::Key_Tab, Qt::ShiftModifier);
-    QTest::keyClick(&window, Qt::Key_Tab, Qt::ShiftModifier);
-    QTest::keyClick(&window, Qt::Key_Tab, Qt::ShiftModifier);
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(&window, Qt::Key_Tab, Qt::ShiftModifier);
+    }
     savePicture(window, folder, name + u"privacy-required"_s);
     m_keys.setAllowed(true);
     m_pasteboard.setAccess(PasteboardAccess::available);
