@@ -74,6 +74,22 @@ void QuickPastePanelController::close()
     }
 }
 
+void QuickPastePanelController::toggle()
+{
+    if (isShown()) {
+        close();
+    } else {
+        show();
+    }
+}
+
+void QuickPastePanelController::toggleByClick()
+{
+    if (!std::exchange(m_dismissal, nullptr)) {
+        toggle();
+    }
+}
+
 bool QuickPastePanelController::isShown() const
 {
     return m_view && m_view->isShown();
@@ -97,8 +113,8 @@ void QuickPastePanelController::makeView()
             },
         .resignedKey =
             [self] {
-                if (self && self->m_isWatching) {
-                    self->close();
+                if (self) {
+                    self->dismiss();
                 }
             },
         .didClose =
@@ -118,17 +134,18 @@ void QuickPastePanelController::installEventMonitors()
         m_outsideClickWatch = m_dependencies.outsideClicks.watch([self = QPointer(this)] {
             if (self) {
                 QMetaObject::invokeMethod(
-                    self, &QuickPastePanelController::closeIfWatching, Qt::QueuedConnection);
+                    self, &QuickPastePanelController::dismiss, Qt::QueuedConnection);
             }
         });
     }
 }
 
-void QuickPastePanelController::closeIfWatching()
+void QuickPastePanelController::dismiss()
 {
     // The panel that was clicked beside may have gone since, by other ways.
     if (m_isWatching) {
         close();
+        m_dismissal = m_dependencies.clock.after(clickLength, [this] { m_dismissal.reset(); });
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppModel.h"
+#include "Clock.h"
 #include "OutsideClickMonitor.h"
 #include "PanelView.h"
 
@@ -34,7 +35,12 @@ public:
         AppModel& model;
         Workspace& workspace;
         OutsideClickMonitor& outsideClicks;
+        Clock& clock;
     };
+
+    /// How long a click that closes the panel takes, from its press to its release over the status
+    /// item.
+    static constexpr Clock::Duration clickLength = std::chrono::milliseconds(500);
 
     QuickPastePanelController(
         Dependencies dependencies, AnchorProvider anchorProvider, ViewFactory viewFactory,
@@ -44,12 +50,17 @@ public:
     /// Nothing happens if the panel is up, or if there is no place for it.
     void show();
     void close();
+    /// Opens the panel, or closes it.
+    void toggle();
+    /// The same by a click on the status item. Where the tray belongs to another program, the press
+    /// has closed the panel already by the time the click is told: that click opens nothing.
+    void toggleByClick();
     [[nodiscard]] bool isShown() const;
 
 private:
     void makeView();
     void installEventMonitors();
-    void closeIfWatching();
+    void dismiss();
     bool handleKeyEvent(int key, Qt::KeyboardModifiers modifiers);
     void presentationDidEnd();
 
@@ -62,6 +73,8 @@ private:
     /// it is kept open.
     bool m_isWatching = false;
     std::unique_ptr<OutsideClickMonitor::Watch> m_outsideClickWatch;
+    /// Runs for as long as the click may last that dismissed the panel.
+    std::unique_ptr<Clock::Timer> m_dismissal;
     std::shared_ptr<RunningApplication> m_targetApplication;
 };
 

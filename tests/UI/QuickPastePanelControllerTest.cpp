@@ -29,7 +29,7 @@ protected:
     void makeController(KeepsOpen keepsOpen)
     {
         m_controller = std::make_unique<QuickPastePanelController>(
-            QuickPastePanelController::Dependencies{*m_model, m_workspace, m_clicks},
+            QuickPastePanelController::Dependencies{*m_model, m_workspace, m_clicks, m_clock},
             [this] { return m_anchor; },
             [this]() -> std::unique_ptr<PanelView> {
                 ++m_viewsMade;
@@ -277,6 +277,47 @@ TEST_F(QuickPastePanelControllerTest, APressThatIsToldTooLateDoesNotCloseTheNext
     m_controller->close();
     settle();
     show();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, TogglingOpensAndCloses)
+{
+    m_controller->toggle();
+    expectOpen();
+    m_controller->toggle();
+    expectClosed();
+    m_controller->toggle();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, AClickOnTheStatusItemOpensAndCloses)
+{
+    m_controller->toggleByClick();
+    expectOpen();
+    m_controller->toggleByClick();
+    expectClosed();
+    m_controller->toggleByClick();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, AClickWhosePressClosedThePanelDoesNotOpenItAgain)
+{
+    show();
+    m_clicks.press();
+    m_view->loseKeyboard();
+    settle();
+    m_controller->toggleByClick();
+    expectClosed();
+    m_controller->toggleByClick();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, AClickLongAfterThePanelWasDismissedOpensIt)
+{
+    show();
+    m_view->loseKeyboard();
+    pass(QuickPastePanelController::clickLength);
+    m_controller->toggleByClick();
     expectOpen();
 }
 
