@@ -2,16 +2,23 @@
 
 #include "AppPaths.h"
 #include "ClipStoreError.h"
+#include "ConfirmationView.h"
+#include "StatusMenu.h"
+#include "StatusMenuView.h"
+#include "StatusToolTipView.h"
 #include "ThreadExecutor.h"
 #include "Trace.h"
 
-#include <QCoreApplication>
 #include <QCursor>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QScreen>
+#include <QSessionManager>
 #include <QStandardPaths>
+
+#include <map>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -19,12 +26,25 @@ namespace tessly {
 
 namespace {
 
-Q_LOGGING_CATEGORY(log, "com.brackmoor.tessly.AppDelegate")
+constexpr const char* uiTestingVariable = "TESSLY_UI_TESTING";
 
 QString settingsPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            u"/com.brackmoor.tessly.ini"_s;
+}
+
+/// Empty if the bundle has none.
+QString shortVersion(const Bundle& bundle)
+{
+    const QVariant version = bundle.objectForInfoDictionaryKey(u"CFBundleShortVersionString"_s);
+    return version.typeId() == QMetaType::QString ? version.toString() : QString();
+}
+
+/// A desktop that restores its last session would start a second instance beside the login item's.
+void stayOutOfRestoredSessions(QSessionManager& session)
+{
+    session.setRestartHint(QSessionManager::RestartNever);
 }
 
 PasteService::Hooks pasteHooks(DesktopPlatform& platform)
@@ -39,17 +59,21 @@ PasteService::Hooks pasteHooks(DesktopPlatform& platform)
 
 } // namespace
 
-AppDelegate::AppDelegate()
-    : m_defaults(settingsPath())
+AppDelegate::AppDelegate(Surroundings surroundings)
+    : m_surroundings(std::move(surroundings))
+    , m_platform(m_surroundings.makePlatform())
+    , m_hotKeys(m_platform->hotKeys())
+    , m_directPasteKeys(m_hotKeys, [this](int position) { m_model->pasteGlobalPosition(position); })
+    , m_defaults(settingsPath())
     , m_settings(m_defaults)
 {
+    if (qEnvironmentVariableIsSet(uiTestingVariable)) {
+        m_uiTestingMode = qEnvironmentVariable(uiTestingVariable);
+    }
     openHistory();
-    m_platform = makeDesktopPlatform([] {
-        qCCritical(log) << "The connection to the desktop was lost.";
-        QCoreApplication::exit(EXIT_FAILURE);
-    });
     m_pasteService = std::make_unique<PasteService>(
-        m_platform->pasteboard(), m_platform->keys(), m_clock, pasteHooks(*m_platform));
+        m_platform->pasteboard(), m_platform->keys(), m_surroundings.clock,
+        pasteHooks(*m_platform));
     m_launchAtLoginService =
         std::make_unique<LaunchAtLoginService>(LaunchAtLoginService::Dependencies{
             .service = m_platform->loginItem(),
@@ -64,7 +88,7 @@ AppDelegate::AppDelegate()
         .pasteboard = m_platform->pasteboard(),
         .imageConverter = m_platform->imageConverter(),
         .workspace = m_platform->workspace(),
-        .clock = m_clock,
+        .clock = m_surroundings.clock,
     });
     if (m_rescueFolder) {
         m_model->setBanner(AppModel::Banner{
@@ -80,7 +104,7 @@ AppDelegate::~AppDelegate() = default;
 std::unique_ptr<ClipStore> AppDelegate::makeStore() const
 {
     return std::make_unique<ClipStore>(
-        AppPaths::databasePath(), [this] { return m_clock.now(); },
+        AppPaths::databasePath(), [this] { return m_surroundings.clock.now(); },
         std::make_unique<ThreadExecutor>("tessly-store"));
 }
 
@@ -101,24 +125,32 @@ void AppDelegate::openHistory()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    m_panelModel = std::make_unique<PanelModel>(PanelModel::Dependencies{
-        .model = *m_model,
-        .pasteboard = m_platform->pasteboard(),
-        .clock = m_clock,
-    });
-    m_quickPasteController = std::make_unique<QuickPastePanelController>(
-        QuickPastePanelController::Dependencies{
-            .model = *m_model,
-            .workspace = m_platform->workspace(),
-            .outsideClicks = m_platform->outsideClicks(),
-        },
-        [this] { return panelAnchor(); }, [this] { return makePanelView(); },
-        qEnvironmentVariableIsSet("TESSLY_UI_TESTING")
-            ? QuickPastePanelController::KeepsOpen::forUITesting
-            : QuickPastePanelController::KeepsOpen::no);
-    m_model->clipboardMonitor().start();
-    trace("recording");
-    m_model->reload(AppModel::Debounce::no);
+    qGuiApp->installEventFilter(this);
+    connect(
+        qGuiApp, &QGuiApplication::saveStateRequest, this, stayOutOfRestoredSessions,
+        Qt::DirectConnection);
+    connect(
+        qGuiApp, &QGuiApplication::applicationStateChanged, this,
+        [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive) {
+                applicationDidBecomeActive();
+            }
+        });
+    setupStatusItem();
+    makeQuickPasteController();
+    m_model->hotKeyConfigurationDidChange = [self = QPointer(this)] {
+        if (self) {
+            setupHotKeys(self);
+        }
+    };
+    repairLoginItem();
+    setupHotKeys(this);
+    if (m_settings.hasCompletedOnboarding()) {
+        m_model->clipboardMonitor().start();
+        m_model->reload(AppModel::Debounce::no);
+    } else {
+        showOnboarding();
+    }
     m_commands = std::make_unique<HistoryCommands>(HistoryCommands::Dependencies{
         .model = *m_model,
         .store = *m_store,
@@ -129,23 +161,100 @@ void AppDelegate::applicationDidFinishLaunching()
     m_bus->start();
 }
 
+void AppDelegate::applicationDidBecomeActive()
+{
+    m_model->refreshAutomaticPasteAccess(true);
+}
+
 void AppDelegate::applicationWillTerminate()
 {
     m_bus.reset();
     m_model->clipboardMonitor().stop();
+    m_hotKeys.unregisterAll();
+    m_hotKeys.removeEventHandler();
     m_quickPasteController->close();
 }
 
-std::unique_ptr<PanelView> AppDelegate::makePanelView()
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
-    ViewFactory* const views = m_views.factory();
-    return views != nullptr ? views->makePanel(*m_panelModel) : nullptr;
+    // The session ends. Left to the toolkit, any window that does not close would keep the program
+    // running.
+    if (watched == qGuiApp && event->type() == QEvent::Quit) {
+        quitApplication();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void AppDelegate::setupStatusItem()
+{
+    StatusItem& item = m_platform->statusItem();
+    item.setEvents({
+        .leftClicked =
+            [this](const StatusItem::Rectangle&) { m_quickPasteController->toggleByClick(); },
+        .rightClicked = [this](const StatusItem::Rectangle&) { closePanel(); },
+        .menu = [this] { return statusMenu(); },
+        .menuRequested = [this](QPoint position) { showStatusMenu(position); },
+        .toolTipRequested = [this](QRect icon) { showStatusToolTip(icon); },
+        .toolTipDismissed =
+            [this] {
+                if (m_statusToolTip) {
+                    m_statusToolTip->hide();
+                }
+            },
+        .menuItemChosen = [this](const QString& action) { perform(action); },
+    });
+    item.setVisible(true);
+}
+
+void AppDelegate::makeQuickPasteController()
+{
+    m_panelModel = std::make_unique<PanelModel>(PanelModel::Dependencies{
+        .model = *m_model,
+        .pasteboard = m_platform->pasteboard(),
+        .clock = m_surroundings.clock,
+    });
+    connect(m_panelModel.get(), &PanelModel::settingsRequested, this, &AppDelegate::openSettings);
+    m_quickPasteController = std::make_unique<QuickPastePanelController>(
+        QuickPastePanelController::Dependencies{
+            .model = *m_model,
+            .workspace = m_platform->workspace(),
+            .outsideClicks = m_platform->outsideClicks(),
+            .clock = m_surroundings.clock,
+        },
+        [this] { return panelAnchor(); },
+        [this] { return make(&ViewFactory::makePanel, *m_panelModel); },
+        m_uiTestingMode ? QuickPastePanelController::KeepsOpen::forUITesting
+                        : QuickPastePanelController::KeepsOpen::no);
+}
+
+void AppDelegate::repairLoginItem()
+{
+    try {
+        m_launchAtLoginService->repairRegistrationIfNeeded();
+    } catch (const std::exception&) {
+        m_model->showBanner(u"Launch at login needs attention."_s, AppModel::BannerKind::warning);
+    }
+}
+
+QCoro::Task<> AppDelegate::setupHotKeys(QPointer<AppDelegate> self)
+{
+    const auto state = self->m_settings.directPasteShortcuts() ? DirectPasteKeys::State::on
+                                                               : DirectPasteKeys::State::off;
+    const std::optional<QString> warning = co_await self->m_directPasteKeys.setUp(state);
+    if (self && warning) {
+        self->m_model->showBanner(*warning, AppModel::BannerKind::warning);
+    }
 }
 
 std::optional<QRect> AppDelegate::panelAnchor() const
 {
     if (QGuiApplication::primaryScreen() == nullptr) {
         return std::nullopt;
+    }
+    const StatusItem& item = m_platform->statusItem();
+    if (item.presence() == StatusItem::Presence::present && item.rectangle()) {
+        return item.rectangle();
     }
     return QRect(QCursor::pos(), QSize(1, 1));
 }
@@ -156,6 +265,9 @@ HistoryCommands::Abilities AppDelegate::abilities()
         .capture =
             [this] { return m_platform->pasteboard().access() == PasteboardAccess::available; },
         .paste = [this] { return m_pasteService->checkAutomaticPasteAccess(); },
+        .hotKeys = [this] { return m_platform->hotKeys().isAvailable(); },
+        .tray =
+            [this] { return m_platform->statusItem().presence() == StatusItem::Presence::present; },
     };
 }
 
@@ -165,19 +277,132 @@ BusActions AppDelegate::busActions()
         .show =
             [this] {
                 trace("show-requested");
-                m_quickPasteController->show();
+                openQuickPaste();
             },
-        .hide = [this] { m_quickPasteController->close(); },
-        .toggle =
-            [this] {
-                if (m_quickPasteController->isShown()) {
-                    m_quickPasteController->close();
-                } else {
-                    m_quickPasteController->show();
-                }
-            },
-        .quit = [] { QCoreApplication::exit(); },
+        .hide = [this] { closePanel(); },
+        .toggle = [this] { m_quickPasteController->toggle(); },
+        .quit = [this] { quitApplication(); },
     };
+}
+
+void AppDelegate::closePanel()
+{
+    if (m_quickPasteController) {
+        m_quickPasteController->close();
+    }
+}
+
+void AppDelegate::openQuickPaste()
+{
+    if (m_quickPasteController) {
+        m_quickPasteController->show();
+    }
+}
+
+void AppDelegate::toggleMonitoring()
+{
+    ClipboardMonitor& monitor = m_model->clipboardMonitor();
+    monitor.togglePaused();
+    if (monitor.isPaused()) {
+        m_model->showBanner(u"Clipboard recording paused."_s, AppModel::BannerKind::warning);
+    } else {
+        m_model->showBanner(u"Clipboard recording resumed."_s, AppModel::BannerKind::information);
+    }
+}
+
+void AppDelegate::showOnboarding()
+{
+    m_onboardingController = std::make_unique<OnboardingWindowController>(
+        *m_model,
+        [this](OnboardingModel& onboarding) {
+            return make(&ViewFactory::makeOnboarding, onboarding);
+        },
+        [self = QPointer(this)] {
+            if (self) {
+                self->m_onboardingController->close();
+                self->m_onboardingController.reset();
+                self->openQuickPaste();
+            }
+        });
+    m_onboardingController->show();
+}
+
+void AppDelegate::showStatusMenu(QPoint position)
+{
+    if (!m_statusMenu) {
+        m_statusMenu = make(&ViewFactory::makeStatusMenu);
+    }
+    if (m_statusMenu) {
+        m_statusMenu->show(
+            statusMenu(), position, [this](const QString& action) { perform(action); });
+    }
+}
+
+void AppDelegate::showStatusToolTip(const QRect& icon)
+{
+    if (!m_statusToolTip) {
+        m_statusToolTip = make(&ViewFactory::makeStatusToolTip);
+    }
+    if (m_statusToolTip) {
+        m_statusToolTip->show(statusItemToolTip, icon);
+    }
+}
+
+std::vector<StatusMenuItem> AppDelegate::statusMenu()
+{
+    return makeStatusMenu(m_model->clipboardMonitor().isPaused());
+}
+
+void AppDelegate::perform(const QString& menuAction)
+{
+    const std::map<QString, void (AppDelegate::*)()> actions = {
+        {u"openQuickPaste"_s, &AppDelegate::openQuickPaste},
+        {u"toggleMonitoring"_s, &AppDelegate::toggleMonitoring},
+        {u"clearHistory"_s, &AppDelegate::clearHistory},
+        {u"openSettings"_s, &AppDelegate::openSettings},
+        {u"quitApplication"_s, &AppDelegate::quitApplication},
+    };
+    if (const auto found = actions.find(menuAction); found != actions.end()) {
+        (this->*found->second)();
+    }
+}
+
+void AppDelegate::clearHistory()
+{
+    if (!m_confirmation) {
+        m_confirmation = make(&ViewFactory::makeConfirmation);
+    }
+    if (!m_confirmation) {
+        return;
+    }
+    m_confirmation->ask(
+        u"Clear unpinned history?"_s, u"Clear"_s, u"Cancel"_s,
+        [self = QPointer(this)](bool isConfirmed) {
+            if (self && isConfirmed) {
+                self->m_model->clearHistory(false);
+            }
+        });
+}
+
+void AppDelegate::openSettings()
+{
+    closePanel();
+    if (!m_settingsController) {
+        m_settingsController = std::make_unique<SettingsWindowController>(
+            SettingsModel::Dependencies{
+                .model = *m_model,
+                .pasteboard = m_platform->pasteboard(),
+                .version = shortVersion(m_platform->bundle()),
+            },
+            m_surroundings.clock,
+            [this](SettingsModel& settings) { return make(&ViewFactory::makeSettings, settings); });
+    }
+    m_settingsController->show();
+}
+
+void AppDelegate::quitApplication()
+{
+    m_surroundings.quit();
 }
 
 } // namespace tessly

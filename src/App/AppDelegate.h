@@ -4,58 +4,112 @@
 #include "AppSettings.h"
 #include "BusService.h"
 #include "ClipStore.h"
+#include "DirectPasteKeys.h"
+#include "GlobalHotKeyManager.h"
 #include "HistoryCommands.h"
 #include "IniUserDefaults.h"
 #include "LaunchAtLoginService.h"
+#include "OnboardingWindowController.h"
 #include "PanelModel.h"
 #include "PasteService.h"
 #include "PlatformFactory.h"
 #include "QuickPastePanelController.h"
-#include "SystemClock.h"
-#include "ViewLoader.h"
+#include "SettingsWindowController.h"
+#include "ViewPlugin.h"
 
 #include <QObject>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
 namespace tessly {
 
-/// Owns everything that lives as long as the program, and wires it.
+/// Owns everything that lives as long as the program, and wires it. Main thread only.
 class AppDelegate final : public QObject
 {
     Q_OBJECT
 
 public:
+    /// What the program gets from outside.
+    struct Surroundings
+    {
+        Clock& clock;
+        /// Asked once. Throws if there is no desktop.
+        std::function<std::unique_ptr<DesktopPlatform>()> makePlatform;
+        /// Asked when the first window is to be shown. Null if the windows cannot be loaded.
+        std::function<ViewFactory*()> views;
+        /// Ends the event loop.
+        std::function<void()> quit;
+    };
+
     /// Opens the history, setting a damaged one aside, and makes the services and the model. Throws
     /// what keeps the program from starting; its what() is a sentence for the user.
-    AppDelegate();
+    explicit AppDelegate(Surroundings surroundings);
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching();
+    void applicationDidBecomeActive();
     void applicationWillTerminate();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    [[nodiscard]] AppModel& model() { return *m_model; }
 
 private:
     void openHistory();
     [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;
-    [[nodiscard]] std::unique_ptr<PanelView> makePanelView();
+
+    void setupStatusItem();
+    void makeQuickPasteController();
+    void repairLoginItem();
+    static QCoro::Task<> setupHotKeys(QPointer<AppDelegate> self);
+    void showOnboarding();
     [[nodiscard]] std::optional<QRect> panelAnchor() const;
     [[nodiscard]] BusActions busActions();
     [[nodiscard]] HistoryCommands::Abilities abilities();
 
-    SystemClock m_clock;
+    void showStatusMenu(QPoint position);
+    void showStatusToolTip(const QRect& icon);
+    [[nodiscard]] std::vector<StatusMenuItem> statusMenu();
+    void perform(const QString& menuAction);
+    void closePanel();
+    void openQuickPaste();
+    void toggleMonitoring();
+    void clearHistory();
+    void openSettings();
+    void quitApplication();
+
+    /// A window of the factory's; null if it cannot be made.
+    template <typename View, typename... Model>
+    std::unique_ptr<View>
+    make(std::unique_ptr<View> (ViewFactory::*function)(Model&...), Model&... model)
+    {
+        ViewFactory* const views = m_surroundings.views();
+        return views != nullptr ? (views->*function)(model...) : nullptr;
+    }
+
+    Surroundings m_surroundings;
+    /// Present while a test of the interface runs the program.
+    std::optional<QString> m_uiTestingMode;
+    std::unique_ptr<DesktopPlatform> m_platform;
+    GlobalHotKeyManager m_hotKeys;
+    DirectPasteKeys m_directPasteKeys;
     std::unique_ptr<ClipStore> m_store;
     /// Where a damaged history was put, if there was one.
     std::optional<QString> m_rescueFolder;
     IniUserDefaults m_defaults;
     AppSettings m_settings;
-    std::unique_ptr<DesktopPlatform> m_platform;
     std::unique_ptr<PasteService> m_pasteService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
-    ViewLoader m_views;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
+    std::unique_ptr<SettingsWindowController> m_settingsController;
+    std::unique_ptr<OnboardingWindowController> m_onboardingController;
+    std::unique_ptr<StatusMenuView> m_statusMenu;
+    std::unique_ptr<StatusToolTipView> m_statusToolTip;
+    std::unique_ptr<ConfirmationView> m_confirmation;
     std::unique_ptr<HistoryCommands> m_commands;
     std::unique_ptr<BusService> m_bus;
 };

@@ -7,6 +7,7 @@
 #include "LoginItem.h"
 #include "OutsideClickMonitor.h"
 #include "Pasteboard.h"
+#include "StatusItem.h"
 #include "Workspace.h"
 
 #include <functional>
@@ -29,6 +30,7 @@ public:
     [[nodiscard]] virtual KeyEventPoster& keys() = 0;
     [[nodiscard]] virtual OutsideClickMonitor& outsideClicks() = 0;
     [[nodiscard]] virtual HotKeyCenter& hotKeys() = 0;
+    [[nodiscard]] virtual StatusItem& statusItem() = 0;
     [[nodiscard]] virtual ImageConverter& imageConverter() = 0;
     [[nodiscard]] virtual LoginItem& loginItem() = 0;
     [[nodiscard]] virtual const Bundle& bundle() = 0;

@@ -4,9 +4,12 @@
 #include "CommandLineParser.h"
 #include "CommandRunner.h"
 #include "InstanceLock.h"
+#include "SystemClock.h"
 #include "TerminationSignals.h"
+#include "ViewLoader.h"
 
 #include <QGuiApplication>
+#include <QLoggingCategory>
 
 #include <cerrno>
 #include <cstdio>
@@ -21,6 +24,8 @@ using namespace tessly;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+Q_LOGGING_CATEGORY(log, "com.brackmoor.tessly.AppDelegate")
 
 /// Everything the program holds was copied by its user: nobody else reads its files, and no crash
 /// leaves it on disk.
@@ -70,6 +75,14 @@ int startSecond(int argc, char** argv)
     return fail(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
+std::unique_ptr<DesktopPlatform> connectToDesktop()
+{
+    return makeDesktopPlatform([] {
+        qCCritical(log) << "The connection to the desktop was lost.";
+        QCoreApplication::exit(EXIT_FAILURE);
+    });
+}
+
 int start(int argc, char** argv)
 {
     // One arena more than the main thread's: the workers take turns, and each arena keeps memory.
@@ -98,9 +111,17 @@ int start(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "xcb");
     }
     QGuiApplication application(argc, argv);
+    const auto quit = [] { QCoreApplication::exit(); };
+    SystemClock clock;
+    ViewLoader views;
     try {
-        AppDelegate delegate;
-        const TerminationSignals signalsWatch([] { QCoreApplication::exit(); });
+        AppDelegate delegate({
+            .clock = clock,
+            .makePlatform = connectToDesktop,
+            .views = [&views] { return views.factory(); },
+            .quit = quit,
+        });
+        const TerminationSignals signalsWatch(quit);
         delegate.applicationDidFinishLaunching();
         const int status = QGuiApplication::exec();
         delegate.applicationWillTerminate();

@@ -79,6 +79,9 @@ public:
     /// Gives up every key.
     virtual ~HotKeyCenter() = default;
 
+    /// Whether this desktop has global keys at all.
+    [[nodiscard]] virtual bool isAvailable() const = 0;
+
     [[nodiscard]] virtual Installation installHandler(Handler handler) = 0;
     virtual Status removeHandler(Reference handler) = 0;
 

@@ -1,6 +1,7 @@
 #include "ClipboardMonitor.h"
 
 #include "PasteboardItems.h"
+#include "Trace.h"
 #include "Workspace.h"
 
 #include <algorithm>
@@ -87,6 +88,7 @@ void ClipboardMonitor::start()
     m_lastChangeCount = m_dependencies.pasteboard.changeCount();
     m_lastObservedApplication = m_currentApplication();
     m_timer = m_dependencies.clock.every(tickInterval, [this] { poll(); });
+    trace("recording");
 }
 
 void ClipboardMonitor::stop()

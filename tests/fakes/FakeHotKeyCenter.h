@@ -55,6 +55,7 @@ public:
     /// Where answers wait.
     [[nodiscard]] Gate& gate() { return m_gate; }
 
+    [[nodiscard]] bool isAvailable() const override { return true; }
     [[nodiscard]] Installation installHandler(Handler handler) override;
     Status removeHandler(Reference handler) override;
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;

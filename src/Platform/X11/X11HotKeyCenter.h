@@ -22,6 +22,7 @@ public:
     explicit X11HotKeyCenter(X11Desktop& desktop);
     ~X11HotKeyCenter() override;
 
+    [[nodiscard]] bool isAvailable() const override { return true; }
     [[nodiscard]] Installation installHandler(Handler handler) override;
     Status removeHandler(Reference handler) override;
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
