@@ -4,6 +4,7 @@ import os
 import shutil
 import unittest
 
+from .accessible import Accessibility
 from .desktop import Desktop
 from .tessly import Tessly
 from .waiting import wait_until
@@ -14,9 +15,14 @@ class DesktopCase(unittest.TestCase):
     and what Tessly logged, in the folder that TESSLY_E2E_PICTURES names."""
 
     maxDiff = 2000
+    # Whether assistive technology is there, through which `ui` finds controls.
+    accessible = False
 
     def setUp(self):
         self.desktop = self.enterContext(self.make_desktop())
+        if self.accessible:
+            self._accessibility = Accessibility(self.desktop)
+            self.addCleanup(self._accessibility.close)
         self.clipboard = self.desktop.clipboard
         self.keyboard = self.desktop.keyboard
 
@@ -28,6 +34,18 @@ class DesktopCase(unittest.TestCase):
         tessly = self.enterContext(Tessly(self.desktop, **options))
         self.addCleanup(self._keep_evidence, tessly)  # before Tessly ends
         return tessly
+
+    def ui(self, tessly):
+        """All that a Tessly shows, as assistive technology sees it."""
+        return self._accessibility.application(tessly.pid)
+
+    def click(self, control, button=1):
+        """Clicks on a control that assistive technology found."""
+        self.desktop.pointer.click(*control.centre, button)
+
+    def wait_for_banner(self, tessly, text):
+        """A banner with this text, in the panel that is open."""
+        self.ui(tessly).find("alert message", text)
 
     def run(self, result=None):
         self._result = result

@@ -116,8 +116,10 @@ class Tessly:
         return self
 
     def launch(self, *, umask=-1):
-        """Starts the program and returns at once."""
-        self.write_settings()
+        """Starts the program and returns at once. Later starts find the settings as they were
+        left."""
+        if self.process is None:
+            self.write_settings()
         self.started = time.monotonic()
         self.process = self.desktop.start([program()], environment=self.environment,
                                           name="tessly", umask=umask)
@@ -161,11 +163,22 @@ class Tessly:
             name: value for name, value in self.environment.items() if name != "TESSLY_TRACE"},
             check=check)
 
-    # The panel
+    # Its windows
+
+    def window(self, title):
+        """The window of this title, or None while it is closed."""
+        return next((window for window in self.desktop.windows.visible(pid=self.pid)
+                     if window.title == title), None)
+
+    def wait_for_window(self, title):
+        """The window of this title, once it is up and has the keys."""
+        wait_until(lambda: self.window(title), f"the window “{title}” is open")
+        wait_until(lambda: self.has_keys(self.window(title)), f"“{title}” has the keys")
+        return self.window(title)
 
     def panel_window(self):
         """The panel's window, or None while it is closed."""
-        return self.desktop.windows.top(pid=self.pid)
+        return self.window("Tessly")
 
     def open_panel(self):
         """Opens the panel as a second start does; returns it once it has the keys and its list."""

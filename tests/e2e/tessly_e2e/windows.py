@@ -3,6 +3,7 @@
 from collections import namedtuple
 
 from Xlib import X, error
+from Xlib.protocol import event
 
 # Geometry on the screen, without the frame.
 Window = namedtuple("Window", "id instance class_name title pid x y width height")
@@ -41,6 +42,16 @@ class Windows:
         """The topmost window of a program, or None."""
         windows = self.visible(pid=pid)
         return windows[-1] if windows else None
+
+    def close(self, window):
+        """What the close button of a window does."""
+        message = event.ClientMessage(
+            window=self._display.create_resource_object("window", window),
+            client_type=self._display.get_atom("_NET_CLOSE_WINDOW"),
+            data=(32, [X.CurrentTime, 2, 0, 0, 0]))
+        self._root.send_event(message,
+                              event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self._display.sync()
 
     def _collect(self, parent, depth, found):
         try:
