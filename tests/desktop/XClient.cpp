@@ -116,6 +116,16 @@ xcb_window_t XClient::focused()
         ->focus;
 }
 
+QRect XClient::geometryOf(xcb_window_t window)
+{
+    const auto size = answered(
+        xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+    const auto place = answered(xcb_translate_coordinates_reply(
+        m_connection, xcb_translate_coordinates(m_connection, window, m_screen->root, 0, 0),
+        nullptr));
+    return {place->dst_x, place->dst_y, size->width, size->height};
+}
+
 xcb_window_t XClient::ownerOf(const std::string& selection)
 {
     return answered(

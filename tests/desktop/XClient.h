@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QRect>
 #include <QString>
 
 #include <xcb/xcb.h>
@@ -76,6 +77,9 @@ public:
     [[nodiscard]] KeyboardState keyboardState();
     void lock(std::uint8_t mods, std::uint8_t group);
     void latch(std::uint8_t mods);
+
+    /// Where a window is on the screen.
+    [[nodiscard]] QRect geometryOf(xcb_window_t window);
 
     /// The window that owns a selection.
     [[nodiscard]] xcb_window_t ownerOf(const std::string& selection);

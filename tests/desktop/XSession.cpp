@@ -35,15 +35,15 @@ void end(QProcess* process)
 
 } // namespace
 
-XSession::XSession(WindowManager windowManager)
+XSession::XSession(WindowManager windowManager, const QString& screen)
 {
     m_server = std::make_unique<QProcess>();
     m_server->setChildProcessModifier(endWithTest);
     m_server->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     // The server picks a free display and writes its number, once it accepts connections.
     m_server->start(
-        u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s, u"-nolisten"_s,
-                    u"tcp"_s, u"-noreset"_s});
+        u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, screen, u"-nolisten"_s, u"tcp"_s,
+                    u"-noreset"_s});
     QByteArray number;
     while (!number.contains('\n')) {
         if (!m_server->waitForReadyRead(20000)) {

@@ -16,7 +16,10 @@ class XSession
 public:
     enum class WindowManager { none, openbox };
 
-    explicit XSession(WindowManager windowManager = WindowManager::openbox);
+    /// `screen` is width, height and depth.
+    explicit XSession(
+        WindowManager windowManager = WindowManager::openbox,
+        const QString& screen = QStringLiteral("1280x800x24"));
     ~XSession();
     XSession(const XSession&) = delete;
     XSession& operator=(const XSession&) = delete;

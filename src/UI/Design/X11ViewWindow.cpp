@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -23,6 +24,9 @@ constexpr auto focusSettles = 60ms;
 // grant without weighing it against what the user does elsewhere.
 constexpr std::uint32_t sourceIsUser = 2;
 
+// What to do with a state of the window.
+constexpr std::uint32_t addState = 1;
+
 template <typename Reply>
 using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
 
@@ -41,8 +45,9 @@ X11ViewWindow::X11ViewWindow(QWindow& window, std::function<void()> focusLost)
         return;
     }
     m_connection = x11->connection();
-    const std::array<std::pair<xcb_atom_t*, std::string_view>, 5> names = {{
+    const std::array<std::pair<xcb_atom_t*, std::string_view>, 6> names = {{
         {&m_wmState, "_NET_WM_STATE"},
+        {&m_above, "_NET_WM_STATE_ABOVE"},
         {&m_skipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR"},
         {&m_skipPager, "_NET_WM_STATE_SKIP_PAGER"},
         {&m_activeWindow, "_NET_ACTIVE_WINDOW"},
@@ -87,6 +92,7 @@ void X11ViewWindow::prepareToShow()
         return;
     }
     m_focusLost.stop();
+    m_isPrepared = true;
     // The toolkit adds its own states to these.
     const std::array states = {m_skipTaskbar, m_skipPager};
     xcb_change_property(
@@ -99,6 +105,14 @@ void X11ViewWindow::activate()
     m_window.requestActivate();
     if (m_connection == nullptr) {
         return;
+    }
+    if (std::exchange(m_isPrepared, false)) {
+        // A window manager clears the states of a window that was hidden. Where the window is shown
+        // again before it got to that, it clears what the window is shown with.
+        askManager(m_wmState, {addState, m_skipTaskbar, m_skipPager, sourceIsUser});
+        if (m_window.flags().testFlag(Qt::WindowStaysOnTopHint)) {
+            askManager(m_wmState, {addState, m_above, XCB_ATOM_NONE, sourceIsUser});
+        }
     }
     // The request above bears the time of the last event that the toolkit saw, which may be long
     // ago: the key or the click that opened the panel went elsewhere. A change of a property tells
@@ -151,18 +165,23 @@ void X11ViewWindow::handleTimestamp(xcb_timestamp_t time)
     if (!std::exchange(m_isAwaitingTimestamp, false) || !m_window.isVisible()) {
         return;
     }
-    xcb_client_message_event_t request = {};
-    request.response_type = XCB_CLIENT_MESSAGE;
-    request.format = 32;
-    request.window = id();
-    request.type = m_activeWindow;
-    request.data.data32[0] = sourceIsUser;
-    request.data.data32[1] = time;
+    askManager(m_activeWindow, {sourceIsUser, time});
+    xcb_flush(m_connection);
+}
+
+void X11ViewWindow::askManager(
+    xcb_atom_t request, std::initializer_list<std::uint32_t> arguments) const
+{
+    xcb_client_message_event_t message = {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = id();
+    message.type = request;
+    std::ranges::copy(arguments, message.data.data32);
     xcb_send_event(
         m_connection, 0, m_root,
         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-        reinterpret_cast<const char*>(&request));
-    xcb_flush(m_connection);
+        reinterpret_cast<const char*>(&message));
 }
 
 } // namespace tessly

@@ -5,6 +5,7 @@
 #include <QWindow>
 
 #include <functional>
+#include <initializer_list>
 #include <xcb/xcb.h>
 
 namespace tessly {
@@ -31,6 +32,7 @@ public:
 
 private:
     void handleTimestamp(xcb_timestamp_t time);
+    void askManager(xcb_atom_t request, std::initializer_list<std::uint32_t> arguments) const;
     [[nodiscard]] xcb_window_t id() const { return static_cast<xcb_window_t>(m_window.winId()); }
 
     QWindow& m_window;
@@ -38,8 +40,10 @@ private:
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = XCB_WINDOW_NONE;
     QTimer m_focusLost;
+    bool m_isPrepared = false;
     bool m_isAwaitingTimestamp = false;
     xcb_atom_t m_wmState = XCB_ATOM_NONE;
+    xcb_atom_t m_above = XCB_ATOM_NONE;
     xcb_atom_t m_skipTaskbar = XCB_ATOM_NONE;
     xcb_atom_t m_skipPager = XCB_ATOM_NONE;
     xcb_atom_t m_activeWindow = XCB_ATOM_NONE;

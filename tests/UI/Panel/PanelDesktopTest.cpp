@@ -1,0 +1,224 @@
+#include "PanelViewFixture.h"
+
+#include "ClipboardOwner.h"
+#include "QtPrinting.h"
+#include "XClient.h"
+#include "XSession.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly::test {
+namespace {
+
+XSession* session = nullptr;
+
+// Two screens side by side, the right one lower: above it there is nothing.
+constexpr auto screenSize = "1600x800x24"_L1;
+constexpr auto leftScreen = "800/210x800/210+0+0"_L1;
+constexpr auto rightScreen = "800/210x600/160+800+200"_L1;
+constexpr QPoint nowhere(1400, 60);
+
+/// The panel on a real X server, under openbox, beside another program's window.
+class PanelDesktopTest : public PanelViewFixture
+{
+protected:
+    PanelDesktopTest()
+    {
+        XClient::Look look;
+        look.windowClass = XClient::windowClass("editor", "Editor");
+        m_other = m_client.show(look);
+        EXPECT_TRUE(waitUntil([this] { return hasFocus(m_other); }));
+    }
+
+    [[nodiscard]] bool hasFocus(xcb_window_t window) { return m_client.focused() == window; }
+    [[nodiscard]] xcb_window_t panelID() { return static_cast<xcb_window_t>(window().winId()); }
+    /// A property of the panel's window, as another program reads it.
+    [[nodiscard]] QString property(const QString& name)
+    {
+        return QString::fromLatin1(
+            session->run(u"xprop"_s, {u"-id"_s, QString::number(panelID()), u"-notype"_s, name}));
+    }
+    /// Opens the panel and waits until the window manager has dealt with all that leads to.
+    void show()
+    {
+        PanelViewFixture::show();
+        ASSERT_TRUE(waitUntil([this] { return hasFocus(panelID()); }));
+        // It takes one thing after the other, and what it was asked last leaves a mark.
+        const QString mark = u"mark %1"_s.arg(++m_marks);
+        const QString other = QString::number(m_other);
+        session->run(u"xdotool"_s, {u"set_window"_s, u"--name"_s, mark, other});
+        ASSERT_TRUE(waitUntil([&] {
+            return session->run(u"xprop"_s, {u"-id"_s, other, u"_NET_WM_VISIBLE_NAME"_s})
+                .contains(mark.toUtf8());
+        }));
+    }
+    void showAt(const QPoint& place)
+    {
+        m_anchor = QRect(place, QSize(1, 1));
+        show();
+    }
+    /// Where the panel is, as the server has it.
+    [[nodiscard]] QRect placeOnServer() { return m_client.geometryOf(panelID()); }
+    /// Runs the event loop for longer than it takes the panel to close over a lost focus.
+    void letFocusSettle()
+    {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        EXPECT_TRUE(waitUntil([&] { return elapsed.hasExpired(300); }));
+    }
+
+    XClient m_client{session->display()};
+    xcb_window_t m_other = XCB_WINDOW_NONE;
+    int m_marks = 0;
+};
+
+TEST_F(PanelDesktopTest, TakesTheKeyboardAtEveryOpening)
+{
+    for (int opening = 0; opening < 4; ++opening) {
+        show();
+        EXPECT_TRUE(hasFocus(panelID())) << opening;
+        m_controller.close();
+        EXPECT_TRUE(waitUntil([this] { return hasFocus(m_other); })) << "it comes back";
+    }
+}
+
+TEST_F(PanelDesktopTest, TypedKeysReachTheSearchField)
+{
+    save("alpha");
+    show();
+    session->run(u"xdotool"_s, {u"type"_s, u"alp"_s});
+    EXPECT_TRUE(waitUntil([this] { return m_model->query() == u"alp"_s; }));
+    session->run(u"xdotool"_s, {u"key"_s, u"Escape"_s});
+    EXPECT_TRUE(waitUntil([this] { return !m_model->isPanelPresented(); }));
+}
+
+TEST_F(PanelDesktopTest, IsLeftOutOfTaskbarAndPagerAndStaysAboveAtEveryOpening)
+{
+    // At once again, too: the window manager clears the states of a window that is hidden.
+    for (int opening = 0; opening < 6; ++opening) {
+        show();
+        const QString state = property(u"_NET_WM_STATE"_s);
+        EXPECT_TRUE(state.contains(u"_NET_WM_STATE_SKIP_TASKBAR"_s)) << state.toStdString();
+        EXPECT_TRUE(state.contains(u"_NET_WM_STATE_SKIP_PAGER"_s)) << state.toStdString();
+        EXPECT_TRUE(state.contains(u"_NET_WM_STATE_ABOVE"_s)) << state.toStdString();
+        m_controller.close();
+        run();
+    }
+}
+
+TEST_F(PanelDesktopTest, HasNoFrame)
+{
+    show();
+    EXPECT_EQ(window().frameMargins(), QMargins());
+}
+
+TEST_F(PanelDesktopTest, StandsBesideItsAnchorWholeOnTheAnchorsScreen)
+{
+    const auto screens = QGuiApplication::screens();
+    ASSERT_EQ(screens.size(), 2);
+    for (const QScreen* const screen : screens) {
+        const QRect area = screen->availableGeometry();
+        for (const QPoint& corner :
+             {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight(),
+              area.center()}) {
+            showAt(corner);
+            const auto place = placeOnServer();
+            EXPECT_TRUE(area.contains(place)) << testing::PrintToString(place);
+            EXPECT_EQ(place.size(), QSize(660, 560));
+            m_controller.close();
+            run();
+        }
+    }
+}
+
+TEST_F(PanelDesktopTest, StandsOnTheNearestScreenWhereThereIsNone)
+{
+    showAt(nowhere);
+    EXPECT_EQ(QGuiApplication::screenAt(nowhere), nullptr);
+    EXPECT_TRUE(std::ranges::any_of(QGuiApplication::screens(), [this](const QScreen* screen) {
+        return screen->availableGeometry().contains(placeOnServer());
+    })) << testing::PrintToString(placeOnServer());
+}
+
+TEST_F(PanelDesktopTest, AnotherProgramsKeyboardGrabDoesNotCloseIt)
+{
+    show();
+    m_client.grabKeyboard();
+    m_client.sync();
+    letFocusSettle();
+    EXPECT_TRUE(m_model->isPanelPresented()) << "while it is grabbed";
+    m_client.ungrabKeyboard();
+    m_client.sync();
+    letFocusSettle();
+    EXPECT_TRUE(m_model->isPanelPresented()) << "afterwards";
+    session->run(u"xdotool"_s, {u"type"_s, u"x"_s});
+    EXPECT_TRUE(waitUntil([this] { return m_model->query() == u"x"_s; })) << "keys still come";
+}
+
+TEST_F(PanelDesktopTest, LosingTheFocusCloses)
+{
+    show();
+    m_client.focus(m_other);
+    m_client.sync();
+    EXPECT_TRUE(waitUntil([this] { return !m_model->isPanelPresented(); }));
+}
+
+TEST_F(PanelDesktopTest, LosingTheFocusDuringAGrabCloses)
+{
+    show();
+    m_client.grabKeyboard();
+    m_client.focus(m_other);
+    m_client.ungrabKeyboard();
+    m_client.sync();
+    EXPECT_TRUE(waitUntil([this] { return !m_model->isPanelPresented(); }));
+}
+
+TEST_F(PanelDesktopTest, TheToolkitNeverAsksTheClipboardsOwner)
+{
+    ClipboardOwner before(*session, {u"--text"_s, u"first"_s});
+    show();
+    ClipboardOwner owner(*session, {u"--text"_s, u"secret"_s});
+    letFocusSettle();
+    session->run(u"xdotool"_s, {u"key"_s, u"ctrl+v"_s});
+    session->run(u"xdotool"_s, {u"key"_s, u"shift+Insert"_s});
+    EXPECT_TRUE(waitUntil([this] { return m_pasteboard.requests(Flavour::plainText) == 2; }))
+        << "both go to the program's own pasteboard";
+    const QPoint place = window().mapToGlobal(centerOf(u"clipboard-search"_s));
+    session->run(
+        u"xdotool"_s, {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
+                       u"click"_s, u"2"_s});
+    letFocusSettle();
+    for (ClipboardOwner* const asked : {&before, &owner}) {
+        for (const QByteArray& line : asked->lines()) {
+            EXPECT_FALSE(line.startsWith("request")) << line.toStdString();
+        }
+    }
+    EXPECT_TRUE(m_model->isPanelPresented());
+}
+
+} // namespace
+} // namespace tessly::test
+
+// One X server for the whole program: the toolkit connects to it once.
+int main(int argc, char** argv)
+{
+    using namespace tessly::test;
+    XSession server(XSession::WindowManager::openbox, screenSize);
+    server.run(u"xrandr"_s, {u"--setmonitor"_s, u"left"_s, leftScreen, u"screen"_s});
+    server.run(u"xrandr"_s, {u"--setmonitor"_s, u"right"_s, rightScreen, u"none"_s});
+    session = &server;
+    qputenv("DISPLAY", server.display().toLatin1());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    const QGuiApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
