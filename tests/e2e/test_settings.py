@@ -5,7 +5,7 @@ import unittest
 from tessly_e2e import wait_until
 from tessly_e2e.case import DesktopCase, TesslyCase
 from tessly_e2e.editors import GtkEditor, Terminal
-from tessly_e2e.waiting import settled
+from tessly_e2e.waiting import holds_for, settled
 
 
 class SettingsCase(TesslyCase):
@@ -119,11 +119,12 @@ class Limits(SettingsCase):
             self.record(f"entry {number}")
         ui = self.open_settings()
         spin = ui.find("spin box", "Keep up to 12 unpinned items")
-        self.click(spin)
-        self.keyboard.press("Down")
+        place = spin.extents
+        self.desktop.pointer.click(place.x + place.width // 4, place.y + place.height // 2)
         self.wait_for_setting("maxHistory", "10")
         wait_until(lambda: len(self.history.clips()) == 10, "the two oldest are gone")
         self.expect_text(ui, "Keep up to 10 unpinned items")
+        spin.take_focus()
         self.keyboard.press("Up")
         self.wait_for_setting("maxHistory", "60")
 
@@ -175,6 +176,8 @@ class Privacy(SettingsCase):
         terminal = Terminal(self.desktop).start(shown="secret")
         terminal.copy_word()
         wait_until(lambda: self.clipboard.read() == b"secret", "the word is copied")
+        # Longer than the program looks away.
+        self.assertTrue(holds_for(1, lambda: self.history.clips() == []))
         GtkEditor(self.desktop).start()
         self.expect_still_recording()
         self.assertEqual(self.recorded_texts(), [])

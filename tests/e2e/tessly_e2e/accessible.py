@@ -99,6 +99,9 @@ class Control:
         """Performs an action that the control offers."""
         self._call(_ACTION, "DoAction", "i", self.actions.index(name))
 
+    def take_focus(self):
+        self._call(_COMPONENT, "GrabFocus")
+
     @property
     def children(self):
         return [Control(self._bus, name, path)
