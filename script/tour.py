@@ -19,6 +19,7 @@ os.environ.setdefault("TESSLY_PROGRAM", os.path.join(ROOT, "build", "release", "
 from tessly_e2e import Desktop, Tessly, png, wait_until  # noqa: E402 - the path comes first
 from tessly_e2e.editors import GtkEditor, QtEditor, Terminal  # noqa: E402
 from tessly_e2e.tray import Tray  # noqa: E402
+from tessly_e2e.waiting import settled  # noqa: E402
 
 PICTURES = os.path.join(ROOT, "build", "demo")
 WANTED = "Lavender needs sun"
@@ -105,7 +106,9 @@ def paste_by_key(tessly, wanted):
 
 def menu_and_settings(tessly, tray, pictures):
     tray.click(tessly.pid, button=3)
-    tessly.wait_for_window("Tessly Menu")
+    # It takes the keys without being the active window.
+    wait_until(lambda: tessly.window("Tessly Menu"), "the menu is open")
+    settled(tessly.desktop.screen.picture, 0.3, "the menu")
     pictures.take("menu")
     # Its fourth line.
     for key in ("Down", "Down", "Down", "Down", "Return"):
