@@ -51,7 +51,7 @@ Item {
             height: 14
         }
 
-        PlainText {
+        ReadText {
             objectName: "alert-title"
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
@@ -60,7 +60,6 @@ Item {
             font.pixelSize: Tokens.size.headline
             font.weight: Font.Bold
             text: card.title
-            isRead: true
         }
 
         Item {
@@ -69,7 +68,7 @@ Item {
             visible: card.message !== ""
         }
 
-        PlainText {
+        ReadText {
             objectName: "alert-message"
             width: parent.width
             visible: card.message !== ""
@@ -79,7 +78,6 @@ Item {
             color: Tokens.color.secondaryText
             font.pixelSize: Tokens.size.callout
             text: card.message
-            isRead: true
         }
 
         Item {

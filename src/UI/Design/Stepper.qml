@@ -61,6 +61,11 @@ Rectangle {
         }
     }
 
+    MouseArea {
+        anchors.fill: parent
+        onPressed: stepper.forceActiveFocus(Qt.MouseFocusReason)
+    }
+
     component Half: Item {
         id: half
 
@@ -68,7 +73,8 @@ Rectangle {
         required property int direction
         required property bool canStep
 
-        width: stepper.width / 2
+        // Between the two, a click only brings the keyboard here.
+        width: stepper.width / 2 - 3
         height: stepper.height
 
         Rectangle {
@@ -124,7 +130,7 @@ Rectangle {
 
     Half {
         objectName: stepper.objectName + "-increase"
-        x: width
+        x: stepper.width - width
         symbol: "plus"
         direction: 1
         canStep: stepper.canIncrease

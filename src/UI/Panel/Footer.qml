@@ -23,7 +23,7 @@ Item {
         }
     }
 
-    PlainText {
+    ReadText {
         objectName: "item-count"
         anchors.right: parent.right
         anchors.rightMargin: Tokens.size.panelPadding
@@ -31,6 +31,5 @@ Item {
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.caption
         text: footer.panel.itemCount
-        isRead: true
     }
 }

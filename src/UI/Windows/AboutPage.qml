@@ -20,30 +20,27 @@ Item {
             size: Tokens.size.aboutSymbol
         }
 
-        PlainText {
+        ReadText {
             anchors.horizontalCenter: parent.horizontalCenter
             font.pixelSize: Tokens.size.largeTitle
             font.weight: Font.Bold
             text: "Tessly"
-            isRead: true
         }
 
-        PlainText {
+        ReadText {
             objectName: "local-only"
             anchors.horizontalCenter: parent.horizontalCenter
             color: Tokens.color.secondaryText
             font.pixelSize: Tokens.size.formText
             text: "Local-only"
-            isRead: true
         }
 
-        PlainText {
+        ReadText {
             objectName: "version"
             anchors.horizontalCenter: parent.horizontalCenter
             color: Tokens.color.tertiaryText
             font.pixelSize: Tokens.size.caption
             text: page.settings.versionText
-            isRead: true
         }
     }
 }

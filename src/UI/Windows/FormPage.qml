@@ -20,7 +20,8 @@ Flickable {
     }
 
     function show(item: Item) {
-        const top = item.mapToItem(column, 0, 0).y - 12;
+        // With the heading above it.
+        const top = item.mapToItem(column, 0, 0).y - 40;
         const bottom = item.mapToItem(column, 0, item.height).y + 12;
         if (top < contentY)
             contentY = Math.max(0, top);

@@ -17,14 +17,13 @@ Item {
         width: parent.width - 12
     }
 
-    PlainText {
+    ReadText {
         anchors.left: parent.left
         anchors.leftMargin: 12
         anchors.right: right.left
         anchors.rightMargin: 12
         anchors.verticalCenter: parent.verticalCenter
         font.pixelSize: Tokens.size.formText
-        isRead: true
         text: row.label
     }
 

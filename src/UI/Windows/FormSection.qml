@@ -14,14 +14,13 @@ Column {
     Accessible.role: Accessible.Grouping
     Accessible.name: title
 
-    PlainText {
+    ReadText {
         x: 10
         width: parent.width - 2 * 10
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.callout
         font.weight: Font.DemiBold
         text: section.title
-        isRead: true
         Accessible.role: Accessible.Heading
     }
 

@@ -53,13 +53,12 @@ Rectangle {
             size: Tokens.size.onboardingSymbol
         }
 
-        PlainText {
+        ReadText {
             objectName: "onboarding-title"
             anchors.horizontalCenter: parent.horizontalCenter
             font.pixelSize: Tokens.size.onboardingTitle
             font.weight: Font.Bold
             text: "Tessly"
-            isRead: true
             Accessible.role: Accessible.Heading
         }
     }

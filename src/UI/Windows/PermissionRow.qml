@@ -32,16 +32,15 @@ Row {
         width: row.width - tile.width - row.spacing
         spacing: 4
 
-        PlainText {
+        ReadText {
             objectName: "permission-title"
             width: parent.width
             font.pixelSize: Tokens.size.headline
             font.weight: Font.Bold
             text: row.modelData.title
-            isRead: true
         }
 
-        PlainText {
+        ReadText {
             objectName: "permission-detail"
             width: parent.width
             color: Tokens.color.secondaryText
@@ -49,7 +48,6 @@ Row {
             wrapMode: Text.Wrap
             maximumLineCount: 3
             text: row.modelData.detail
-            isRead: true
         }
     }
 }

@@ -25,13 +25,12 @@ FormPage {
         }
     }
 
-    PlainText {
+    ReadText {
         objectName: "keyboard-line"
         width: parent.width - 2 * 20
         leftPadding: 10
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.callout
         text: page.settings.keyboardLine
-        isRead: true
     }
 }

@@ -9,12 +9,11 @@ FormRow {
     required property string value
     property color valueColor: Tokens.color.secondaryText
 
-    PlainText {
+    ReadText {
         objectName: row.name
         anchors.verticalCenter: parent.verticalCenter
         color: row.valueColor
         font.pixelSize: Tokens.size.formText
         text: row.value
-        isRead: true
     }
 }

@@ -273,6 +273,15 @@ TEST_F(SettingsViewTest, TheSizesStepperMovesByOne)
     EXPECT_EQ(m_settings.maxItemSizeMB(), 250);
 }
 
+TEST_F(SettingsViewTest, AClickBetweenASteppersButtonsOnlyBringsTheKeyboard)
+{
+    m_settings.setMaxHistory(500);
+    show();
+    click(u"max-history"_s);
+    EXPECT_EQ(m_settings.maxHistory(), 500);
+    EXPECT_EQ(focused(), u"max-history"_s);
+}
+
 TEST_F(SettingsViewTest, KeysMoveASteppersNumber)
 {
     m_settings.setMaxHistory(500);

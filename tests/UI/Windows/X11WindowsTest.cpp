@@ -1,4 +1,5 @@
 #include "AppModelFixture.h"
+#include "OnboardingModel.h"
 #include "QuickConfirmation.h"
 #include "QuickStatusMenu.h"
 #include "QuickStatusToolTip.h"
@@ -13,6 +14,8 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 
@@ -45,6 +48,17 @@ protected:
     {
         return m_other.focused() == static_cast<xcb_window_t>(window.winId());
     }
+    /// Waits until the window has the keyboard, and is where its window manager put it.
+    [[nodiscard]] bool comesUp(ViewWindow& window)
+    {
+        const QPoint middle = window.screen()->availableGeometry().center();
+        return waitUntil([&] {
+            // The window manager may count its frame in.
+            const QPoint off = window.geometry().center() - middle;
+            return hasFocus(window) && window.isExposed() && std::abs(off.x()) <= 2 &&
+                   std::abs(off.y()) <= 40;
+        });
+    }
     /// On the desktop.
     [[nodiscard]] static QPoint centerOf(ViewWindow& window, const QString& item)
     {
@@ -76,16 +90,12 @@ TEST_F(X11SettingsTest, StandsInTheMiddleAndStaysWhereItWasPut)
 {
     m_view->show();
     ViewWindow& window = m_view->window();
-    ASSERT_TRUE(waitUntil([this] { return hasFocus(m_view->window()); }));
-    const QPoint middle = window.screen()->availableGeometry().center();
-    EXPECT_NEAR(window.geometry().center().x(), middle.x(), 2);
-    // The window manager may count its frame in.
-    EXPECT_NEAR(window.geometry().center().y(), middle.y(), 40);
+    ASSERT_TRUE(comesUp(window));
     EXPECT_EQ(window.size(), QSize(610, 440));
     m_view->close();
     const QPoint before = window.position();
     m_view->show();
-    ASSERT_TRUE(waitUntil([this] { return hasFocus(m_view->window()); }));
+    ASSERT_TRUE(comesUp(window));
     EXPECT_EQ(window.position(), before) << "as on the first showing";
 }
 
@@ -110,6 +120,30 @@ TEST_F(X11SettingsTest, TypedKeysReachTheEditor)
     click(centerOf(m_view->window(), u"ignored-bundle-ids-text"_s));
     use({u"type"_s, u"org.one"_s});
     EXPECT_TRUE(waitUntil([this] { return m_settings.ignoredBundleIDsText() == u"org.one"_s; }));
+}
+
+TEST_F(X11WindowsTest, OnboardingHasNoFrameAndIsMovedByItsBackground)
+{
+    OnboardingModel onboarding(*m_model, [] {});
+    const auto view = makeOnboardingView(onboarding);
+    view->show();
+    ViewWindow& window = view->window();
+    ASSERT_TRUE(comesUp(window));
+    EXPECT_EQ(window.frameMargins(), QMargins());
+    const QPoint before = window.position();
+    const QPoint grip = window.mapToGlobal(QPoint(325, 400));
+    use(
+        {u"mousemove"_s, QString::number(grip.x()), QString::number(grip.y()), u"mousedown"_s,
+         u"1"_s});
+    for (int i = 1; i <= 10; ++i) {
+        use({u"mousemove_relative"_s, u"--"_s, u"-6"_s, u"-4"_s});
+        QCoreApplication::processEvents();
+    }
+    use({u"mouseup"_s, u"1"_s});
+    EXPECT_TRUE(waitUntil([&] {
+        return window.x() <= before.x() - 30 && window.y() <= before.y() - 20;
+    })) << window.x() - before.x()
+        << ' ' << window.y() - before.y();
 }
 
 TEST_F(X11WindowsTest, TheAlertGetsTheKeyboard)
