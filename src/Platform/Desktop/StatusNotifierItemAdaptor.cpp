@@ -19,12 +19,16 @@ constexpr int largestPixmap = 64;
 
 StatusPixmap pixmap(const StatusIcon::Drawing& drawing)
 {
-    constexpr auto colour = StatusIcon::defaultColour;
     StatusPixmap pixmap = {.width = drawing.size, .height = drawing.size};
     pixmap.pixels.reserve(static_cast<qsizetype>(drawing.opacity.size() * 4));
     for (const std::uint8_t opacity : drawing.opacity) {
-        for (const std::uint8_t part : {opacity, colour.red, colour.green, colour.blue}) {
-            pixmap.pixels.append(static_cast<char>(part));
+        // Trays do not agree on whether the colours are multiplied by the opacity. Those that
+        // expect it turn the whole icon into a blob if they are not; the others show a darker edge
+        // if they are.
+        constexpr auto colour = StatusIcon::defaultColour;
+        pixmap.pixels.append(static_cast<char>(opacity));
+        for (const std::uint8_t part : {colour.red, colour.green, colour.blue}) {
+            pixmap.pixels.append(static_cast<char>((part * opacity + 127) / 255));
         }
     }
     return pixmap;

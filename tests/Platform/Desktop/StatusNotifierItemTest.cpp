@@ -257,7 +257,12 @@ TEST_F(StatusNotifierItemTest, ItsPictureComesInTheUsualSizesAsAlphaRedGreenBlue
     // The lower left of the board, and the corner beside it.
     const auto pixel = [&](int x, int y) { return pixmaps[0].pixels.sliced((y * 16 + x) * 4, 4); };
     EXPECT_EQ(pixel(3, 13), "\xff\x3d\x7f\xf5");
-    EXPECT_EQ(pixel(0, 15)[0], '\0');
+    EXPECT_EQ(pixel(0, 15), QByteArray(4, '\0'));
+    for (int at = 0; at < 16 * 16; ++at) {
+        const QByteArray drawn = pixel(at % 16, at / 16);
+        const auto alpha = static_cast<std::uint8_t>(drawn[0]);
+        EXPECT_LE(static_cast<std::uint8_t>(drawn[3]), alpha) << "multiplied by the opacity";
+    }
 }
 
 TEST_F(StatusNotifierItemTest, TheIconIsNamedOnlyWhereItIsInstalled)
