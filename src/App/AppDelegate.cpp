@@ -9,6 +9,7 @@
 #include "ThreadExecutor.h"
 #include "Trace.h"
 
+#include <QAccessible>
 #include <QCursor>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -158,6 +159,9 @@ void AppDelegate::applicationDidFinishLaunching()
         .abilities = abilities(),
     });
     m_bus = std::make_unique<BusService>(busActions(), *m_commands);
+    // Assistive programs are on a bus too, to which Qt connects at once and waits.
+    connect(
+        m_bus.get(), &BusService::connectedToBus, this, [] { QAccessible::setRootObject(qApp); });
     m_bus->start();
 }
 

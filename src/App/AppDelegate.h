@@ -56,6 +56,9 @@ public:
 
     [[nodiscard]] AppModel& model() { return *m_model; }
 
+    /// Whether the session bus has not answered in all the time since the start.
+    [[nodiscard]] bool isBusSilent() const { return m_bus && m_bus->isConnecting(); }
+
 private:
     void openHistory();
     [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;

@@ -16,9 +16,6 @@ namespace tessly {
 
 namespace {
 
-/// For the bus itself, which has nothing to think about.
-constexpr auto busLimit = 5s;
-constexpr auto startLimit = 10s;
 constexpr auto pollInterval = 20ms;
 
 const QString daemonName = u"org.freedesktop.DBus"_s;
@@ -26,7 +23,13 @@ const QString daemonPath = u"/org/freedesktop/DBus"_s;
 
 } // namespace
 
-BusClient::BusClient(Connect connect)
+BusClient::BusClient()
+    : BusClient(connectToSessionBus, Limits())
+{
+}
+
+BusClient::BusClient(Connect connect, const Limits& limits)
+    : m_limits(limits)
 {
     auto promise = std::make_shared<std::promise<QDBusConnection>>();
     std::future<QDBusConnection> connecting = promise->get_future();
@@ -34,7 +37,7 @@ BusClient::BusClient(Connect connect)
     std::thread([promise, connect = std::move(connect)] {
         promise->set_value(connect());
     }).detach();
-    if (connecting.wait_for(busLimit) == std::future_status::ready) {
+    if (connecting.wait_for(m_limits.bus) == std::future_status::ready) {
         m_connection = connecting.get();
         m_state = m_connection->isConnected() ? Bus::present : Bus::absent;
     }
@@ -53,7 +56,7 @@ bool BusClient::isRunning()
     auto question =
         QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"NameHasOwner"_s);
     question << busName;
-    const QDBusMessage reply = answer(question, busLimit);
+    const QDBusMessage reply = answer(question, m_limits.bus);
     if (reply.type() != QDBusMessage::ReplyMessage) {
         m_state = Bus::silent;
         return false;
@@ -63,7 +66,7 @@ bool BusClient::isRunning()
 
 bool BusClient::waitUntilRunning(const std::function<bool()>& isEnough)
 {
-    const auto end = std::chrono::steady_clock::now() + startLimit;
+    const auto end = std::chrono::steady_clock::now() + m_limits.start;
     while (!isRunning()) {
         if (m_state != Bus::present || isEnough() || std::chrono::steady_clock::now() >= end) {
             return false;

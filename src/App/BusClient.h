@@ -24,11 +24,26 @@ public:
         silent,
     };
 
+    /// How long is waited.
+    struct Limits
+    {
+        /// For the bus itself, which has nothing to think about.
+        std::chrono::milliseconds bus = std::chrono::seconds(5);
+        /// For a program that is just starting, or ending.
+        std::chrono::milliseconds start = std::chrono::seconds(10);
+        /// For the answer to a call.
+        std::chrono::milliseconds answer = std::chrono::seconds(20);
+        /// For the answer to one that wipes a large history from the disk.
+        std::chrono::milliseconds deletion = std::chrono::seconds(120);
+    };
+
     /// `connect` is called on a thread of its own.
     using Connect = std::function<QDBusConnection()>;
-    explicit BusClient(Connect connect = connectToSessionBus);
+    BusClient();
+    BusClient(Connect connect, const Limits& limits);
 
     [[nodiscard]] Bus bus() const { return m_state; }
+    [[nodiscard]] const Limits& limits() const { return m_limits; }
 
     /// Whether somebody has the program's name.
     [[nodiscard]] bool isRunning();
@@ -36,14 +51,14 @@ public:
     [[nodiscard]] bool waitUntilRunning(const std::function<bool()>& isEnough);
 
     /// The answer to a call of the program's own interface: a reply or an error.
-    [[nodiscard]] QDBusMessage call(
-        const QString& method, const QVariantList& arguments = {},
-        std::chrono::milliseconds limit = std::chrono::seconds(20));
+    [[nodiscard]] QDBusMessage
+    call(const QString& method, const QVariantList& arguments, std::chrono::milliseconds limit);
 
 private:
     static QDBusConnection connectToSessionBus();
     QDBusMessage answer(const QDBusMessage& call, std::chrono::milliseconds limit);
 
+    Limits m_limits;
     Bus m_state = Bus::silent;
     std::optional<QDBusConnection> m_connection;
 };

@@ -97,7 +97,7 @@ BusEntries BusInterface::List(
         query, wanted, limit,
         [send = m_sendLater, call](HistoryCommands::Entries entries) {
             send([call, entries = std::move(entries)] {
-                return call.createReply(QVariant::fromValue(busEntries(entries)));
+                return call.createReply(QVariant::fromValue(busEntries(*entries)));
             });
         },
         answer(call));

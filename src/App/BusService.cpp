@@ -96,6 +96,7 @@ void BusService::connected()
         return;
     }
     requestName();
+    Q_EMIT connectedToBus();
 }
 
 void BusService::requestName()
@@ -118,7 +119,6 @@ void BusService::requestName()
                        "Tessly."_s);
             } else {
                 m_isRegistered = true;
-                Q_EMIT registered();
             }
         });
 }

@@ -35,9 +35,12 @@ public:
     void start();
     /// Whether the name is the program's.
     [[nodiscard]] bool isRegistered() const { return m_isRegistered; }
+    /// Whether the bus has yet to answer for the first time.
+    [[nodiscard]] bool isConnecting() const { return m_connecting.isRunning(); }
 
 Q_SIGNALS:
-    void registered();
+    /// There is a bus, and it answers.
+    void connectedToBus();
 
 private Q_SLOTS:
     void nameLost(const QString& name, const QDBusMessage& signal);

@@ -27,17 +27,13 @@ namespace tessly {
 
 namespace {
 
-/// Wiping a large history from the disk takes its time.
-constexpr auto deletionLimit = 120s;
-constexpr auto actionLimit = 20s;
-constexpr auto endLimit = 10s;
 constexpr auto pollInterval = 20ms;
 
 struct Call
 {
     QString method;
     QVariantList arguments = {};
-    std::chrono::milliseconds limit = actionLimit;
+    std::chrono::milliseconds BusClient::Limits::* limit = &BusClient::Limits::answer;
 };
 
 Call callFor(const Invocation& invocation)
@@ -64,9 +60,9 @@ Call callFor(const Invocation& invocation)
     case CommandID::unpin:
         return {u"Unpin"_s, {invocation.position}};
     case CommandID::deleteEntry:
-        return {u"Delete"_s, {invocation.position}, deletionLimit};
+        return {u"Delete"_s, {invocation.position}, &BusClient::Limits::deletion};
     case CommandID::clear:
-        return {u"Clear"_s, {invocation.isEverything}, deletionLimit};
+        return {u"Clear"_s, {invocation.isEverything}, &BusClient::Limits::deletion};
     case CommandID::status:
         return {u"Status"_s};
     case CommandID::list:
@@ -152,7 +148,8 @@ int CommandRunner::list(const Invocation& invocation)
     // Where the program cannot be asked, its files can be read, also while it writes to them.
     if (reach() == Reach::running) {
         const Call call = callFor(invocation);
-        const QDBusMessage answer = m_client.call(call.method, call.arguments, call.limit);
+        const QDBusMessage answer =
+            m_client.call(call.method, call.arguments, m_client.limits().*call.limit);
         if (answer.type() != QDBusMessage::ReplyMessage) {
             return complainOfAnswer(answer);
         }
@@ -178,7 +175,7 @@ int CommandRunner::status(const Invocation& invocation)
     StatusReport report;
     switch (reach()) {
     case Reach::running: {
-        const QDBusMessage answer = m_client.call(u"Status"_s);
+        const QDBusMessage answer = m_client.call(u"Status"_s, {}, m_client.limits().answer);
         if (answer.type() != QDBusMessage::ReplyMessage) {
             return complainOfAnswer(answer);
         }
@@ -213,7 +210,8 @@ int CommandRunner::act(const Invocation& invocation)
         return complainOfReach();
     }
     const Call call = callFor(invocation);
-    const QDBusMessage answer = m_client.call(call.method, call.arguments, call.limit);
+    const QDBusMessage answer =
+        m_client.call(call.method, call.arguments, m_client.limits().*call.limit);
     if (answer.type() != QDBusMessage::ReplyMessage) {
         return complainOfAnswer(answer);
     }
@@ -222,7 +220,7 @@ int CommandRunner::act(const Invocation& invocation)
 
 int CommandRunner::waitForEnd()
 {
-    const auto end = std::chrono::steady_clock::now() + endLimit;
+    const auto end = std::chrono::steady_clock::now() + m_client.limits().start;
     while (InstanceLock::isHeld(m_dataFolder)) {
         if (std::chrono::steady_clock::now() >= end) {
             return complain(exitFailed, u"Tessly has not ended yet"_s);
@@ -237,7 +235,7 @@ std::optional<int> CommandRunner::showRunningInstance()
     const bool isThere =
         m_client.waitUntilRunning([this] { return !InstanceLock::isHeld(m_dataFolder); });
     if (isThere) {
-        const QDBusMessage answer = m_client.call(u"Show"_s);
+        const QDBusMessage answer = m_client.call(u"Show"_s, {}, m_client.limits().answer);
         if (answer.type() == QDBusMessage::ReplyMessage) {
             return EXIT_SUCCESS;
         }

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -51,8 +52,8 @@ public:
     void deleteEntry(qint64 position, ActionCompletion completion);
     void clear(bool includePinned, ActionCompletion completion);
 
-    using Entries = std::vector<ClipSummary>;
-    /// `limit` entries at the most; all of them if it is negative.
+    using Entries = std::shared_ptr<const std::vector<ClipSummary>>;
+    /// `limit` entries at the most; all of them if it is negative. What is told is never null.
     void list(
         const QString& query, std::optional<ClipKind> kind, qint64 limit,
         std::function<void(Entries)> answer, ActionCompletion failed);

@@ -42,22 +42,21 @@ int fail(const QString& reason)
     return EXIT_FAILURE;
 }
 
-/// Ends a process that was a command. In order, if it can: QtDBus waits for a bus that is silent.
-int end(const BusClient& client, int status)
+/// Ends the process with no more ado: QtDBus would wait for a bus that is silent.
+[[noreturn]] void endNow(int status)
 {
-    if (client.bus() == BusClient::Bus::silent) {
-        std::_Exit(status);
-    }
-    return status;
+    std::fflush(nullptr);
+    std::_Exit(status);
 }
 
-int runCommand(int argc, char** argv, const Invocation& invocation)
+/// A command has nothing to put in order, and what else the bus has to say no longer matters.
+[[noreturn]] void runCommand(int argc, char** argv, const Invocation& invocation)
 {
     const QCoreApplication application(argc, argv);
     BusClient client;
     CommandRunner runner(
         AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
-    return end(client, runner.run(invocation));
+    endNow(runner.run(invocation));
 }
 
 int startSecond(int argc, char** argv)
@@ -67,7 +66,7 @@ int startSecond(int argc, char** argv)
     CommandRunner runner(
         AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
     if (const auto status = runner.showRunningInstance()) {
-        return end(client, *status);
+        endNow(*status);
     }
     // The first has ended meanwhile. From the beginning, since an application object is made once
     // in a process.
@@ -110,11 +109,13 @@ int start(int argc, char** argv)
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "xcb");
     }
-    QGuiApplication application(argc, argv);
     const auto quit = [] { QCoreApplication::exit(); };
-    SystemClock clock;
-    ViewLoader views;
+    int status = EXIT_FAILURE;
+    bool isBusSilent = false;
     try {
+        const QGuiApplication application(argc, argv);
+        SystemClock clock;
+        ViewLoader views;
         AppDelegate delegate({
             .clock = clock,
             .makePlatform = connectToDesktop,
@@ -123,12 +124,17 @@ int start(int argc, char** argv)
         });
         const TerminationSignals signalsWatch(quit);
         delegate.applicationDidFinishLaunching();
-        const int status = QGuiApplication::exec();
+        // Not QGuiApplication's, which begins by waiting for the session bus.
+        status = QCoreApplication::exec();
+        isBusSilent = delegate.isBusSilent();
         delegate.applicationWillTerminate();
-        return status;
     } catch (const std::exception& error) {
         return fail(QString::fromUtf8(error.what()));
     }
+    if (isBusSilent) {
+        endNow(status);
+    }
+    return status;
 }
 
 } // namespace
@@ -141,7 +147,7 @@ int main(int argc, char** argv)
     case Invocation::Verb::start:
         return start(argc, argv);
     case Invocation::Verb::command:
-        return runCommand(argc, argv, invocation);
+        runCommand(argc, argv, invocation);
     case Invocation::Verb::print: {
         const auto output = CommandRunner::standardOutput();
         return output.print(invocation.text.toUtf8()) ? EXIT_SUCCESS : exitFailed;

@@ -33,11 +33,12 @@ QCoro::Task<std::optional<Clip>> ClipStore::clip(qint64 position)
     return m_actor.run([&database = *m_database, position] { return database.clip(position); });
 }
 
-QCoro::Task<std::vector<ClipSummary>>
+QCoro::Task<std::shared_ptr<const std::vector<ClipSummary>>>
 ClipStore::summaries(QString query, std::optional<ClipKind> kind, qint64 limit)
 {
     return m_actor.run([&database = *m_database, query = std::move(query), kind, limit] {
-        return database.summaries(query, kind, limit);
+        return std::make_shared<const std::vector<ClipSummary>>(
+            database.summaries(query, kind, limit));
     });
 }
 

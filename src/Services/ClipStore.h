@@ -63,7 +63,8 @@ public:
     [[nodiscard]] QCoro::Task<std::optional<Clip>> clip(qint64 position);
 
     /// As `search`, without the contents, of which a long history has more than fits in memory.
-    [[nodiscard]] QCoro::Task<std::vector<ClipSummary>>
+    /// Shared, so that whoever hands them on need not touch ten thousand of them. Never null.
+    [[nodiscard]] QCoro::Task<std::shared_ptr<const std::vector<ClipSummary>>>
     summaries(QString query, std::optional<ClipKind> kind, qint64 limit);
 
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then

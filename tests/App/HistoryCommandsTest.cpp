@@ -57,16 +57,16 @@ protected:
         pass(1s);
         return outcome();
     }
-    HistoryCommands::Entries
+    std::vector<ClipSummary>
     list(const QString& query = {}, std::optional<ClipKind> kind = {}, qint64 limit = -1)
     {
-        std::optional<HistoryCommands::Entries> listed;
+        HistoryCommands::Entries listed;
         m_commands->list(
             query, kind, limit, [&](HistoryCommands::Entries found) { listed = std::move(found); },
             note());
         run();
-        EXPECT_TRUE(listed.has_value());
-        return listed.value_or(HistoryCommands::Entries());
+        EXPECT_NE(listed, nullptr);
+        return listed ? *listed : std::vector<ClipSummary>();
     }
     [[nodiscard]] QByteArray written() const
     {
@@ -265,7 +265,7 @@ TEST_F(HistoryCommandsTest, AListTellsEachEntrysPositionInTheWholeHistory)
     m_commands->setPinned(5, true, {});
     run();
     const std::vector<Clip> clips = stored();
-    const HistoryCommands::Entries all = list();
+    const std::vector<ClipSummary> all = list();
     ASSERT_EQ(all.size(), clips.size());
     for (std::size_t i = 0; i < all.size(); ++i) {
         const Clip& clip = clips[i];
@@ -285,7 +285,7 @@ TEST_F(HistoryCommandsTest, AListTellsEachEntrysPositionInTheWholeHistory)
         };
         EXPECT_EQ(all[i], expected) << i;
     }
-    const auto positions = [](const HistoryCommands::Entries& entries) {
+    const auto positions = [](const std::vector<ClipSummary>& entries) {
         std::vector<qint64> positions;
         for (const ClipSummary& entry : entries) {
             positions.push_back(entry.position);
@@ -302,7 +302,7 @@ TEST_F(HistoryCommandsTest, AListTellsEachEntrysPositionInTheWholeHistory)
 TEST_F(HistoryCommandsTest, APreviewIsNeverTheWholeOfALongText)
 {
     save(QByteArray(2'000'000, 'x'));
-    const HistoryCommands::Entries entries = list({}, std::nullopt, 1);
+    const std::vector<ClipSummary> entries = list({}, std::nullopt, 1);
     ASSERT_THAT(entries, SizeIs(1));
     EXPECT_EQ(entries.front().preview.size(), 400);
     EXPECT_EQ(entries.front().byteCount, 2'000'000);

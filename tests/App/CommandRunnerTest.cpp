@@ -1,0 +1,244 @@
+#include "CommandRunner.h"
+
+#include "../Platform/Desktop/TestBus.h"
+#include "BusNames.h"
+#include "ClipDatabase.h"
+#include "InstanceLock.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <cerrno>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace tessly::test {
+namespace {
+
+/// Commands in a data folder of the test's own, on whatever bus the test says.
+class CommandRunnerTest : public testing::Test
+{
+protected:
+    void fill()
+    {
+        ClipDatabase database(m_databasePath, [this] { return m_now++; });
+        for (const char* text : {"three", "two", "one"}) {
+            database.save(ClipPayload({.plainText = text}), {}, {}, 500);
+        }
+    }
+
+    int run(const Invocation& invocation)
+    {
+        BusClient client(
+            m_connect, {.bus = m_busLimit, .start = 50ms, .answer = 50ms, .deletion = 50ms});
+        m_printed.clear();
+        m_complaints.clear();
+        CommandRunner runner(
+            m_folder.path(), client,
+            {.print =
+                 [this](const QByteArray& text) {
+                     m_printed += text;
+                     errno = m_printError;
+                     return m_printError == 0;
+                 },
+             .complain =
+                 [this](const QString& line) { m_complaints.push_back(line.toStdString()); },
+             .columns = std::nullopt});
+        m_bus = client.bus();
+        const auto status = m_startsSecond ? runner.showRunningInstance() : runner.run(invocation);
+        m_bus = client.bus();
+        return status.value_or(-1);
+    }
+    int run(CommandID command)
+    {
+        return run(Invocation{
+            .verb = Invocation::Verb::command, .command = command, .position = 1, .isJSON = true});
+    }
+    QJsonArray listed()
+    {
+        EXPECT_EQ(run(CommandID::list), 0);
+        EXPECT_THAT(m_complaints, IsEmpty());
+        return QJsonDocument::fromJson(m_printed).array();
+    }
+    QJsonObject status()
+    {
+        EXPECT_EQ(run(CommandID::status), 0);
+        EXPECT_THAT(m_complaints, IsEmpty());
+        return QJsonDocument::fromJson(m_printed).object();
+    }
+
+    QTemporaryDir m_folder;
+    QString m_databasePath = m_folder.filePath(u"history.sqlite"_s);
+    double m_now = 1'700'000'000;
+    BusClient::Connect m_connect = [] { return TestBus::connect(u"unix:path=/nonexistent/bus"_s); };
+    std::chrono::milliseconds m_busLimit = 5s;
+    bool m_startsSecond = false;
+    int m_printError = 0;
+    QByteArray m_printed;
+    std::vector<std::string> m_complaints;
+    BusClient::Bus m_bus = BusClient::Bus::present;
+};
+
+constexpr std::array actions = {CommandID::show,  CommandID::hide,        CommandID::toggle,
+                                CommandID::pause, CommandID::resume,      CommandID::quit,
+                                CommandID::paste, CommandID::copy,        CommandID::pin,
+                                CommandID::unpin, CommandID::deleteEntry, CommandID::clear};
+
+TEST_F(CommandRunnerTest, WhatNeedsTheProgramSaysThatItDoesNotRun)
+{
+    TestBus bus;
+    for (const bool hasBus : {false, true}) {
+        if (hasBus) {
+            m_connect = [&] { return bus.connect(); };
+        }
+        for (const CommandID action : actions) {
+            EXPECT_EQ(run(action), exitNotRunning);
+            EXPECT_THAT(m_complaints, ElementsAre("Tessly is not running"));
+            EXPECT_EQ(m_printed, "");
+        }
+    }
+}
+
+TEST_F(CommandRunnerTest, ListsTheHistoryOfAProgramThatDoesNotRun)
+{
+    fill();
+    const QJsonArray list = listed();
+    ASSERT_EQ(list.size(), 3);
+    EXPECT_EQ(list[0].toObject()[u"preview"_s], u"one"_s);
+    EXPECT_EQ(list[2].toObject()[u"preview"_s], u"three"_s);
+    Invocation search{.verb = Invocation::Verb::command, .command = CommandID::list};
+    search.query = u"tw"_s;
+    EXPECT_EQ(run(search), 0);
+    EXPECT_THAT(m_printed.toStdString(), HasSubstr("two"));
+    EXPECT_EQ(m_printed.count('\n'), 1);
+    EXPECT_TRUE(m_printed.startsWith("2 ")) << "its position in the whole history";
+}
+
+TEST_F(CommandRunnerTest, TellsTheStatusOfAProgramThatDoesNotRun)
+{
+    fill();
+    const QJsonObject report = status();
+    EXPECT_EQ(report[u"running"_s], false);
+    EXPECT_EQ(report[u"items"_s], 3);
+    EXPECT_EQ(report[u"pinned"_s], 0);
+    EXPECT_GT(report[u"bytes"_s].toDouble(), 0);
+    for (const QString& key : {u"paused"_s, u"capture"_s, u"paste"_s, u"hotKeys"_s, u"tray"_s}) {
+        EXPECT_EQ(report[key], false) << key.toStdString();
+    }
+    EXPECT_TRUE(report[u"session"_s] == u"x11"_s || report[u"session"_s] == u"wayland"_s);
+}
+
+TEST_F(CommandRunnerTest, AHistoryThatIsNotThereIsEmpty)
+{
+    EXPECT_TRUE(listed().isEmpty());
+    EXPECT_EQ(status()[u"items"_s], 0);
+    EXPECT_THAT(QDir(m_folder.path()).entryList(QDir::Files), IsEmpty());
+}
+
+TEST_F(CommandRunnerTest, ADamagedHistoryIsAnErrorAndStaysAsItIs)
+{
+    QFile file(m_databasePath);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QByteArray garbage(8192, 'x');
+    file.write(garbage);
+    file.close();
+    for (const CommandID command : {CommandID::list, CommandID::status}) {
+        EXPECT_EQ(run(command), exitFailed);
+        EXPECT_THAT(
+            m_complaints,
+            ElementsAre("Clipboard database integrity check failed: file is not a database"));
+        EXPECT_EQ(m_printed, "");
+    }
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), garbage);
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files).size(), 1);
+}
+
+TEST_F(CommandRunnerTest, WithoutABusARunningProgramIsSaidToBeOutOfReach)
+{
+    fill();
+    const auto lock = InstanceLock::acquire(m_folder.path());
+    const auto outOfReach =
+        testing::ElementsAre("Tessly is running, but there is no session bus on which to reach it");
+    for (const CommandID action : actions) {
+        EXPECT_EQ(run(action), exitFailed);
+        EXPECT_THAT(m_complaints, outOfReach);
+    }
+    EXPECT_EQ(run(CommandID::status), exitFailed);
+    EXPECT_THAT(m_complaints, outOfReach);
+    EXPECT_EQ(listed().size(), 3) << "the files can be read all the same";
+    m_startsSecond = true;
+    EXPECT_EQ(run({}), exitFailed);
+    EXPECT_THAT(m_complaints, outOfReach);
+}
+
+TEST_F(CommandRunnerTest, AProgramThatIsNotOnThisBusIsSaidToBeOutOfReach)
+{
+    TestBus bus;
+    m_connect = [&] { return bus.connect(); };
+    const auto lock = InstanceLock::acquire(m_folder.path());
+    EXPECT_EQ(run(CommandID::show), exitFailed);
+    EXPECT_THAT(
+        m_complaints, ElementsAre("Tessly is running, but cannot be reached on the session bus"));
+}
+
+TEST_F(CommandRunnerTest, ABusThatIsSilentIsGivenUp)
+{
+    TestBus bus;
+    bus.suspend();
+    m_connect = [address = bus.address()] { return TestBus::connect(address); };
+    m_busLimit = 50ms;
+    const auto lock = InstanceLock::acquire(m_folder.path());
+    EXPECT_EQ(run(CommandID::show), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre("the session bus does not answer"));
+    EXPECT_EQ(m_bus, BusClient::Bus::silent);
+    bus.resume();
+}
+
+TEST_F(CommandRunnerTest, AProgramThatDoesNotAnswerIsGivenUp)
+{
+    TestBus bus;
+    QDBusConnection other = bus.connect();
+    // Has the name, and nobody who looks after it: this thread waits for the command.
+    ASSERT_TRUE(other.registerService(busName));
+    QObject object;
+    ASSERT_TRUE(other.registerObject(busPath, &object, QDBusConnection::ExportAllSlots));
+    m_connect = [&] { return bus.connect(); };
+    for (const CommandID command : {CommandID::show, CommandID::list, CommandID::status}) {
+        EXPECT_EQ(run(command), exitFailed);
+        EXPECT_THAT(m_complaints, ElementsAre("Tessly does not answer"));
+    }
+}
+
+TEST_F(CommandRunnerTest, ASecondStartWhoseFirstHasEndedMayStart)
+{
+    m_startsSecond = true;
+    EXPECT_EQ(run({}), -1);
+    TestBus bus;
+    m_connect = [&] { return bus.connect(); };
+    EXPECT_EQ(run({}), -1);
+    EXPECT_THAT(m_complaints, IsEmpty());
+}
+
+TEST_F(CommandRunnerTest, WhatCannotBePrintedIsSaidUnlessTheReaderHasEnough)
+{
+    m_printError = ENOSPC;
+    EXPECT_EQ(run(CommandID::list), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre("could not print: No space left on device"));
+    m_printError = EPIPE;
+    EXPECT_EQ(run(CommandID::list), exitFailed);
+    EXPECT_THAT(m_complaints, IsEmpty());
+}
+
+} // namespace
+} // namespace tessly::test
