@@ -66,7 +66,7 @@ std::optional<QByteArrayList> stringList(const QByteArray& json)
         return std::nullopt;
     }
     QByteArrayList strings;
-    for (const QJsonValue& value : document.array()) {
+    for (const QJsonValue value : document.array()) {
         if (!value.isString()) {
             return std::nullopt;
         }

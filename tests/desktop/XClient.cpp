@@ -1,13 +1,11 @@
 #include "XClient.h"
 
 #include "XcbReply.h"
+#include "XcbXkb.h"
 
 #include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
 
 #include <array>
 #include <stdexcept>

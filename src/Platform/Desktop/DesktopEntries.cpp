@@ -20,7 +20,7 @@ namespace {
 constexpr auto suffix = ".desktop"_L1;
 constexpr const char* group = "Desktop Entry";
 /// Entries are a few kilobytes, tens with many translations.
-constexpr qint64 largestFile = 1024 * 1024;
+constexpr qint64 largestFile = qint64{1024} * 1024;
 /// Folders of entries are two deep in practice; a limit ends loops of symbolic links.
 constexpr int deepestFolder = 4;
 

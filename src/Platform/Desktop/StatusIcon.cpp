@@ -56,7 +56,9 @@ std::vector<std::uint8_t> StatusIcon::opacity(int size)
             int sum = 0;
             for (int sourceY = row.first(); sourceY <= row.last(); ++sourceY) {
                 for (int sourceX = column.first(); sourceX <= column.last(); ++sourceX) {
-                    const auto at = static_cast<std::size_t>(sourceY * length + sourceX);
+                    const auto at =
+                        static_cast<std::size_t>(sourceY) * static_cast<std::size_t>(length) +
+                        static_cast<std::size_t>(sourceX);
                     sum += row.share(sourceY) * column.share(sourceX) * drawing->opacity[at];
                 }
             }

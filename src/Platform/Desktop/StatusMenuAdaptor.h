@@ -79,9 +79,9 @@ public Q_SLOTS:
     uint GetLayout(
         int parentId, int recursionDepth, const QStringList& propertyNames,
         tessly::StatusMenuTree& layout);
-    QList<tessly::StatusMenuProperties>
+    [[nodiscard]] QList<tessly::StatusMenuProperties>
     GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames) const;
-    QDBusVariant GetProperty(int id, const QString& name) const;
+    [[nodiscard]] QDBusVariant GetProperty(int id, const QString& name) const;
     void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
     QList<int> EventGroup(const QList<tessly::StatusMenuEvent>& events);
     bool AboutToShow(int id);

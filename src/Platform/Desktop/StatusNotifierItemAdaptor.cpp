@@ -20,7 +20,7 @@ constexpr int largestPixmap = 64;
 StatusPixmap pixmap(const StatusIcon::Drawing& drawing)
 {
     StatusPixmap pixmap = {.width = drawing.size, .height = drawing.size};
-    pixmap.pixels.reserve(static_cast<qsizetype>(drawing.opacity.size() * 4));
+    pixmap.pixels.reserve(static_cast<qsizetype>(drawing.opacity.size()) * 4);
     for (const std::uint8_t opacity : drawing.opacity) {
         // Trays do not agree on whether the colours are multiplied by the opacity. Those that
         // expect it turn the whole icon into a blob if they are not; the others show a darker edge

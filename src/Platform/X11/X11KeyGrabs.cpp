@@ -1,13 +1,9 @@
 #include "X11KeyGrabs.h"
 
 #include "XcbReply.h"
+#include "XcbXkb.h"
 
 #include <QLoggingCategory>
-
-// The header has a member of this name, which C++ keeps for itself.
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
 
 #include <algorithm>
 #include <array>
@@ -94,6 +90,11 @@ void X11KeyGrabs::setPressed(std::function<void(Reference)> pressed)
 
 X11KeyGrabs::Status X11KeyGrabs::grab(Reference reference, quint32 keyCode, quint32 modifiers)
 {
+    if (xcb_connection_has_error(m_loop.connection()) != 0) {
+        // Nothing that is known of the keyboard can be trusted: the server may have gone before it
+        // told.
+        return HotKeyCenter::unavailable;
+    }
     const auto* const place = std::ranges::find(keyPlaces, keyCode, &KeyPlace::keyCode);
     if (place == keyPlaces.end() || !serverMask(modifiers)) {
         return HotKeyCenter::invalid;

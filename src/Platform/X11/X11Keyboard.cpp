@@ -3,14 +3,11 @@
 #include "X11PasteKeys.h"
 #include "X11WindowTracker.h"
 #include "XcbReply.h"
+#include "XcbXkb.h"
 
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
-// The header has a member of this name, which C++ keeps for itself.
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
 #include <xkbcommon/xkbcommon-x11.h>
 
 #include <algorithm>

@@ -81,7 +81,7 @@ xcb_pixmap_t X11TrayPainter::opacityPixmap(xcb_window_t window, int size) const
     const std::vector<std::uint8_t> opacity = StatusIcon::opacity(size);
     const int rowLength = (size + rowUnit - 1) / rowUnit * rowUnit;
     std::vector<std::uint8_t> rows;
-    rows.reserve(static_cast<std::size_t>(rowLength * size));
+    rows.reserve(static_cast<std::size_t>(rowLength) * static_cast<std::size_t>(size));
     for (int y = 0; y < size; ++y) {
         const auto row = opacity.begin() + static_cast<std::ptrdiff_t>(y) * size;
         rows.insert(rows.end(), row, row + size);

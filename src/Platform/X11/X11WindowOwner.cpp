@@ -25,7 +25,8 @@ constexpr auto ownClass = "tessly"_L1;
 /// Properties that hold a name are UTF-8 by newer conventions and Latin-1 by older ones.
 QString textOf(const std::string& bytes)
 {
-    const QByteArrayView view(bytes.data(), qstrnlen(bytes.data(), bytes.size()));
+    const QByteArrayView view(
+        bytes.data(), static_cast<qsizetype>(qstrnlen(bytes.data(), bytes.size())));
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(view);
     return decoder.hasError() ? QString::fromLatin1(view) : text;
@@ -66,7 +67,7 @@ public:
         const auto machine = m_machine.bytes();
         std::array<char, HOST_NAME_MAX + 1> ownMachine = {};
         gethostname(ownMachine.data(), ownMachine.size() - 1);
-        const bool isLocal = machine.empty() || machine.c_str() == std::string(ownMachine.data());
+        const bool isLocal = machine.empty() || qstrcmp(machine.c_str(), ownMachine.data()) == 0;
         return isLocal ? id : std::nullopt;
     }
 
