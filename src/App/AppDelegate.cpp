@@ -159,7 +159,7 @@ void AppDelegate::applicationDidFinishLaunching()
         .abilities = abilities(),
     });
     m_bus = std::make_unique<BusService>(busActions(), *m_commands);
-    // Assistive programs are on a bus too, to which Qt connects at once and waits.
+    // Assistive programs are found on the bus, for which Qt would wait.
     connect(
         m_bus.get(), &BusService::connectedToBus, this, [] { QAccessible::setRootObject(qApp); });
     m_bus->start();
@@ -305,13 +305,7 @@ void AppDelegate::openQuickPaste()
 
 void AppDelegate::toggleMonitoring()
 {
-    ClipboardMonitor& monitor = m_model->clipboardMonitor();
-    monitor.togglePaused();
-    if (monitor.isPaused()) {
-        m_model->showBanner(u"Clipboard recording paused."_s, AppModel::BannerKind::warning);
-    } else {
-        m_model->showBanner(u"Clipboard recording resumed."_s, AppModel::BannerKind::information);
-    }
+    m_model->setRecordingPaused(!m_model->clipboardMonitor().isPaused());
 }
 
 void AppDelegate::showOnboarding()

@@ -50,14 +50,17 @@ BusService::~BusService()
     m_answers.waitForDone();
     if (m_bus) {
         m_bus->unregisterObject(busPath);
-        // The bus takes the name back from a connection that ends.
-        QDBusConnection::disconnectFromBus(m_bus->name());
+        // Others in this process may still use the connection.
+        auto call =
+            QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"ReleaseName"_s);
+        call << busName;
+        m_bus->asyncCall(call);
     }
 }
 
 QDBusConnection BusService::connectToSessionBus()
 {
-    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, busName);
+    return QDBusConnection::sessionBus();
 }
 
 void BusService::start()

@@ -53,7 +53,7 @@ void HistoryCommands::resume()
 }
 
 void HistoryCommands::paste(
-    qint64 position, AppModel::PasteStyle style, ActionCompletion completion)
+    qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion)
 {
     // Now, since another application may be in front by the time the history has answered.
     auto target = m_dependencies.workspace.frontmostApplication();
@@ -73,7 +73,8 @@ void HistoryCommands::paste(
         std::move(notFound));
 }
 
-void HistoryCommands::copy(qint64 position, AppModel::PasteStyle style, ActionCompletion completion)
+void HistoryCommands::copy(
+    qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion)
 {
     withClip(
         this, position,
@@ -83,7 +84,7 @@ void HistoryCommands::copy(qint64 position, AppModel::PasteStyle style, ActionCo
         completion);
 }
 
-void HistoryCommands::setPinned(qint64 position, bool pinned, ActionCompletion completion)
+void HistoryCommands::setPinned(qint64 position, bool pinned, const ActionCompletion& completion)
 {
     withClip(
         this, position,
@@ -93,7 +94,7 @@ void HistoryCommands::setPinned(qint64 position, bool pinned, ActionCompletion c
         completion);
 }
 
-void HistoryCommands::deleteEntry(qint64 position, ActionCompletion completion)
+void HistoryCommands::deleteEntry(qint64 position, const ActionCompletion& completion)
 {
     withClip(
         this, position,

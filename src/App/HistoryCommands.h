@@ -46,10 +46,10 @@ public:
     void resume();
 
     /// Into the application that is in front at the time of the call.
-    void paste(qint64 position, AppModel::PasteStyle style, ActionCompletion completion);
-    void copy(qint64 position, AppModel::PasteStyle style, ActionCompletion completion);
-    void setPinned(qint64 position, bool pinned, ActionCompletion completion);
-    void deleteEntry(qint64 position, ActionCompletion completion);
+    void paste(qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion);
+    void copy(qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion);
+    void setPinned(qint64 position, bool pinned, const ActionCompletion& completion);
+    void deleteEntry(qint64 position, const ActionCompletion& completion);
     void clear(bool includePinned, ActionCompletion completion);
 
     using Entries = std::shared_ptr<const std::vector<ClipSummary>>;

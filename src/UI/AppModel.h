@@ -114,7 +114,7 @@ public:
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
     void copySelected(PasteStyle style);
-    void copy(const Clip& clip, PasteStyle style, ActionCompletion completion = {});
+    void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
     /// The selected clip if none is given.
     void togglePin(const Clip* clip = nullptr);
     /// Pinning a pinned clip puts it before the other pinned ones.

@@ -151,7 +151,7 @@ void AppModel::copySelected(PasteStyle style)
     }
 }
 
-void AppModel::copy(const Clip& clip, PasteStyle style, ActionCompletion completion)
+void AppModel::copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion)
 {
     if (!m_dependencies.pasteService.write(clip.payload, style == PasteStyle::plainTextOnly)) {
         tell(completion, notRestored);

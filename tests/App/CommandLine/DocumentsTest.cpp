@@ -274,5 +274,24 @@ TEST(Documents, FishOffersCommandsAndTheirOptions)
     EXPECT_THAT(fishOffers(u"tessly --ver"_s), ElementsAre("--version"));
 }
 
+TEST(Documents, TheDesktopEntryIsValidAndItsActionsAreCommands)
+{
+    const QString path = QStringLiteral(TESSLY_PACKAGING "/com.brackmoor.tessly.desktop");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    int commands = 0;
+    for (QByteArray line : file.readAll().split('\n')) {
+        if (line.startsWith("Exec=tessly ")) {
+            EXPECT_NE(findCommand(line.mid(12).toStdString()), nullptr) << line.toStdString();
+            ++commands;
+        }
+    }
+    EXPECT_GT(commands, 0);
+    NEEDS(u"desktop-file-validate"_s);
+    const Ran ran = run(u"desktop-file-validate"_s, {path});
+    EXPECT_EQ(ran.output, "");
+    EXPECT_EQ(ran.status, 0);
+}
+
 } // namespace
 } // namespace tessly
