@@ -7,9 +7,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QLoggingCategory>
-#include <QPromise>
 
-#include <thread>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -35,6 +33,7 @@ BusService::BusService(
     const BusActions& actions, HistoryCommands& commands, Connect connect, QObject* parent)
     : QObject(parent)
     , m_connect(std::move(connect))
+    , m_connecting([this](const QDBusConnection& bus) { connected(bus); })
 {
     m_answers.setMaxThreadCount(1);
     // Adaptors belong to the object they are made for.
@@ -42,7 +41,6 @@ BusService::BusService(
         actions, commands,
         [this](std::function<QDBusMessage()> answer) { sendLater(std::move(answer)); }, this);
     new FreedesktopApplicationInterface(actions, this);
-    QObject::connect(&m_connecting, &QFutureWatcherBase::finished, this, [this] { connected(); });
 }
 
 BusService::~BusService()
@@ -65,23 +63,11 @@ QDBusConnection BusService::connectToSessionBus()
 
 void BusService::start()
 {
-    // Detached: a bus that never answers must not keep the program from ending. The promise is all
-    // that the thread shares.
-    QPromise<QDBusConnection> promise;
-    promise.start();
-    m_connecting.setFuture(promise.future());
-    std::thread(
-        [](QPromise<QDBusConnection> answer, const Connect& connect) {
-            answer.addResult(connect());
-            answer.finish();
-        },
-        std::move(promise), std::exchange(m_connect, nullptr))
-        .detach();
+    m_connecting.start(std::exchange(m_connect, nullptr));
 }
 
-void BusService::connected()
+void BusService::connected(QDBusConnection bus)
 {
-    QDBusConnection bus = m_connecting.result();
     if (!bus.isConnected()) {
         giveUp(u"There is no session bus: other programs cannot reach Tessly."_s);
         return;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "BusActions.h"
+#include "BusConnecting.h"
 #include "HistoryCommands.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QFutureWatcher>
 #include <QObject>
 #include <QThreadPool>
 
@@ -22,8 +22,8 @@ class BusService final : public QObject
     Q_OBJECT
 
 public:
-    /// Opens the connection to the bus. Called once, on a thread of its own, since it waits.
-    using Connect = std::function<QDBusConnection()>;
+    /// Opens the connection to the bus. Called once, on a thread of its own.
+    using Connect = BusConnecting::Connect;
 
     /// `commands` must outlive the service.
     BusService(
@@ -36,7 +36,7 @@ public:
     /// Whether the name is the program's.
     [[nodiscard]] bool isRegistered() const { return m_isRegistered; }
     /// Whether the bus has yet to answer for the first time.
-    [[nodiscard]] bool isConnecting() const { return m_connecting.isRunning(); }
+    [[nodiscard]] bool isConnecting() const { return m_connecting.isConnecting(); }
 
 Q_SIGNALS:
     /// There is a bus, and it answers.
@@ -48,13 +48,13 @@ private Q_SLOTS:
 
 private:
     static QDBusConnection connectToSessionBus();
-    void connected();
+    void connected(QDBusConnection bus);
     void requestName();
     void sendLater(std::function<QDBusMessage()> answer);
     void giveUp(const QString& reason);
 
     Connect m_connect;
-    QFutureWatcher<QDBusConnection> m_connecting;
+    BusConnecting m_connecting;
     std::optional<QDBusConnection> m_bus;
     bool m_isRegistered = false;
     /// One thread, so that answers keep their order.

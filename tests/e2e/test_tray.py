@@ -29,6 +29,8 @@ class TrayCase(TesslyCase):
 
     def choose(self, title):
         self.click(self.open_menu()[title])
+        wait_until(lambda: not self.ui(self.tessly).find_all("popup menu", "Tessly"),
+                   "the menu is gone")
 
     def open_panel_by_click(self):
         self.tray.click(self.tessly.pid)
@@ -128,7 +130,7 @@ class Menu(TrayCase):
         self.ui(self.tessly).find("page tab", "General")
 
     def test_it_quits_in_order(self):
-        self.choose("Quit Tessly")
+        self.click(self.open_menu()["Quit Tessly"])
         wait_until(lambda: not self.tessly.is_running(), "tessly ends")
         self.assertEqual(self.tessly.process.returncode, 0)
         self.assertIsNone(self.tray.icon(self.tessly.pid))

@@ -1,13 +1,10 @@
 #include "StatusNotifierItem.h"
 
+#include "BusConnecting.h"
 #include "StatusMenuAdaptor.h"
 #include "StatusNotifierItemAdaptor.h"
 #include "StatusNotifierWatcher.h"
 
-#include <QFutureWatcher>
-#include <QPromise>
-
-#include <thread>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -34,8 +31,7 @@ public:
     [[nodiscard]] const Rectangle& rectangle() const { return m_rectangle; }
 
 private:
-    void connectToBus();
-    void connected();
+    void connected(QDBusConnection bus);
     void setWatcherState(StatusNotifierWatcher::State state);
     void clicked(QPoint position);
     void contextMenu(QPoint position);
@@ -57,7 +53,7 @@ private:
     QObject m_item;
     QObject m_menu;
     StatusNotifierItemAdaptor* m_itemAdaptor = nullptr;
-    QFutureWatcher<QDBusConnection> m_connecting;
+    BusConnecting m_connecting{[this](const QDBusConnection& bus) { connected(bus); }};
     std::unique_ptr<StatusNotifierWatcher> m_watcher;
 };
 
@@ -79,7 +75,6 @@ StatusNotifierItem::Exported::Exported(Connect connect, ToIndependentPixels toIn
             .chosen = [this](const QString& action) { menuChosen(action); },
         },
         &m_menu);
-    QObject::connect(&m_connecting, &QFutureWatcherBase::finished, this, [this] { connected(); });
 }
 
 StatusNotifierItem::Exported::~Exported() = default;
@@ -90,7 +85,7 @@ void StatusNotifierItem::Exported::setVisible(bool visible)
     m_isVisible = visible;
     m_itemAdaptor->setActive(visible);
     if (visible && m_connect) {
-        connectToBus();
+        m_connecting.start(std::exchange(m_connect, nullptr));
     }
     if (presence() != before && m_events.presenceChanged) {
         later(m_events.presenceChanged);
@@ -113,25 +108,8 @@ StatusItem::Presence StatusNotifierItem::Exported::presence() const
     Q_UNREACHABLE();
 }
 
-void StatusNotifierItem::Exported::connectToBus()
+void StatusNotifierItem::Exported::connected(QDBusConnection bus)
 {
-    // Detached: a bus that never answers must not keep the program from ending. The promise is all
-    // that the thread shares.
-    QPromise<QDBusConnection> promise;
-    promise.start();
-    m_connecting.setFuture(promise.future());
-    std::thread(
-        [](QPromise<QDBusConnection> answer, const Connect& connect) {
-            answer.addResult(connect());
-            answer.finish();
-        },
-        std::move(promise), std::exchange(m_connect, nullptr))
-        .detach();
-}
-
-void StatusNotifierItem::Exported::connected()
-{
-    QDBusConnection bus = m_connecting.result();
     const bool isExported = bus.isConnected() && bus.registerObject(itemPath, &m_item) &&
                             bus.registerObject(menuPath, &m_menu);
     if (!isExported) {

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "BusConnecting.h"
 #include "StatusItem.h"
-
-#include <QDBusConnection>
 
 #include <functional>
 #include <memory>
@@ -15,8 +14,8 @@ class StatusNotifierItem final : public StatusItem
 {
 public:
     /// Opens the connection to the bus. Called once, when the icon is first to be seen, on a thread
-    /// of its own, since it waits for the bus.
-    using Connect = std::function<QDBusConnection()>;
+    /// of its own.
+    using Connect = BusConnecting::Connect;
     /// Turns the display's own pixels, in which trays tell where they are, into device-independent
     /// ones.
     using ToIndependentPixels = std::function<QRect(const QRect&)>;

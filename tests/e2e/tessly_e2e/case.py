@@ -7,7 +7,7 @@ import unittest
 from .accessible import Accessibility
 from .desktop import Desktop
 from .tessly import Tessly
-from .waiting import wait_until
+from .waiting import settled, wait_until
 
 
 class DesktopCase(unittest.TestCase):
@@ -41,7 +41,9 @@ class DesktopCase(unittest.TestCase):
 
     def click(self, control, button=1):
         """Clicks on a control that assistive technology found."""
-        self.desktop.pointer.click(*control.centre, button)
+        # A window that has just come up may still be moved.
+        centre = settled(lambda: control.centre, 0.1, f"the place of {control!r}")
+        self.desktop.pointer.click(*centre, button)
 
     def wait_for_banner(self, tessly, text):
         """A banner with this text, in the panel that is open."""

@@ -4,7 +4,7 @@ from collections import namedtuple
 
 from Xlib import error
 
-from .waiting import wait_until
+from .waiting import settled, wait_until
 
 Icon = namedtuple("Icon", "x y width height")
 
@@ -32,7 +32,9 @@ class Tray:
         return self._search(self._desktop.display.screen().root, pid, inside=False)
 
     def wait_for_icon(self, pid):
-        return wait_until(lambda: self.icon(pid), "the icon is in the tray")
+        """The icon, once it is there and the tray has found its place."""
+        wait_until(lambda: self.icon(pid), "the icon is in the tray")
+        return settled(lambda: self.icon(pid), 0.3, "the place of the icon")
 
     def click(self, pid, button=1):
         """Clicks on the icon of a program."""
