@@ -1,70 +1,14 @@
 #include "X11Pasteboard.h"
 
+#include "LoopAnswer.h"
 #include "X11Clipboard.h"
 
 #include <QCoroFuture>
 #include <QObject>
-#include <QPromise>
 
 #include <utility>
 
 namespace tessly {
-
-namespace {
-
-/// Where the loop thread puts the answer that a coroutine on the main thread awaits. Copies are the
-/// same answer; when the last goes without an answer, the fallback is it.
-template <typename Value>
-class Answer
-{
-public:
-    explicit Answer(Value fallback)
-        : m_state(std::make_shared<State>(std::move(fallback)))
-    {
-    }
-
-    [[nodiscard]] QFuture<Value> future() const { return m_state->promise.future(); }
-    void operator()(Value value) const { m_state->set(std::move(value)); }
-
-private:
-    struct State
-    {
-        explicit State(Value value)
-            : fallback(std::move(value))
-        {
-            promise.start();
-        }
-        State(const State&) = delete;
-        State& operator=(const State&) = delete;
-        ~State() { set(std::move(fallback)); }
-
-        void set(Value value)
-        {
-            if (!std::exchange(isSet, true)) {
-                promise.addResult(std::move(value));
-                promise.finish();
-            }
-        }
-
-        Value fallback;
-        QPromise<Value> promise;
-        bool isSet = false;
-    };
-
-    std::shared_ptr<State> m_state;
-};
-
-/// Asks on the loop thread. The job gets the answer to call, or to drop.
-template <typename Value, typename Job>
-QFuture<Value> ask(X11EventLoop& loop, Value fallback, Job job)
-{
-    const Answer<Value> answer(std::move(fallback));
-    QFuture<Value> future = answer.future();
-    loop.post([answer, job = std::move(job)] { job(answer); });
-    return future;
-}
-
-} // namespace
 
 X11Pasteboard::X11Pasteboard()
     : X11Pasteboard(Options())
@@ -109,33 +53,33 @@ void X11Pasteboard::lost()
 
 QCoro::Task<std::optional<QSet<QString>>> X11Pasteboard::types(qint64 changeCount)
 {
-    auto types =
-        ask(m_loop, std::optional<QSet<QString>>(),
-            [clipboard = m_clipboard.get(), changeCount](const auto& answer) {
-                clipboard->types(changeCount, answer);
-            });
+    auto types = askLoop(
+        m_loop, std::optional<QSet<QString>>(),
+        [clipboard = m_clipboard.get(), changeCount](const auto& answer) {
+            clipboard->types(changeCount, answer);
+        });
     co_return co_await types;
 }
 
 QCoro::Task<ReadResult<QByteArray>>
 X11Pasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
 {
-    auto result =
-        ask(m_loop, ReadResult<QByteArray>{.status = ReadStatus::unreadable},
-            [clipboard = m_clipboard.get(), changeCount, flavour, byteLimit](const auto& answer) {
-                clipboard->read(changeCount, flavour, byteLimit, answer);
-            });
+    auto result = askLoop(
+        m_loop, ReadResult<QByteArray>{.status = ReadStatus::unreadable},
+        [clipboard = m_clipboard.get(), changeCount, flavour, byteLimit](const auto& answer) {
+            clipboard->read(changeCount, flavour, byteLimit, answer);
+        });
     co_return co_await result;
 }
 
 QCoro::Task<ReadResult<QByteArrayList>>
 X11Pasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
 {
-    auto result =
-        ask(m_loop, ReadResult<QByteArrayList>{.status = ReadStatus::unreadable},
-            [clipboard = m_clipboard.get(), changeCount, byteLimit](const auto& answer) {
-                clipboard->readFileURLs(changeCount, byteLimit, answer);
-            });
+    auto result = askLoop(
+        m_loop, ReadResult<QByteArrayList>{.status = ReadStatus::unreadable},
+        [clipboard = m_clipboard.get(), changeCount, byteLimit](const auto& answer) {
+            clipboard->readFileURLs(changeCount, byteLimit, answer);
+        });
     co_return co_await result;
 }
 
@@ -165,7 +109,7 @@ void X11Pasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pasteboa
 
 QCoro::Task<bool> X11Pasteboard::hasWritten()
 {
-    auto hasWritten = ask(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
+    auto hasWritten = askLoop(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
         clipboard->awaitWrites(answer);
     });
     co_return co_await hasWritten;
@@ -173,7 +117,7 @@ QCoro::Task<bool> X11Pasteboard::hasWritten()
 
 QCoro::Task<bool> X11Pasteboard::offerAsPrimary()
 {
-    auto isOwner = ask(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
+    auto isOwner = askLoop(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
         clipboard->offerAsPrimary(answer);
     });
     co_return co_await isOwner;
