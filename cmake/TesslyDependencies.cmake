@@ -13,6 +13,7 @@ pkg_check_modules(URIPARSER REQUIRED IMPORTED_TARGET liburiparser)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(GIO REQUIRED gio-2.0)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-render xcb-xfixes xcb-xtest xcb-xkb xcb-xinput xcb-util)
+pkg_check_modules(WAYLAND_CLIENT REQUIRED IMPORTED_TARGET wayland-client)
 pkg_check_modules(XKBCOMMON REQUIRED IMPORTED_TARGET xkbcommon xkbcommon-x11)
 
 qt_standard_project_setup()

@@ -1,0 +1,290 @@
+#include "WaylandClipboard.h"
+
+#include "FlavourTargets.h"
+
+#include <algorithm>
+#include <utility>
+#include <wayland-client.h>
+
+namespace tessly {
+
+WaylandClipboard::WaylandClipboard(
+    WaylandEventLoop& loop, const WaylandClipboardDeadlines& deadlines, State& state)
+    : m_loop(loop)
+    , m_deadlines(deadlines)
+    , m_state(state)
+    , m_reader(loop)
+    , m_writer(loop, deadlines.reader)
+    , m_registry(loop)
+{
+    m_loop.roundTrip(deadlines.connection);
+    m_control = WaylandDataControl::find(m_registry);
+    if (!m_control) {
+        throw WaylandError("The Wayland compositor lets no program read the clipboard.");
+    }
+    m_registry.setChanges(
+        {.added =
+             [this](WaylandRegistry::Name, const std::string&) {
+                 if (!m_device) {
+                     attachSeat();
+                 }
+             },
+         .removed =
+             [this](WaylandRegistry::Name name) {
+                 if (m_device && name == m_seatName) {
+                     detachSeat();
+                     attachSeat();
+                 }
+             }});
+    attachSeat();
+    m_loop.roundTrip(deadlines.connection);
+    m_isStarting = false;
+}
+
+WaylandClipboard::~WaylandClipboard() = default;
+
+void WaylandClipboard::SeatDeleter::operator()(wl_seat* seat) const
+{
+    if (wl_seat_get_version(seat) >= WL_SEAT_RELEASE_SINCE_VERSION) {
+        wl_seat_release(seat);
+    } else {
+        wl_seat_destroy(seat);
+    }
+}
+
+void WaylandClipboard::attachSeat()
+{
+    m_seatName = m_registry.find(wl_seat_interface.name);
+    m_seat.reset(
+        m_registry.bind<wl_seat>(m_seatName, wl_seat_interface, WL_SEAT_RELEASE_SINCE_VERSION));
+    if (!m_seat) {
+        return;
+    }
+    m_device = m_control->device(
+        m_seat.get(),
+        {.selection =
+             [this](std::unique_ptr<WaylandDataOffer> offer) { selected(std::move(offer)); },
+         .finished =
+             [this] {
+                 // The device is still in the middle of telling this.
+                 m_loop.post([this, finished = m_device.get()] {
+                     if (finished == m_device.get()) {
+                         detachSeat();
+                     }
+                 });
+             }});
+    m_state.isWritable = !m_isLost;
+}
+
+void WaylandClipboard::detachSeat()
+{
+    m_state.isWritable = false;
+    dropContent();
+    m_kept.clear();
+    m_written.clear();
+    m_device.reset();
+    m_seat.reset();
+}
+
+void WaylandClipboard::selected(std::unique_ptr<WaylandDataOffer> offer)
+{
+    if (!offer) {
+        nothingSelected();
+    } else if (isOwn(*offer)) {
+        ownSelected();
+    } else {
+        if (!m_isStarting) {
+            ++m_state.changeCount;
+        }
+        m_kept.clear();
+        dropContent();
+        m_owner = Owner::other;
+        m_foreign = std::make_shared<WaylandClipboardContent>(
+            m_loop, m_reader, m_deadlines, std::move(offer));
+    }
+}
+
+bool WaylandClipboard::isOwn(const WaylandDataOffer& offer) const
+{
+    // What is replaced by another program's copy is cancelled before that is announced, so that the
+    // marker of another of its kind is not taken for this program's.
+    return !m_written.empty() && offer.types().contains(Pasteboard::markerType.toUtf8());
+}
+
+void WaylandClipboard::ownSelected()
+{
+    // Writes become the content one after the other, in their order.
+    const auto next =
+        std::ranges::find_if(m_written, [](const auto& written) { return !written->isAnnounced; });
+    if (next == m_written.end()) {
+        return;
+    }
+    (*next)->isAnnounced = true;
+    ++m_state.changeCount;
+    m_kept.clear();
+    dropContent();
+    m_owner = Owner::self;
+    m_own = (*next)->offer;
+    // What came before it is replaced for good.
+    m_written.erase(m_written.begin(), next);
+}
+
+void WaylandClipboard::nothingSelected()
+{
+    // What this program owns and has not cleared itself, another has.
+    if (m_isClearing || m_owner == Owner::self) {
+        cleared();
+    } else if (m_foreign) {
+        // Nobody has copied anything: the program that owned it has ended, or taken it back.
+        m_hasOwnerLeft = true;
+        m_foreign->ownerLeft();
+        offerKept();
+    }
+}
+
+void WaylandClipboard::cleared()
+{
+    m_isClearing = false;
+    ++m_state.changeCount;
+    m_kept.clear();
+    dropContent();
+}
+
+void WaylandClipboard::dropContent()
+{
+    m_owner = Owner::nobody;
+    m_hasOwnerLeft = false;
+    m_own.reset();
+    if (const auto old = std::exchange(m_foreign, nullptr)) {
+        old->end();
+    }
+}
+
+void WaylandClipboard::connectionLost()
+{
+    m_isLost = true;
+    detachSeat();
+}
+
+bool WaylandClipboard::isCurrent(qint64 changeCount) const
+{
+    return !m_isLost && changeCount == m_state.changeCount;
+}
+
+void WaylandClipboard::types(qint64 changeCount, const WaylandClipboardContent::TypesDone& done)
+{
+    if (!isCurrent(changeCount)) {
+        done(std::nullopt);
+    } else if (m_foreign) {
+        m_foreign->types(done);
+    } else if (m_own) {
+        done(typeNames(m_own->names()));
+    } else {
+        done(QSet<QString>());
+    }
+}
+
+void WaylandClipboard::read(
+    qint64 changeCount, Flavour flavour, qint64 byteLimit, WaylandClipboardContent::ReadDone done)
+{
+    if (!isCurrent(changeCount)) {
+        done({.status = ReadStatus::unreadable});
+    } else if (m_foreign) {
+        m_foreign->read(flavour, byteLimit, std::move(done));
+    } else if (m_own) {
+        done(m_own->read(flavour, byteLimit));
+    } else {
+        done({.status = ReadStatus::absent});
+    }
+}
+
+void WaylandClipboard::readFileURLs(
+    qint64 changeCount, qint64 byteLimit, WaylandClipboardContent::FileURLsDone done)
+{
+    if (!isCurrent(changeCount)) {
+        done({.status = ReadStatus::unreadable});
+    } else if (m_foreign) {
+        m_foreign->readFileURLs(byteLimit, std::move(done));
+    } else if (m_own) {
+        done(m_own->readFileURLs(byteLimit));
+    } else {
+        done({.status = ReadStatus::absent});
+    }
+}
+
+void WaylandClipboard::write(const std::vector<PasteboardItem>& items)
+{
+    if (m_device) {
+        m_kept.clear();
+        own(items);
+    }
+}
+
+void WaylandClipboard::own(const std::vector<PasteboardItem>& items)
+{
+    auto written =
+        std::make_unique<Written>(Written{.offer = std::make_shared<PasteboardOffer>(items)});
+    written->source = m_control->source(
+        written->offer->names(),
+        {.send =
+             [this, offer = written->offer](const QByteArray& type, int file) {
+                 m_writer.begin(file, offer->bytes(type).value_or(QByteArray()));
+             },
+         .cancelled = [this, written = written.get()] { cancelled(written); }});
+    m_device->setSelection(written->source.get());
+    m_written.push_back(std::move(written));
+}
+
+void WaylandClipboard::cancelled(const Written* written)
+{
+    const auto found = std::ranges::find_if(
+        m_written, [written](const auto& candidate) { return candidate.get() == written; });
+    if (found == m_written.end()) {
+        return;
+    }
+    if (m_own == written->offer) {
+        // What takes its place is told next.
+        m_own.reset();
+    }
+    m_written.erase(found);
+}
+
+void WaylandClipboard::clear()
+{
+    m_kept.clear();
+    if (!m_device) {
+        return;
+    }
+    m_isClearing = true;
+    m_device->setSelection(nullptr);
+    m_loop.awaitRoundTrip([this] {
+        // The compositor is silent about the clearing of what had no owner.
+        const bool isEmpty = m_owner == Owner::nobody || m_hasOwnerLeft;
+        if (std::exchange(m_isClearing, false) && isEmpty) {
+            cleared();
+        }
+    });
+}
+
+void WaylandClipboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+{
+    if (isCurrent(changeCount) && m_foreign && !m_isClearing) {
+        m_kept = std::move(items);
+        offerKept();
+    }
+}
+
+void WaylandClipboard::offerKept()
+{
+    if (!m_hasOwnerLeft || m_kept.empty()) {
+        return;
+    }
+    // Contents have no times here: a copy that is on its way already must not be overrun.
+    m_loop.awaitRoundTrip([this] {
+        if (m_device && m_hasOwnerLeft && !m_kept.empty()) {
+            own(std::exchange(m_kept, {}));
+        }
+    });
+}
+
+} // namespace tessly

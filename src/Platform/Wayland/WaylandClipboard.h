@@ -1,0 +1,113 @@
+#pragma once
+
+#include "Pasteboard.h"
+#include "PasteboardOffer.h"
+#include "WaylandClipboardContent.h"
+#include "WaylandClipboardDeadlines.h"
+#include "WaylandDataControl.h"
+#include "WaylandEventLoop.h"
+#include "WaylandPipeReader.h"
+#include "WaylandPipeWriter.h"
+#include "WaylandRegistry.h"
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+struct wl_seat;
+
+namespace tessly {
+
+/// The half of WaylandPasteboard that lives on the loop thread: follows the clipboard of the first
+/// seat, and owns it for the program. Its operations are those of Pasteboard, answered by callback,
+/// once each.
+class WaylandClipboard
+{
+public:
+    /// What the main thread reads.
+    struct State
+    {
+        std::atomic<qint64> changeCount = 1;
+        /// Whether there is a compositor, and a seat, that writes can go to.
+        std::atomic<bool> isWritable = false;
+    };
+
+    /// Before the loop is started; waits for the compositor. What the change count shows now stands
+    /// for the content that there is. Throws WaylandError if the compositor lets no program read
+    /// the clipboard, or does not answer.
+    WaylandClipboard(
+        WaylandEventLoop& loop, const WaylandClipboardDeadlines& deadlines, State& state);
+    ~WaylandClipboard();
+    WaylandClipboard(const WaylandClipboard&) = delete;
+    WaylandClipboard& operator=(const WaylandClipboard&) = delete;
+
+    /// The compositor went away: everything is unreadable, now and later.
+    void connectionLost();
+
+    void types(qint64 changeCount, const WaylandClipboardContent::TypesDone& done);
+    void read(
+        qint64 changeCount, Flavour flavour, qint64 byteLimit,
+        WaylandClipboardContent::ReadDone done);
+    void
+    readFileURLs(qint64 changeCount, qint64 byteLimit, WaylandClipboardContent::FileURLsDone done);
+    void write(const std::vector<PasteboardItem>& items);
+    void clear();
+    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
+
+private:
+    enum class Owner { nobody, self, other };
+    using Offer = std::shared_ptr<PasteboardOffer>;
+    struct SeatDeleter
+    {
+        void operator()(wl_seat* seat) const;
+    };
+    /// What was written, until the compositor says that something else took its place.
+    struct Written
+    {
+        Offer offer;
+        /// Whether the compositor has said that it is the clipboard's content.
+        bool isAnnounced = false;
+        std::unique_ptr<WaylandDataSource> source = {};
+    };
+
+    void attachSeat();
+    void detachSeat();
+    void selected(std::unique_ptr<WaylandDataOffer> offer);
+    [[nodiscard]] bool isOwn(const WaylandDataOffer& offer) const;
+    void ownSelected();
+    void nothingSelected();
+    void cleared();
+    void dropContent();
+    void own(const std::vector<PasteboardItem>& items);
+    void cancelled(const Written* written);
+    void offerKept();
+    [[nodiscard]] bool isCurrent(qint64 changeCount) const;
+
+    WaylandEventLoop& m_loop;
+    const WaylandClipboardDeadlines m_deadlines;
+    State& m_state;
+    WaylandPipeReader m_reader;
+    WaylandPipeWriter m_writer;
+    WaylandRegistry m_registry;
+    std::unique_ptr<WaylandDataControl> m_control;
+    WaylandRegistry::Name m_seatName = 0;
+    std::unique_ptr<wl_seat, SeatDeleter> m_seat;
+    std::unique_ptr<WaylandDataDevice> m_device;
+
+    Owner m_owner = Owner::nobody;
+    /// The content, if another program owns it.
+    std::shared_ptr<WaylandClipboardContent> m_foreign;
+    /// The content, if this program owns it.
+    Offer m_own;
+    /// The oldest first.
+    std::vector<std::unique_ptr<Written>> m_written;
+    /// What to offer when the other program leaves.
+    std::vector<PasteboardItem> m_kept;
+    bool m_hasOwnerLeft = false;
+    /// The compositor was asked to clear the clipboard, and has not done so yet.
+    bool m_isClearing = false;
+    bool m_isStarting = true;
+    bool m_isLost = false;
+};
+
+} // namespace tessly

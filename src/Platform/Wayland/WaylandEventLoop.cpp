@@ -1,0 +1,286 @@
+#include "WaylandEventLoop.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <utility>
+#include <wayland-client.h>
+
+namespace tessly {
+
+namespace {
+
+// Readings of the socket before files, jobs and timers get their turn, so that a compositor that
+// floods starves none of them. One reading takes 4 KB.
+constexpr int readingsPerTurn = 64;
+
+} // namespace
+
+WaylandEventLoop::WaylandEventLoop(const std::string& display)
+    : m_display(wl_display_connect(display.empty() ? nullptr : display.c_str()))
+{
+    if (m_display != nullptr) {
+        m_wakeFD = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    }
+    if (m_wakeFD < 0) {
+        if (m_display != nullptr) {
+            wl_display_disconnect(m_display);
+        }
+        throw WaylandError("Could not connect to the Wayland compositor.");
+    }
+}
+
+WaylandEventLoop::~WaylandEventLoop()
+{
+    stop();
+    for (const auto& [callback, done] : m_roundTrips) {
+        wl_callback_destroy(callback);
+    }
+    wl_display_disconnect(m_display);
+    close(m_wakeFD);
+}
+
+void WaylandEventLoop::roundTrip(Milliseconds deadline)
+{
+    // The answer may come after this call has given up.
+    const auto isDone = std::make_shared<bool>(false);
+    awaitRoundTrip([isDone] { *isDone = true; });
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    while (!*isDone && !m_isLost) {
+        const auto left =
+            std::chrono::ceil<Milliseconds>(end - std::chrono::steady_clock::now()).count();
+        if (left <= 0) {
+            throw WaylandError("The Wayland compositor does not answer.");
+        }
+        turn(static_cast<int>(left));
+    }
+    if (!*isDone) {
+        throw WaylandError("The Wayland compositor went away.");
+    }
+}
+
+void WaylandEventLoop::start(const std::string& name, std::function<void()> lost)
+{
+    m_lost = std::move(lost);
+    // It may have gone away already.
+    post([this] { noticeLoss(); });
+    m_thread = std::thread([this] {
+        // Readers of what is offered here go away when they like: an error of write(2), no signal.
+        sigset_t brokenPipe;
+        sigemptyset(&brokenPipe);
+        sigaddset(&brokenPipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
+        loop();
+    });
+    pthread_setname_np(m_thread.native_handle(), name.substr(0, 15).c_str());
+}
+
+void WaylandEventLoop::stop()
+{
+    if (m_thread.joinable()) {
+        m_isStopping = true;
+        wake();
+        m_thread.join();
+    }
+}
+
+void WaylandEventLoop::post(std::function<void()> job)
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_posted.push_back(std::move(job));
+    }
+    wake();
+}
+
+void WaylandEventLoop::wake() const
+{
+    const std::uint64_t one = 1;
+    // The counter can only be full when a wake-up is pending already.
+    [[maybe_unused]] const auto written = write(m_wakeFD, &one, sizeof one);
+}
+
+WaylandEventLoop::TimerID
+WaylandEventLoop::callAfter(Milliseconds delay, std::function<void()> callback)
+{
+    const TimerID id = m_nextTimer++;
+    m_timers.emplace(id, Timer{std::chrono::steady_clock::now() + delay, std::move(callback)});
+    return id;
+}
+
+void WaylandEventLoop::cancel(TimerID timer)
+{
+    m_timers.erase(timer);
+}
+
+WaylandEventLoop::WatchID
+WaylandEventLoop::watch(int file, short events, std::function<void(short events)> callback)
+{
+    const WatchID id = m_nextWatch++;
+    m_watches.emplace(id, Watch{file, events, std::move(callback)});
+    return id;
+}
+
+void WaylandEventLoop::unwatch(WatchID watch)
+{
+    m_watches.erase(watch);
+}
+
+void WaylandEventLoop::awaitRoundTrip(std::function<void()> callback)
+{
+    static constexpr wl_callback_listener listener = {.done = &WaylandEventLoop::roundTripDone};
+    if (wl_callback* const request = m_isLost ? nullptr : wl_display_sync(m_display)) {
+        wl_callback_add_listener(request, &listener, this);
+        m_roundTrips.emplace(request, std::move(callback));
+    }
+}
+
+void WaylandEventLoop::roundTripDone(void* data, wl_callback* callback, std::uint32_t)
+{
+    auto& self = *static_cast<WaylandEventLoop*>(data);
+    const auto request = self.m_roundTrips.extract(callback);
+    wl_callback_destroy(callback);
+    request.mapped()();
+}
+
+void WaylandEventLoop::loop()
+{
+    for (;;) {
+        const bool isStopping = m_isStopping;
+        runPostedJobs();
+        runDueTimers();
+        if (isStopping) {
+            [[maybe_unused]] const bool isMore = flush();
+            return;
+        }
+        turn(pollTimeout());
+    }
+}
+
+void WaylandEventLoop::turn(int timeout)
+{
+    const bool isMoreToSend = flush();
+    if (wl_display_get_error(m_display) != 0 && !m_isLossTold) {
+        // Found while something was sent: there may be nothing more to wake up for.
+        timeout = 0;
+    }
+    std::vector<pollfd> files = {
+        {.fd = m_wakeFD, .events = POLLIN, .revents = 0},
+        {.fd = m_isLost ? -1 : wl_display_get_fd(m_display),
+         .events = static_cast<short>(isMoreToSend ? POLLIN | POLLOUT : POLLIN),
+         .revents = 0},
+    };
+    const std::size_t own = files.size();
+    std::vector<std::pair<WatchID, short>> reports;
+    for (const auto& [id, watch] : m_watches) {
+        files.push_back({.fd = watch.file, .events = watch.events, .revents = 0});
+        reports.emplace_back(id, short{0});
+    }
+    if (poll(files.data(), files.size(), timeout) < 0) {
+        // Only a signal, which is none of this thread's business.
+        return;
+    }
+    if ((files[0].revents & POLLIN) != 0) {
+        std::uint64_t count = 0;
+        [[maybe_unused]] const auto bytes = read(m_wakeFD, &count, sizeof count);
+    }
+    for (std::size_t index = 0; index < reports.size(); ++index) {
+        reports[index].second = files[own + index].revents;
+    }
+    dispatch((files[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0);
+    callWatches(reports);
+}
+
+void WaylandEventLoop::dispatch(bool isReadable)
+{
+    for (int reading = 0; isReadable && reading < readingsPerTurn; ++reading) {
+        while (wl_display_prepare_read(m_display) != 0) {
+            wl_display_dispatch_pending(m_display);
+        }
+        wl_display_read_events(m_display);
+        wl_display_dispatch_pending(m_display);
+        if (wl_display_get_error(m_display) != 0) {
+            break;
+        }
+        pollfd file = {.fd = wl_display_get_fd(m_display), .events = POLLIN, .revents = 0};
+        isReadable = poll(&file, 1, 0) > 0;
+    }
+    m_isLost = m_isLost || wl_display_get_error(m_display) != 0;
+    noticeLoss();
+}
+
+void WaylandEventLoop::callWatches(const std::vector<std::pair<WatchID, short>>& reports)
+{
+    for (const auto& [id, events] : reports) {
+        // One that was called before it may have ended it.
+        const auto watch = m_watches.find(id);
+        if (events != 0 && watch != m_watches.end()) {
+            // The callback may end its own watch.
+            const auto callback = watch->second.callback;
+            callback(events);
+        }
+    }
+}
+
+void WaylandEventLoop::runPostedJobs()
+{
+    std::vector<std::function<void()>> jobs;
+    {
+        const std::scoped_lock lock(m_mutex);
+        jobs.swap(m_posted);
+    }
+    for (const auto& job : jobs) {
+        job();
+    }
+}
+
+void WaylandEventLoop::runDueTimers()
+{
+    const auto now = std::chrono::steady_clock::now();
+    for (auto timer = m_timers.begin(); timer != m_timers.end();) {
+        if (timer->second.due > now) {
+            ++timer;
+            continue;
+        }
+        // The callback may add and cancel timers: take this one out first, then begin anew.
+        const auto callback = std::move(timer->second.callback);
+        m_timers.erase(timer);
+        callback();
+        timer = m_timers.begin();
+    }
+}
+
+int WaylandEventLoop::pollTimeout() const
+{
+    if (m_timers.empty()) {
+        return -1;
+    }
+    const auto earliest =
+        std::ranges::min_element(m_timers, {}, [](const auto& entry) { return entry.second.due; });
+    const auto left = earliest->second.due - std::chrono::steady_clock::now();
+    return std::max(0, static_cast<int>(std::chrono::ceil<Milliseconds>(left).count()));
+}
+
+bool WaylandEventLoop::flush()
+{
+    if (m_isLost || wl_display_flush(m_display) >= 0) {
+        return false;
+    }
+    // A broken pipe is left to the reading, which finds what the compositor said before its end.
+    return errno == EAGAIN;
+}
+
+void WaylandEventLoop::noticeLoss()
+{
+    if (m_isLost && !m_isLossTold && m_lost) {
+        m_isLossTold = true;
+        m_lost();
+    }
+}
+
+} // namespace tessly

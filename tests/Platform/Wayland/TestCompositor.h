@@ -1,0 +1,103 @@
+#pragma once
+
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct wl_client;
+struct wl_display;
+struct wl_event_source;
+struct wl_global;
+struct wl_resource;
+
+namespace tessly::test {
+
+/// A compositor of a test's own, on a thread and a socket of its own: seats and
+/// ext_data_control_manager_v1, and nothing to see. It does what is told of it and notes what it is
+/// asked for.
+class TestCompositor
+{
+public:
+    struct Options
+    {
+        bool hasExt = true;
+        /// Shows zwlr_data_control_manager_v1, which does nothing here.
+        bool hasWlr = false;
+        bool hasSeat = true;
+    };
+
+    /// Throws std::runtime_error.
+    TestCompositor();
+    explicit TestCompositor(const Options& options);
+    ~TestCompositor();
+    TestCompositor(const TestCompositor&) = delete;
+    TestCompositor& operator=(const TestCompositor&) = delete;
+
+    /// The path of its socket.
+    [[nodiscard]] std::string display() const;
+
+    /// Ends it, as a crash would.
+    void end();
+    /// It does nothing at all until `thaw`.
+    void freeze();
+    void thaw();
+
+    void addSeat();
+    void removeSeat();
+    /// Tells every program that its data device is finished.
+    void finishDevices();
+
+    /// How often content was asked for.
+    [[nodiscard]] int receives() const { return m_receives; }
+    /// How often an interface was bound.
+    [[nodiscard]] int binds(const std::string& interface);
+
+private:
+    struct Source
+    {
+        TestCompositor* compositor;
+        wl_resource* resource;
+        std::vector<std::string> types = {};
+        bool isUsed = false;
+    };
+    struct Offer
+    {
+        TestCompositor* compositor;
+        Source* source;
+    };
+    struct Requests;
+    friend struct Requests;
+
+    void run(std::function<void()> job);
+    void addGlobals(const Options& options);
+    void select(Source* source);
+    void sourceGone(Source* source);
+    void forget(const Source* source);
+    void announce(wl_resource* device);
+
+    QTemporaryDir m_folder;
+    wl_display* m_display = nullptr;
+    int m_wakeFD = -1;
+    wl_event_source* m_wake = nullptr;
+    wl_global* m_seat = nullptr;
+    std::mutex m_mutex;
+    std::vector<std::function<void()>> m_jobs;
+    std::map<std::string, int> m_binds;
+    std::vector<wl_resource*> m_devices;
+    std::vector<Offer*> m_offers;
+    Source* m_selection = nullptr;
+    std::atomic<int> m_receives = 0;
+    std::optional<std::promise<void>> m_thaw;
+    std::thread m_thread;
+};
+
+} // namespace tessly::test

@@ -1,0 +1,175 @@
+#include "TestCompositor.h"
+#include "TestSupport.h"
+#include "WaylandEventLoop.h"
+#include "WaylandRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fcntl.h>
+#include <future>
+#include <poll.h>
+#include <unistd.h>
+#include <wayland-client.h>
+
+using namespace std::chrono_literals;
+
+namespace tessly::test {
+
+namespace {
+
+class WaylandEventLoopTest : public testing::Test
+{
+protected:
+    void start()
+    {
+        m_loop.start("test", [this] { ++m_losses; });
+    }
+
+    /// Runs on the loop thread and waits for it.
+    template <typename Job>
+    auto onLoop(Job job)
+    {
+        std::promise<decltype(job())> promise;
+        auto future = promise.get_future();
+        m_loop.post([&] { promise.set_value(job()); });
+        return future.get();
+    }
+
+    [[nodiscard]] TestCompositor& compositor() { return m_compositor; }
+    [[nodiscard]] WaylandEventLoop& loop() { return m_loop; }
+    [[nodiscard]] int losses() const { return m_losses; }
+
+private:
+    TestCompositor m_compositor;
+    WaylandEventLoop m_loop{m_compositor.display()};
+    std::atomic<int> m_losses = 0;
+};
+
+} // namespace
+
+TEST_F(WaylandEventLoopTest, jobsRunInTheirOrderAlsoThoseFromBeforeTheStart)
+{
+    std::vector<int> order;
+    for (int number = 0; number < 3; ++number) {
+        loop().post([&order, number] { order.push_back(number); });
+    }
+    start();
+    loop().post([&order] { order.push_back(3); });
+    loop().stop();
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
+}
+
+TEST_F(WaylandEventLoopTest, timersRunWhenDueAndNotOnceCancelled)
+{
+    start();
+    std::vector<int> order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(30ms, [&] {
+            order.push_back(2);
+            done.set_value();
+        });
+        const auto cancelled = loop().callAfter(20ms, [&] { order.push_back(-1); });
+        loop().callAfter(10ms, [&, cancelled] {
+            order.push_back(1);
+            loop().cancel(cancelled);
+        });
+    });
+    done.get_future().wait();
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST_F(WaylandEventLoopTest, filesAreWatchedUntilTheyAreNot)
+{
+    std::array<int, 2> pipe = {};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    start();
+    QByteArray taken;
+    std::promise<void> done;
+    loop().post([&] {
+        const auto watch = std::make_shared<WaylandEventLoop::WatchID>();
+        *watch = loop().watch(pipe[0], POLLIN, [&, watch](short events) {
+            EXPECT_NE(events & POLLIN, 0);
+            char byte = 0;
+            EXPECT_EQ(read(pipe[0], &byte, 1), 1);
+            taken.append(byte);
+            if (taken.size() == 2) {
+                loop().unwatch(*watch);
+                done.set_value();
+            }
+        });
+    });
+    EXPECT_EQ(write(pipe[1], "abc", 3), 3);
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return taken; }), "ab");
+    loop().stop();
+    close(pipe[0]);
+    close(pipe[1]);
+}
+
+TEST_F(WaylandEventLoopTest, aRoundTripComesAfterWhatTheCompositorSaidBefore)
+{
+    WaylandRegistry registry(loop());
+    EXPECT_EQ(registry.find("wl_seat"), 0U);
+    loop().roundTrip(10s);
+    EXPECT_NE(registry.find("wl_seat"), 0U);
+    EXPECT_EQ(registry.find("no_such_thing"), 0U);
+    std::atomic<int> added = 0;
+    registry.setChanges({.added = [&](auto, const auto&) { ++added; }, .removed = {}});
+    start();
+    compositor().removeSeat();
+    compositor().addSeat();
+    std::promise<int> count;
+    loop().post([&] { loop().awaitRoundTrip([&] { count.set_value(added); }); });
+    EXPECT_EQ(count.get_future().get(), 1);
+    loop().stop();
+}
+
+TEST_F(WaylandEventLoopTest, anUnansweredRoundTripIsAnError)
+{
+    compositor().freeze();
+    EXPECT_THROW(loop().roundTrip(50ms), WaylandError);
+}
+
+TEST_F(WaylandEventLoopTest, theCompositorsEndIsToldOnceAndJobsAndTimersRunOn)
+{
+    start();
+    compositor().end();
+    ASSERT_TRUE(waitUntil([this] { return losses() > 0; }));
+    EXPECT_EQ(onLoop([] { return 7; }), 7);
+    std::promise<void> timer;
+    loop().post([&] {
+        loop().awaitRoundTrip([] { ADD_FAILURE() << "nobody answers"; });
+        loop().callAfter(1ms, [&] { timer.set_value(); });
+    });
+    timer.get_future().wait();
+    loop().stop();
+    EXPECT_EQ(losses(), 1);
+}
+
+TEST_F(WaylandEventLoopTest, anEndFromBeforeTheStartIsToldToo)
+{
+    compositor().end();
+    EXPECT_THROW(loop().roundTrip(10s), WaylandError);
+    start();
+    EXPECT_TRUE(waitUntil([this] { return losses() == 1; }));
+}
+
+TEST_F(WaylandEventLoopTest, stopsAlsoWhileTheCompositorTakesNothing)
+{
+    start();
+    compositor().freeze();
+    for (int number = 0; number < 20'000; ++number) {
+        loop().post([this] { loop().awaitRoundTrip([] {}); });
+    }
+    loop().stop();
+    compositor().thaw();
+}
+
+TEST_F(WaylandEventLoopTest, aMissingCompositorIsAnError)
+{
+    EXPECT_THROW(WaylandEventLoop("/nowhere/at/all"), WaylandError);
+}
+
+} // namespace tessly::test
