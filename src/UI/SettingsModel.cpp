@@ -252,10 +252,9 @@ bool SettingsModel::copyText(const QString& text)
 QCoro::Task<> SettingsModel::readText(qint64 changeCount)
 {
     const QPointer<SettingsModel> self(this);
-    const quint64 generation = ++m_pasteGeneration;
     const auto text =
         co_await m_dependencies.pasteboard.read(changeCount, Flavour::plainText, pasteByteLimit);
-    if (!self || generation != m_pasteGeneration || text.status != ReadStatus::read) {
+    if (!self || text.status != ReadStatus::read) {
         co_return;
     }
     if (const QString lines = editableText(text.value); !lines.isEmpty()) {

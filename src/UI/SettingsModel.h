@@ -136,7 +136,7 @@ public:
     static constexpr int topItemSizeMB = 250;
 
     /// How much of the clipboard is read for the list of excluded applications, in bytes.
-    static constexpr qint64 pasteByteLimit = 64 * 1024;
+    static constexpr qint64 pasteByteLimit = 64LL * 1024;
 
     explicit SettingsModel(Dependencies dependencies, QObject* parent = nullptr);
     ~SettingsModel() override;
@@ -237,8 +237,6 @@ private:
     Dependencies m_dependencies;
     int m_selectedTab = 0;
     std::optional<ClearHistoryScope> m_pendingClearScope;
-    /// Counts pastes: only the last one's answer is still wanted.
-    quint64 m_pasteGeneration = 0;
 };
 
 } // namespace tessly

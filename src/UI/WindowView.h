@@ -12,7 +12,7 @@ public:
     struct Events
     {
         /// The window is gone, by its close button or by `close`.
-        std::function<void()> didClose = {};
+        std::function<void()> didClose;
     };
 
     WindowView() = default;

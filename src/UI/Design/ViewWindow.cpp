@@ -1,14 +1,18 @@
 #include "ViewWindow.h"
 
 #include "SymbolProvider.h"
+#include "Tokens.h"
 
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPixmap>
 #include <QQmlEngine>
 
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +22,9 @@ void qml_register_types_Tessly_Design();
 namespace tessly {
 
 namespace {
+
+// Those that window managers show, in device pixels.
+constexpr std::array iconSizes = {16, 24, 32, 48, 64};
 
 /// What has to be done once in a process, before its first window. Windows have no parent.
 QWindow* prepared()
@@ -45,6 +52,17 @@ ViewWindow::ViewWindow()
     engine()->addImageProvider(u"symbol"_s, new SymbolProvider);
 }
 
+void ViewWindow::useIcon()
+{
+    const QColor color = tokenColors(QGuiApplication::palette()).accentSymbol;
+    QIcon icon;
+    for (const int size : iconSizes) {
+        icon.addPixmap(
+            QPixmap::fromImage(symbolImage(u"doc.on.clipboard.fill"_s, color, QSize(size, size))));
+    }
+    setIcon(icon);
+}
+
 void ViewWindow::setCloseRequested(std::function<void()> closeRequested)
 {
     m_closeRequested = std::move(closeRequested);
@@ -55,6 +73,27 @@ bool ViewWindow::load(const QUrl& source, const QVariantMap& properties)
     setInitialProperties(properties);
     setSource(source);
     return isLoaded();
+}
+
+bool ViewWindow::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        setShowsFocus(false);
+        [[fallthrough]];
+    case QEvent::MouseButtonRelease:
+        if (static_cast<QMouseEvent*>(event)->button() == Qt::MiddleButton) {
+            // It would make a text field read the clipboard, and wait for its owner. The items get
+            // events from here, not from the functions for each kind.
+            event->accept();
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    return QQuickView::event(event);
 }
 
 void ViewWindow::keyPressEvent(QKeyEvent* event)
@@ -72,23 +111,6 @@ void ViewWindow::keyPressEvent(QKeyEvent* event)
         break;
     }
     QQuickView::keyPressEvent(event);
-}
-
-// The middle button would make a text field read the clipboard, and wait for its owner.
-
-void ViewWindow::mousePressEvent(QMouseEvent* event)
-{
-    setShowsFocus(false);
-    if (event->button() != Qt::MiddleButton) {
-        QQuickView::mousePressEvent(event);
-    }
-}
-
-void ViewWindow::mouseReleaseEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::MiddleButton) {
-        QQuickView::mouseReleaseEvent(event);
-    }
 }
 
 void ViewWindow::closeEvent(QCloseEvent* event)

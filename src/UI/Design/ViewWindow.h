@@ -18,6 +18,8 @@ class ViewWindow : public QQuickView
 public:
     ViewWindow();
 
+    /// Shows the program's symbol in title bars and lists of windows.
+    void useIcon();
     /// The user wants the window closed. It stays as it is unless this closes it.
     void setCloseRequested(std::function<void()> closeRequested);
     /// `properties` are the root's required ones. Whether it worked; the log tells why not.
@@ -29,9 +31,8 @@ Q_SIGNALS:
     void showsFocusChanged();
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -20,6 +20,7 @@ QuickConfirmation::QuickConfirmation()
         Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
         Qt::WindowStaysOnTopHint);
     m_window->setTitle(u"Clear History"_s);
+    m_window->useIcon();
     m_window->setCloseRequested([this] { answer(false); });
     m_window->load(
         windowModuleFile(u"Confirmation.qml"_s), {{u"content"_s, QVariant::fromValue(&m_content)}});

@@ -25,6 +25,7 @@ QuickWindowView::QuickWindowView(const Design& design)
             Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     }
     m_window->setTitle(design.title);
+    m_window->useIcon();
     m_window->resize(design.size);
     m_window->setMinimumSize(design.size);
     m_window->setMaximumSize(design.size);

@@ -63,6 +63,7 @@ TEST_F(SettingsViewTest, HasTheSizeOfTheDesignInTheMiddleOfTheScreen)
     EXPECT_EQ(window().size(), QSize(610, 440));
     EXPECT_EQ(window().minimumSize(), window().maximumSize());
     EXPECT_EQ(window().title(), u"Tessly Settings"_s);
+    EXPECT_FALSE(window().icon().isNull());
     const QRect screen = window().screen()->availableGeometry();
     EXPECT_NEAR(window().geometry().center().x(), screen.center().x(), 1);
     EXPECT_NEAR(window().geometry().center().y(), screen.center().y(), 1);

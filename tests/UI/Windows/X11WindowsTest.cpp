@@ -1,4 +1,5 @@
 #include "AppModelFixture.h"
+#include "ClipboardOwner.h"
 #include "OnboardingModel.h"
 #include "QuickConfirmation.h"
 #include "QuickStatusMenu.h"
@@ -120,6 +121,33 @@ TEST_F(X11SettingsTest, TypedKeysReachTheEditor)
     click(centerOf(m_view->window(), u"ignored-bundle-ids-text"_s));
     use({u"type"_s, u"org.one"_s});
     EXPECT_TRUE(waitUntil([this] { return m_settings.ignoredBundleIDsText() == u"org.one"_s; }));
+}
+
+TEST_F(X11SettingsTest, TheEditorAsksNoOtherProgramForTheClipboard)
+{
+    ClipboardOwner clipboard(*session, {u"--text"_s, u"theirs"_s});
+    ClipboardOwner primary(*session, {u"--selection"_s, u"PRIMARY"_s, u"--text"_s, u"theirs"_s});
+    m_settings.setIgnoredBundleIDsText({});
+    m_shown.setSelectedTab(1);
+    m_view->show();
+    ASSERT_TRUE(comesUp(m_view->window()));
+    const QPoint editor = centerOf(m_view->window(), u"ignored-bundle-ids-text"_s);
+    click(editor);
+    m_pasteboard.copyText("ours");
+    use({u"key"_s, u"ctrl+v"_s});
+    EXPECT_TRUE(waitUntil([this] { return m_settings.ignoredBundleIDsText() == u"ours"_s; }));
+    use({u"key"_s, u"shift+Insert"_s, u"ctrl+shift+Insert"_s});
+    EXPECT_TRUE(
+        waitUntil([this] { return m_settings.ignoredBundleIDsText() == u"oursoursours"_s; }));
+    use({u"click"_s, u"2"_s});
+    use({u"click"_s, u"3"_s});
+    use({u"key"_s, u"End"_s, u"x"_s});
+    EXPECT_TRUE(waitUntil([this] { return m_settings.ignoredBundleIDsText().endsWith(u'x'); }));
+    EXPECT_EQ(m_settings.ignoredBundleIDsText(), u"oursoursoursx"_s);
+    for (ClipboardOwner* const owner : {&clipboard, &primary}) {
+        EXPECT_EQ(owner->requests("TARGETS"), 0);
+        EXPECT_EQ(owner->requests("UTF8_STRING"), 0);
+    }
 }
 
 TEST_F(X11WindowsTest, OnboardingHasNoFrameAndIsMovedByItsBackground)
