@@ -1,6 +1,7 @@
 #include "ClosedHistory.h"
 
 #include "ClipDatabase.h"
+#include "OrdinaryUser.h"
 
 #include <gmock/gmock.h>
 
@@ -92,10 +93,15 @@ TEST_F(ClosedHistoryTest, IsReadWithoutATrace)
 
 TEST_F(ClosedHistoryTest, IsReadFromAFolderThatCannotBeWritten)
 {
+    const OrdinaryUser user(m_folder.path());
+    m_folderPath = m_folder.filePath(u"ordinary"_s);
+    m_path = m_folderPath + u"/history.sqlite"_s;
+    ASSERT_TRUE(QDir().mkdir(m_folderPath));
     fill(*open());
     ASSERT_TRUE(QFile::setPermissions(m_path, QFile::ReadOwner));
     ASSERT_TRUE(QFile::setPermissions(m_folderPath, QFile::ReadOwner | QFile::ExeOwner));
     EXPECT_THAT(list(), SizeIs(3));
+    EXPECT_EQ(ClosedHistory::statistics(m_path).totalItems, 3);
     ASSERT_TRUE(QFile::setPermissions(
         m_folderPath, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
