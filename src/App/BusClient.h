@@ -29,8 +29,8 @@ public:
     {
         /// For the bus itself, which has nothing to think about.
         std::chrono::milliseconds bus = std::chrono::seconds(5);
-        /// For a program that is just starting, or ending.
-        std::chrono::milliseconds start = std::chrono::seconds(10);
+        /// For a program that is just starting, or ending, on a machine that has much else to do.
+        std::chrono::milliseconds start = std::chrono::seconds(30);
         /// For the answer to a call.
         std::chrono::milliseconds answer = std::chrono::seconds(20);
         /// For the answer to one that wipes a large history from the disk.

@@ -5,7 +5,6 @@
 #include "FreedesktopApplicationInterface.h"
 
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QLoggingCategory>
 
 #include <utility>
@@ -23,9 +22,16 @@ const QString daemonPath = u"/org/freedesktop/DBus"_s;
 const QString localPath = u"/org/freedesktop/DBus/Local"_s;
 const QString localInterface = u"org.freedesktop.DBus.Local"_s;
 
-// Of RequestName: the name, or nothing.
-constexpr uint doNotQueue = 4;
+// Of RequestName: no flags, so that who does not get the name is next in line for it.
+constexpr uint standInLine = 0;
 constexpr uint primaryOwner = 1;
+
+QDBusMessage toDaemon(const QString& method, const QVariantList& arguments)
+{
+    auto call = QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, method);
+    call.setArguments(arguments);
+    return call;
+}
 
 } // namespace
 
@@ -33,6 +39,7 @@ BusService::BusService(
     const BusActions& actions, HistoryCommands& commands, Connect connect, QObject* parent)
     : QObject(parent)
     , m_connect(std::move(connect))
+    , m_quit(actions.quit)
     , m_connecting([this](const QDBusConnection& bus) { connected(bus); })
 {
     m_answers.setMaxThreadCount(1);
@@ -49,10 +56,7 @@ BusService::~BusService()
     if (m_bus) {
         m_bus->unregisterObject(busPath);
         // Others in this process may still use the connection.
-        auto call =
-            QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"ReleaseName"_s);
-        call << busName;
-        m_bus->asyncCall(call);
+        m_bus->asyncCall(toDaemon(u"ReleaseName"_s, {busName}));
     }
 }
 
@@ -75,6 +79,9 @@ void BusService::connected(QDBusConnection bus)
     m_bus = bus;
     // By no sender's name: for one, QtDBus would wait for the bus to tell its owner.
     bus.connect(
+        QString(), daemonPath, daemonName, u"NameAcquired"_s, this,
+        SLOT(nameAcquired(QString, QDBusMessage)));
+    bus.connect(
         QString(), daemonPath, daemonName, u"NameLost"_s, this,
         SLOT(nameLost(QString, QDBusMessage)));
     bus.connect(
@@ -88,28 +95,63 @@ void BusService::connected(QDBusConnection bus)
     Q_EMIT connectedToBus();
 }
 
-void BusService::requestName()
+void BusService::ask(
+    const QDBusMessage& question, std::function<void(const QDBusMessage&)> answered)
 {
-    auto call =
-        QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"RequestName"_s);
-    call << busName << doNotQueue;
-    auto* const pending = new QDBusPendingCallWatcher(m_bus->asyncCall(call), this);
+    auto* const pending = new QDBusPendingCallWatcher(m_bus->asyncCall(question), this);
     connect(
-        pending, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* ended) {
+        pending, &QDBusPendingCallWatcher::finished, this,
+        [this, answered = std::move(answered)](QDBusPendingCallWatcher* ended) {
             ended->deleteLater();
-            const QDBusPendingReply<uint> reply = *ended;
-            if (!m_bus) {
-                return;
-            }
-            if (reply.isError()) {
-                giveUp(u"Could not register on the session bus: "_s + reply.error().message());
-            } else if (reply.value() != primaryOwner) {
-                giveUp(u"The name on the session bus is taken: other programs cannot reach this "
-                       "Tessly."_s);
-            } else {
-                m_isRegistered = true;
+            if (m_bus) {
+                answered(ended->reply());
             }
         });
+}
+
+void BusService::requestName()
+{
+    ask(toDaemon(u"RequestName"_s, {busName, standInLine}), [this](const QDBusMessage& answer) {
+        if (answer.type() == QDBusMessage::ErrorMessage) {
+            giveUp(u"Could not register on the session bus: "_s + answer.errorMessage());
+        } else if (answer.arguments().value(0).toUInt() == primaryOwner) {
+            m_isRegistered = true;
+        } else {
+            askForOwner();
+        }
+    });
+}
+
+void BusService::askForOwner()
+{
+    ask(toDaemon(u"GetNameOwner"_s, {busName}), [this](const QDBusMessage& answer) {
+        const QString owner = answer.arguments().value(0).toString();
+        if (answer.type() == QDBusMessage::ReplyMessage && owner != m_bus->baseService()) {
+            showOwner(owner);
+        }
+    });
+}
+
+void BusService::showOwner(const QString& owner)
+{
+    // By its own name: the other may have passed on to this one by now.
+    ask(QDBusMessage::createMethodCall(owner, busPath, busInterface, u"Show"_s),
+        [this](const QDBusMessage& answer) {
+            if (answer.type() == QDBusMessage::ReplyMessage) {
+                qCWarning(log) << "Another Tessly is on the session bus: this one ends.";
+                m_quit();
+            } else if (!m_isRegistered) {
+                giveUp(u"The name on the session bus is taken: other programs cannot reach this "
+                       "Tessly for now."_s);
+            }
+        });
+}
+
+void BusService::nameAcquired(const QString& name, const QDBusMessage& signal)
+{
+    if (name == busName && signal.service() == daemonName) {
+        m_isRegistered = true;
+    }
 }
 
 void BusService::nameLost(const QString& name, const QDBusMessage& signal)

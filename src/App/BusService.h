@@ -16,7 +16,9 @@ namespace tessly {
 
 /// The program on the session bus: its name, its own interface and the one every desktop
 /// application has. Main thread only; nothing here waits for the bus. Without a bus, or without one
-/// any more, the program goes on, with one line in the log.
+/// any more, the program goes on, with one line in the log. Where another one has the name and
+/// answers, its panel is opened and this one quits; where it does not answer, as one that is just
+/// ending, this one is next.
 class BusService final : public QObject
 {
     Q_OBJECT
@@ -43,6 +45,7 @@ Q_SIGNALS:
     void connectedToBus();
 
 private Q_SLOTS:
+    void nameAcquired(const QString& name, const QDBusMessage& signal);
     void nameLost(const QString& name, const QDBusMessage& signal);
     void disconnected();
 
@@ -50,10 +53,15 @@ private:
     static QDBusConnection connectToSessionBus();
     void connected(QDBusConnection bus);
     void requestName();
+    void askForOwner();
+    void showOwner(const QString& owner);
+    /// Asks, and calls back with the answer unless there is no bus any more.
+    void ask(const QDBusMessage& question, std::function<void(const QDBusMessage&)> answered);
     void sendLater(std::function<QDBusMessage()> answer);
     void giveUp(const QString& reason);
 
     Connect m_connect;
+    std::function<void()> m_quit;
     BusConnecting m_connecting;
     std::optional<QDBusConnection> m_bus;
     bool m_isRegistered = false;

@@ -303,16 +303,42 @@ TEST_F(BusServiceTest, ABusThatGoesAwayIsOneLineInTheLog)
     EXPECT_THAT(lines(), SizeIs(1));
 }
 
-TEST_F(BusServiceTest, ANameThatAnotherHasIsLeftToIt)
+TEST_F(BusServiceTest, ANameThatSomebodySilentHasIsTakenWhenItIsFree)
 {
     ASSERT_TRUE(m_client.registerService(busName));
     makeService([this] { return m_bus.connect(); });
     m_service->start();
     ASSERT_TRUE(waitUntil([this] { return !lines().empty(); }));
-    EXPECT_THAT(lines(), SizeIs(1));
+    EXPECT_EQ(
+        lines().front().text,
+        u"The name on the session bus is taken: other programs cannot reach this Tessly for now."_s);
     EXPECT_FALSE(m_service->isRegistered());
-    EXPECT_TRUE(m_client.unregisterService(busName)) << "and is not waited for";
-    EXPECT_FALSE(m_client.interface()->isServiceRegistered(busName).value());
+    EXPECT_TRUE(m_client.unregisterService(busName));
+    EXPECT_TRUE(waitUntil([this] { return m_service->isRegistered(); }));
+    expectDone(u"Hide"_s);
+    EXPECT_THAT(m_asked, ElementsAre("hide"));
+    EXPECT_THAT(lines(), SizeIs(1));
+}
+
+TEST_F(BusServiceTest, OfTwoThatRunTheLaterOneOpensThePanelOfTheOtherAndQuits)
+{
+    start();
+    std::vector<std::string> askedOfLater;
+    BusService later(
+        BusActions{
+            .show = [&] { askedOfLater.push_back("show"); },
+            .hide = [&] { askedOfLater.push_back("hide"); },
+            .toggle = [&] { askedOfLater.push_back("toggle"); },
+            .quit = [&] { askedOfLater.push_back("quit"); },
+        },
+        m_commands, [this] { return m_bus.connect(); });
+    later.start();
+    ASSERT_TRUE(waitUntil([&] { return !askedOfLater.empty(); }));
+    EXPECT_THAT(askedOfLater, ElementsAre("quit"));
+    EXPECT_THAT(m_asked, ElementsAre("show"));
+    EXPECT_FALSE(later.isRegistered());
+    EXPECT_TRUE(m_service->isRegistered());
+    EXPECT_THAT(lines(), SizeIs(1));
 }
 
 TEST_F(BusServiceTest, ANameThatIsLostIsOneLineInTheLog)

@@ -98,6 +98,7 @@ class TwoStarts(DesktopCase):
 
     def start_two(self, number):
         first, second = Tessly(self.desktop), Tessly(self.desktop)
+        before = len(first.history.clips())
         try:
             first.launch()
             second.launch()
@@ -114,7 +115,7 @@ class TwoStarts(DesktopCase):
             survivor.history.wait_for_text(f"copy {number}")
             survivor.stop()
             self.assertEqual(survivor.history.problems(self.desktop.path("scratch")), [])
-            self.assertEqual(len(survivor.history.clips()), number + 1)
+            self.assertEqual(len(survivor.history.clips()), before + 1)
         finally:
             first.kill()
             second.kill()
@@ -136,6 +137,16 @@ class TwoStarts(DesktopCase):
             finally:
                 first.kill()
                 second.kill()
+
+    def test_one_with_another_data_folder_gives_way_to_the_one_on_the_bus(self):
+        first = self.start_tessly()
+        other = Tessly(self.desktop,
+                       environment={"XDG_DATA_HOME": self.desktop.path("home", "other")})
+        self.addCleanup(other.kill)
+        other.launch()
+        wait_until(lambda: not other.is_running(), "the later one ends")
+        self.assertEqual(other.process.returncode, DONE)
+        first.wait_for_panel()
 
     def test_after_a_crash_the_next_start_is_the_first(self):
         first = Tessly(self.desktop).start()
