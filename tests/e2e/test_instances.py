@@ -109,7 +109,7 @@ class TwoStarts(DesktopCase):
             self.assertTrue(survivor.is_running(), survivor.log())
             self.assertEqual(loser.traces("recording"), [], "it never came to writing")
             survivor.wait_for_trace("show-requested")
-            wait_until(survivor.panel_window, "the panel is open")
+            wait_until(survivor.panel_window, lambda: f"the panel is open: {survivor.log()}")
             survivor.command("hide")
             self.clipboard.copy(f"copy {number}")
             survivor.history.wait_for_text(f"copy {number}")
