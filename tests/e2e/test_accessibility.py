@@ -19,9 +19,6 @@ class Tree(TesslyCase):
             if control.role in CONTROLS:
                 self.assertNotEqual(control.name, "", f"a {control.role} in:\n{ui.describe()}")
 
-    def names(self, ui, role):
-        return [control.name for control in ui.find_all(role)]
-
     def focused(self, ui):
         """What has the focus, windows aside."""
         return [control for control in ui.find_all()
@@ -34,16 +31,16 @@ class Tree(TesslyCase):
         self.tessly.open_panel()
         ui = self.ui(self.tessly)
         rows = ["Link, https://www.example.org/", "Text, older words"]
-        wait_until(lambda: self.names(ui, "list item") == rows, "the rows are told")
+        wait_until(lambda: ui.names("list item") == rows, "the rows are told")
         self.expect_every_control_named(ui)
 
         self.assertEqual([control.name for control in self.focused(ui)],
                          ["Search clipboard history"])
         self.assertIn("editable", ui.find("text", "Search clipboard history").states)
-        self.assertEqual(self.names(ui, "radio button"),
+        self.assertEqual(ui.names("radio button"),
                          ["All", "Text", "Rich Text", "Image", "Files", "Link"])
         self.assertIn("checked", ui.find("radio button", "All").states)
-        self.assertEqual(self.names(ui, "push button"), ["Pause clipboard recording", "Settings"])
+        self.assertEqual(ui.names("push button"), ["Pause clipboard recording", "Settings"])
 
         selected = [row.name for row in ui.find_all("list item") if "selected" in row.states]
         self.assertEqual(len(selected), 1)
@@ -55,7 +52,7 @@ class Tree(TesslyCase):
                    and "selected" not in first.states, "the selection moved")
 
         self.keyboard.type("older")
-        wait_until(lambda: self.names(ui, "list item") == rows[1:], "the list follows the search")
+        wait_until(lambda: ui.names("list item") == rows[1:], "the list follows the search")
         self.assertEqual(ui.find("text", "Search clipboard history").text, "older")
 
     def test_the_panel_can_be_worked_without_pointer_and_keys(self):
@@ -82,7 +79,7 @@ class Tree(TesslyCase):
             self.click(ui.find("page tab", tab))
             wait_until(lambda: "selected" in ui.find("page tab", tab).states, f"{tab} is shown")
             self.expect_every_control_named(ui)
-        self.assertEqual(self.names(ui, "page tab"), ["General", "Privacy", "Shortcuts", "About"])
+        self.assertEqual(ui.names("page tab"), ["General", "Privacy", "Shortcuts", "About"])
 
         self.click(ui.find("page tab", "General"))
         box = ui.find("check box", "Remember images")

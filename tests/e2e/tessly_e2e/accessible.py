@@ -110,7 +110,11 @@ class Control:
     def walk(self):
         """This control and everything in it, in order."""
         yield self
-        for child in self.children:
+        try:
+            children = self.children
+        except dbus.DBusException:
+            return  # it went away meanwhile
+        for child in children:
             yield from child.walk()
 
     def find_all(self, role=None, name=None):
@@ -125,14 +129,17 @@ class Control:
                 continue  # it went away meanwhile
         return found
 
+    def names(self, role):
+        """The names of what is seen of this role, in order; None while the tree changes."""
+        try:
+            return [control.name for control in self.find_all(role)]
+        except dbus.DBusException:
+            return None
+
     def find(self, role=None, name=None, timeout=PATIENCE):
         """The one control of this role and name, once it is there."""
-        def look():
-            try:
-                return self.find_all(role, name)
-            except dbus.DBusException:
-                return []  # the tree changed under the walk
-        return wait_until(look, lambda: f"a {role} “{name}” in:\n{self.describe()}", timeout)[0]
+        return wait_until(lambda: self.find_all(role, name),
+                          lambda: f"a {role} “{name}” in:\n{self.describe()}", timeout)[0]
 
     def describe(self, depth=0):
         """The tree as text, for failures."""
