@@ -128,7 +128,6 @@ ClipOrder::Rows ClipOrder::among(const Rows& candidates, qint64 limit) const
     if (wanted == 0) {
         return rows;
     }
-    Rows others = candidates;
     ClipStatement pinnedRows(m_connection, pinned(""));
     while (rows.size() < wanted && pinnedRows.next(readFailure)) {
         const qint64 row = pinnedRows.row().integer(0);

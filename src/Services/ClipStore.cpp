@@ -43,11 +43,10 @@ ClipStore::summaries(QString query, std::optional<ClipKind> kind, qint64 limit)
 }
 
 QCoro::Task<Clip> ClipStore::save(
-    ClipPayload payload, std::optional<QString> sourceAppName,
+    const ClipPayload& payload, std::optional<QString> sourceAppName,
     std::optional<QString> sourceBundleID, qint64 maximumHistory)
 {
-    return m_actor.run([&database = *m_database, payload = std::move(payload),
-                        sourceAppName = std::move(sourceAppName),
+    return m_actor.run([&database = *m_database, payload, sourceAppName = std::move(sourceAppName),
                         sourceBundleID = std::move(sourceBundleID), maximumHistory] {
         return database.save(payload, sourceAppName, sourceBundleID, maximumHistory);
     });

@@ -70,7 +70,7 @@ public:
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then
     /// trims.
     [[nodiscard]] QCoro::Task<Clip> save(
-        ClipPayload payload, std::optional<QString> sourceAppName,
+        const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
     [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
     [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
