@@ -45,6 +45,9 @@ public:
     /// For signals to the X server; a stopped one is a frozen one.
     [[nodiscard]] qint64 serverProcessID() const { return m_server->processId(); }
 
+    /// For signals to the window manager, which there must be.
+    [[nodiscard]] qint64 windowManagerProcessID() const { return m_windowManager->processId(); }
+
     /// Ends the X server, as a crash would.
     void killServer();
 

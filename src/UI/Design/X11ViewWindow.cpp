@@ -95,9 +95,16 @@ void X11ViewWindow::prepareToShow()
     m_isPrepared = true;
     // The toolkit adds its own states to these.
     const std::array states = {m_skipTaskbar, m_skipPager};
-    xcb_change_property(
+    const auto cookie = xcb_change_property(
         m_connection, XCB_PROP_MODE_REPLACE, id(), m_wmState, XCB_ATOM_ATOM, 32,
         static_cast<std::uint32_t>(states.size()), states.data());
+    m_firstRequest = cookie.sequence;
+}
+
+bool X11ViewWindow::isOfThisShowing(const xcb_generic_event_t& event) const
+{
+    // Numbers of requests go round.
+    return static_cast<std::int32_t>(event.full_sequence - m_firstRequest) >= 0;
 }
 
 void X11ViewWindow::activate()
@@ -133,7 +140,8 @@ bool X11ViewWindow::nativeEventFilter(const QByteArray& eventType, void* message
     case XCB_FOCUS_IN:
     case XCB_FOCUS_OUT: {
         const auto& focus = *reinterpret_cast<const xcb_focus_in_event_t*>(event);
-        if (focus.event != id() || focus.detail == XCB_NOTIFY_DETAIL_POINTER) {
+        if (focus.event != id() || focus.detail == XCB_NOTIFY_DETAIL_POINTER ||
+            !isOfThisShowing(*event)) {
             return false;
         }
         if (comesFromGrab(focus)) {

@@ -31,6 +31,8 @@ public:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
 private:
+    /// Whether an event is no late one, about the window before it was hidden and shown again.
+    [[nodiscard]] bool isOfThisShowing(const xcb_generic_event_t& event) const;
     void handleTimestamp(xcb_timestamp_t time);
     void askManager(xcb_atom_t request, std::initializer_list<std::uint32_t> arguments) const;
     [[nodiscard]] xcb_window_t id() const { return static_cast<xcb_window_t>(m_window.winId()); }
@@ -41,6 +43,8 @@ private:
     xcb_window_t m_root = XCB_WINDOW_NONE;
     QTimer m_focusLost;
     bool m_isPrepared = false;
+    /// The number of the first request of this showing.
+    std::uint32_t m_firstRequest = 0;
     bool m_isAwaitingTimestamp = false;
     xcb_atom_t m_wmState = XCB_ATOM_NONE;
     xcb_atom_t m_above = XCB_ATOM_NONE;

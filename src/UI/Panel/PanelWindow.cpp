@@ -13,6 +13,19 @@ void qml_register_types_Tessly_Panel();
 
 namespace tessly {
 
+namespace {
+
+/// The key by what it bears. Where no layout has Latin letters, the P key is the one in its place.
+int keyOf(const QKeyEvent& event)
+{
+    // As the kernel numbers keys, and X11 eight higher.
+    constexpr quint32 placeOfP = 25 + 8;
+    const bool isOtherLetter = event.key() > 0xff && event.key() < Qt::Key_Escape;
+    return isOtherLetter && event.nativeScanCode() == placeOfP ? int{Qt::Key_P} : event.key();
+}
+
+} // namespace
+
 PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
     : m_handlers(std::move(handlers))
 {
@@ -34,7 +47,7 @@ void PanelWindow::keyPressEvent(QKeyEvent* event)
     // A menu that is open takes the keys, as any desktop's does.
     const bool menuIsOpen =
         rootObject() != nullptr && rootObject()->property("menuIsOpen").toBool();
-    if (!menuIsOpen && m_handlers.keyPressed(event->key(), event->modifiers())) {
+    if (!menuIsOpen && m_handlers.keyPressed(keyOf(*event), event->modifiers())) {
         event->accept();
         return;
     }

@@ -12,6 +12,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -101,6 +102,28 @@ TEST_F(PanelDesktopTest, TypedKeysReachTheSearchField)
     EXPECT_TRUE(waitUntil([this] { return !m_model->isPanelPresented(); }));
 }
 
+TEST_F(PanelDesktopTest, CtrlPPinsAlsoWhereNoKeyBearsP)
+{
+    const QString leftControl = u"37"_s;
+    const QString placeOfP = u"33"_s;
+    save("alpha");
+    for (const QString& layout : {u"us"_s, u"ru"_s, u"us,gr"_s, u"gr"_s}) {
+        session->run(u"setxkbmap"_s, {layout});
+        show();
+        const bool wasPinned = m_model->clips().front().isPinned;
+        session->run(
+            u"xdotool"_s, {u"keydown"_s, leftControl, u"key"_s, placeOfP, u"keyup"_s, leftControl});
+        EXPECT_TRUE(waitUntil([&] {
+            run();
+            return m_model->clips().front().isPinned != wasPinned;
+        })) << layout.toStdString();
+        EXPECT_EQ(m_model->query(), QString());
+        m_controller.close();
+        run();
+    }
+    session->run(u"setxkbmap"_s, {u"us"_s});
+}
+
 TEST_F(PanelDesktopTest, IsLeftOutOfTaskbarAndPagerAndStaysAboveAtEveryOpening)
 {
     // At once again, too: the window manager clears the states of a window that is hidden.
@@ -162,6 +185,22 @@ TEST_F(PanelDesktopTest, AnotherProgramsKeyboardGrabDoesNotCloseIt)
     EXPECT_TRUE(m_model->isPanelPresented()) << "afterwards";
     session->run(u"xdotool"_s, {u"type"_s, u"x"_s});
     EXPECT_TRUE(waitUntil([this] { return m_model->query() == u"x"_s; })) << "keys still come";
+}
+
+TEST_F(PanelDesktopTest, OpenedAgainAtOnceItStaysOpenHoweverSlowTheManagerIs)
+{
+    show();
+    const auto manager = static_cast<pid_t>(session->windowManagerProcessID());
+    ASSERT_EQ(::kill(manager, SIGSTOP), 0);
+    // The focus that the first window lost is none of the second's.
+    m_controller.close();
+    m_controller.show();
+    letFocusSettle();
+    EXPECT_TRUE(m_model->isPanelPresented());
+    ASSERT_EQ(::kill(manager, SIGCONT), 0);
+    EXPECT_TRUE(waitUntil([this] { return hasFocus(panelID()); }));
+    letFocusSettle();
+    EXPECT_TRUE(m_model->isPanelPresented());
 }
 
 TEST_F(PanelDesktopTest, LosingTheFocusCloses)
