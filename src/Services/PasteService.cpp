@@ -78,8 +78,11 @@ bool PasteService::write(const ClipPayload& payload, bool plainTextOnly)
     return !items.empty() && m_pasteboard.write(std::move(items));
 }
 
+// By value: a completion may end the wait that holds both.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void PasteService::pasteWhenTargetIsReady(
     std::shared_ptr<RunningApplication> target, int attemptsRemaining, Completion completion)
+// NOLINTEND(performance-unnecessary-value-param)
 {
     if (target->isTerminated()) {
         completion(copiedOnly);

@@ -79,7 +79,7 @@ std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
 
     const QString recovered = inFolder(dataFolder, u"Recovered History");
     preparePrivateFolder(recovered, Parents::create);
-    const QString rescue = inFolder(
+    QString rescue = inFolder(
         recovered, recoveryFolderName(QDateTime::currentDateTimeUtc(), QUuid::createUuid()));
     // A name that leads elsewhere must not take the history along.
     if (QFileInfo(QDir::cleanPath(rescue)).path() != QDir::cleanPath(recovered)) {

@@ -46,7 +46,7 @@ quint16 number16(const QByteArray& bytes, qint64 offset)
 sqlite3_file* file(const SQLiteConnection& connection, int which)
 {
     sqlite3_file* result = nullptr;
-    sqlite3_file_control(connection.handle(), "main", which, &result);
+    sqlite3_file_control(connection.handle(), "main", which, static_cast<void*>(&result));
     return result != nullptr && result->pMethods != nullptr ? result : nullptr;
 }
 
