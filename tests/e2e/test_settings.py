@@ -170,15 +170,18 @@ class Privacy(SettingsCase):
         ui = self.open_settings("Privacy")
         editor = ui.find("text", "Excluded bundle IDs")
         self.click(editor)
+        # Window managers hold clicks back, so that keys overtake them.
+        wait_until(lambda: "focused" in editor.states, "the editor has the keys")
         self.keyboard.press("Control+a")
         self.keyboard.type("debian-xterm")
         self.wait_for_setting("ignoredBundleIDs", "debian-xterm")
         terminal = Terminal(self.desktop).start(shown="secret")
         terminal.copy_word()
         wait_until(lambda: self.clipboard.read() == b"secret", "the word is copied")
-        # Longer than the program looks away.
+        # Each longer than the program looks away.
         self.assertTrue(holds_for(1, lambda: self.history.clips() == []))
-        GtkEditor(self.desktop).start()
+        editor = GtkEditor(self.desktop).start()
+        self.assertTrue(holds_for(1, editor.is_in_front))
         self.expect_still_recording()
         self.assertEqual(self.recorded_texts(), [])
 
