@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <memory>
 #include <poll.h>
@@ -242,28 +243,31 @@ void WaylandEventLoop::runPostedJobs()
 void WaylandEventLoop::runDueTimers()
 {
     const auto now = std::chrono::steady_clock::now();
-    for (auto timer = m_timers.begin(); timer != m_timers.end();) {
-        if (timer->second.due > now) {
-            ++timer;
-            continue;
-        }
-        // The callback may add and cancel timers: take this one out first, then begin anew.
+    // The callbacks may add and cancel timers: look for each anew. What they add is not due by
+    // then.
+    for (auto timer = earliestTimer(); timer != m_timers.end() && timer->second.due <= now;
+         timer = earliestTimer()) {
         const auto callback = std::move(timer->second.callback);
         m_timers.erase(timer);
         callback();
-        timer = m_timers.begin();
     }
 }
 
-int WaylandEventLoop::pollTimeout() const
+WaylandEventLoop::Timers::iterator WaylandEventLoop::earliestTimer()
 {
-    if (m_timers.empty()) {
+    return std::ranges::min_element(
+        m_timers, {}, [](const auto& entry) { return entry.second.due; });
+}
+
+int WaylandEventLoop::pollTimeout()
+{
+    const auto earliest = earliestTimer();
+    if (earliest == m_timers.end()) {
         return -1;
     }
-    const auto earliest =
-        std::ranges::min_element(m_timers, {}, [](const auto& entry) { return entry.second.due; });
     const auto left = earliest->second.due - std::chrono::steady_clock::now();
-    return std::max(0, static_cast<int>(std::chrono::ceil<Milliseconds>(left).count()));
+    return static_cast<int>(
+        std::clamp<std::int64_t>(std::chrono::ceil<Milliseconds>(left).count(), 0, INT_MAX));
 }
 
 bool WaylandEventLoop::flush()

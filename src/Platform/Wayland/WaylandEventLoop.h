@@ -83,6 +83,8 @@ private:
         std::function<void()> callback;
     };
 
+    using Timers = std::map<TimerID, Timer>;
+
     struct Watch
     {
         int file;
@@ -98,7 +100,8 @@ private:
     void callWatches(const std::vector<std::pair<WatchID, short>>& reports);
     void runPostedJobs();
     void runDueTimers();
-    [[nodiscard]] int pollTimeout() const;
+    [[nodiscard]] int pollTimeout();
+    [[nodiscard]] Timers::iterator earliestTimer();
     /// Sends what is to be sent; whether there is more than the socket takes now.
     [[nodiscard]] bool flush();
     void noticeLoss();
@@ -107,7 +110,7 @@ private:
     wl_display* m_display = nullptr;
     int m_wakeFD = -1;
     std::function<void()> m_lost;
-    std::map<TimerID, Timer> m_timers;
+    Timers m_timers;
     TimerID m_nextTimer = 1;
     std::map<WatchID, Watch> m_watches;
     WatchID m_nextWatch = 1;

@@ -129,6 +129,21 @@ TEST_F(SwayPasteboardTest, aPasswordManagersHintConceals)
     EXPECT_TRUE(await(pasteboard().types(count))->contains(Pasteboard::concealedType));
 }
 
+TEST_F(SwayPasteboardTest, theOtherClipboardIsNoBusinessOfIts)
+{
+    const qint64 count = copied("text");
+    const auto other =
+        SwaySession::shared().start(u"wl-copy"_s, {u"--foreground"_s, u"--primary"_s}, "selected");
+    ASSERT_TRUE(waitUntil([] {
+        return SwaySession::shared().output(u"wl-paste"_s, {u"--primary"_s, u"--no-newline"_s}) ==
+               "selected";
+    }));
+    EXPECT_EQ(pasteboard().changeCount(), count);
+    EXPECT_EQ(read(count).value, "text");
+    other->kill();
+    EXPECT_TRUE(other->waitForFinished());
+}
+
 TEST_F(SwayPasteboardTest, anOwnerForOneReadIsReadAndItsContentKept)
 {
     const qint64 count = copied("once", {u"--paste-once"_s});

@@ -80,6 +80,26 @@ TEST_F(WaylandEventLoopTest, timersRunWhenDueAndNotOnceCancelled)
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
+TEST_F(WaylandEventLoopTest, timersThatAreLateRunInTheOrderInWhichTheyWereDue)
+{
+    start();
+    std::vector<int> order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(3ms, [&] {
+            order.push_back(3);
+            done.set_value();
+        });
+        loop().callAfter(1ms, [&] { order.push_back(1); });
+        loop().callAfter(2ms, [&] { order.push_back(2); });
+        const auto allDue = std::chrono::steady_clock::now() + 4ms;
+        while (std::chrono::steady_clock::now() < allDue) {
+        }
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), (std::vector<int>{1, 2, 3}));
+}
+
 TEST_F(WaylandEventLoopTest, filesAreWatchedUntilTheyAreNot)
 {
     std::array<int, 2> pipe = {};

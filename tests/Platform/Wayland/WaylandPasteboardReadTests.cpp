@@ -1,10 +1,14 @@
 #include "WaylandPasteboardFixture.h"
 
+#include <QElapsedTimer>
 #include <QFile>
+#include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <ostream>
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -255,6 +259,40 @@ TEST_F(WaylandPasteboardReadTest, anOverlongContentTakesNoMoreMemoryThanTheLimit
     if (!isSanitized) {
         EXPECT_LT(growth, 6 * megabyte);
     }
+}
+
+TEST_F(WaylandPasteboardReadTest, theMainThreadIsNeverHeld)
+{
+    QTimer probe;
+    probe.setTimerType(Qt::PreciseTimer);
+    QElapsedTimer sinceTick;
+    qint64 longestGap = 0;
+    QObject::connect(&probe, &QTimer::timeout, &probe, [&] {
+        longestGap = std::max(longestGap, sinceTick.nsecsElapsed());
+        sinceTick.start();
+    });
+    const auto measure = [&](const char* what, auto action) {
+        longestGap = 0;
+        sinceTick.start();
+        probe.start(1);
+        action();
+        probe.stop();
+        const double milliseconds = static_cast<double>(longestGap) / 1e6;
+        RecordProperty(what, std::to_string(milliseconds));
+        std::printf("%s: longest gap on the main thread %.1f ms\n", what, milliseconds);
+        EXPECT_LT(milliseconds, 250.0) << what;
+    };
+
+    const QByteArray large(25 * megabyte, 'a');
+    const qint64 count = copied({{"UTF8_STRING", large}});
+    measure("large", [&] { EXPECT_EQ(read(count).value.size(), large.size()); });
+    const qint64 hung = copied({{"UTF8_STRING", "never", Manner::hangs}});
+    measure("hung", [&] { EXPECT_EQ(read(hung).status, ReadStatus::unreadable); });
+    measure("written", [&] { written({.plainText = large}); });
+    const qint64 endless = copied({{"text/html", QByteArray(65536, 'a'), Manner::neverEnds}});
+    measure("endless", [&] {
+        EXPECT_EQ(read(endless, Flavour::html, 25 * megabyte).status, ReadStatus::tooLarge);
+    });
 }
 
 TEST_F(WaylandPasteboardReadTest, manyHungOwnersInARowDoNotExhaustIt)
