@@ -249,6 +249,11 @@ void WaylandClipboard::cancelled(const Written* written)
     m_written.erase(found);
 }
 
+void WaylandClipboard::awaitWrites(std::function<void(bool isOwner)> done)
+{
+    m_loop.awaitRoundTrip([this, done = std::move(done)] { done(!m_written.empty()); });
+}
+
 void WaylandClipboard::clear()
 {
     m_kept.clear();

@@ -11,6 +11,7 @@
 #include "WaylandRegistry.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -51,6 +52,9 @@ public:
     void
     readFileURLs(qint64 changeCount, qint64 byteLimit, WaylandClipboardContent::FileURLsDone done);
     void write(const std::vector<PasteboardItem>& items);
+    /// Answers once the compositor has seen the writes before: whether the last is or becomes the
+    /// clipboard's content. Drops the question if it goes away first.
+    void awaitWrites(std::function<void(bool isOwner)> done);
     void clear();
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
 

@@ -39,9 +39,7 @@ WaylandEventLoop::WaylandEventLoop(const std::string& display)
 WaylandEventLoop::~WaylandEventLoop()
 {
     stop();
-    for (const auto& [callback, done] : m_roundTrips) {
-        wl_callback_destroy(callback);
-    }
+    dropRoundTrips();
     wl_display_disconnect(m_display);
     close(m_wakeFD);
 }
@@ -147,6 +145,13 @@ void WaylandEventLoop::roundTripDone(void* data, wl_callback* callback, std::uin
     const auto request = self.m_roundTrips.extract(callback);
     wl_callback_destroy(callback);
     request.mapped()();
+}
+
+void WaylandEventLoop::dropRoundTrips()
+{
+    for (const auto& [callback, done] : std::exchange(m_roundTrips, {})) {
+        wl_callback_destroy(callback);
+    }
 }
 
 void WaylandEventLoop::loop()
@@ -283,6 +288,7 @@ void WaylandEventLoop::noticeLoss()
 {
     if (m_isLost && !m_isLossTold && m_lost) {
         m_isLossTold = true;
+        dropRoundTrips();
         m_lost();
     }
 }

@@ -73,7 +73,7 @@ public:
     void unwatch(WatchID watch);
 
     /// Calls back once the compositor has handled everything that was asked of it, and all that it
-    /// sent before has been handled here. Never if it goes away first.
+    /// sent before has been handled here. Dropped if it goes away first.
     void awaitRoundTrip(std::function<void()> callback);
 
 private:
@@ -105,6 +105,7 @@ private:
     /// Sends what is to be sent; whether there is more than the socket takes now.
     [[nodiscard]] bool flush();
     void noticeLoss();
+    void dropRoundTrips();
     void wake() const;
 
     wl_display* m_display = nullptr;

@@ -103,4 +103,12 @@ void WaylandPasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Past
     });
 }
 
+QCoro::Task<bool> WaylandPasteboard::hasWritten()
+{
+    auto hasWritten = askLoop(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
+        clipboard->awaitWrites(answer);
+    });
+    co_return co_await hasWritten;
+}
+
 } // namespace tessly

@@ -51,6 +51,11 @@ public:
     void clear() override;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
+    /// True once what was written last has been put on the clipboard, so that programs that read it
+    /// from then on find that or something newer; false if the compositor did not take it, or
+    /// something newer has taken its place already.
+    [[nodiscard]] QCoro::Task<bool> hasWritten();
+
 private:
     void lost();
 

@@ -181,7 +181,6 @@ TestCompositor::TestCompositor(const Options& options)
 
 TestCompositor::~TestCompositor()
 {
-    thaw();
     end();
     close(m_wakeFD);
 }
@@ -225,7 +224,12 @@ void TestCompositor::run(std::function<void()> job)
 void TestCompositor::end()
 {
     if (m_thread.joinable()) {
-        run([this] { wl_display_terminate(m_display); });
+        if (m_thaw) {
+            m_endsFrozen = true;
+            thaw();
+        } else {
+            run([this] { wl_display_terminate(m_display); });
+        }
         m_thread.join();
         wl_event_source_remove(m_wake);
         wl_display_destroy_clients(m_display);
@@ -239,9 +243,12 @@ void TestCompositor::freeze()
     std::promise<void> frozen;
     {
         const std::scoped_lock lock(m_mutex);
-        m_jobs.emplace_back([thawed, &frozen] {
+        m_jobs.emplace_back([this, thawed, &frozen] {
             frozen.set_value();
             thawed->wait();
+            if (m_endsFrozen) {
+                wl_display_terminate(m_display);
+            }
         });
     }
     const std::uint64_t one = 1;

@@ -45,7 +45,7 @@ public:
     /// The path of its socket.
     [[nodiscard]] std::string display() const;
 
-    /// Ends it, as a crash would.
+    /// Ends it, as a crash would; if it is frozen, without a look at what was asked meanwhile.
     void end();
     /// It does nothing at all until `thaw`.
     void freeze();
@@ -97,6 +97,7 @@ private:
     Source* m_selection = nullptr;
     std::atomic<int> m_receives = 0;
     std::optional<std::promise<void>> m_thaw;
+    std::atomic<bool> m_endsFrozen = false;
     std::thread m_thread;
 };
 

@@ -75,6 +75,7 @@ TEST_F(WaylandPasteboardCompositorTest, itsEndIsToldOnceAndEndsWhatIsAwaited)
     EXPECT_EQ(read(count).status, ReadStatus::unreadable);
     EXPECT_EQ(await(pasteboard().readFileURLs(count, noLimit)).status, ReadStatus::unreadable);
     EXPECT_FALSE(pasteboard().write({{.plainText = "own"}}));
+    EXPECT_FALSE(await(pasteboard().hasWritten()));
     pasteboard().clear();
     pasteboard().keepWhenOwnerLeaves(count, {{.plainText = "kept"}});
     EXPECT_EQ(types(count), std::nullopt);
@@ -96,6 +97,15 @@ TEST_F(WaylandPasteboardCompositorTest, oneThatFreezesHoldsUpNeitherTheMainThrea
     compositor().thaw();
     usePasteboard(shortDeadlines());
     expectThatTheNextCopyIsRead();
+}
+
+TEST_F(WaylandPasteboardCompositorTest, theEndOfOneThatWasFrozenEndsTheWaitForIt)
+{
+    compositor().freeze();
+    ASSERT_TRUE(pasteboard().write({{.plainText = "own"}}));
+    auto hasWritten = pasteboard().hasWritten();
+    compositor().end();
+    EXPECT_FALSE(await(std::move(hasWritten)));
 }
 
 TEST_F(WaylandPasteboardCompositorTest, aSeatThatGoesTakesTheClipboardWithIt)

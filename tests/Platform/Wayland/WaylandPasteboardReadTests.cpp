@@ -152,6 +152,14 @@ TEST_F(WaylandPasteboardReadTest, aNameThatIsRefusedIsFollowedByTheNext)
     EXPECT_EQ(read(count).value, "under another name");
 }
 
+TEST_F(WaylandPasteboardReadTest, theOwnersEndOfThePipeIsAnOrdinaryOne)
+{
+    // Many programs take for an error what a non-blocking one says when it is full.
+    const qint64 count = copied({{"UTF8_STRING", "text"}});
+    EXPECT_EQ(read(count).value, "text");
+    EXPECT_FALSE(program().isGivenNonBlocking());
+}
+
 TEST_F(WaylandPasteboardReadTest, tooManyTypesAreNone)
 {
     std::vector<Offered> offered = {{"UTF8_STRING", "text"}};

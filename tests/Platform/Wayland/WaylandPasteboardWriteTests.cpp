@@ -100,6 +100,17 @@ TEST_F(WaylandPasteboardWriteTest, ownContentIsNotReadThroughAPipe)
     EXPECT_EQ(compositor().receives(), 0);
 }
 
+TEST_F(WaylandPasteboardWriteTest, onceWrittenItIsWhatOthersPaste)
+{
+    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    copied({{"UTF8_STRING", "another's"}});
+    ASSERT_TRUE(pasteboard().write({{.plainText = "own"}}));
+    EXPECT_TRUE(await(pasteboard().hasWritten()));
+    EXPECT_EQ(program().paste(), "own");
+    copied({{"UTF8_STRING", "another's"}});
+    EXPECT_FALSE(await(pasteboard().hasWritten()));
+}
+
 TEST_F(WaylandPasteboardWriteTest, theMarkerOfAnotherIsNotTakenForItsOwn)
 {
     written({.plainText = "own"});

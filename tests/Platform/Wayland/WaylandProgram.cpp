@@ -104,6 +104,7 @@ void WaylandProgram::offer(std::vector<Offered> offered, Life life)
     auto next = m_control->source(
         types, {.send =
                     [this, offered, life](const QByteArray& type, int file) {
+                        m_isGivenNonBlocking = (fcntl(file, F_GETFL) & O_NONBLOCK) != 0;
                         ++m_sends;
                         const auto one = std::ranges::find(offered, type, &Offered::type);
                         if (one == offered.end()) {

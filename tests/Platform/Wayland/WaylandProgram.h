@@ -77,6 +77,8 @@ public:
     [[nodiscard]] int sends() const { return m_sends; }
     /// How many bytes it has been rid of that it writes without end or dribbles.
     [[nodiscard]] qint64 written() const { return m_written; }
+    /// Whether a pipe that it was given could refuse to take more.
+    [[nodiscard]] bool isGivenNonBlocking() const { return m_isGivenNonBlocking; }
     /// Whether a reader has closed its end before the content's.
     [[nodiscard]] bool isCutOff() const { return m_isCutOff; }
 
@@ -101,6 +103,7 @@ private:
     std::atomic<std::chrono::milliseconds> m_pause{std::chrono::milliseconds(100)};
     std::atomic<int> m_sends = 0;
     std::atomic<qint64> m_written = 0;
+    std::atomic<bool> m_isGivenNonBlocking = false;
     std::atomic<bool> m_isCutOff = false;
 };
 
