@@ -248,7 +248,7 @@ TEST_F(AppDelegateTest, EnablingStartsRecordingAndLeadsIntoThePanel)
 TEST_F(AppDelegateTest, ClosingTheWelcomeWindowLeavesItForTheNextStart)
 {
     startFirst();
-    m_views.onboarding->close();
+    m_views.onboarding->closeByUser();
     settle();
     copy("never enabled");
     EXPECT_EQ(m_desktop.pasteboard.typesRequests(), 0U);

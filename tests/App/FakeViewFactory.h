@@ -2,15 +2,16 @@
 
 #include "ConfirmationView.h"
 #include "FakePanelView.h"
+#include "FakeWindowView.h"
 #include "OnboardingModel.h"
 #include "SettingsModel.h"
 #include "StatusMenuView.h"
 #include "StatusToolTipView.h"
 #include "ViewPlugin.h"
-#include "WindowView.h"
 
 #include <QStringList>
 
+#include <deque>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -21,24 +22,6 @@ namespace tessly::test {
 class FakeViewFactory final : public ViewFactory
 {
 public:
-    class Window final : public WindowView
-    {
-    public:
-        void setEvents(Events events) override { m_events = std::move(events); }
-        [[nodiscard]] bool isShown() const override { return m_isShown; }
-        void show() override { m_isShown = true; }
-        void close() override
-        {
-            if (std::exchange(m_isShown, false) && m_events.didClose) {
-                m_events.didClose();
-            }
-        }
-
-    private:
-        Events m_events;
-        bool m_isShown = false;
-    };
-
     class Menu final : public StatusMenuView
     {
     public:
@@ -113,12 +96,12 @@ public:
     [[nodiscard]] std::unique_ptr<WindowView> makeSettings(SettingsModel& model) override
     {
         settingsModel = &model;
-        return note(settings);
+        return noteWindow(settings);
     }
     [[nodiscard]] std::unique_ptr<WindowView> makeOnboarding(OnboardingModel& model) override
     {
         onboardingModel = &model;
-        return note(onboarding);
+        return noteWindow(onboarding);
     }
     [[nodiscard]] std::unique_ptr<StatusMenuView> makeStatusMenu() override { return note(menu); }
     [[nodiscard]] std::unique_ptr<StatusToolTipView> makeStatusToolTip() override
@@ -132,9 +115,9 @@ public:
 
     // What was made last, which its maker's caller owns.
     FakePanelView* panel = nullptr;
-    Window* settings = nullptr;
+    FakeWindowView* settings = nullptr;
     SettingsModel* settingsModel = nullptr;
-    Window* onboarding = nullptr;
+    FakeWindowView* onboarding = nullptr;
     OnboardingModel* onboardingModel = nullptr;
     Menu* menu = nullptr;
     ToolTip* toolTip = nullptr;
@@ -148,6 +131,15 @@ private:
         place = view.get();
         return view;
     }
+    std::unique_ptr<WindowView> noteWindow(FakeWindowView*& place)
+    {
+        auto view = std::make_unique<FakeWindowView>(m_windows.emplace_back());
+        place = view.get();
+        return view;
+    }
+
+    /// Of every window that was made.
+    std::deque<FakeWindowView::Record> m_windows;
 };
 
 } // namespace tessly::test
