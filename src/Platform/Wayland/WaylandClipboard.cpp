@@ -285,7 +285,7 @@ void WaylandClipboard::offerKept()
         return;
     }
     // Contents have no times here: a copy that is on its way already must not be overrun.
-    m_loop.awaitRoundTrip([this] {
+    m_loop.awaitOtherPrograms([this] {
         if (m_device && m_hasOwnerLeft && !m_kept.empty()) {
             own(std::exchange(m_kept, {}));
         }

@@ -217,7 +217,7 @@ void WaylandClipboardContent::receivedNothing(const SearchPointer& search, const
             content->answer(search, {.status = content->lostStatus()});
         }
     });
-    m_loop.awaitRoundTrip([weak = weak_from_this(), &loop = m_loop, timer, search, type] {
+    m_loop.awaitOtherPrograms([weak = weak_from_this(), &loop = m_loop, timer, search, type] {
         loop.cancel(timer);
         const auto content = weak.lock();
         if (!content || !search->accept) {

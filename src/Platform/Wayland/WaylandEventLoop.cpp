@@ -139,6 +139,13 @@ void WaylandEventLoop::awaitRoundTrip(std::function<void()> callback)
     }
 }
 
+void WaylandEventLoop::awaitOtherPrograms(std::function<void()> callback)
+{
+    // A compositor takes the programs that ask at the same time in any order; but by the time it
+    // answers, it has had the others' requests in its hands, too.
+    awaitRoundTrip([this, callback = std::move(callback)] { awaitRoundTrip(callback); });
+}
+
 void WaylandEventLoop::roundTripDone(void* data, wl_callback* callback, std::uint32_t)
 {
     auto& self = *static_cast<WaylandEventLoop*>(data);

@@ -76,6 +76,10 @@ public:
     /// sent before has been handled here. Dropped if it goes away first.
     void awaitRoundTrip(std::function<void()> callback);
 
+    /// As `awaitRoundTrip`, but also what other programs had asked of the compositor by now has
+    /// been handled, and its effects are known here.
+    void awaitOtherPrograms(std::function<void()> callback);
+
 private:
     struct Timer
     {
