@@ -86,13 +86,13 @@ TEST_F(WaylandEventLoopTest, timersThatAreLateRunInTheOrderInWhichTheyWereDue)
     std::vector<int> order;
     std::promise<void> done;
     loop().post([&] {
-        loop().callAfter(3ms, [&] {
+        loop().callAfter(60ms, [&] {
             order.push_back(3);
             done.set_value();
         });
-        loop().callAfter(1ms, [&] { order.push_back(1); });
-        loop().callAfter(2ms, [&] { order.push_back(2); });
-        const auto allDue = std::chrono::steady_clock::now() + 4ms;
+        loop().callAfter(20ms, [&] { order.push_back(1); });
+        loop().callAfter(40ms, [&] { order.push_back(2); });
+        const auto allDue = std::chrono::steady_clock::now() + 61ms;
         while (std::chrono::steady_clock::now() < allDue) {
         }
     });
