@@ -62,12 +62,10 @@ ClipboardMonitor& AppModel::clipboardMonitor()
                 m_dependencies.pasteboard, m_dependencies.settings, m_dependencies.imageConverter,
                 m_dependencies.clock},
             [self](
-                ClipPayload payload, std::optional<QString> sourceAppName,
+                const ClipPayload& payload, std::optional<QString> sourceAppName,
                 std::optional<QString> sourceBundleID) {
                 if (self) {
-                    captured(
-                        self, std::move(payload), std::move(sourceAppName),
-                        std::move(sourceBundleID));
+                    captured(self, payload, std::move(sourceAppName), std::move(sourceBundleID));
                 }
             },
             [self](ClipboardMonitor::AccessIssue issue) {
@@ -163,8 +161,7 @@ QCoro::Task<> AppModel::captured(
     const qint64 maximumHistory = self->settings().maxHistory();
     try {
         co_await self->m_dependencies.store.save(
-            std::move(payload), std::move(sourceAppName), std::move(sourceBundleID),
-            maximumHistory);
+            payload, std::move(sourceAppName), std::move(sourceBundleID), maximumHistory);
         if (self) {
             self->reload(Debounce::no);
             self->scheduleScrub(scrubDelay);

@@ -44,12 +44,14 @@ void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
 } // namespace
 
 void AppModel::paste(
-    const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target,
+    const Clip& clip, PasteStyle style,
+    // By value: the one that was given may be replaced when the panel closes.
+    std::shared_ptr<RunningApplication> target, // NOLINT(performance-unnecessary-value-param)
     ActionCompletion completion)
 {
     PasteService& pasteService = m_dependencies.pasteService;
-    // The one that was given may be a row of a list that changes when the panel closes.
-    const Clip pasted = clip;
+    // Likewise: it may be a row of a list that changes then.
+    const Clip pasted = clip; // NOLINT(performance-unnecessary-copy-initialization)
     if (target && !pasteService.checkAutomaticPasteAccess()) {
         const bool isGranted = pasteService.requestAutomaticPasteAccess();
         refreshAutomaticPasteAccess(false);

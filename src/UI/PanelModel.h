@@ -77,7 +77,7 @@ public:
 
     /// How much of the clipboard is read for the search field, in bytes, and how much of that is
     /// put in, in UTF-16 units.
-    static constexpr qint64 pasteByteLimit = 64 * 1024;
+    static constexpr qint64 pasteByteLimit = qint64{64} * 1024;
     static constexpr qsizetype pasteLength = 500;
 
     explicit PanelModel(Dependencies dependencies, QObject* parent = nullptr);

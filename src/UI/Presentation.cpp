@@ -61,7 +61,8 @@ Age ageOf(double then, double now)
     const QDate earlier = localDay(std::min(then, now));
     const QDate later = localDay(std::max(then, now));
     if (const int months = monthsBetween(earlier, later); months >= 12) {
-        return in(months / 12, UDAT_REL_UNIT_YEAR);
+        const int years = months / 12;
+        return in(years, UDAT_REL_UNIT_YEAR);
     } else if (months >= 1) {
         return in(months, UDAT_REL_UNIT_MONTH);
     }

@@ -84,21 +84,26 @@ protected:
 
     X11KeyEventPoster& poster(std::chrono::milliseconds releaseWait = patient)
     {
-        const auto write = [this]() -> QCoro::Task<bool> {
-            if (m_holdsWrites) {
-                co_await m_writes.pass();
-            }
-            co_return m_canWrite;
-        };
-        const auto offer = [this]() -> QCoro::Task<bool> {
-            ++m_offers;
-            co_return m_canOffer;
-        };
         m_poster = std::make_unique<X11KeyEventPoster>(
             m_desktop.desktop(),
-            X11KeyEventPoster::Clipboard{.hasWritten = write, .offerAsPrimary = offer},
+            X11KeyEventPoster::Clipboard{
+                .hasWritten = [this] { return write(); },
+                .offerAsPrimary = [this] { return offer(); }},
             X11KeyEventPoster::Options{.releaseWait = releaseWait});
         return *m_poster;
+    }
+    // No lambdas: the poster may go, and what they capture with it, while they wait.
+    QCoro::Task<bool> write()
+    {
+        if (m_holdsWrites) {
+            co_await m_writes.pass();
+        }
+        co_return m_canWrite;
+    }
+    QCoro::Task<bool> offer()
+    {
+        ++m_offers;
+        co_return m_canOffer;
     }
     void endPoster() { m_poster.reset(); }
     /// What is to be pasted is not on the clipboard until the gate is opened.
