@@ -16,7 +16,7 @@ public:
 
     /// Shows `text` beside `icon` (global, device-independent pixels), whole on its screen. Takes
     /// neither the keyboard nor clicks.
-    virtual void show(QString text, QRect icon) = 0;
+    virtual void show(const QString& text, const QRect& icon) = 0;
     virtual void hide() = 0;
 };
 

@@ -60,9 +60,9 @@ public:
     class ToolTip final : public StatusToolTipView
     {
     public:
-        void show(QString newText, QRect newIcon) override
+        void show(const QString& newText, const QRect& newIcon) override
         {
-            text = std::move(newText);
+            text = newText;
             icon = newIcon;
         }
         void hide() override { text.clear(); }

@@ -8,7 +8,6 @@
 #include <QQuickItem>
 #include <QScreen>
 
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -27,14 +26,14 @@ QuickStatusToolTip::QuickStatusToolTip()
 
 QuickStatusToolTip::~QuickStatusToolTip() = default;
 
-void QuickStatusToolTip::show(QString text, QRect icon)
+void QuickStatusToolTip::show(const QString& text, const QRect& icon)
 {
     QScreen* const screen = screenNear(icon.center());
     if (!isLoaded() || screen == nullptr) {
         return;
     }
     QQuickItem& root = *m_window->rootObject();
-    root.setProperty("text", std::move(text));
+    root.setProperty("text", text);
     const QSizeF size(root.implicitWidth(), root.implicitHeight());
     const QRect geometry = panelGeometry(icon, size.toSize(), screen->geometry());
     m_window->setScreen(screen);

@@ -19,7 +19,7 @@ public:
     [[nodiscard]] bool isLoaded() const { return m_window->isLoaded(); }
     [[nodiscard]] ViewWindow& window() { return *m_window; }
 
-    void show(QString text, QRect icon) override;
+    void show(const QString& text, const QRect& icon) override;
     void hide() override;
 
 private:
