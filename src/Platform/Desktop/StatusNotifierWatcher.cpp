@@ -1,6 +1,5 @@
 #include "StatusNotifierWatcher.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -20,6 +19,8 @@ Q_LOGGING_CATEGORY(lcWatcher, "com.brackmoor.tessly.StatusNotifierItem")
 const QString watcherName = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
+const QString daemonName = u"org.freedesktop.DBus"_s;
+const QString daemonPath = u"/org/freedesktop/DBus"_s;
 const QString localPath = u"/org/freedesktop/DBus/Local"_s;
 const QString localInterface = u"org.freedesktop.DBus.Local"_s;
 
@@ -44,19 +45,22 @@ StatusNotifierWatcher::StatusNotifierWatcher(
     : QObject(parent)
     , m_bus(bus)
     , m_stateChanged(std::move(stateChanged))
-    , m_service(watcherName, m_bus, QDBusServiceWatcher::WatchForOwnerChange)
 {
-    connect(
-        &m_service, &QDBusServiceWatcher::serviceOwnerChanged, this,
-        [this](const QString& /*name*/, const QString& /*before*/, const QString& owner) {
-            setOwner(owner);
-        });
+    // From any sender, told apart when they come: of one that is named, even by its unique name,
+    // QtDBus would first ask the bus, and wait.
+    m_bus.connect(
+        QString(), daemonPath, daemonName, u"NameOwnerChanged"_s, {watcherName}, QString(), this,
+        SLOT(ownerChanged(QString, QString, QString, QDBusMessage)));
+    for (const QString& name :
+         {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s}) {
+        m_bus.connect(
+            QString(), watcherPath, watcherName, name, this, SLOT(hostsChanged(QDBusMessage)));
+    }
     m_bus.connect(
         QString(), localPath, localInterface, u"Disconnected"_s, this, SLOT(disconnected()));
 
-    auto question = QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
-        u"GetNameOwner"_s);
+    auto question =
+        QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"GetNameOwner"_s);
     question << watcherName;
     whenAnswered(m_bus.asyncCall(question), this, [this](const QDBusPendingCall& call) {
         // An error says that there is none. A watcher that came meanwhile has announced itself.
@@ -67,20 +71,15 @@ StatusNotifierWatcher::StatusNotifierWatcher(
     });
 }
 
-StatusNotifierWatcher::~StatusNotifierWatcher()
-{
-    listenToHosts(false);
-}
+StatusNotifierWatcher::~StatusNotifierWatcher() = default;
 
 void StatusNotifierWatcher::setOwner(const QString& owner)
 {
-    listenToHosts(false);
     m_owner = owner;
     if (m_owner.isEmpty()) {
         setState(State::absent);
         return;
     }
-    listenToHosts(true);
     registerItem();
 }
 
@@ -123,25 +122,20 @@ void StatusNotifierWatcher::askForHosts()
         });
 }
 
-void StatusNotifierWatcher::listenToHosts(bool listens)
+void StatusNotifierWatcher::ownerChanged(
+    const QString& /*name*/, const QString& /*before*/, const QString& owner,
+    const QDBusMessage& signal)
 {
-    if (m_owner.isEmpty()) {
-        return;
-    }
-    // By the unique name: for any other, QtDBus would wait for the bus to tell its owner.
-    for (const QString& name :
-         {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s}) {
-        if (listens) {
-            m_bus.connect(m_owner, watcherPath, watcherName, name, this, SLOT(hostsChanged()));
-        } else {
-            m_bus.disconnect(m_owner, watcherPath, watcherName, name, this, SLOT(hostsChanged()));
-        }
+    if (signal.service() == daemonName) {
+        setOwner(owner);
     }
 }
 
-void StatusNotifierWatcher::hostsChanged()
+void StatusNotifierWatcher::hostsChanged(const QDBusMessage& signal)
 {
-    askForHosts();
+    if (signal.service() == m_owner) {
+        askForHosts();
+    }
 }
 
 void StatusNotifierWatcher::disconnected()

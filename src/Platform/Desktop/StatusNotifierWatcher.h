@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QDBusServiceWatcher>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 
@@ -31,19 +31,20 @@ public:
     ~StatusNotifierWatcher() override;
 
 private Q_SLOTS:
-    void hostsChanged();
+    void ownerChanged(
+        const QString& name, const QString& before, const QString& owner,
+        const QDBusMessage& signal);
+    void hostsChanged(const QDBusMessage& signal);
     void disconnected();
 
 private:
     void setOwner(const QString& owner);
     void registerItem();
     void askForHosts();
-    void listenToHosts(bool listens);
     void setState(State state);
 
     QDBusConnection m_bus;
     std::function<void(State)> m_stateChanged;
-    QDBusServiceWatcher m_service;
     /// The watcher's unique name; empty while there is none.
     QString m_owner;
     State m_state = State::undecided;

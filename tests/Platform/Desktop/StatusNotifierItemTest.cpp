@@ -10,6 +10,7 @@
 #include <QDBusArgument>
 #include <QSemaphore>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -203,6 +204,20 @@ TEST_F(StatusNotifierItemTest, ABusThatHangsHoldsNobodyUp)
     m_item->setVisible(false);
     m_bus.resume();
     EXPECT_EQ(m_item->presence(), Presence::absent);
+}
+
+TEST_F(StatusNotifierItemTest, ABusThatHangsWhenATrayAppearsHoldsNobodyUp)
+{
+    show();
+    ASSERT_TRUE(becomes(Presence::absent));
+    startTray();
+    // The bus has told of the tray; whatever is asked of it now stays unanswered.
+    m_bus.suspend();
+    bool isAlive = false;
+    QTimer::singleShot(50, [&] { isAlive = true; });
+    ASSERT_TRUE(waitUntil([&] { return isAlive; }, std::chrono::seconds(5)));
+    m_bus.resume();
+    EXPECT_TRUE(becomes(Presence::present));
 }
 
 TEST_F(StatusNotifierItemTest, ItMayEndWhileTheBusIsStillBeingReached)
