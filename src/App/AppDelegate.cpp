@@ -269,7 +269,11 @@ HistoryCommands::Abilities AppDelegate::abilities()
         .capture =
             [this] { return m_platform->pasteboard().access() == PasteboardAccess::available; },
         .paste = [this] { return m_pasteService->checkAutomaticPasteAccess(); },
-        .hotKeys = [this] { return m_platform->hotKeys().isAvailable(); },
+        .hotKeys =
+            [this] {
+                // Grabs under XWayland end where its windows do.
+                return m_platform->hotKeys().isAvailable() && sessionType() == u"x11"_s;
+            },
         .tray =
             [this] { return m_platform->statusItem().presence() == StatusItem::Presence::present; },
     };

@@ -64,9 +64,10 @@ bool BusClient::isRunning()
     return reply.arguments().value(0).toBool();
 }
 
-bool BusClient::waitUntilRunning(const std::function<bool()>& isEnough)
+bool BusClient::waitUntilRunning(
+    const std::function<bool()>& isEnough, std::chrono::milliseconds limit)
 {
-    const auto end = std::chrono::steady_clock::now() + m_limits.start;
+    const auto end = std::chrono::steady_clock::now() + limit;
     while (!isRunning()) {
         if (m_state != Bus::present || isEnough() || std::chrono::steady_clock::now() >= end) {
             return false;

@@ -31,6 +31,8 @@ public:
         std::chrono::milliseconds bus = std::chrono::seconds(5);
         /// For a program that is just starting, or ending, on a machine that has much else to do.
         std::chrono::milliseconds start = std::chrono::seconds(30);
+        /// For the same when the question can be answered without it.
+        std::chrono::milliseconds look = std::chrono::seconds(2);
         /// For the answer to a call.
         std::chrono::milliseconds answer = std::chrono::seconds(20);
         /// For the answer to one that wipes a large history from the disk.
@@ -47,8 +49,9 @@ public:
 
     /// Whether somebody has the program's name.
     [[nodiscard]] bool isRunning();
-    /// Waits for that, at the most until `isEnough` says so or the time a start may take is over.
-    [[nodiscard]] bool waitUntilRunning(const std::function<bool()>& isEnough);
+    /// Waits for that, at the most until `isEnough` says so or the time is over.
+    [[nodiscard]] bool
+    waitUntilRunning(const std::function<bool()>& isEnough, std::chrono::milliseconds limit);
 
     /// The answer to a call of the program's own interface: a reply or an error.
     [[nodiscard]] QDBusMessage

@@ -8,13 +8,19 @@ namespace tessly {
 
 namespace {
 
+/// Text on the bus ends at its first null character.
+QString busText(QString text)
+{
+    return text.replace(QChar::Null, QChar::ReplacementCharacter);
+}
+
 QVariantMap busEntry(const ClipSummary& entry)
 {
     QVariantMap map{
         {u"position"_s, entry.position},
         {u"id"_s, entry.id.toString(QUuid::WithoutBraces).toUpper()},
         {u"kind"_s, rawValue(entry.kind)},
-        {u"preview"_s, entry.preview},
+        {u"preview"_s, busText(entry.preview)},
         {u"createdAt"_s, entry.createdAt},
         {u"lastUsedAt"_s, entry.lastUsedAt},
         {u"isPinned"_s, entry.isPinned},
@@ -22,10 +28,10 @@ QVariantMap busEntry(const ClipSummary& entry)
         {u"byteCount"_s, entry.byteCount},
     };
     if (entry.sourceAppName) {
-        map.insert(u"sourceAppName"_s, *entry.sourceAppName);
+        map.insert(u"sourceAppName"_s, busText(*entry.sourceAppName));
     }
     if (entry.sourceBundleID) {
-        map.insert(u"sourceBundleID"_s, *entry.sourceBundleID);
+        map.insert(u"sourceBundleID"_s, busText(*entry.sourceBundleID));
     }
     if (entry.pinOrder) {
         map.insert(u"pinOrder"_s, *entry.pinOrder);

@@ -125,7 +125,7 @@ int CommandRunner::run(const Invocation& invocation)
     }
 }
 
-CommandRunner::Reach CommandRunner::reach()
+CommandRunner::Reach CommandRunner::reach(std::chrono::milliseconds limit)
 {
     if (m_client.isRunning()) {
         return Reach::running;
@@ -135,7 +135,7 @@ CommandRunner::Reach CommandRunner::reach()
     }
     // It takes its lock before it has its name on the bus.
     const bool isThere =
-        m_client.waitUntilRunning([this] { return !InstanceLock::isHeld(m_dataFolder); });
+        m_client.waitUntilRunning([this] { return !InstanceLock::isHeld(m_dataFolder); }, limit);
     if (isThere) {
         return Reach::running;
     }
@@ -146,7 +146,7 @@ int CommandRunner::list(const Invocation& invocation)
 {
     std::optional<std::vector<ClipSummary>> found;
     // Where the program cannot be asked, its files can be read, also while it writes to them.
-    if (reach() == Reach::running) {
+    if (reach(m_client.limits().look) == Reach::running) {
         const Call call = callFor(invocation);
         const QDBusMessage answer =
             m_client.call(call.method, call.arguments, m_client.limits().*call.limit);
@@ -173,7 +173,7 @@ int CommandRunner::list(const Invocation& invocation)
 int CommandRunner::status(const Invocation& invocation)
 {
     StatusReport report;
-    switch (reach()) {
+    switch (reach(m_client.limits().look)) {
     case Reach::running: {
         const QDBusMessage answer = m_client.call(u"Status"_s, {}, m_client.limits().answer);
         if (answer.type() != QDBusMessage::ReplyMessage) {
@@ -201,7 +201,7 @@ int CommandRunner::status(const Invocation& invocation)
 
 int CommandRunner::act(const Invocation& invocation)
 {
-    switch (reach()) {
+    switch (reach(m_client.limits().start)) {
     case Reach::running:
         break;
     case Reach::notRunning:
@@ -232,8 +232,8 @@ int CommandRunner::waitForEnd()
 
 std::optional<int> CommandRunner::showRunningInstance()
 {
-    const bool isThere =
-        m_client.waitUntilRunning([this] { return !InstanceLock::isHeld(m_dataFolder); });
+    const bool isThere = m_client.waitUntilRunning(
+        [this] { return !InstanceLock::isHeld(m_dataFolder); }, m_client.limits().start);
     if (isThere) {
         const QDBusMessage answer = m_client.call(u"Show"_s, {}, m_client.limits().answer);
         if (answer.type() == QDBusMessage::ReplyMessage) {

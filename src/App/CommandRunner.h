@@ -41,7 +41,7 @@ public:
 private:
     /// Whether the program can be asked.
     enum class Reach { running, notRunning, unreachable };
-    [[nodiscard]] Reach reach();
+    [[nodiscard]] Reach reach(std::chrono::milliseconds limit);
 
     [[nodiscard]] int list(const Invocation& invocation);
     [[nodiscard]] int status(const Invocation& invocation);

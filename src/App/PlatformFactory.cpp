@@ -7,6 +7,7 @@
 #include "ScreenPixels.h"
 #include "StatusNotifierItem.h"
 #include "X11Desktop.h"
+#include "X11EventLoop.h"
 #include "X11HotKeyCenter.h"
 #include "X11KeyEventPoster.h"
 #include "X11OutsideClickMonitor.h"
@@ -67,6 +68,11 @@ private:
 };
 
 } // namespace
+
+void expectDesktop()
+{
+    const X11EventLoop connection;
+}
 
 std::unique_ptr<DesktopPlatform> makeDesktopPlatform(std::function<void()> connectionLost)
 {

@@ -36,6 +36,10 @@ public:
     [[nodiscard]] virtual const Bundle& bundle() = 0;
 };
 
+/// Throws what makeDesktopPlatform would if there is no desktop. To be asked before the toolkit
+/// starts, which ends the process in that case.
+void expectDesktop();
+
 /// Chooses what stands behind the interfaces, once, at start. Throws std::runtime_error with a
 /// sentence for the user if there is no desktop. `connectionLost` is called, on the main thread, if
 /// the desktop goes away while the program runs.

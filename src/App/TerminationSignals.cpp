@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <sys/eventfd.h>
@@ -20,8 +21,10 @@ static_assert(std::atomic<int>::is_always_lock_free);
 
 void wake(int /*signal*/)
 {
+    const int interrupted = errno;
     const std::uint64_t one = 1;
     [[maybe_unused]] const auto written = write(wakeFD, &one, sizeof one);
+    errno = interrupted;
 }
 
 void setHandler(void (*handler)(int))

@@ -4,7 +4,9 @@
 #include "CommandLineParser.h"
 #include "CommandRunner.h"
 #include "InstanceLock.h"
+#include "StatusReport.h"
 #include "SystemClock.h"
+#include "TerminalText.h"
 #include "TerminationSignals.h"
 #include "ViewLoader.h"
 
@@ -12,6 +14,7 @@
 #include <QLoggingCategory>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -38,7 +41,7 @@ void keepToOurselves()
 
 int fail(const QString& reason)
 {
-    std::fprintf(stderr, "Tessly could not start: %s\n", qUtf8Printable(reason));
+    std::fprintf(stderr, "Tessly could not start: %s\n", qUtf8Printable(terminalLine(reason)));
     return EXIT_FAILURE;
 }
 
@@ -84,6 +87,8 @@ std::unique_ptr<DesktopPlatform> connectToDesktop()
 
 int start(int argc, char** argv)
 {
+    // Whoever read the log may go, and whoever is served over a socket.
+    std::signal(SIGPIPE, SIG_IGN);
     // One arena more than the main thread's: the workers take turns, and each arena keeps memory.
     mallopt(M_ARENA_MAX, 2);
     // Large contents come and go: each is given back to the system when it is freed. Left to
@@ -105,14 +110,18 @@ int start(int argc, char** argv)
     QCoreApplication::setApplicationVersion(programVersion());
     QGuiApplication::setDesktopFileName(u"com.brackmoor.tessly"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // Until there is a native Wayland side, XWayland serves there.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "xcb");
+    // Until there is a native Wayland side, XWayland serves there, whatever the user prefers for
+    // programs of the toolkit.
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    if (sessionType() == u"wayland"_s) {
+        qCInfo(log) << "In this Wayland session Tessly runs on XWayland: what the compositor does "
+                       "not show to X11 programs cannot be recorded.";
     }
     const auto quit = [] { QCoreApplication::exit(); };
     int status = EXIT_FAILURE;
     bool isBusSilent = false;
     try {
+        expectDesktop();
         const QGuiApplication application(argc, argv);
         SystemClock clock;
         ViewLoader views;
@@ -150,7 +159,11 @@ int main(int argc, char** argv)
         runCommand(argc, argv, invocation);
     case Invocation::Verb::print: {
         const auto output = CommandRunner::standardOutput();
-        return output.print(invocation.text.toUtf8()) ? EXIT_SUCCESS : exitFailed;
+        if (!output.print(invocation.text.toUtf8())) {
+            output.complain(u"could not write to standard output"_s);
+            return exitFailed;
+        }
+        return EXIT_SUCCESS;
     }
     case Invocation::Verb::wrongUsage:
         CommandRunner::standardOutput().complain(invocation.text);

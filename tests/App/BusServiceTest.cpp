@@ -223,6 +223,17 @@ TEST_F(BusServiceTest, TheListCrossesTheBusUnharmed)
     EXPECT_EQ(found->front().position, 3);
 }
 
+TEST_F(BusServiceTest, APreviewWithANullCharacterIsNotCut)
+{
+    save(QByteArray("before\0after", 12));
+    start();
+    const QDBusMessage reply = call(u"List"_s, {QString(), QString(), 1LL});
+    const auto found = entries(qdbus_cast<BusEntries>(reply.arguments().at(0)));
+    ASSERT_TRUE(found.has_value());
+    ASSERT_THAT(*found, SizeIs(1));
+    EXPECT_EQ(found->front().preview, u"before\uFFFDafter"_s);
+}
+
 TEST_F(BusServiceTest, TheStatusCrossesTheBusUnharmed)
 {
     start();

@@ -130,6 +130,9 @@ class CannotStart(DesktopCase):
             pass
         self.expect_refusal(Tessly(self.desktop, environment={"XDG_DATA_HOME": blocked}))
 
+    def test_without_a_display_it_says_why_and_ends(self):
+        self.expect_refusal(Tessly(self.desktop, environment={"DISPLAY": ":4711"}))
+
     def test_without_a_history_file_it_says_why_and_ends(self):
         tessly = Tessly(self.desktop)
         os.makedirs(tessly.history.path)

@@ -143,7 +143,7 @@ constexpr std::array exampleList = {
         "Shows the first five entries with a word that begins with \"invoice\"."},
     Example{
         "tessly list --json | jq -r '.[] | select(.kind == \"link\") | .preview'",
-        "Prints every link."},
+        "Prints every link, the first 400 characters of each."},
     Example{
         "tessly copy \"$(tessly list --query foo --json | jq '.[0].position')\" --plain",
         "Copies the first entry that is found, as plain text."},

@@ -24,7 +24,9 @@ Rectangle {
         case Qt.Key_Return:
         case Qt.Key_Enter:
             event.accepted = true;
-            onboarding.enable();
+            // A key that is still held from before does not count.
+            if (!event.isAutoRepeat)
+                onboarding.enable();
             break;
         case Qt.Key_Escape:
             event.accepted = true;

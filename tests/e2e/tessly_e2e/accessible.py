@@ -155,16 +155,17 @@ class Accessibility:
     """The accessibility bus of a desktop, which has to have a session bus."""
 
     def __init__(self, desktop):
-        desktop.start(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
+        self._launcher = desktop.start(
+            ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
         session = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         wait_until(lambda: session.name_has_owner("org.a11y.Bus"), "the accessibility bus is there")
-        address = session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
-                                        "GetAddress", "", (), timeout=_TIMEOUT)
+        address = str(session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
+                                            "GetAddress", "", (), timeout=_TIMEOUT))
         session.close()
-        self._bus = dbus.bus.BusConnection(str(address))
+        self._bus = dbus.bus.BusConnection(address)
         desktop.start(["/usr/libexec/at-spi2-registryd"],
-                      environment={"DBUS_SESSION_BUS_ADDRESS": str(address),
-                                   "AT_SPI_BUS_ADDRESS": str(address)})
+                      environment={"DBUS_SESSION_BUS_ADDRESS": address,
+                                   "AT_SPI_BUS_ADDRESS": address})
         wait_until(lambda: self._bus.name_has_owner("org.a11y.atspi.Registry"),
                    "the registry of accessible programs is there")
         # Programs of the toolkit are otherwise silent until a reader asks.
@@ -172,6 +173,9 @@ class Accessibility:
 
     def close(self):
         self._bus.close()
+        # Killed, it would leave its bus behind.
+        self._launcher.terminate()
+        wait_until(lambda: self._launcher.poll() is not None, "the accessibility bus ends")
 
     def _process(self, control):
         return self._bus.call_blocking("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
