@@ -8,7 +8,6 @@
 #include <QQuickItem>
 #include <QScreen>
 
-
 using namespace Qt::StringLiterals;
 
 namespace tessly {

@@ -112,9 +112,10 @@ void saveHostileContents(ClipStore& store, double& storeNow, double now)
                                       "line\xE2\x80\xA8separator")},
              5 * day,
              u"xterm"_s},
-            {{.plainText = "🎉 👩‍👩‍👧‍👦 🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇩🇪 ✅ emoji, "
-                           "é "
-                           "combining, ﷽ wide"},
+            {{.plainText =
+                  "🎉 👩‍👩‍👧‍👦 🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇩🇪 ✅ emoji, "
+                  "é "
+                  "combining, ﷽ wide"},
              4 * day,
              u"Chat"_s},
             {{.plainText = "日本語 한국어 ประเทศไทย हिन्दी Ελληνικά Русский"},
