@@ -2,6 +2,9 @@
 
 #include "TestDesktop.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -393,6 +396,16 @@ TEST(X11WorkspaceTest, endsWhileTheServerServesSomeoneElse)
 class X11WorkspacePrograms : public testing::Test
 {
 protected:
+    /// Programs tell their application's id only when they can register it.
+    X11WorkspacePrograms()
+    {
+        const QString socket = m_folder.filePath(u"bus"_s);
+        m_bus = m_session.start(
+            u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address=unix:path="_s + socket});
+        EXPECT_TRUE(waitUntil([&] { return QFile::exists(socket); }));
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QFile::encodeName(socket));
+    }
+
     std::shared_ptr<RunningApplication> started(const QString& name)
     {
         m_process = m_session.start(name, {});
@@ -416,6 +429,8 @@ private:
     XSession m_session;
     X11Desktop m_desktop{m_session.display().toStdString()};
     X11Workspace m_workspace{m_desktop};
+    QTemporaryDir m_folder;
+    std::unique_ptr<QProcess> m_bus;
     std::unique_ptr<QProcess> m_process;
 };
 
