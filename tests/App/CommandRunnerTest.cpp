@@ -40,7 +40,11 @@ protected:
     int run(const Invocation& invocation)
     {
         BusClient client(
-            m_connect, {.bus = m_busLimit, .start = 50ms, .answer = 50ms, .deletion = 50ms});
+            m_connect, {.bus = m_busLimit,
+                        .start = m_startLimit,
+                        .look = 50ms,
+                        .answer = 50ms,
+                        .deletion = 50ms});
         m_printed.clear();
         m_complaints.clear();
         CommandRunner runner(
@@ -82,6 +86,7 @@ protected:
     double m_now = 1'700'000'000;
     BusClient::Connect m_connect = [] { return TestBus::connect(u"unix:path=/nonexistent/bus"_s); };
     std::chrono::milliseconds m_busLimit = 5s;
+    std::chrono::milliseconds m_startLimit = 50ms;
     bool m_startsSecond = false;
     int m_printError = 0;
     QByteArray m_printed;
@@ -190,6 +195,16 @@ TEST_F(CommandRunnerTest, AProgramThatIsNotOnThisBusIsSaidToBeOutOfReach)
     EXPECT_EQ(run(CommandID::show), exitFailed);
     EXPECT_THAT(
         m_complaints, ElementsAre("Tessly is running, but cannot be reached on the session bus"));
+}
+
+TEST_F(CommandRunnerTest, ListingDoesNotWaitLongForAProgramThatIsNotOnThisBus)
+{
+    fill();
+    TestBus bus;
+    m_connect = [&] { return bus.connect(); };
+    m_startLimit = 1h;
+    const auto lock = InstanceLock::acquire(m_folder.path());
+    EXPECT_EQ(listed().size(), 3);
 }
 
 TEST_F(CommandRunnerTest, ABusThatIsSilentIsGivenUp)
