@@ -53,7 +53,7 @@ QCoro::Task<PostResult> X11KeyEventPoster::postPaste(std::shared_ptr<RunningAppl
         co_return PostResult::failed;
     }
     const auto window = application->window();
-    const auto chord = window->owner().chord;
+    const auto chord = application->pasteChord();
     if (chord != PasteChord::shiftInsert) {
         const auto result = co_await press(chord, window);
         // Where no layout has the letter, toolkits know no Ctrl+V, whoever presses it. The other

@@ -45,4 +45,9 @@ void X11RunningApplication::activate()
     }
 }
 
+PasteChord X11RunningApplication::pasteChord() const
+{
+    return m_window->owner().chord;
+}
+
 } // namespace tessly

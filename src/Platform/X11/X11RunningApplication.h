@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RunningApplication.h"
+#include "PasteTarget.h"
 #include "X11Window.h"
 
 #include <memory>
@@ -14,7 +14,7 @@ class X11WindowTracker;
 /// It stands for that very window: a paste must not end up in another one, be it of the same
 /// application. So it is active when that window has the keyboard, and terminated once that window
 /// is destroyed.
-class X11RunningApplication final : public RunningApplication
+class X11RunningApplication final : public PasteTarget
 {
 public:
     /// May outlive the tracker; nothing is active then.
@@ -26,6 +26,7 @@ public:
     [[nodiscard]] bool isActive() const override;
     [[nodiscard]] bool isTerminated() const override;
     void activate() override;
+    [[nodiscard]] PasteChord pasteChord() const override;
 
     [[nodiscard]] const std::shared_ptr<const X11Window>& window() const { return m_window; }
 

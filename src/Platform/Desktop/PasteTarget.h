@@ -1,0 +1,16 @@
+#pragma once
+
+#include "PasteChord.h"
+#include "RunningApplication.h"
+
+namespace tessly {
+
+/// An application with what has to be known to paste into it.
+class PasteTarget : public RunningApplication
+{
+public:
+    /// The keys by which it pastes. A read of memory.
+    [[nodiscard]] virtual PasteChord pasteChord() const = 0;
+};
+
+} // namespace tessly
