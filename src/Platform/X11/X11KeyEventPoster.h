@@ -2,10 +2,10 @@
 
 #include "KeyEventPoster.h"
 #include "PasteChord.h"
+#include "PasteClipboard.h"
 #include "X11Keyboard.h"
 
 #include <chrono>
-#include <functional>
 #include <memory>
 
 namespace tessly {
@@ -16,15 +16,7 @@ class X11Desktop;
 class X11KeyEventPoster final : public KeyEventPoster
 {
 public:
-    /// What is asked of the clipboard. Keys and content go to the server over connections of their
-    /// own, which it serves in any order.
-    struct Clipboard
-    {
-        /// True once what was written last is there to be pasted.
-        std::function<QCoro::Task<bool>()> hasWritten = {};
-        /// Offers it as PRIMARY too, for what pastes only that; false if it cannot be done.
-        std::function<QCoro::Task<bool>()> offerAsPrimary = {};
-    };
+    using Clipboard = PasteClipboard;
 
     struct Options
     {

@@ -1,0 +1,215 @@
+#include "FocusedKeyEventPoster.h"
+
+#include "FakeKeySender.h"
+#include "FakePasteTarget.h"
+#include "FakeRunningApplication.h"
+#include "Gate.h"
+#include "contract/KeyEventPosterContract.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace tessly::test {
+
+namespace {
+
+/// A clipboard that takes its time.
+class SlowClipboard
+{
+public:
+    [[nodiscard]] PasteClipboard questions()
+    {
+        return {
+            .hasWritten = [this] { return write(); }, .offerAsPrimary = [this] { return offer(); }};
+    }
+    Gate& writes() { return m_writes; }
+    Gate& offers() { return m_offers; }
+    void refuseToWrite() { m_canWrite = false; }
+    void refuseToOffer() { m_canOffer = false; }
+    [[nodiscard]] int offersAsked() const { return m_offersAsked; }
+
+private:
+    // No lambdas: the poster may go, and what they capture with it, while they wait.
+    QCoro::Task<bool> write()
+    {
+        co_await m_writes.pass();
+        co_return m_canWrite;
+    }
+    QCoro::Task<bool> offer()
+    {
+        ++m_offersAsked;
+        co_await m_offers.pass();
+        co_return m_canOffer;
+    }
+
+    Gate m_writes;
+    Gate m_offers;
+    bool m_canWrite = true;
+    bool m_canOffer = true;
+    int m_offersAsked = 0;
+};
+
+/// A desktop in memory whose keys go to whatever is in front.
+class FocusedApplications
+{
+public:
+    FocusedApplications()
+    {
+        m_sender.setSeen([this](PasteChord) { ++m_pastes[m_workspace.front]; });
+    }
+
+    Workspace& workspace() { return m_workspace; }
+    KeyEventPoster& poster() { return *m_poster; }
+    void endPoster() { m_poster.reset(); }
+
+    void show(const QString& id)
+    {
+        m_applications[id] = std::make_shared<FakePasteTarget>(id);
+        bringToFront(id);
+    }
+    void bringToFront(const QString& id)
+    {
+        if (m_workspace.front) {
+            m_workspace.front->setActive(false);
+        }
+        m_workspace.front = m_applications.at(id);
+        m_workspace.front->setActive(true);
+    }
+    void close(const QString& id)
+    {
+        m_applications.at(id)->terminate();
+        m_workspace.front.reset();
+    }
+    int pastesSeenBy(const QString& id) { return m_pastes[m_applications.at(id)]; }
+    void holdKeys() { m_clipboard.writes().hold(); }
+    void letKeysGo() { m_clipboard.writes().open(); }
+    void breakKeys() { m_sender.breakKeys(); }
+
+private:
+    class FrontWorkspace final : public Workspace
+    {
+    public:
+        std::shared_ptr<FakePasteTarget> front;
+
+        [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override
+        {
+            return front;
+        }
+        [[nodiscard]] bool openURL(const QUrl& /*url*/) override { return false; }
+    };
+
+    FrontWorkspace m_workspace;
+    std::map<QString, std::shared_ptr<FakePasteTarget>> m_applications;
+    std::map<std::shared_ptr<FakePasteTarget>, int> m_pastes;
+    SlowClipboard m_clipboard;
+    FakeKeySender m_sender;
+    std::unique_ptr<FocusedKeyEventPoster> m_poster =
+        std::make_unique<FocusedKeyEventPoster>(m_sender, m_clipboard.questions());
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Focused, KeyEventPosterContract, FocusedApplications);
+
+class FocusedKeyEventPosterTest : public testing::Test
+{
+protected:
+    std::shared_ptr<FakePasteTarget> inFront(PasteChord chord = PasteChord::controlV)
+    {
+        auto target = std::make_shared<FakePasteTarget>(u"Editor"_s, chord);
+        target->setActive(true);
+        return target;
+    }
+
+    SlowClipboard m_clipboard;
+    FakeKeySender m_sender;
+    FocusedKeyEventPoster m_poster{m_sender, m_clipboard.questions()};
+};
+
+TEST_F(FocusedKeyEventPosterTest, AccessIsTheSendersBusiness)
+{
+    EXPECT_TRUE(m_poster.isAllowed());
+    m_sender.setAllowed(false);
+    EXPECT_FALSE(m_poster.isAllowed());
+    EXPECT_FALSE(m_poster.requestAccess());
+    m_sender.setGrantsRequests(true);
+    EXPECT_TRUE(m_poster.requestAccess());
+    EXPECT_EQ(m_sender.accessRequests(), 2);
+    EXPECT_TRUE(m_poster.isAllowed());
+}
+
+TEST_F(FocusedKeyEventPosterTest, EachTargetGetsItsChord)
+{
+    for (const auto chord :
+         {PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert}) {
+        EXPECT_EQ(await(m_poster.postPaste(inFront(chord))), PostResult::posted);
+    }
+    EXPECT_THAT(
+        m_sender.chords(),
+        ElementsAre(PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert));
+    EXPECT_EQ(m_clipboard.offersAsked(), 1) << "PRIMARY is the user's where it is not needed";
+}
+
+TEST_F(FocusedKeyEventPosterTest, WhatCannotBePastedIntoIsNotInFront)
+{
+    const auto application = std::make_shared<FakeRunningApplication>(u"Editor"_s);
+    application->setActive(true);
+    EXPECT_EQ(await(m_poster.postPaste(application)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(m_poster.postPaste(nullptr)), PostResult::targetNotInFront);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, NoKeysAreSentBeforeTheContentIsThere)
+{
+    m_clipboard.writes().hold();
+    auto posting = m_poster.postPaste(inFront());
+    ASSERT_TRUE(waitUntil([this] { return m_clipboard.writes().waiting() == 1; }));
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+    m_clipboard.writes().open();
+    EXPECT_EQ(await(std::move(posting)), PostResult::posted);
+}
+
+TEST_F(FocusedKeyEventPosterTest, ContentThatTheDesktopDidNotTakeIsNotPasted)
+{
+    m_clipboard.refuseToWrite();
+    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::failed);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, WithoutAnOfferOfPrimaryItIsNotPastedFrom)
+{
+    m_clipboard.refuseToOffer();
+    EXPECT_EQ(await(m_poster.postPaste(inFront(PasteChord::shiftInsert))), PostResult::failed);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::posted);
+}
+
+TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontDuringTheOfferGetsNoKeys)
+{
+    const auto target = inFront(PasteChord::shiftInsert);
+    m_clipboard.offers().hold();
+    auto posting = m_poster.postPaste(target);
+    ASSERT_TRUE(waitUntil([this] { return m_clipboard.offers().waiting() == 1; }));
+    target->setActive(false);
+    m_clipboard.offers().open();
+    EXPECT_EQ(await(std::move(posting)), PostResult::targetNotInFront);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, APasteIsPostedOnceTheDesktopHasTheKeys)
+{
+    m_sender.gate().hold();
+    auto posting = m_poster.postPaste(inFront());
+    ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
+    EXPECT_FALSE(posting.isReady());
+    m_sender.gate().open();
+    EXPECT_EQ(await(std::move(posting)), PostResult::posted);
+}
+
+} // namespace
+
+} // namespace tessly::test
