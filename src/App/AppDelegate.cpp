@@ -53,8 +53,7 @@ PasteService::Hooks pasteHooks(DesktopPlatform& platform)
     return {
         .checkAutomaticPasteAccess = [&platform] { return platform.keys().isAllowed(); },
         .requestAutomaticPasteAccess = [&platform] { return platform.keys().requestAccess(); },
-        .openSettingsURL =
-            [&platform](const QUrl& url) { return platform.workspace().openURL(url); },
+        .openSettingsURL = [&platform](const QUrl& url) { return platform.openSettings(url); },
     };
 }
 
@@ -269,13 +268,10 @@ HistoryCommands::Abilities AppDelegate::abilities()
         .capture =
             [this] { return m_platform->pasteboard().access() == PasteboardAccess::available; },
         .paste = [this] { return m_pasteService->checkAutomaticPasteAccess(); },
-        .hotKeys =
-            [this] {
-                // Grabs under XWayland end where its windows do.
-                return m_platform->hotKeys().isAvailable() && sessionType() == u"x11"_s;
-            },
+        .hotKeys = [this] { return m_platform->hotKeys().isAvailable(); },
         .tray =
             [this] { return m_platform->statusItem().presence() == StatusItem::Presence::present; },
+        .protocols = [this] { return m_platform->protocols(); },
     };
 }
 

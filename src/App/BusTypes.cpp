@@ -94,11 +94,12 @@ std::optional<std::vector<ClipSummary>> entries(const BusEntries& maps)
 QVariantMap busStatus(const StatusReport& report)
 {
     return {
-        {u"running"_s, report.isRunning}, {u"paused"_s, report.isPaused},
-        {u"items"_s, report.items},       {u"pinned"_s, report.pinned},
-        {u"bytes"_s, report.bytes},       {u"session"_s, report.session},
-        {u"capture"_s, report.capture},   {u"paste"_s, report.paste},
-        {u"hotKeys"_s, report.hotKeys},   {u"tray"_s, report.tray},
+        {u"running"_s, report.isRunning},   {u"paused"_s, report.isPaused},
+        {u"items"_s, report.items},         {u"pinned"_s, report.pinned},
+        {u"bytes"_s, report.bytes},         {u"session"_s, report.session},
+        {u"capture"_s, report.capture},     {u"paste"_s, report.paste},
+        {u"hotKeys"_s, report.hotKeys},     {u"tray"_s, report.tray},
+        {u"protocols"_s, report.protocols},
     };
 }
 
@@ -111,6 +112,7 @@ StatusReport statusReport(const QVariantMap& map)
         .pinned = map.value(u"pinned"_s).toLongLong(),
         .bytes = map.value(u"bytes"_s).toLongLong(),
         .session = map.value(u"session"_s).toString(),
+        .protocols = map.value(u"protocols"_s).toStringList(),
         .capture = map.value(u"capture"_s).toBool(),
         .paste = map.value(u"paste"_s).toBool(),
         .hotKeys = map.value(u"hotKeys"_s).toBool(),

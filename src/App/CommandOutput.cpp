@@ -68,6 +68,15 @@ QString entryJSON(const ClipSummary& entry)
     });
 }
 
+QString jsonStrings(const QStringList& values)
+{
+    QStringList strings;
+    for (const QString& value : values) {
+        strings.append(tessly::jsonString(value));
+    }
+    return u'[' + strings.join(u',') + u']';
+}
+
 QString padded(const QString& text, int width)
 {
     return text + QString(std::max(width - terminalWidth(text), 0), u' ');
@@ -133,6 +142,7 @@ QByteArray statusJSON(const StatusReport& report)
         {"paste"_L1, jsonBoolean(report.paste)},
         {"hotKeys"_L1, jsonBoolean(report.hotKeys)},
         {"tray"_L1, jsonBoolean(report.tray)},
+        {"protocols"_L1, jsonStrings(report.protocols)},
     });
     return json.toUtf8() + '\n';
 }
@@ -145,14 +155,16 @@ items     %3
 pinned    %4
 bytes     %5
 session   %6
+protocols %7
 Works here:
-capture   %7
-paste     %8
-hot keys  %9
-tray      %10
+capture   %8
+paste     %9
+hot keys  %10
+tray      %11
 )"_s.arg(
         yesOrNo(report.isRunning), yesOrNo(report.isPaused), QString::number(report.items),
         QString::number(report.pinned), QString::number(report.bytes), terminalLine(report.session),
+        report.protocols.isEmpty() ? u"none"_s : terminalLine(report.protocols.join(u", "_s)),
         yesOrNo(report.capture), yesOrNo(report.paste), yesOrNo(report.hotKeys),
         yesOrNo(report.tray));
 }

@@ -178,6 +178,7 @@ QCoro::Task<> HistoryCommands::answerStatus(
             .pinned = statistics.pinnedItems,
             .bytes = statistics.databaseBytes,
             .session = sessionType(),
+            .protocols = abilities.protocols ? abilities.protocols() : QStringList(),
             .capture = isTrue(abilities.capture),
             .paste = isTrue(abilities.paste),
             .hotKeys = isTrue(abilities.hotKeys),

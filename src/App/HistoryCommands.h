@@ -28,6 +28,8 @@ public:
         std::function<bool()> paste = {};
         std::function<bool()> hotKeys = {};
         std::function<bool()> tray = {};
+        /// The names of what was found to work with.
+        std::function<QStringList()> protocols = {};
     };
 
     /// All of it must outlive the commands.

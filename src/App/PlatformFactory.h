@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Bundle.h"
+#include "DesktopChoice.h"
 #include "HotKeyCenter.h"
 #include "ImageConverter.h"
 #include "KeyEventPoster.h"
@@ -34,16 +35,18 @@ public:
     [[nodiscard]] virtual ImageConverter& imageConverter() = 0;
     [[nodiscard]] virtual LoginItem& loginItem() = 0;
     [[nodiscard]] virtual const Bundle& bundle() = 0;
+
+    /// Leads the user to where the desktop grants a permission that the program has asked for;
+    /// false if there is no such place.
+    [[nodiscard]] virtual bool openSettings(const QUrl& url) { return workspace().openURL(url); }
+    /// The names of what was found to work with.
+    [[nodiscard]] virtual QStringList protocols() const = 0;
 };
 
-/// Throws what makeDesktopPlatform would if there is no desktop. To be asked before the toolkit
-/// starts, which ends the process in that case.
-void expectDesktop();
-
-/// Chooses what stands behind the interfaces, once, at start. Throws std::runtime_error with a
-/// sentence for the user if there is no desktop. `connectionLost` is called, on the main thread, if
-/// the desktop goes away while the program runs.
+/// Makes what stands behind the interfaces, once, after the toolkit has started. Throws
+/// std::runtime_error with a sentence for the user if the desktop has gone. `connectionLost` is
+/// called, on the main thread, if it goes away while the program runs.
 [[nodiscard]] std::unique_ptr<DesktopPlatform>
-makeDesktopPlatform(std::function<void()> connectionLost);
+makeDesktopPlatform(const DesktopChoice& choice, std::function<void()> connectionLost);
 
 } // namespace tessly

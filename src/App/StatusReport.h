@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace tessly {
 
@@ -15,6 +16,8 @@ struct StatusReport
     qint64 bytes = 0;
     /// "x11" or "wayland".
     QString session;
+    /// The names of what was found to work with.
+    QStringList protocols;
     // Whether each works on this desktop, now. Nothing does while the program does not run.
     bool capture = false;
     bool paste = false;

@@ -3,6 +3,7 @@
 #include "BusClient.h"
 #include "CommandLineParser.h"
 #include "CommandRunner.h"
+#include "DesktopChoice.h"
 #include "InstanceLock.h"
 #include "StatusReport.h"
 #include "SystemClock.h"
@@ -77,9 +78,9 @@ int startSecond(int argc, char** argv)
     return fail(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-std::unique_ptr<DesktopPlatform> connectToDesktop()
+std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice)
 {
-    return makeDesktopPlatform([] {
+    return makeDesktopPlatform(choice, [] {
         qCCritical(log) << "The connection to the desktop was lost.";
         QCoreApplication::exit(EXIT_FAILURE);
     });
@@ -110,24 +111,20 @@ int start(int argc, char** argv)
     QCoreApplication::setApplicationVersion(programVersion());
     QGuiApplication::setDesktopFileName(u"com.brackmoor.tessly"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // Until there is a native Wayland side, XWayland serves there, whatever the user prefers for
-    // programs of the toolkit.
-    qputenv("QT_QPA_PLATFORM", "xcb");
-    if (sessionType() == u"wayland"_s) {
-        qCInfo(log) << "In this Wayland session Tessly runs on XWayland: what the compositor does "
-                       "not show to X11 programs cannot be recorded.";
-    }
     const auto quit = [] { QCoreApplication::exit(); };
     int status = EXIT_FAILURE;
     bool isBusSilent = false;
     try {
-        expectDesktop();
+        const DesktopChoice choice = chooseDesktop();
+        // Not what the user prefers for programs of the toolkit: the windows are to be where the
+        // keys and the clipboard are.
+        qputenv("QT_QPA_PLATFORM", choice.toolkitPlatform());
         const QGuiApplication application(argc, argv);
         SystemClock clock;
         ViewLoader views;
         AppDelegate delegate({
             .clock = clock,
-            .makePlatform = connectToDesktop,
+            .makePlatform = [&choice] { return connectToDesktop(choice); },
             .views = [&views] { return views.factory(); },
             .quit = quit,
         });

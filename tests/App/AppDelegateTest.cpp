@@ -58,6 +58,7 @@ public:
     KeyEventPoster& keys() override { return m_parts.keys; }
     OutsideClickMonitor& outsideClicks() override { return m_parts.outsideClicks; }
     HotKeyCenter& hotKeys() override { return m_parts.hotKeys; }
+    [[nodiscard]] QStringList protocols() const override { return {u"fake"_s}; }
     StatusItem& statusItem() override { return m_parts.statusItem; }
     ImageConverter& imageConverter() override { return m_parts.imageConverter; }
     LoginItem& loginItem() override { return m_parts.loginItem; }

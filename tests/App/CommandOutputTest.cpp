@@ -120,6 +120,7 @@ TEST(CommandOutput, TheJSONOfTheStatusIsOneObjectWithEveryKey)
         .pinned = 2,
         .bytes = Q_INT64_C(5'000'000'000),
         .session = u"x11"_s,
+        .protocols = {u"X11"_s, u"another"_s},
         .capture = true,
         .paste = true,
         .hotKeys = false,
@@ -128,11 +129,12 @@ TEST(CommandOutput, TheJSONOfTheStatusIsOneObjectWithEveryKey)
     EXPECT_EQ(
         statusJSON(report),
         "{\"running\":true,\"paused\":false,\"items\":12,\"pinned\":2,\"bytes\":5000000000,"
-        "\"session\":\"x11\",\"capture\":true,\"paste\":true,\"hotKeys\":false,\"tray\":true}\n");
+        "\"session\":\"x11\",\"capture\":true,\"paste\":true,\"hotKeys\":false,\"tray\":true,"
+        "\"protocols\":[\"X11\",\"another\"]}\n");
     EXPECT_EQ(
         statusText(report).toStdString(),
         "running   yes\npaused    no\nitems     12\npinned    2\nbytes     5000000000\n"
-        "session   x11\nWorks here:\ncapture   yes\npaste     yes\nhot keys  no\ntray      yes\n");
+        "session   x11\nprotocols X11, another\nWorks here:\ncapture   yes\npaste     yes\nhot keys  no\ntray      yes\n");
 }
 
 } // namespace

@@ -18,8 +18,9 @@ public:
 
     /// Whether the desktop lets the program press keys now. Does not ask the user.
     [[nodiscard]] virtual bool isAllowed() const = 0;
-    /// Asks the desktop for that, which may ask the user; whether it is allowed now. The user's
-    /// answer shows in `isAllowed` later. A question that is open already is not asked again.
+    /// Asks the desktop for that, which may ask the user. False if there is nobody to ask, or the
+    /// desktop refuses at once; otherwise `isAllowed` tells, now or later, what came of it. A
+    /// question that is open already is not asked again.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
     /// Presses and releases the keys of a chord so that nothing else is seen of them, whatever the

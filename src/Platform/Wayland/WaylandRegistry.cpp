@@ -25,6 +25,15 @@ WaylandRegistry::Name WaylandRegistry::find(const std::string& interface) const
     return found != m_globals.end() ? found->first : 0;
 }
 
+std::set<std::string> WaylandRegistry::interfaces() const
+{
+    std::set<std::string> interfaces;
+    for (const auto& [name, global] : m_globals) {
+        interfaces.insert(global.interface);
+    }
+    return interfaces;
+}
+
 void* WaylandRegistry::bindAny(Name name, const wl_interface& interface, std::uint32_t newest) const
 {
     const auto global = m_globals.find(name);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 
 struct wl_interface;
@@ -36,6 +37,9 @@ public:
 
     /// The first with this interface that came, 0 if there is none.
     [[nodiscard]] Name find(const std::string& interface) const;
+
+    /// The interfaces of all that there is.
+    [[nodiscard]] std::set<std::string> interfaces() const;
 
     /// An object for it, to be destroyed by the caller; null if it is not there. Of the versions
     /// that both sides know, `newest` at the most.

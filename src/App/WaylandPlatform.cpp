@@ -1,0 +1,58 @@
+#include "WaylandPlatform.h"
+
+#include "NoPasteboard.h"
+#include "StatusItems.h"
+#include "WaylandPasteboard.h"
+
+namespace tessly {
+
+namespace {
+
+class NoKeySender final : public KeySender
+{
+public:
+    [[nodiscard]] bool isAllowed() const override { return false; }
+    [[nodiscard]] bool requestAccess() override { return false; }
+    [[nodiscard]] QCoro::Task<bool> send(PasteChord) override { co_return false; }
+};
+
+class NoHotKeyCenter final : public HotKeyCenter
+{
+public:
+    [[nodiscard]] bool isAvailable() const override { return false; }
+    [[nodiscard]] Installation installHandler(Handler) override { return {}; }
+    Status removeHandler(Reference) override { return done; }
+    [[nodiscard]] Registration registerKey(quint32, quint32, KeyID) override
+    {
+        return {.status = answer()};
+    }
+    Status unregisterKey(Reference) override { return done; }
+
+private:
+    static QCoro::Task<Status> answer() { co_return unavailable; }
+};
+
+} // namespace
+
+WaylandPlatform::WaylandPlatform(
+    const DesktopChoice& choice, const std::function<void()>& connectionLost)
+    : FreedesktopPlatform(choice)
+    , m_statusItem(makeBusStatusItem())
+{
+    PasteClipboard clipboard;
+    if (choice.hasClipboard) {
+        auto pasteboard = std::make_unique<WaylandPasteboard>();
+        pasteboard->setConnectionLost(connectionLost);
+        clipboard.hasWritten = [pasteboard = pasteboard.get()] { return pasteboard->hasWritten(); };
+        m_pasteboard = std::move(pasteboard);
+    } else {
+        m_pasteboard = std::make_unique<NoPasteboard>();
+    }
+    m_sender = std::make_unique<NoKeySender>();
+    m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, clipboard);
+    m_hotKeys = std::make_unique<NoHotKeyCenter>();
+}
+
+WaylandPlatform::~WaylandPlatform() = default;
+
+} // namespace tessly

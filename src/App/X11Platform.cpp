@@ -1,0 +1,21 @@
+#include "X11Platform.h"
+
+#include "StatusItems.h"
+
+#include <utility>
+
+namespace tessly {
+
+X11Platform::X11Platform(const DesktopChoice& choice, std::function<void()> connectionLost)
+    : FreedesktopPlatform(choice)
+    , m_keys(
+          m_desktop, {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
+                      .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }})
+    , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
+{
+    m_pasteboard.setConnectionLost(std::move(connectionLost));
+}
+
+X11Platform::~X11Platform() = default;
+
+} // namespace tessly

@@ -1,0 +1,20 @@
+#include "NoPasteboard.h"
+
+namespace tessly {
+
+QCoro::Task<std::optional<QSet<QString>>> NoPasteboard::types(qint64)
+{
+    co_return std::nullopt;
+}
+
+QCoro::Task<ReadResult<QByteArray>> NoPasteboard::read(qint64, Flavour, qint64)
+{
+    co_return {.status = ReadStatus::unreadable};
+}
+
+QCoro::Task<ReadResult<QByteArrayList>> NoPasteboard::readFileURLs(qint64, qint64)
+{
+    co_return {.status = ReadStatus::unreadable};
+}
+
+} // namespace tessly
