@@ -80,6 +80,7 @@ SwaySession::SwaySession()
     environmentOfSway.insert(u"WLR_LIBINPUT_NO_DEVICES"_s, u"1"_s);
     environmentOfSway.insert(u"XDG_RUNTIME_DIR"_s, m_runtime.path());
     environmentOfSway.insert(u"HOME"_s, m_runtime.path());
+    environmentOfSway.insert(u"SWAYSOCK"_s, m_runtime.filePath(u"ipc"_s));
 
     m_sway = std::make_unique<QProcess>();
     m_sway->setProcessEnvironment(environmentOfSway);
@@ -125,6 +126,7 @@ SwaySession::start(const QString& name, const QStringList& arguments, const QByt
     environmentOfProgram.remove(u"LD_PRELOAD"_s);
     environmentOfProgram.insert(u"XDG_RUNTIME_DIR"_s, m_runtime.path());
     environmentOfProgram.insert(u"WAYLAND_DISPLAY"_s, m_socket);
+    environmentOfProgram.insert(u"SWAYSOCK"_s, m_runtime.filePath(u"ipc"_s));
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environmentOfProgram);
     process->setChildProcessModifier(endWithTest);

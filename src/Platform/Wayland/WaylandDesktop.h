@@ -1,0 +1,68 @@
+#pragma once
+
+#include "DesktopEntries.h"
+#include "WaylandEventLoop.h"
+#include "WaylandRegistry.h"
+#include "WaylandSeat.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+class QObject;
+
+namespace tessly {
+
+class WaylandToplevels;
+
+/// The connection to the compositor over which windows and keys go, and its thread. It can be made
+/// wherever there is a compositor; what that lets a program do is asked afterwards.
+///
+/// Lives on the main thread, longer than the objects that are made upon it and shorter than the
+/// QCoreApplication.
+class WaylandDesktop
+{
+public:
+    struct Options
+    {
+        /// As $WAYLAND_DISPLAY names it, or a path; empty: $WAYLAND_DISPLAY itself.
+        std::string display = {};
+        DesktopEntries entries = {};
+        /// For each of the compositor's answers when the connection is made.
+        std::chrono::milliseconds deadline{5000};
+    };
+
+    /// Connects, and waits for the compositor's answers. Throws WaylandError if it cannot be
+    /// reached.
+    WaylandDesktop();
+    explicit WaylandDesktop(Options options);
+    ~WaylandDesktop();
+    WaylandDesktop(const WaylandDesktop&) = delete;
+    WaylandDesktop& operator=(const WaylandDesktop&) = delete;
+
+    /// Called once, on the main thread, when the compositor has gone away: nothing is in front from
+    /// then on, and no keys can be pressed.
+    void setConnectionLost(std::function<void()> callback);
+
+    /// Whether the compositor tells of other programs' windows.
+    [[nodiscard]] bool hasToplevels() const;
+
+    [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
+
+private:
+    void lost();
+
+    std::function<void()> m_connectionLost;
+    /// Lives on the main thread; what is posted to it is dropped when it goes.
+    std::unique_ptr<QObject> m_mainThread;
+    WaylandEventLoop m_loop;
+    WaylandRegistry m_registry;
+    std::unique_ptr<WaylandSeat> m_seat;
+    std::shared_ptr<WaylandToplevels> m_toplevels;
+    /// The compositor is there.
+    std::atomic<bool> m_isConnected = true;
+};
+
+} // namespace tessly
