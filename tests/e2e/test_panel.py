@@ -64,7 +64,7 @@ class Panel(TesslyCase):
     def test_losing_the_focus_closes_it(self):
         terminal = Terminal(self.desktop).start()
         self.tessly.open_panel()
-        self.desktop.run(["xdotool", "windowactivate", str(terminal.window)])
+        self.desktop.windows.activate(terminal.window)
         self.tessly.wait_for_closed_panel()
         wait_until(terminal.is_in_front, "the terminal keeps the focus")
 

@@ -21,7 +21,7 @@ class DesktopCase(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(self.make_desktop())
         if self.accessible:
-            self._accessibility = Accessibility(self.desktop)
+            self.desktop.accessibility = self._accessibility = Accessibility(self.desktop)
             self.addCleanup(self._accessibility.close)
         self.clipboard = self.desktop.clipboard
         self.keyboard = self.desktop.keyboard
@@ -61,7 +61,8 @@ class DesktopCase(unittest.TestCase):
         folder = os.environ.get("TESSLY_E2E_PICTURES")
         if folder and self._has_failed():
             os.makedirs(folder, exist_ok=True)
-            self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
+            if self.desktop.screen is not None:
+                self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
             shutil.copyfile(tessly.process.log_path, os.path.join(folder, self.id() + ".log"))
 
 

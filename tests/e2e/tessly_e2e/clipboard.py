@@ -79,10 +79,13 @@ class Offer:
 
     def __init__(self, desktop, options):
         self._desktop = desktop
-        self.process = desktop.start([sys.executable, OWNER, *options], name="owner")
+        self.process = self._start(options)
         wait_until(lambda: "owns" in self._lines() or self.has_ended(), "the owner starts")
         if "owns" not in self._lines():
             raise AssertionError("the owner could not start: " + read_log(self.process))
+
+    def _start(self, options):
+        return self._desktop.start([sys.executable, OWNER, *options], name="owner")
 
     def _lines(self):
         with open(self.process.output_path) as file:

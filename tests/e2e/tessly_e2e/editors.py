@@ -2,7 +2,7 @@
 
 import os
 
-from .waiting import PATIENCE, wait_until
+from .waiting import PATIENCE, holds_for, wait_until
 
 
 class _Program:
@@ -31,7 +31,7 @@ class _Program:
                     if window.id == self.window)
 
     def bring_to_front(self):
-        self.desktop.run(["xdotool", "windowactivate", str(self.window)])
+        self.desktop.windows.activate(self.window)
         wait_until(self.is_in_front, "the window is in front again")
 
     def close(self):
@@ -74,16 +74,101 @@ class Terminal(_Program):
         wait_until(lambda: self.text() == expected,
                    lambda: f"the terminal got “{expected}”, it has “{self.text()}”", timeout)
 
+    def _press_until_it_arrives(self):
+        """For a terminal that appends what arrives, which is nothing afterwards."""
+        def arrives():
+            self.desktop.keyboard.press("x")
+            return not holds_for(0.2, lambda: not self.text())
+        wait_until(arrives, "keys reach the terminal")
+        self.desktop.keyboard.press("y")
+        wait_until(lambda: self.text().endswith("y"), "all keys have arrived")
+        os.truncate(self.path, 0)
+
     def copy_word(self):
         """Selects the word at the top left with a double click, which copies it."""
         place = self.geometry()
         self.desktop.pointer.click(place.x + 12, place.y + 10, times=2)
 
 
+class WaylandTerminal(Terminal):
+    """A foot that tells by itself when it gets and loses the keys, which not every compositor
+    does."""
+
+    source_id = "foot"
+    source_name = "Foot"
+    _COMES, _GOES = b"\x1b[I", b"\x1b[O"
+
+    def start(self, shown=""):
+        script = ('printf %s "$1"; stty raw -echo; printf "\\033[?1004h"; : > "$0.ready"; '
+                  'exec cat >> "$0"')
+        self.process = self.desktop.start(
+            ["foot", "--config=/dev/null", "--window-size-chars=80x20", "sh", "-c", script,
+             self.path, shown])
+        wait_until(lambda: os.path.exists(self.path + ".ready"), "the terminal's shell runs")
+        if self.desktop.tells_windows:
+            wait_until(lambda: self.desktop.windows.active == self.window, "foot is in front")
+        else:
+            self._press_until_it_arrives()
+        return self
+
+    def _input(self):
+        try:
+            with open(self.path, "rb") as file:
+                return file.read()
+        except FileNotFoundError:
+            return b""
+
+    def is_in_front(self):
+        told = self._input()
+        return told.rfind(self._COMES) >= told.rfind(self._GOES)
+
+    def text(self):
+        typed = self._input().replace(self._COMES, b"").replace(self._GOES, b"")
+        return typed.decode(errors="replace").replace("\r", "\n")
+
+    def geometry(self):
+        return self.desktop.windows.top(pid=self.process.pid)
+
+    @property
+    def window(self):
+        window = self.geometry()
+        return window.id if window else "no window yet"
+
+    def copy_word(self):
+        """Selects the word at the top left and copies it by its key."""
+        super().copy_word()
+        self.desktop.keyboard.press("Control+Shift+c")
+
+
+class QtTerminal(Terminal):
+    """A qterminal, for compositors on which foot does not run."""
+
+    source_id = "qterminal"
+    source_name = "QTerminal"
+
+    def start(self, shown=""):
+        script = self.desktop.path("files", os.path.basename(self.path) + ".sh")
+        with open(script, "w") as file:
+            file.write(f'printf %s "{shown}"; stty raw -echo; : > "{self.path}.ready"; '
+                       f'exec cat >> "{self.path}"')
+        self._start(["qterminal", "-e", "sh", script], {"QT_QPA_PLATFORM": "wayland"})
+        wait_until(lambda: os.path.exists(self.path + ".ready"), "the terminal's shell runs")
+        # It has the keys some time before it knows its own.
+        self._press_until_it_arrives()
+        return self
+
+
 class _Editor(_Program):
-    """A text editor on a file of its own. Its title tells whether it was changed."""
+    """A text editor on a file of its own. Its title tells whether it was changed.
+
+    `backend` is "x11" for one that runs as a program of X11 on a Wayland desktop.
+    """
 
     command = ()
+
+    def __init__(self, desktop, name, backend=None):
+        super().__init__(desktop, name)
+        self._backend = backend or desktop.kind
 
     def start(self, text=""):
         with open(self.path, "w") as file:
@@ -95,7 +180,7 @@ class _Editor(_Program):
         return self
 
     def _environment(self):
-        return {}
+        raise NotImplementedError
 
     def _find_window(self):
         window = super()._find_window()
@@ -135,8 +220,14 @@ class GtkEditor(_Editor):
     source_id = "org.xfce.mousepad"
     source_name = "Mousepad"
 
-    def __init__(self, desktop, name="gtk.txt"):
-        super().__init__(desktop, name)
+    def __init__(self, desktop, name="gtk.txt", *, backend=None):
+        super().__init__(desktop, name, backend)
+        if self._backend == "wayland":
+            # What it calls itself there is no desktop entry's name.
+            self.source_id = self.source_name = "mousepad"
+
+    def _environment(self):
+        return {"GDK_BACKEND": self._backend}
 
 
 class QtEditor(_Editor):
@@ -144,8 +235,8 @@ class QtEditor(_Editor):
     source_id = "featherpad"
     source_name = "FeatherPad"
 
-    def __init__(self, desktop, name="qt.txt"):
-        super().__init__(desktop, name)
+    def __init__(self, desktop, name="qt.txt", *, backend=None):
+        super().__init__(desktop, name, backend)
 
     def _environment(self):
-        return {"QT_QPA_PLATFORM": "xcb"}
+        return {"QT_QPA_PLATFORM": {"x11": "xcb"}.get(self._backend, self._backend)}

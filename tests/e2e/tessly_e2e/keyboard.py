@@ -19,18 +19,17 @@ KEYS[" "] = KEYS["space"]
 
 
 class Keyboard:
-    def __init__(self, display):
-        self._display = display
+    """What a hand does on any desktop; how a key gets there is for the classes below to say."""
 
-    def _send(self, event, code):
-        xtest.fake_input(self._display, event, code)
-        self._display.sync()
+    def _send(self, code, is_down):
+        """Presses a key, or lets go of it, by its X key code."""
+        raise NotImplementedError
 
     def down(self, key):
-        self._send(X.KeyPress, KEYS[key])
+        self._send(KEYS[key], True)
 
     def up(self, key):
-        self._send(X.KeyRelease, KEYS[key])
+        self._send(KEYS[key], False)
 
     def press(self, chord):
         """Presses a chord such as "Control+Shift+v" and lets go of it."""
@@ -54,6 +53,17 @@ class Keyboard:
         """Types letters, digits and blanks, on a US layout."""
         for character in text:
             self.press("Shift+" + character.lower() if character.isupper() else character)
+
+
+class XKeyboard(Keyboard):
+    """The keyboard of an X server, and what the server holds of it."""
+
+    def __init__(self, display):
+        self._display = display
+
+    def _send(self, code, is_down):
+        xtest.fake_input(self._display, X.KeyPress if is_down else X.KeyRelease, code)
+        self._display.sync()
 
     def keys_down(self):
         """The key codes that the server holds to be down."""

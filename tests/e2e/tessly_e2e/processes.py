@@ -9,7 +9,10 @@ _PR_SET_PDEATHSIG = 1
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
-def _die_with_parent():
+def _prepare(before):
+    if before is not None:
+        before()
+    # Last: a change of user takes this back.
     _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
@@ -21,11 +24,12 @@ class Processes:
         self._running = []
 
     def start(self, arguments, environment, *, name=None, stdin=subprocess.DEVNULL,
-              stdout=None, pass_fds=(), umask=-1):
+              stdout=None, pass_fds=(), umask=-1, before=None):
         """Starts a program in the foreground; its output goes to a log named after it.
 
-        The program dies with this process, even if this one is killed. The returned Popen has
-        two more attributes, `log_path` (standard error) and `output_path` (standard output).
+        The program dies with this process, even if this one is killed. `before` is called in it
+        before it becomes the program. The returned Popen has two more attributes, `log_path`
+        (standard error) and `output_path` (standard output).
         """
         name = name or os.path.basename(arguments[0])
         stem = os.path.join(self._log_folder, f"{len(os.listdir(self._log_folder)):03}-{name}")
@@ -33,7 +37,7 @@ class Processes:
             process = subprocess.Popen(
                 arguments, env=environment, stdin=stdin,
                 stdout=output if stdout is None else stdout, stderr=log,
-                pass_fds=pass_fds, umask=umask, preexec_fn=_die_with_parent)
+                pass_fds=pass_fds, umask=umask, preexec_fn=lambda: _prepare(before))
         process.log_path = stem + ".err"
         process.output_path = stem + ".out"
         self._running.append(process)
@@ -53,9 +57,18 @@ class Processes:
         if process in self._running:
             self._running.remove(process)
 
+    @property
+    def running(self):
+        """The programs that were not ended, in the order of their start."""
+        return list(self._running)
+
+    def end_all_but(self, processes):
+        for process in reversed(self.running):
+            if process not in processes:
+                self.end(process)
+
     def end_all(self):
-        while self._running:
-            self.end(self._running[-1])
+        self.end_all_but(())
 
 
 def read_log(process):

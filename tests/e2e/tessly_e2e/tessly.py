@@ -32,8 +32,9 @@ class Panel:
     # The middle of the first row, while there is no banner.
     FIRST_ROW = 150
 
-    def __init__(self, desktop, window):
+    def __init__(self, desktop, window, pid):
         self._desktop = desktop
+        self._pid = pid
         self.window = window
 
     def picture(self):
@@ -49,7 +50,10 @@ class Panel:
         return lines[0], lines[-1]
 
     def list_picture(self):
-        """The list and the footer, without what blinks."""
+        """The list and the footer, without what blinks; where no program may look, what assistive
+        technology sees."""
+        if self._desktop.screen is None:
+            return self._desktop.accessibility.application(self._pid).names("list item")
         w = self.window
         return self._desktop.screen.picture(w.x, w.y + self._HEADER, w.width,
                                             w.height - self._HEADER)
@@ -190,7 +194,7 @@ class Tessly:
         wait_until(lambda: self.has_keys(window), "the panel has the keys")
         # The window may still move to its place and grow to its size.
         window = settled(self.panel_window, 0.1, "the place of the panel")
-        panel = Panel(self.desktop, window)
+        panel = Panel(self.desktop, window, self.pid)
         panel.wait_for_rest()
         return panel
 

@@ -43,12 +43,18 @@ class Windows:
         windows = self.visible(pid=pid)
         return windows[-1] if windows else None
 
+    def activate(self, window):
+        """What a task bar does with a window."""
+        self._ask(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime, 0, 0, 0])
+
     def close(self, window):
         """What the close button of a window does."""
+        self._ask(window, "_NET_CLOSE_WINDOW", [X.CurrentTime, 2, 0, 0, 0])
+
+    def _ask(self, window, request, data):
         message = event.ClientMessage(
             window=self._display.create_resource_object("window", window),
-            client_type=self._display.get_atom("_NET_CLOSE_WINDOW"),
-            data=(32, [X.CurrentTime, 2, 0, 0, 0]))
+            client_type=self._display.get_atom(request), data=(32, data))
         self._root.send_event(message,
                               event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self._display.sync()

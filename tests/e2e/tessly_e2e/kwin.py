@@ -1,0 +1,125 @@
+"""The KDE Plasma desktop's compositor, without a screen."""
+
+import os
+import shutil
+
+from .keyboard import Keyboard
+from .processes import read_log
+from .waiting import wait_until
+from .wayland_clipboard import WaylandClipboard
+from .wayland_session import Toplevel, Toplevels, WaylandSession
+
+_ACTIVE = 1 << 0
+_MINIMIZED = 1 << 1
+
+
+class FakeKeyboard(Keyboard):
+    """Keys by the interface with which KWin lets programs it trusts press them."""
+
+    def __init__(self, connection):
+        self._connection = connection
+        self._input = connection.bind("org_kde_kwin_fake_input", 4)
+        self._input.authenticate("a hand", "tests")
+        connection.roundtrip()
+
+    def _send(self, code, is_down):
+        self._input.keyboard_key(code - 8, int(is_down))
+        self._connection.roundtrip()
+
+
+class FakePointer:
+    def __init__(self, connection):
+        self._connection = connection
+        self._input = connection.bind("org_kde_kwin_fake_input", 4)
+        self._input.authenticate("a hand", "tests")
+
+    def click(self, x, y, times=1):
+        left = 0x110
+        self._input.pointer_motion_absolute(x * 256, y * 256)
+        for _ in range(times):
+            self._input.button(left, 1)
+            self._input.button(left, 0)
+        self._connection.roundtrip()
+
+
+class PlasmaWindows(Toplevels):
+    """The windows as a task bar sees them."""
+
+    def __init__(self, connection):
+        self._connection = connection
+        self._windows = {}
+        self._management = connection.bind("org_kde_plasma_window_management", 13)
+        self._management.on["window"] = lambda number: self._add(
+            number, self._management.get_window(number))
+        self._management.on["window_with_uuid"] = lambda number, _: self._add(
+            number, self._management.get_window(number))
+        connection.roundtrip()
+
+    def _add(self, number, window):
+        facts = {"app_id": "", "title": "", "state": 0, "pid": None, "place": (0, 0, 0, 0),
+                 "window": window}
+        self._windows[number] = facts
+        window.on.update({
+            "title_changed": lambda title: facts.update(title=title),
+            "app_id_changed": lambda app_id: facts.update(app_id=app_id),
+            "state_changed": lambda state: facts.update(state=state),
+            "pid_changed": lambda pid: facts.update(pid=pid),
+            "geometry": lambda *place: facts.update(place=place),
+            "unmapped": lambda: self._windows.pop(number, None),
+        })
+
+    def all(self):
+        self._connection.roundtrip()
+        self._connection.roundtrip()  # for windows that the first one told of
+        return [Toplevel(number, facts["app_id"], facts["title"], facts["pid"], *facts["place"],
+                         bool(facts["state"] & _ACTIVE), True)
+                for number, facts in self._windows.items() if not facts["state"] & _MINIMIZED]
+
+    def activate(self, window):
+        self._windows[window]["window"].set_state(_ACTIVE, _ACTIVE)
+        self._connection.roundtrip()
+
+
+class KWin(WaylandSession):
+    """`trusting=False` leaves the interfaces for task bars and for pressing keys to the programs
+    that KWin trusts; the tests then have neither keyboard nor windows."""
+
+    name = "KDE"
+
+    def __init__(self, *, bus=True, size=(1280, 800), trusting=True):
+        super().__init__(bus=bus)
+        self._size = size
+        self._trusting = trusting
+
+    def _start_compositor(self):
+        folder = self.path("compositor")
+        # A copy has none of the capabilities of the original, which not every user may use.
+        program = os.path.join(folder, "kwin_wayland")
+        shutil.copyfile("/usr/bin/kwin_wayland", program)
+        os.chmod(program, 0o755)
+        ready = os.path.join(folder, "ready")
+        report = os.path.join(folder, "report")
+        with open(report, "w") as file:
+            file.write(f'#!/bin/sh\necho "$DISPLAY" > {ready}.part && mv {ready}.part {ready}\n')
+        os.chmod(report, 0o755)
+        width, height = map(str, self._size)
+        environment = {"XDG_RUNTIME_DIR": folder, "KWIN_COMPOSE": "Q",
+                       "XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true",
+                       "XDG_CONFIG_HOME": folder, "XDG_CACHE_HOME": folder, "HOME": folder}
+        if self._trusting:
+            environment["KWIN_WAYLAND_NO_PERMISSION_CHECKS"] = "1"
+        self.compositor = self.start(
+            [program, "--virtual", "--width", width, "--height", height, "--socket", "kwin",
+             "--no-lockscreen", "--no-global-shortcuts", "--xwayland", report],
+            environment=environment, name="kwin")
+        wait_until(lambda: os.path.exists(ready) or self.compositor.poll() is not None,
+                   lambda: "KWin starts: " + read_log(self.compositor))
+        if self.compositor.poll() is not None:
+            raise AssertionError("KWin cannot run here: " + read_log(self.compositor))
+        with open(ready) as file:
+            self._use(os.path.join(folder, "kwin"), file.read().strip())
+        self.clipboard = WaylandClipboard(self)
+        if self._trusting:
+            self.windows = PlasmaWindows(self.connect())
+            self.keyboard = FakeKeyboard(self.connect())
+            self.pointer = FakePointer(self.connect())

@@ -1,0 +1,98 @@
+"""The GNOME desktop's compositor, without a screen."""
+
+import os
+import re
+
+import dbus
+import dbus.bus
+
+from .keyboard import Keyboard, Pointer
+from .processes import read_log
+from .waiting import wait_until
+from .wayland_session import WaylandSession
+
+_REMOTE_DESKTOP = "org.gnome.Mutter.RemoteDesktop"
+_SESSION = _REMOTE_DESKTOP + ".Session"
+_TIMEOUT = 10  # seconds, for one call
+
+
+class RemoteKeyboard(Keyboard):
+    """A keyboard by the interface for being used from afar; without it there is none here."""
+
+    def __init__(self, address):
+        self._bus = dbus.bus.BusConnection(address)
+        wait_until(lambda: self._bus.name_has_owner(_REMOTE_DESKTOP), "mutter is on the bus")
+        self._session = self._bus.call_blocking(
+            _REMOTE_DESKTOP, "/org/gnome/Mutter/RemoteDesktop", _REMOTE_DESKTOP, "CreateSession",
+            "", (), timeout=_TIMEOUT)
+        self._call("Start", "")
+        # The first key after the start may get lost; this one means nothing.
+        self.press("Shift")
+
+    def close(self):
+        self._bus.close()
+
+    def _call(self, method, signature, *arguments):
+        self._bus.call_blocking(_REMOTE_DESKTOP, self._session, _SESSION, method, signature,
+                                arguments, timeout=_TIMEOUT)
+
+    def _send(self, code, is_down):
+        self._call("NotifyKeyboardKeycode", "ub", code - 8, is_down)
+
+
+class Mutter(WaylandSession):
+    """It tells nobody which windows there are, so `windows`, like `clipboard`, is of X11."""
+
+    name = "GNOME"
+    tells_windows = False
+
+    def __init__(self, *, size=(1280, 800)):
+        super().__init__()
+        self._size = size
+
+    def _start_compositor(self):
+        folder = self.path("compositor")
+        self.compositor = self.start(
+            ["mutter", "--headless", "--wayland", "--sm-disable", "--wayland-display", "mutter",
+             "--virtual-monitor", "{}x{}".format(*self._size)],
+            environment={"XDG_RUNTIME_DIR": folder, "XDG_CONFIG_HOME": folder,
+                         "XDG_CACHE_HOME": folder, "HOME": folder})
+
+        def x11():
+            return re.search(r"Using public X11 display (:\d+)", self.output())
+        wait_until(lambda: x11() or self.compositor.poll() is not None,
+                   lambda: "mutter starts: " + self.output())
+        if self.compositor.poll() is not None:
+            raise AssertionError("mutter cannot run here: " + self.output())
+        self._use(os.path.join(folder, "mutter"), x11().group(1))
+        # Its X server asks for a key, which lies where the compositor runs.
+        keys = wait_until(lambda: [name for name in os.listdir(folder)
+                                   if name.startswith(".mutter-Xwaylandauth.")], "there is a key")
+        self.environment["XAUTHORITY"] = os.path.join(folder, keys[0])
+        self.keyboard = RemoteKeyboard(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self.clipboard = self.x_clipboard
+        self.windows = self.x_windows
+        self.pointer = Pointer(self.display)
+
+    @property
+    def display(self):
+        # The library looks for the key in the environment.
+        before = os.environ.get("XAUTHORITY")
+        os.environ["XAUTHORITY"] = self.environment["XAUTHORITY"]
+        try:
+            return super().display
+        finally:
+            if before is None:
+                del os.environ["XAUTHORITY"]
+            else:
+                os.environ["XAUTHORITY"] = before
+
+    def output(self):
+        with open(self.compositor.output_path, errors="replace") as file:
+            return file.read() + read_log(self.compositor)
+
+    def _disconnect(self):
+        keyboard = self.__dict__.pop("keyboard", None)
+        if keyboard is not None:
+            keyboard.close()
+        super()._disconnect()
