@@ -2,7 +2,9 @@
 
 #include "NoPasteboard.h"
 #include "StatusItems.h"
+#include "UnnamedWorkspace.h"
 #include "WaylandPasteboard.h"
+#include "WaylandWorkspace.h"
 
 namespace tessly {
 
@@ -47,6 +49,11 @@ WaylandPlatform::WaylandPlatform(
         m_pasteboard = std::move(pasteboard);
     } else {
         m_pasteboard = std::make_unique<NoPasteboard>();
+    }
+    if (m_desktop.hasToplevels()) {
+        m_workspace = std::make_unique<WaylandWorkspace>(m_desktop);
+    } else {
+        m_workspace = std::make_unique<UnnamedWorkspace>(nullptr);
     }
     m_sender = std::make_unique<NoKeySender>();
     m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, clipboard);

@@ -6,7 +6,7 @@
 #include "KeySender.h"
 #include "NoOutsideClickMonitor.h"
 #include "StatusItem.h"
-#include "UnnamedWorkspace.h"
+#include "WaylandDesktop.h"
 
 namespace tessly {
 
@@ -18,7 +18,7 @@ public:
     ~WaylandPlatform() override;
 
     Pasteboard& pasteboard() override { return *m_pasteboard; }
-    Workspace& workspace() override { return m_workspace; }
+    Workspace& workspace() override { return *m_workspace; }
     KeyEventPoster& keys() override { return *m_keys; }
     OutsideClickMonitor& outsideClicks() override { return m_outsideClicks; }
     HotKeyCenter& hotKeys() override { return *m_hotKeys; }
@@ -26,7 +26,8 @@ public:
 
 private:
     std::unique_ptr<Pasteboard> m_pasteboard;
-    UnnamedWorkspace m_workspace{nullptr};
+    WaylandDesktop m_desktop;
+    std::unique_ptr<Workspace> m_workspace;
     std::unique_ptr<KeySender> m_sender;
     std::unique_ptr<KeyEventPoster> m_keys;
     NoOutsideClickMonitor m_outsideClicks;
