@@ -1,6 +1,6 @@
 #include "X11Keyboard.h"
 
-#include "X11PasteKeys.h"
+#include "PasteKeys.h"
 #include "X11WindowTracker.h"
 #include "XcbReply.h"
 #include "XcbXkb.h"
@@ -158,7 +158,7 @@ X11Keyboard::Result X11Keyboard::press()
         return Result::failed;
     }
     // Looking for them takes a while: not with the server in hand.
-    auto keys = X11PasteKeys::find(map.get(), paste.chord, *expectedGroup);
+    auto keys = PasteKeys::find(map.get(), paste.chord, *expectedGroup);
     if (!keys) {
         return paste.chord == PasteChord::shiftInsert ? Result::failed : Result::noLetter;
     }
@@ -175,7 +175,7 @@ X11Keyboard::Result X11Keyboard::press()
     }
     if (state->group != *expectedGroup) {
         // A key that was held had switched layouts.
-        keys = X11PasteKeys::find(map.get(), paste.chord, state->group);
+        keys = PasteKeys::find(map.get(), paste.chord, state->group);
     }
     if (!keys) {
         return Result::failed;

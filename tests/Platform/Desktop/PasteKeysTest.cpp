@@ -1,4 +1,4 @@
-#include "X11PasteKeys.h"
+#include "PasteKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -10,22 +10,22 @@
 namespace tessly::test {
 namespace {
 
-constexpr xcb_keycode_t leftControl = 37;
-constexpr xcb_keycode_t rightControl = 105;
-constexpr xcb_keycode_t leftShift = 50;
-constexpr xcb_keycode_t rightShift = 62;
-constexpr xcb_keycode_t capsLock = 66;
-constexpr xcb_keycode_t usualV = 55;
-constexpr xcb_keycode_t dvorakV = 60;
-constexpr xcb_keycode_t insert = 118;
+constexpr PasteKeys::KeyCode leftControl = 37;
+constexpr PasteKeys::KeyCode rightControl = 105;
+constexpr PasteKeys::KeyCode leftShift = 50;
+constexpr PasteKeys::KeyCode rightShift = 62;
+constexpr PasteKeys::KeyCode capsLock = 66;
+constexpr PasteKeys::KeyCode usualV = 55;
+constexpr PasteKeys::KeyCode dvorakV = 60;
+constexpr PasteKeys::KeyCode insert = 118;
 
-using Keys = std::optional<X11PasteKeys>;
+using Keys = std::optional<PasteKeys>;
 
 Keys made(
-    std::vector<xcb_keycode_t> modifiers, xcb_keycode_t key, std::uint8_t group,
+    std::vector<PasteKeys::KeyCode> modifiers, PasteKeys::KeyCode key, std::uint8_t group,
     std::uint8_t lockedModifiers = 0)
 {
-    return X11PasteKeys{
+    return PasteKeys{
         .modifiers = std::move(modifiers),
         .lockedModifiers = lockedModifiers,
         .key = key,
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] Keys keys(PasteChord chord, std::uint8_t group = 0) const
     {
         EXPECT_NE(m_keymap, nullptr);
-        return X11PasteKeys::find(m_keymap.get(), chord, group);
+        return PasteKeys::find(m_keymap.get(), chord, group);
     }
 
 private:
@@ -69,7 +69,7 @@ private:
     std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> m_keymap{nullptr, &xkb_keymap_unref};
 };
 
-TEST(X11PasteKeysTest, makesEveryChordOnAnOrdinaryKeyboard)
+TEST(PasteKeysTest, makesEveryChordOnAnOrdinaryKeyboard)
 {
     const Keyboard us("us");
     EXPECT_EQ(us.keys(PasteChord::controlV), made({leftControl}, usualV, 0));
@@ -77,7 +77,7 @@ TEST(X11PasteKeysTest, makesEveryChordOnAnOrdinaryKeyboard)
     EXPECT_EQ(us.keys(PasteChord::shiftInsert), made({leftShift}, insert, 0));
 }
 
-TEST(X11PasteKeysTest, findsTheLetterWhereTheLayoutHasIt)
+TEST(PasteKeysTest, findsTheLetterWhereTheLayoutHasIt)
 {
     const auto keyOfV = [](const Keyboard& keyboard) {
         const auto keys = keyboard.keys(PasteChord::controlV);
@@ -90,14 +90,14 @@ TEST(X11PasteKeysTest, findsTheLetterWhereTheLayoutHasIt)
     EXPECT_EQ(keyOfV(Keyboard("tr", "f")), 54);
 }
 
-TEST(X11PasteKeysTest, takesTheLetterOfTheEffectiveGroup)
+TEST(PasteKeysTest, takesTheLetterOfTheEffectiveGroup)
 {
     const Keyboard both("us,us", ",dvorak");
     EXPECT_EQ(both.keys(PasteChord::controlV, 0), made({leftControl}, usualV, 0));
     EXPECT_EQ(both.keys(PasteChord::controlV, 1), made({leftControl}, dvorakV, 1));
 }
 
-TEST(X11PasteKeysTest, fromALayoutWithoutTheLetterGoesToTheFirstThatHasIt)
+TEST(PasteKeysTest, fromALayoutWithoutTheLetterGoesToTheFirstThatHasIt)
 {
     EXPECT_EQ(Keyboard("us,ru").keys(PasteChord::controlV, 1), made({leftControl}, usualV, 0));
     EXPECT_EQ(
@@ -108,7 +108,7 @@ TEST(X11PasteKeysTest, fromALayoutWithoutTheLetterGoesToTheFirstThatHasIt)
         made({leftControl, leftShift}, usualV, 2));
 }
 
-TEST(X11PasteKeysTest, withoutTheLetterAnywhereOnlyShiftInsertCanBeMade)
+TEST(PasteKeysTest, withoutTheLetterAnywhereOnlyShiftInsertCanBeMade)
 {
     for (const char* layout : {"ru", "gr", "il", "gr,ru"}) {
         const Keyboard keyboard(layout);
@@ -118,12 +118,12 @@ TEST(X11PasteKeysTest, withoutTheLetterAnywhereOnlyShiftInsertCanBeMade)
     }
 }
 
-TEST(X11PasteKeysTest, keysThatAreTheSameInAllLayoutsNeedNoOtherGroup)
+TEST(PasteKeysTest, keysThatAreTheSameInAllLayoutsNeedNoOtherGroup)
 {
     EXPECT_EQ(Keyboard("us,ru").keys(PasteChord::shiftInsert, 1), made({leftShift}, insert, 1));
 }
 
-TEST(X11PasteKeysTest, goesByWhatModifierKeysDo)
+TEST(PasteKeysTest, goesByWhatModifierKeysDo)
 {
     EXPECT_EQ(
         Keyboard("us", "", "ctrl:swapcaps").keys(PasteChord::controlV),
@@ -133,19 +133,19 @@ TEST(X11PasteKeysTest, goesByWhatModifierKeysDo)
         made({rightControl}, usualV, 0));
 }
 
-TEST(X11PasteKeysTest, avoidsThePairOfModifiersThatSwitchesLayouts)
+TEST(PasteKeysTest, avoidsThePairOfModifiersThatSwitchesLayouts)
 {
     const Keyboard leftPair("us,ru", "", "grp:lctrl_lshift_toggle");
     EXPECT_EQ(leftPair.keys(PasteChord::controlShiftV), made({leftControl, rightShift}, usualV, 0));
 }
 
-TEST(X11PasteKeysTest, locksAModifierThatNoKeySetsAlone)
+TEST(PasteKeysTest, locksAModifierThatNoKeySetsAlone)
 {
     const Keyboard anyPair("us,ru", "", "grp:ctrl_shift_toggle");
     EXPECT_EQ(anyPair.keys(PasteChord::controlV), made({leftControl}, usualV, 0));
     EXPECT_EQ(
         anyPair.keys(PasteChord::controlShiftV),
-        made({leftControl}, usualV, 0, XCB_MOD_MASK_SHIFT));
+        made({leftControl}, usualV, 0, PasteKeys::shiftMask));
     const Keyboard withoutModifiers(std::string(R"(xkb_keymap {
         xkb_keycodes { minimum = 8; maximum = 255; <AB04> = 55; <INS> = 118; };
         xkb_types { include "complete" };
@@ -153,10 +153,10 @@ TEST(X11PasteKeysTest, locksAModifierThatNoKeySetsAlone)
         xkb_symbols { key <AB04> { [ v, V ] }; key <INS> { [ Insert ] }; };
     };)"));
     EXPECT_EQ(
-        withoutModifiers.keys(PasteChord::controlV), made({}, usualV, 0, XCB_MOD_MASK_CONTROL));
+        withoutModifiers.keys(PasteChord::controlV), made({}, usualV, 0, PasteKeys::controlMask));
 }
 
-TEST(X11PasteKeysTest, aChordWithoutItsKeyCannotBeMade)
+TEST(PasteKeysTest, aChordWithoutItsKeyCannotBeMade)
 {
     const Keyboard keypad(std::string(R"(xkb_keymap {
         xkb_keycodes { minimum = 8; maximum = 255; <KP1> = 87; <LFSH> = 50; <LCTL> = 37; };

@@ -1,4 +1,4 @@
-#include "X11PasteKeys.h"
+#include "PasteKeys.h"
 
 #include <xkbcommon/xkbcommon.h>
 
@@ -45,7 +45,7 @@ public:
 
     /// The key that gives the symbol in this group with no modifier held; of several the one where
     /// V is on most keyboards, then the first.
-    [[nodiscard]] std::optional<xcb_keycode_t>
+    [[nodiscard]] std::optional<PasteKeys::KeyCode>
     keyOf(xkb_keysym_t symbol, xkb_layout_index_t group) const
     {
         if (const auto usual = usualKeyOfV(); usual && has(*usual, symbol, group)) {
@@ -55,7 +55,7 @@ public:
     }
 
     /// "AB04" is the fourth key of the lowest row of letters in every XKB key map.
-    [[nodiscard]] std::optional<xcb_keycode_t> usualKeyOfV() const
+    [[nodiscard]] std::optional<PasteKeys::KeyCode> usualKeyOfV() const
     {
         const auto key = xkb_keymap_key_by_name(m_keymap, "AB04");
         return key == XKB_KEYCODE_INVALID ? std::nullopt : fitting(key);
@@ -66,9 +66,9 @@ public:
     /// A key that sets exactly this modifier while it is held in this group together with `held`,
     /// preferring those that bear one of the symbols. Options like "Ctrl+Shift switches layouts"
     /// give the usual keys another meaning, so what the key does counts, not its name.
-    [[nodiscard]] std::optional<xcb_keycode_t> modifierKey(
+    [[nodiscard]] std::optional<PasteKeys::KeyCode> modifierKey(
         const char* modifier, std::initializer_list<xkb_keysym_t> symbols, xkb_layout_index_t group,
-        const std::vector<xcb_keycode_t>& held) const
+        const std::vector<PasteKeys::KeyCode>& held) const
     {
         for (const auto symbol : symbols) {
             const auto key = firstKey([&](xkb_keycode_t candidate) {
@@ -83,14 +83,14 @@ public:
     }
 
 private:
-    static std::optional<xcb_keycode_t> fitting(xkb_keycode_t key)
+    static std::optional<PasteKeys::KeyCode> fitting(xkb_keycode_t key)
     {
-        // X11 has eight bits for a key; a key map may name more.
-        return key <= 255 ? std::optional(static_cast<xcb_keycode_t>(key)) : std::nullopt;
+        // Keyboards have no others; a key map may name more.
+        return key <= 255 ? std::optional(static_cast<PasteKeys::KeyCode>(key)) : std::nullopt;
     }
 
     template <typename Predicate>
-    [[nodiscard]] std::optional<xcb_keycode_t> firstKey(Predicate predicate) const
+    [[nodiscard]] std::optional<PasteKeys::KeyCode> firstKey(Predicate predicate) const
     {
         const auto last = std::min<xkb_keycode_t>(xkb_keymap_max_keycode(m_keymap), 255);
         for (auto key = xkb_keymap_min_keycode(m_keymap); key <= last; ++key) {
@@ -116,7 +116,7 @@ private:
 
     [[nodiscard]] bool sets(
         xkb_keycode_t key, const char* modifier, xkb_layout_index_t group,
-        const std::vector<xcb_keycode_t>& held) const
+        const std::vector<PasteKeys::KeyCode>& held) const
     {
         const std::unique_ptr<xkb_state, StateDeleter> state(xkb_state_new(m_keymap));
         xkb_state_update_mask(state.get(), 0, 0, 0, 0, 0, group);
@@ -142,9 +142,9 @@ private:
     xkb_keymap* m_keymap;
 };
 
-bool findKey(const Keyboard& keyboard, xkb_keysym_t symbol, std::uint8_t group, X11PasteKeys& keys)
+bool findKey(const Keyboard& keyboard, xkb_keysym_t symbol, std::uint8_t group, PasteKeys& keys)
 {
-    const auto take = [&keys](std::optional<xcb_keycode_t> key, xkb_layout_index_t inGroup) {
+    const auto take = [&keys](std::optional<PasteKeys::KeyCode> key, xkb_layout_index_t inGroup) {
         keys.key = key.value_or(0);
         keys.group = static_cast<std::uint8_t>(inGroup);
         return key.has_value();
@@ -162,12 +162,11 @@ bool findKey(const Keyboard& keyboard, xkb_keysym_t symbol, std::uint8_t group, 
 
 } // namespace
 
-std::optional<X11PasteKeys>
-X11PasteKeys::find(xkb_keymap* keymap, PasteChord chord, std::uint8_t group)
+std::optional<PasteKeys> PasteKeys::find(xkb_keymap* keymap, PasteChord chord, std::uint8_t group)
 {
     const Keyboard keyboard(keymap);
     const Parts parts = partsOf(chord);
-    X11PasteKeys keys;
+    PasteKeys keys;
     if (!findKey(keyboard, parts.symbol, group, keys)) {
         return std::nullopt;
     }
@@ -180,10 +179,10 @@ X11PasteKeys::find(xkb_keymap* keymap, PasteChord chord, std::uint8_t group)
         }
     };
     if (parts.hasControl) {
-        hold(XKB_MOD_NAME_CTRL, XCB_MOD_MASK_CONTROL, {XKB_KEY_Control_L, XKB_KEY_Control_R});
+        hold(XKB_MOD_NAME_CTRL, PasteKeys::controlMask, {XKB_KEY_Control_L, XKB_KEY_Control_R});
     }
     if (parts.hasShift) {
-        hold(XKB_MOD_NAME_SHIFT, XCB_MOD_MASK_SHIFT, {XKB_KEY_Shift_L, XKB_KEY_Shift_R});
+        hold(XKB_MOD_NAME_SHIFT, PasteKeys::shiftMask, {XKB_KEY_Shift_L, XKB_KEY_Shift_R});
     }
     return keys;
 }
