@@ -47,7 +47,12 @@ QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<Running
     if (!application->isActive()) {
         co_return PostResult::targetNotInFront;
     }
-    co_return co_await m_sender.send(chord) ? PostResult::posted : PostResult::failed;
+    if (co_await m_sender.send(chord)) {
+        co_return PostResult::posted;
+    }
+    // A sender that can tell sends none when the keyboard has gone elsewhere meanwhile.
+    const bool hasLeft = !alive.expired() && m_sender.isAllowed() && !application->isActive();
+    co_return hasLeft ? PostResult::targetNotInFront : PostResult::failed;
 }
 
 } // namespace tessly

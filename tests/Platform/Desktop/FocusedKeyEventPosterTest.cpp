@@ -200,6 +200,27 @@ TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontDuringTheOfferGetsNoK
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
+TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontBeforeItGetsKeysIsNotInFront)
+{
+    const auto target = inFront();
+    m_sender.breakKeys();
+    m_sender.gate().hold();
+    auto first = m_poster.postPaste(target);
+    ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
+    target->setActive(false);
+    m_sender.gate().releaseWaiting();
+    EXPECT_EQ(await(std::move(first)), PostResult::targetNotInFront);
+
+    // Where no keys can be pressed any more, that says nothing about the target.
+    target->setActive(true);
+    auto second = m_poster.postPaste(target);
+    ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
+    target->setActive(false);
+    m_sender.setAllowed(false);
+    m_sender.gate().open();
+    EXPECT_EQ(await(std::move(second)), PostResult::failed);
+}
+
 TEST_F(FocusedKeyEventPosterTest, APasteIsPostedOnceTheDesktopHasTheKeys)
 {
     m_sender.gate().hold();
