@@ -1,5 +1,6 @@
 #include "WaylandDesktop.h"
 
+#include "LoopAnswer.h"
 #include "WaylandToplevels.h"
 
 #include <QObject>
@@ -19,9 +20,16 @@ WaylandDesktop::WaylandDesktop(Options options)
     , m_registry(m_loop)
 {
     m_loop.roundTrip(options.deadline);
+    m_keyboard = std::make_unique<WaylandKeyboard>(m_loop, m_registry);
     m_seat = std::make_unique<WaylandSeat>(
         m_registry,
-        WaylandSeat::Events{.changed = [] {}, .keymapChanged = [](const QByteArray&) {}});
+        WaylandSeat::Events{
+            .changed = [this](wl_seat* seat) { m_keyboard->setSeat(seat); },
+            .keymapChanged = [this](const QByteArray& keymap) { m_keyboard->setKeymap(keymap); }});
+    // The seat tells what it has, and then its keyboard what that is.
+    m_loop.roundTrip(options.deadline);
+    m_loop.roundTrip(options.deadline);
+    m_keyboard->start();
     // After the last wait: the windows are told of on the loop's thread, which reads desktop
     // entries for them.
     m_toplevels =
@@ -43,6 +51,41 @@ void WaylandDesktop::setConnectionLost(std::function<void()> callback)
 bool WaylandDesktop::hasToplevels() const
 {
     return m_toplevels->isTold();
+}
+
+bool WaylandDesktop::canPress(WaylandKeyboard::Way way) const
+{
+    return m_isConnected && m_keyboard->has(way);
+}
+
+bool WaylandDesktop::hasVirtualKeyboard() const
+{
+    return canPress(WaylandKeyboard::Way::virtualKeyboard);
+}
+
+bool WaylandDesktop::hasFakeInput() const
+{
+    return canPress(WaylandKeyboard::Way::fakeInput);
+}
+
+quint32 WaylandDesktop::letterVKey() const
+{
+    return m_keyboard->letterVKey();
+}
+
+QFuture<bool> WaylandDesktop::press(WaylandKeyboard::Way way, PasteChord chord)
+{
+    return askLoop(
+        m_loop, false, [this, way, chord, front = m_toplevels->front()](const auto& answer) {
+            // What the user and other programs did by now may not be known here yet.
+            m_loop.awaitOtherPrograms([this, way, chord, front, answer] {
+                if (m_toplevels->front() == front) {
+                    m_keyboard->press(way, chord, answer);
+                } else {
+                    answer(false);
+                }
+            });
+        });
 }
 
 void WaylandDesktop::lost()

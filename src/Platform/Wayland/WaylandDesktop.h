@@ -2,8 +2,11 @@
 
 #include "DesktopEntries.h"
 #include "WaylandEventLoop.h"
+#include "WaylandKeyboard.h"
 #include "WaylandRegistry.h"
 #include "WaylandSeat.h"
+
+#include <QFuture>
 
 #include <atomic>
 #include <chrono>
@@ -48,6 +51,19 @@ public:
 
     /// Whether the compositor tells of other programs' windows.
     [[nodiscard]] bool hasToplevels() const;
+    /// Whether keys can be pressed in this way, as long as the compositor is there.
+    [[nodiscard]] bool canPress(WaylandKeyboard::Way way) const;
+    [[nodiscard]] bool hasVirtualKeyboard() const;
+    [[nodiscard]] bool hasFakeInput() const;
+
+    /// The key of the user's keyboard that bears a Latin "v", of the first layout that has it, as
+    /// in linux/input-event-codes.h; the usual one where none does, or no keyboard is known. Any
+    /// thread; a read of memory.
+    [[nodiscard]] quint32 letterVKey() const;
+
+    /// Presses and releases the keys of a chord, if the window that is in front now still is when
+    /// the compositor has been asked. True once the compositor has all of the keys.
+    [[nodiscard]] QFuture<bool> press(WaylandKeyboard::Way way, PasteChord chord);
 
     [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
 
@@ -59,6 +75,7 @@ private:
     std::unique_ptr<QObject> m_mainThread;
     WaylandEventLoop m_loop;
     WaylandRegistry m_registry;
+    std::unique_ptr<WaylandKeyboard> m_keyboard;
     std::unique_ptr<WaylandSeat> m_seat;
     std::shared_ptr<WaylandToplevels> m_toplevels;
     /// The compositor is there.

@@ -87,14 +87,14 @@ void WaylandSeat::attach()
         .capabilities = &WaylandSeat::capabilitiesTold,
         .name = [](void*, wl_seat*, const char*) {}};
     wl_seat_add_listener(m_seat.get(), &listener, this);
-    m_events.changed();
+    m_events.changed(m_seat.get());
 }
 
 void WaylandSeat::detach()
 {
+    m_events.changed(nullptr);
     m_keyboard.reset();
     m_seat.reset();
-    m_events.changed();
 }
 
 void WaylandSeat::capabilitiesTold(void* data, wl_seat*, std::uint32_t capabilities)

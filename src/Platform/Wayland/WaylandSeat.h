@@ -20,8 +20,8 @@ class WaylandSeat
 public:
     struct Events
     {
-        /// There is a seat now, or another one, or none any more.
-        std::function<void()> changed = {};
+        /// There is another seat now, or none any more (null). The one before goes after this.
+        std::function<void(wl_seat* seat)> changed = {};
         /// The key map that holds from now on, in the text format of XKB. Unchecked.
         std::function<void(const QByteArray& keymap)> keymapChanged = {};
     };

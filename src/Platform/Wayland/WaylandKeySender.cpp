@@ -1,0 +1,30 @@
+#include "WaylandKeySender.h"
+
+#include "WaylandDesktop.h"
+
+#include <QCoroFuture>
+
+namespace tessly {
+
+WaylandKeySender::WaylandKeySender(WaylandDesktop& desktop, WaylandKeyboard::Way way)
+    : m_desktop(desktop)
+    , m_way(way)
+{
+}
+
+bool WaylandKeySender::isAllowed() const
+{
+    return m_desktop.canPress(m_way);
+}
+
+bool WaylandKeySender::requestAccess()
+{
+    return isAllowed();
+}
+
+QCoro::Task<bool> WaylandKeySender::send(PasteChord chord)
+{
+    co_return co_await m_desktop.press(m_way, chord);
+}
+
+} // namespace tessly

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "KeySender.h"
+#include "WaylandKeyboard.h"
+
+namespace tessly {
+
+class WaylandDesktop;
+
+/// Presses keys by a protocol of the compositor, which either has it for this program or not: the
+/// user is not asked.
+class WaylandKeySender : public KeySender
+{
+public:
+    [[nodiscard]] bool isAllowed() const final;
+    [[nodiscard]] bool requestAccess() final;
+    /// False as well where there is no seat, or another window has come to the front since.
+    [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) final;
+
+protected:
+    /// `desktop` must outlive this.
+    WaylandKeySender(WaylandDesktop& desktop, WaylandKeyboard::Way way);
+
+private:
+    WaylandDesktop& m_desktop;
+    WaylandKeyboard::Way m_way;
+};
+
+/// By zwp_virtual_keyboard_manager_v1. What the user holds down has no part in it.
+class VirtualKeyboardSender final : public WaylandKeySender
+{
+public:
+    explicit VirtualKeyboardSender(WaylandDesktop& desktop)
+        : WaylandKeySender(desktop, WaylandKeyboard::Way::virtualKeyboard)
+    {
+    }
+};
+
+/// By org_kde_kwin_fake_input. Modifiers that the user holds down are lifted, and stay so.
+class FakeInputSender final : public WaylandKeySender
+{
+public:
+    explicit FakeInputSender(WaylandDesktop& desktop)
+        : WaylandKeySender(desktop, WaylandKeyboard::Way::fakeInput)
+    {
+    }
+};
+
+} // namespace tessly

@@ -1,0 +1,169 @@
+#include "WaylandKeyboard.h"
+
+#include "WaylandVirtualKeyboard.h"
+#include "fake-input-client-protocol.h"
+#include "virtual-keyboard-unstable-v1-client-protocol.h"
+
+#include <algorithm>
+#include <array>
+#include <linux/input-event-codes.h>
+#include <utility>
+#include <wayland-client.h>
+
+namespace tessly {
+
+namespace {
+
+/// The first version that has keys.
+constexpr std::uint32_t fakeInputVersion = 4;
+
+constexpr std::array<std::uint32_t, 8> modifierKeys = {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTALT,
+                                                       KEY_RIGHTALT,  KEY_LEFTMETA,   KEY_RIGHTMETA,
+                                                       KEY_LEFTCTRL,  KEY_RIGHTCTRL};
+
+} // namespace
+
+WaylandKeyboard::WaylandKeyboard(WaylandEventLoop& loop, const WaylandRegistry& registry)
+    : m_loop(loop)
+    , m_virtualKeyboards(registry.bind<zwp_virtual_keyboard_manager_v1>(
+          registry.find(zwp_virtual_keyboard_manager_v1_interface.name),
+          zwp_virtual_keyboard_manager_v1_interface, 1))
+    , m_fakeInput(registry.bind<org_kde_kwin_fake_input>(
+          registry.find(org_kde_kwin_fake_input_interface.name), org_kde_kwin_fake_input_interface,
+          fakeInputVersion))
+{
+    if (m_fakeInput && org_kde_kwin_fake_input_get_version(m_fakeInput.get()) < fakeInputVersion) {
+        m_fakeInput.reset();
+    }
+    if (m_fakeInput) {
+        org_kde_kwin_fake_input_authenticate(
+            m_fakeInput.get(), "Tessly",
+            "Pasting what is chosen from the clipboard history into other programs");
+    }
+}
+
+WaylandKeyboard::~WaylandKeyboard() = default;
+
+void WaylandKeyboard::Deleter::operator()(org_kde_kwin_fake_input* object) const
+{
+    org_kde_kwin_fake_input_destroy(object);
+}
+
+void WaylandKeyboard::Deleter::operator()(zwp_virtual_keyboard_manager_v1* object) const
+{
+    zwp_virtual_keyboard_manager_v1_destroy(object);
+}
+
+bool WaylandKeyboard::has(Way way) const
+{
+    switch (way) {
+    case Way::virtualKeyboard:
+        return m_virtualKeyboards != nullptr;
+    case Way::fakeInput:
+        return m_fakeInput != nullptr;
+    }
+    return false;
+}
+
+void WaylandKeyboard::setSeat(wl_seat* seat)
+{
+    m_virtualKeyboard.reset();
+    m_seat = seat;
+    if (m_isStarted) {
+        makeVirtualKeyboard();
+    }
+}
+
+void WaylandKeyboard::setKeymap(const QByteArray& text)
+{
+    // The compositor also tells the key map that the virtual keyboard was given here, whenever that
+    // has been the last to press a key. To take it for the user's does no harm: it is the same, or
+    // the one that would be used in place of the user's.
+    if (auto keymap = WaylandKeymap::fromText(text)) {
+        m_keymap = std::move(keymap);
+        m_letterVKey = m_keymap->letterVKey().value_or(WaylandKeymap::usualKeyOfV);
+    }
+}
+
+void WaylandKeyboard::start()
+{
+    m_isStarted = true;
+    makeVirtualKeyboard();
+}
+
+void WaylandKeyboard::makeVirtualKeyboard()
+{
+    if (m_virtualKeyboards && m_seat != nullptr) {
+        m_virtualKeyboard =
+            std::make_unique<WaylandVirtualKeyboard>(m_virtualKeyboards.get(), m_seat);
+        if (const auto* const keymap = usableKeymap()) {
+            // Else tried again when there are keys to press.
+            [[maybe_unused]] const bool hasKeymap = m_virtualKeyboard->setKeymap(*keymap);
+        }
+    }
+}
+
+void WaylandKeyboard::press(Way way, PasteChord chord, Done done)
+{
+    const bool isPressed = way == Way::virtualKeyboard ? pressVirtually(chord) : fake(chord);
+    if (isPressed) {
+        m_loop.awaitRoundTrip([done = std::move(done)] { done(true); });
+    } else {
+        done(false);
+    }
+}
+
+bool WaylandKeyboard::pressVirtually(PasteChord chord)
+{
+    const auto* const keymap = usableKeymap();
+    if (!m_virtualKeyboard || keymap == nullptr || !m_virtualKeyboard->setKeymap(*keymap)) {
+        return false;
+    }
+    m_virtualKeyboard->play(keymap->steps(chord));
+    return true;
+}
+
+bool WaylandKeyboard::fake(PasteChord chord)
+{
+    const auto* const keymap = usableKeymap();
+    if (!m_fakeInput || keymap == nullptr) {
+        return false;
+    }
+    const auto& steps = keymap->steps(chord);
+    const bool isByKeysAlone =
+        std::ranges::none_of(steps, [](const auto& step) { return step.modifiers.locked != 0; });
+    if (!isByKeysAlone) {
+        return false;
+    }
+    // All keyboards have one state together here. What the user holds is let go of, and not pressed
+    // again, since the user may let go meanwhile.
+    for (const auto key : modifierKeys) {
+        fakeKey(key, false);
+    }
+    for (const auto& step : steps) {
+        if (step.key != 0) {
+            fakeKey(step.key, step.isPress);
+        }
+    }
+    return true;
+}
+
+void WaylandKeyboard::fakeKey(std::uint32_t key, bool isPress)
+{
+    org_kde_kwin_fake_input_keyboard_key(
+        m_fakeInput.get(), key,
+        isPress ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+}
+
+const WaylandKeymap* WaylandKeyboard::usableKeymap()
+{
+    if (m_keymap && m_keymap->canMakeAll()) {
+        return &*m_keymap;
+    }
+    if (!m_american) {
+        m_american = WaylandKeymap::american();
+    }
+    return m_american ? &*m_american : nullptr;
+}
+
+} // namespace tessly

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "PasteChord.h"
+#include "WaylandEventLoop.h"
+#include "WaylandKeymap.h"
+#include "WaylandRegistry.h"
+
+#include <QByteArray>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+struct org_kde_kwin_fake_input;
+struct wl_seat;
+struct zwp_virtual_keyboard_manager_v1;
+
+namespace tessly {
+
+class WaylandVirtualKeyboard;
+
+/// What a compositor has to press keys with, on its first seat. Loop thread, or before the loop is
+/// started, but for what says otherwise.
+class WaylandKeyboard
+{
+public:
+    enum class Way {
+        /// zwp_virtual_keyboard_manager_v1: a keyboard of the program's own.
+        virtualKeyboard,
+        /// org_kde_kwin_fake_input: keys on the one keyboard that there is for all.
+        fakeInput,
+    };
+    /// Called once, or dropped if the compositor goes away.
+    using Done = std::function<void(bool isPressed)>;
+
+    /// Once what the compositor has is known.
+    WaylandKeyboard(WaylandEventLoop& loop, const WaylandRegistry& registry);
+    ~WaylandKeyboard();
+    WaylandKeyboard(const WaylandKeyboard&) = delete;
+    WaylandKeyboard& operator=(const WaylandKeyboard&) = delete;
+
+    /// Whether the compositor has had it at the start. Any thread.
+    [[nodiscard]] bool has(Way way) const;
+    /// As WaylandKeymap's, of the user's key map; the usual key where there is none. Any thread.
+    [[nodiscard]] std::uint32_t letterVKey() const { return m_letterVKey; }
+
+    /// The seat there is now; null if there is none.
+    void setSeat(wl_seat* seat);
+    /// The key map of the seat's keyboards.
+    void setKeymap(const QByteArray& text);
+    /// Makes the virtual keyboard, once seat and key map are known as far as they are.
+    void start();
+
+    /// Presses and releases the keys of a chord. Answers once the compositor has all of them, or
+    /// with false if it gets none.
+    void press(Way way, PasteChord chord, Done done);
+
+private:
+    struct Deleter
+    {
+        void operator()(org_kde_kwin_fake_input* object) const;
+        void operator()(zwp_virtual_keyboard_manager_v1* object) const;
+    };
+
+    void makeVirtualKeyboard();
+    [[nodiscard]] bool pressVirtually(PasteChord chord);
+    [[nodiscard]] bool fake(PasteChord chord);
+    void fakeKey(std::uint32_t key, bool isPress);
+    /// The user's key map if all chords can be made on it, else an American one.
+    [[nodiscard]] const WaylandKeymap* usableKeymap();
+
+    WaylandEventLoop& m_loop;
+    std::unique_ptr<zwp_virtual_keyboard_manager_v1, Deleter> m_virtualKeyboards;
+    std::unique_ptr<org_kde_kwin_fake_input, Deleter> m_fakeInput;
+    wl_seat* m_seat = nullptr;
+    std::unique_ptr<WaylandVirtualKeyboard> m_virtualKeyboard;
+    std::optional<WaylandKeymap> m_keymap;
+    /// Made when it is needed.
+    std::optional<WaylandKeymap> m_american;
+    bool m_isStarted = false;
+    std::atomic<std::uint32_t> m_letterVKey = WaylandKeymap::usualKeyOfV;
+};
+
+} // namespace tessly

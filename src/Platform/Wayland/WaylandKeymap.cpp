@@ -1,0 +1,157 @@
+#include "WaylandKeymap.h"
+
+#include "PasteKeys.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <ranges>
+#include <xkbcommon/xkbcommon.h>
+
+namespace tessly {
+
+namespace {
+
+/// What XKB's numbers of keys are above the kernel's.
+constexpr std::uint32_t firstXkbKey = 8;
+
+constexpr std::array allChords = {
+    PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert};
+
+struct XkbDeleter
+{
+    void operator()(xkb_context* context) const noexcept { xkb_context_unref(context); }
+    void operator()(xkb_keymap* keymap) const noexcept { xkb_keymap_unref(keymap); }
+    void operator()(xkb_state* state) const noexcept { xkb_state_unref(state); }
+    void operator()(char* text) const noexcept { std::free(text); }
+};
+template <typename Object>
+using Owned = std::unique_ptr<Object, XkbDeleter>;
+
+Owned<xkb_context> makeContext()
+{
+    Owned<xkb_context> context(xkb_context_new(XKB_CONTEXT_NO_FLAGS));
+    if (context) {
+        // It would write on standard error what is wrong with another program's key map.
+        xkb_context_set_log_level(context.get(), XKB_LOG_LEVEL_CRITICAL);
+    }
+    return context;
+}
+
+/// Follows the state of a keyboard while a chord is made on it.
+class ChordMaker
+{
+public:
+    ChordMaker(xkb_keymap* keymap, const PasteKeys& keys)
+        : m_keys(keys)
+        , m_state(xkb_state_new(keymap))
+    {
+        xkb_state_update_mask(m_state.get(), 0, 0, 0, 0, 0, keys.group);
+    }
+
+    [[nodiscard]] WaylandKeymap::Steps make()
+    {
+        m_steps = {{.modifiers = modifiers()}};
+        for (const auto modifier : m_keys.modifiers) {
+            change(modifier, XKB_KEY_DOWN);
+        }
+        // Not before the modifiers: they may be those that switch layouts when they meet.
+        setLocked(m_keys.lockedModifiers);
+        change(m_keys.key, XKB_KEY_DOWN);
+        change(m_keys.key, XKB_KEY_UP);
+        setLocked(0);
+        for (const auto modifier : std::views::reverse(m_keys.modifiers)) {
+            change(modifier, XKB_KEY_UP);
+        }
+        m_steps.push_back({});
+        return m_steps;
+    }
+
+private:
+    void change(xkb_keycode_t key, xkb_key_direction direction)
+    {
+        xkb_state_update_key(m_state.get(), key, direction);
+        m_steps.push_back(
+            {.key = key - firstXkbKey,
+             .isPress = direction == XKB_KEY_DOWN,
+             .modifiers = modifiers()});
+    }
+
+    void setLocked(std::uint32_t modifiers)
+    {
+        if (m_keys.lockedModifiers != 0) {
+            m_locked = modifiers;
+            m_steps.push_back({.modifiers = this->modifiers()});
+        }
+    }
+
+    [[nodiscard]] WaylandKeymap::Modifiers modifiers() const
+    {
+        const auto serialized = [this](xkb_state_component component) {
+            return xkb_state_serialize_mods(m_state.get(), component);
+        };
+        return {
+            .depressed = serialized(XKB_STATE_MODS_DEPRESSED),
+            .latched = serialized(XKB_STATE_MODS_LATCHED),
+            .locked = m_locked,
+            .group = xkb_state_serialize_layout(m_state.get(), XKB_STATE_LAYOUT_EFFECTIVE)};
+    }
+
+    const PasteKeys& m_keys;
+    Owned<xkb_state> m_state;
+    std::uint32_t m_locked = 0;
+    WaylandKeymap::Steps m_steps;
+};
+
+} // namespace
+
+WaylandKeymap::WaylandKeymap(xkb_keymap* keymap)
+{
+    if (const Owned<char> text(xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1)); text) {
+        m_text = text.get();
+    }
+    for (const PasteChord chord : allChords) {
+        if (const auto keys = PasteKeys::find(keymap, chord, 0)) {
+            m_steps.at(static_cast<std::size_t>(chord)) = ChordMaker(keymap, *keys).make();
+        }
+    }
+    if (const auto keys = PasteKeys::find(keymap, PasteChord::controlV, 0)) {
+        m_letterVKey = keys->key - firstXkbKey;
+    }
+}
+
+std::optional<WaylandKeymap> WaylandKeymap::fromText(const QByteArray& text)
+{
+    const auto context = makeContext();
+    // Some senders count the zero byte at the end.
+    const Owned<xkb_keymap> keymap(
+        context ? xkb_keymap_new_from_buffer(
+                      context.get(), text.constData(), qstrnlen(text.constData(), text.size()),
+                      XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS)
+                : nullptr);
+    return keymap ? std::optional(WaylandKeymap(keymap.get())) : std::nullopt;
+}
+
+std::optional<WaylandKeymap> WaylandKeymap::american()
+{
+    const xkb_rule_names names = {
+        .rules = "evdev", .model = "pc105", .layout = "us", .variant = "", .options = ""};
+    const auto context = makeContext();
+    const Owned<xkb_keymap> keymap(
+        context ? xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS)
+                : nullptr);
+    return keymap ? std::optional(WaylandKeymap(keymap.get())) : std::nullopt;
+}
+
+const WaylandKeymap::Steps& WaylandKeymap::steps(PasteChord chord) const
+{
+    return m_steps.at(static_cast<std::size_t>(chord));
+}
+
+bool WaylandKeymap::canMakeAll() const
+{
+    return !m_text.isEmpty() &&
+           std::ranges::none_of(m_steps, [](const Steps& steps) { return steps.empty(); });
+}
+
+} // namespace tessly

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "PasteChord.h"
+
+#include <QByteArray>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+struct xkb_keymap;
+
+namespace tessly {
+
+/// A key map of a seat's keyboards, and what pasting takes on it.
+class WaylandKeymap
+{
+public:
+    /// What is in effect, as the key map numbers it.
+    struct Modifiers
+    {
+        std::uint32_t depressed = 0;
+        std::uint32_t latched = 0;
+        std::uint32_t locked = 0;
+        std::uint32_t group = 0;
+
+        bool operator==(const Modifiers&) const = default;
+    };
+    /// A key goes down or up, after which these modifiers are in effect.
+    struct Step
+    {
+        /// As in linux/input-event-codes.h; 0: only the modifiers change.
+        std::uint32_t key = 0;
+        bool isPress = false;
+        Modifiers modifiers = {};
+
+        bool operator==(const Step&) const = default;
+    };
+    using Steps = std::vector<Step>;
+
+    /// Where V is on most keyboards, as in linux/input-event-codes.h.
+    static constexpr std::uint32_t usualKeyOfV = 47;
+
+    /// From the text format of XKB; none if it is not that.
+    [[nodiscard]] static std::optional<WaylandKeymap> fromText(const QByteArray& text);
+    /// An American keyboard; none where XKB's own files are missing.
+    [[nodiscard]] static std::optional<WaylandKeymap> american();
+
+    /// As XKB writes it, so that equal key maps have equal texts.
+    [[nodiscard]] const QByteArray& text() const { return m_text; }
+
+    /// The key that bears a Latin "v", of the first layout that has it, as in
+    /// linux/input-event-codes.h; none if no layout has it, as where Cyrillic or Greek is the only
+    /// one.
+    [[nodiscard]] std::optional<std::uint32_t> letterVKey() const { return m_letterVKey; }
+
+    /// Everything that makes a chord, from no key held to no key held; empty if the keyboard cannot
+    /// make it.
+    [[nodiscard]] const Steps& steps(PasteChord chord) const;
+    /// Whether it can make them all.
+    [[nodiscard]] bool canMakeAll() const;
+
+private:
+    explicit WaylandKeymap(xkb_keymap* keymap);
+
+    QByteArray m_text;
+    std::optional<std::uint32_t> m_letterVKey;
+    /// By the chord's number.
+    std::array<Steps, 3> m_steps;
+};
+
+} // namespace tessly

@@ -1,0 +1,180 @@
+#include "WaylandKeymap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <xkbcommon/xkbcommon.h>
+
+#include <cstdlib>
+#include <linux/input-event-codes.h>
+#include <memory>
+
+using testing::ElementsAre;
+
+namespace tessly {
+
+static void PrintTo(const WaylandKeymap::Step& step, std::ostream* stream)
+{
+    *stream << (step.isPress ? '+' : '-') << step.key << '/' << step.modifiers.depressed << '/'
+            << step.modifiers.latched << '/' << step.modifiers.locked << '/'
+            << step.modifiers.group;
+}
+
+namespace test {
+namespace {
+
+using Steps = WaylandKeymap::Steps;
+
+constexpr std::uint32_t shift = 1;
+constexpr std::uint32_t control = 4;
+
+/// What a compositor sends for a keyboard, as the rules of xkeyboard-config make it.
+QByteArray keymapText(const char* layout, const char* variant = "", const char* options = "")
+{
+    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
+        xkb_context_new(XKB_CONTEXT_NO_FLAGS), &xkb_context_unref);
+    const xkb_rule_names names = {
+        .rules = "evdev",
+        .model = "pc105",
+        .layout = layout,
+        .variant = variant,
+        .options = options};
+    const std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> keymap(
+        xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS),
+        &xkb_keymap_unref);
+    const std::unique_ptr<char, decltype(&std::free)> text(
+        xkb_keymap_get_as_string(keymap.get(), XKB_KEYMAP_FORMAT_TEXT_V1), &std::free);
+    return text.get();
+}
+
+WaylandKeymap keymap(const char* layout, const char* variant = "", const char* options = "")
+{
+    return WaylandKeymap::fromText(keymapText(layout, variant, options)).value();
+}
+
+WaylandKeymap::Step
+down(std::uint32_t key, std::uint32_t modifiers, std::uint32_t group = 0, std::uint32_t locked = 0)
+{
+    return {
+        .key = key,
+        .isPress = true,
+        .modifiers = {.depressed = modifiers, .locked = locked, .group = group}};
+}
+
+WaylandKeymap::Step
+up(std::uint32_t key, std::uint32_t modifiers, std::uint32_t group = 0, std::uint32_t locked = 0)
+{
+    return {
+        .key = key,
+        .isPress = false,
+        .modifiers = {.depressed = modifiers, .locked = locked, .group = group}};
+}
+
+WaylandKeymap::Step set(std::uint32_t group)
+{
+    return {.modifiers = {.group = group}};
+}
+
+WaylandKeymap::Step hold(std::uint32_t modifiers, std::uint32_t locked)
+{
+    return {.modifiers = {.depressed = modifiers, .locked = locked}};
+}
+
+Steps controlV(std::uint32_t key, std::uint32_t group)
+{
+    return {
+        set(group),
+        down(KEY_LEFTCTRL, control, group),
+        down(key, control, group),
+        up(key, control, group),
+        up(KEY_LEFTCTRL, 0, group),
+        set(0)};
+}
+
+TEST(WaylandKeymapTest, makesEveryChordOnAnAmericanKeyboard)
+{
+    const auto us = WaylandKeymap::american().value();
+    EXPECT_TRUE(us.canMakeAll());
+    EXPECT_EQ(us.letterVKey(), 47U);
+    EXPECT_EQ(us.text(), keymap("us").text());
+    EXPECT_EQ(us.steps(PasteChord::controlV), controlV(KEY_V, 0));
+    EXPECT_THAT(
+        us.steps(PasteChord::controlShiftV),
+        ElementsAre(
+            set(0), down(KEY_LEFTCTRL, control), down(KEY_LEFTSHIFT, control | shift),
+            down(KEY_V, control | shift), up(KEY_V, control | shift), up(KEY_LEFTSHIFT, control),
+            up(KEY_LEFTCTRL, 0), set(0)));
+    EXPECT_THAT(
+        us.steps(PasteChord::shiftInsert),
+        ElementsAre(
+            set(0), down(KEY_LEFTSHIFT, shift), down(KEY_INSERT, shift), up(KEY_INSERT, shift),
+            up(KEY_LEFTSHIFT, 0), set(0)));
+}
+
+TEST(WaylandKeymapTest, findsTheLetterWhereTheLayoutHasIt)
+{
+    const auto dvorak = keymap("us", "dvorak");
+    EXPECT_EQ(dvorak.letterVKey(), std::uint32_t{KEY_DOT});
+    EXPECT_EQ(dvorak.steps(PasteChord::controlV), controlV(KEY_DOT, 0));
+    EXPECT_EQ(keymap("de", "neo").letterVKey(), std::uint32_t{KEY_W});
+    EXPECT_EQ(keymap("fr").letterVKey(), std::uint32_t{KEY_V});
+}
+
+TEST(WaylandKeymapTest, takesTheFirstLayoutThatHasTheLetter)
+{
+    EXPECT_EQ(keymap("us,ru").steps(PasteChord::controlV), controlV(KEY_V, 0));
+    EXPECT_EQ(keymap("ru,us").steps(PasteChord::controlV), controlV(KEY_V, 1));
+    const auto second = keymap("ru,us", ",dvorak");
+    EXPECT_EQ(second.letterVKey(), std::uint32_t{KEY_DOT});
+    EXPECT_EQ(second.steps(PasteChord::controlV), controlV(KEY_DOT, 1));
+    EXPECT_EQ(keymap("us,us", "dvorak,").letterVKey(), std::uint32_t{KEY_DOT});
+}
+
+TEST(WaylandKeymapTest, withoutTheLetterNotEveryChordCanBeMade)
+{
+    const auto russian = keymap("ru");
+    EXPECT_EQ(russian.letterVKey(), std::nullopt);
+    EXPECT_FALSE(russian.canMakeAll());
+    EXPECT_EQ(russian.steps(PasteChord::controlV), Steps());
+    EXPECT_EQ(russian.steps(PasteChord::controlShiftV), Steps());
+    EXPECT_FALSE(russian.steps(PasteChord::shiftInsert).empty());
+}
+
+TEST(WaylandKeymapTest, goesByWhatModifierKeysDo)
+{
+    EXPECT_EQ(
+        keymap("us", "", "ctrl:swapcaps").steps(PasteChord::controlV).at(1),
+        down(KEY_CAPSLOCK, control));
+}
+
+TEST(WaylandKeymapTest, locksAModifierThatNoKeySetsAlone)
+{
+    EXPECT_THAT(
+        keymap("us,ru", "", "grp:ctrl_shift_toggle").steps(PasteChord::controlShiftV),
+        ElementsAre(
+            set(0), down(KEY_LEFTCTRL, control), hold(control, shift),
+            down(KEY_V, control, 0, shift), up(KEY_V, control, 0, shift), hold(control, 0),
+            up(KEY_LEFTCTRL, 0), set(0)));
+}
+
+TEST(WaylandKeymapTest, textsAreTheSameForTheSameKeyMap)
+{
+    const auto once = keymap("us,ru", "", "compose:caps");
+    EXPECT_EQ(WaylandKeymap::fromText(once.text()).value().text(), once.text());
+    // As compositors send it.
+    const QByteArray withZero = once.text() + '\0';
+    EXPECT_EQ(WaylandKeymap::fromText(withZero).value().text(), once.text());
+    EXPECT_NE(keymap("us").text(), once.text());
+}
+
+TEST(WaylandKeymapTest, whatIsNoKeyMapIsNone)
+{
+    EXPECT_FALSE(WaylandKeymap::fromText(QByteArray()));
+    EXPECT_FALSE(WaylandKeymap::fromText("xkb_keymap {"));
+    EXPECT_FALSE(WaylandKeymap::fromText(QByteArray(100'000, 'x')));
+    EXPECT_FALSE(WaylandKeymap::fromText(QByteArray(1000, '\0')));
+}
+
+} // namespace
+} // namespace test
+} // namespace tessly
