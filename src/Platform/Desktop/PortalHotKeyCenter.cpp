@@ -1,0 +1,299 @@
+#include "PortalHotKeyCenter.h"
+
+#include <QCoroFuture>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QLoggingCategory>
+#include <QStringList>
+
+#include <algorithm>
+#include <chrono>
+#include <ranges>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcHotKeys, "com.brackmoor.tessly.PortalHotKeyCenter")
+
+const QString interface = u"org.freedesktop.portal.GlobalShortcuts"_s;
+const QString activated = u"Activated"_s;
+const QString deactivated = u"Deactivated"_s;
+
+/// Some desktops tell of a held key again and again, and not all tell of its release: a key that
+/// was not heard of for longer than keyboards take to repeat has been let go.
+constexpr auto longestSilence = 1s;
+
+using Status = HotKeyCenter::Status;
+
+QCoro::Task<Status> answered(QFuture<Status> answer)
+{
+    co_return co_await answer;
+}
+
+/// The ids of the shortcuts that an answer lists.
+QStringList idsIn(const QVariant& list)
+{
+    const auto argument = list.value<QDBusArgument>();
+    if (argument.currentSignature() != "a(sa{sv})"_L1) {
+        return {};
+    }
+    QStringList ids;
+    for (const PortalShortcut& shortcut : qdbus_cast<QList<PortalShortcut>>(argument)) {
+        ids << shortcut.id;
+    }
+    return ids;
+}
+
+} // namespace
+
+PortalHotKeyCenter::PortalHotKeyCenter(DesktopPortal& portal, Clock& clock, Describe describe)
+    : m_portal(portal)
+    , m_clock(clock)
+    , m_describe(std::move(describe))
+{
+    qDBusRegisterMetaType<PortalShortcut>();
+    qDBusRegisterMetaType<QList<PortalShortcut>>();
+    connect(&m_portal, &DesktopPortal::received, this, &PortalHotKeyCenter::received);
+    m_portal.listen(interface, activated);
+    m_portal.listen(interface, deactivated);
+    connect(&m_portal, &DesktopPortal::stateChanged, this, &PortalHotKeyCenter::portalChanged);
+    portalChanged();
+}
+
+PortalHotKeyCenter::~PortalHotKeyCenter() = default;
+
+void PortalHotKeyCenter::portalChanged()
+{
+    m_isAvailable = false;
+    // With a portal goes what it held.
+    m_session.reset();
+    m_held.reset();
+    m_down.clear();
+    switch (m_portal.state()) {
+    case DesktopPortal::State::undecided:
+        break;
+    case DesktopPortal::State::absent:
+        tellLack();
+        break;
+    case DesktopPortal::State::present:
+        lookAtPortal(this);
+        break;
+    }
+}
+
+QCoro::Task<> PortalHotKeyCenter::lookAtPortal(QPointer<PortalHotKeyCenter> self)
+{
+    const quint32 version = co_await self->m_portal.version(interface);
+    if (!self || self->m_portal.state() != DesktopPortal::State::present) {
+        co_return;
+    }
+    if (version == 0) {
+        self->tellLack();
+        co_return;
+    }
+    self->m_isAvailable = true;
+    self->bind();
+}
+
+void PortalHotKeyCenter::tellLack()
+{
+    if (!std::exchange(m_hasToldLack, true)) {
+        qCInfo(
+            lcHotKeys, "This desktop has no portal for hot keys; none are held. "
+                       "Commands like \"tessly paste 3\" can be given keys in its own settings.");
+    }
+}
+
+HotKeyCenter::Installation PortalHotKeyCenter::installHandler(Handler handler)
+{
+    if (m_handler) {
+        return {.status = taken};
+    }
+    m_handler = std::move(handler);
+    m_handlerReference = m_nextReference++;
+    return {.status = done, .handler = m_handlerReference};
+}
+
+Status PortalHotKeyCenter::removeHandler(Reference handler)
+{
+    if (!m_handler || handler != m_handlerReference) {
+        return invalid;
+    }
+    m_handler = nullptr;
+    return done;
+}
+
+HotKeyCenter::Registration
+PortalHotKeyCenter::registerKey(quint32 keyCode, quint32 modifiers, KeyID key)
+{
+    const Reference reference = m_nextReference++;
+    const LoopAnswer<Status> answer(unavailable);
+    Registration registration = {.key = reference, .status = answered(answer.future())};
+    const auto trigger = portalTrigger(keyCode, modifiers);
+    if (!trigger) {
+        answer(invalid);
+        return registration;
+    }
+    PortalShortcut shortcut = m_describe(key);
+    shortcut.properties.insert(u"preferred_trigger"_s, *trigger);
+    const bool isOwn = std::ranges::any_of(m_keys | std::views::values, [&](const Key& other) {
+        return other.shortcut.id == shortcut.id ||
+               other.shortcut.properties.value(u"preferred_trigger"_s) == *trigger;
+    });
+    if (isOwn) {
+        answer(taken);
+        return registration;
+    }
+    m_keys.emplace(reference, Key{.key = key, .shortcut = std::move(shortcut), .answer = answer});
+    bindLater();
+    return registration;
+}
+
+Status PortalHotKeyCenter::unregisterKey(Reference key)
+{
+    if (m_keys.erase(key) == 0) {
+        return invalid;
+    }
+    bindLater();
+    return done;
+}
+
+void PortalHotKeyCenter::bindLater()
+{
+    if (!std::exchange(m_isBindScheduled, true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_isBindScheduled = false;
+                bind();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+/// Has the portal hold the keys that are registered, and no others.
+void PortalHotKeyCenter::bind()
+{
+    if (!m_isAvailable) {
+        return;
+    }
+    QList<PortalShortcut> wanted;
+    for (const Key& key : m_keys | std::views::values) {
+        wanted << key.shortcut;
+    }
+    std::ranges::sort(wanted, {}, &PortalShortcut::id);
+    if (m_session && wanted == m_asked) {
+        settle();
+        return;
+    }
+    ++m_run;
+    m_session.reset();
+    m_held.reset();
+    m_down.clear();
+    m_asked = std::move(wanted);
+    if (!m_asked.isEmpty()) {
+        bindAll(this, m_run);
+    }
+}
+
+QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, quint64 run)
+{
+    // A session's shortcuts are bound once: others need another session.
+    auto session = co_await self->m_portal.createSession(interface);
+    if (!self || self->m_run != run || !self->m_isAvailable) {
+        co_return;
+    }
+    if (!session) {
+        self->refuse();
+        co_return;
+    }
+    self->m_session = std::move(session);
+    self->m_session->setClosed([center = self.data()] {
+        qCInfo(lcHotKeys, "The desktop holds the hot keys no longer");
+        center->m_session.reset();
+        center->m_held.reset();
+    });
+    const QFuture<DesktopPortal::Response> answer = self->m_portal.request(
+        interface, u"BindShortcuts"_s,
+        {QVariant::fromValue(QDBusObjectPath(self->m_session->path())),
+         QVariant::fromValue(self->m_asked), QString()},
+        {}, DesktopPortal::Asks::theUser);
+    const auto response = co_await answer;
+    if (!self || self->m_run != run || !self->m_isAvailable) {
+        co_return;
+    }
+    if (response.outcome != DesktopPortal::Outcome::granted || !self->m_session) {
+        self->refuse();
+        co_return;
+    }
+    self->m_held = idsIn(response.results.value(u"shortcuts"_s));
+    self->settle();
+}
+
+/// Answers by what the session holds, once that is known.
+void PortalHotKeyCenter::settle()
+{
+    if (!m_held) {
+        return;
+    }
+    for (auto entry = m_keys.begin(); entry != m_keys.end();) {
+        Key& key = entry->second;
+        const bool isHeld = m_held->contains(key.shortcut.id);
+        if (const auto answer = std::exchange(key.answer, std::nullopt)) {
+            (*answer)(isHeld ? done : taken);
+        } else if (!isHeld) {
+            qCWarning(lcHotKeys).noquote() << "No longer held:" << key.shortcut.id;
+        }
+        entry = isHeld ? std::next(entry) : m_keys.erase(entry);
+    }
+}
+
+/// The portal holds nothing: it was told not to, or does not want to.
+void PortalHotKeyCenter::refuse()
+{
+    if (!std::exchange(m_hasToldRefusal, true)) {
+        qCWarning(lcHotKeys, "The desktop gave no leave for hot keys; none are held");
+    }
+    m_session.reset();
+    m_asked.clear();
+    // Those that have no answer yet get theirs by going.
+    m_keys.clear();
+}
+
+void PortalHotKeyCenter::received(const QDBusMessage& signal)
+{
+    const QVariantList arguments = signal.arguments();
+    const bool isOurs = signal.interface() == interface && m_session && m_held &&
+                        arguments.value(0).value<QDBusObjectPath>().path() == m_session->path();
+    if (!isOurs) {
+        return;
+    }
+    const QString shortcut = arguments.value(1).toString();
+    if (signal.member() == activated) {
+        pressed(shortcut);
+    } else {
+        m_down.erase(shortcut);
+    }
+}
+
+void PortalHotKeyCenter::pressed(const QString& shortcut)
+{
+    auto& down = m_down[shortcut];
+    const bool isRepeat = down != nullptr;
+    down = m_clock.after(longestSilence, [this, shortcut] { m_down.erase(shortcut); });
+    const auto key = std::ranges::find_if(
+        m_keys, [&](const auto& entry) { return entry.second.shortcut.id == shortcut; });
+    if (isRepeat || key == m_keys.end() || !m_handler) {
+        return;
+    }
+    // A copy: what is done about the press may remove the handler.
+    const Handler handler = m_handler;
+    handler({.status = done, .key = key->second.key});
+}
+
+} // namespace tessly

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "DesktopPortal.h"
+#include "HotKeyCenter.h"
+#include "PortalShortcut.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace tessly {
+
+/// Hot keys by the portal (org.freedesktop.portal.GlobalShortcuts), which may ask the user for
+/// leave, and through which the user may give them other keys.
+///
+/// Keys that are registered in one turn of the event loop are asked for together. Where there is no
+/// such portal, registrations wait for one to come: nobody else holds the keys, and the log says
+/// once that there are none.
+class PortalHotKeyCenter final : public QObject, public HotKeyCenter
+{
+public:
+    /// What a key is called on the desktop. Its trigger is added.
+    using Describe = std::function<PortalShortcut(KeyID)>;
+
+    /// `portal` and `clock` must outlive the center.
+    PortalHotKeyCenter(DesktopPortal& portal, Clock& clock, Describe describe);
+    ~PortalHotKeyCenter() override;
+
+    /// Whether the portal is there and has hot keys.
+    [[nodiscard]] bool isAvailable() const override { return m_isAvailable; }
+    [[nodiscard]] Installation installHandler(Handler handler) override;
+    Status removeHandler(Reference handler) override;
+    /// Refused by the user or the desktop: `unavailable`. Two keys with one name are one.
+    [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
+    Status unregisterKey(Reference key) override;
+
+private:
+    struct Key
+    {
+        KeyID key;
+        PortalShortcut shortcut;
+        /// Gone once given. If the key goes without one, it is `unavailable`.
+        std::optional<LoopAnswer<Status>> answer;
+    };
+
+    void portalChanged();
+    static QCoro::Task<> lookAtPortal(QPointer<PortalHotKeyCenter> self);
+    void tellLack();
+    void bindLater();
+    void bind();
+    static QCoro::Task<> bindAll(QPointer<PortalHotKeyCenter> self, quint64 run);
+    void settle();
+    void refuse();
+    void received(const QDBusMessage& signal);
+    void pressed(const QString& shortcut);
+
+    DesktopPortal& m_portal;
+    Clock& m_clock;
+    Describe m_describe;
+    Handler m_handler;
+    Reference m_handlerReference = 0;
+    Reference m_nextReference = 1;
+    std::map<Reference, Key> m_keys;
+    bool m_isAvailable = false;
+    bool m_hasToldLack = false;
+    bool m_hasToldRefusal = false;
+    bool m_isBindScheduled = false;
+    /// Counts what was asked for; an answer to anything but the last is of no interest.
+    quint64 m_run = 0;
+    std::unique_ptr<PortalSession> m_session;
+    /// What the session was asked for.
+    QList<PortalShortcut> m_asked;
+    /// The ids of what it holds; none until it has answered.
+    std::optional<QStringList> m_held;
+    /// Shortcuts that are down, until it can be taken that they are not.
+    std::map<QString, std::unique_ptr<Clock::Timer>> m_down;
+};
+
+} // namespace tessly

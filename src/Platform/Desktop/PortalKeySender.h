@@ -1,0 +1,88 @@
+#pragma once
+
+#include "DesktopPortal.h"
+#include "KeySender.h"
+#include "RestoreTokenFile.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tessly {
+
+/// Presses keys through the portal (org.freedesktop.portal.RemoteDesktop), which asks the user for
+/// leave once; what it gives to remember that by makes later starts silent.
+///
+/// Keys that the user holds down are released first. Compositors differ in what they make of that:
+/// some do not let go of a key that another keyboard holds, and nobody else can there.
+class PortalKeySender final : public QObject, public KeySender
+{
+public:
+    /// The key of the letter V on the keyboard in use, as the kernel numbers keys; 0 for none.
+    using KeyOfV = std::function<quint32()>;
+
+    /// `portal` must outlive this. If a token is kept in `tokens`, access is taken up again at once
+    /// and without asking, as far as it is the program's to say; otherwise nothing is asked until
+    /// access is requested.
+    PortalKeySender(DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, KeyOfV keyOfV);
+    ~PortalKeySender() override;
+
+    /// Whether the portal is there and lets programs press keys, if the user does.
+    [[nodiscard]] bool isAvailable() const { return m_support == Support::there; }
+
+    [[nodiscard]] bool isAllowed() const override { return m_session && m_isStarted; }
+    /// False if there is nobody to ask. A user who has said no is not asked again.
+    [[nodiscard]] bool requestAccess() override;
+    /// As `requestAccess`, at the user's explicit wish: also one who has said no is asked.
+    [[nodiscard]] bool askAgain();
+
+    /// False as well where a key has not been taken within a few seconds. The desktop may still get
+    /// to it then, but to nothing that is sent after it.
+    [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) override;
+
+private:
+    enum class Support { unknown, lacking, there };
+    enum class Reason { tokenKept, requested };
+    /// How far asking for access got.
+    enum class Ending {
+        started,
+        /// The user or the desktop said no.
+        denied,
+        /// What was kept to be remembered by is good for nothing.
+        tokenRefused,
+        /// Nothing came of it: the portal went away or hangs.
+        broken,
+    };
+
+    void portalChanged();
+    static QCoro::Task<> lookAtPortal(QPointer<PortalKeySender> self);
+    static QCoro::Task<> begin(QPointer<PortalKeySender> self, Reason reason);
+    static QCoro::Task<Ending> start(QPointer<PortalKeySender> self);
+    void resume();
+    void keepToken(const QString& token);
+    void drop();
+
+    DesktopPortal& m_portal;
+    std::unique_ptr<RestoreTokenFile> m_tokens;
+    KeyOfV m_keyOfV;
+    Support m_support = Support::unknown;
+    quint32 m_version = 0;
+    /// Counts the portals that have come.
+    quint32 m_portals = 0;
+    /// None before the file has been read; empty for none.
+    std::optional<QString> m_token;
+    std::unique_ptr<PortalSession> m_session;
+    bool m_isStarted = false;
+    bool m_isBeginning = false;
+    bool m_isDenied = false;
+    /// Access was requested when it was not known yet whether there is anybody to ask.
+    bool m_isWanted = false;
+    /// How often in a row a silent start came to nothing.
+    int m_brokenStarts = 0;
+    bool m_hasToldLack = false;
+};
+
+} // namespace tessly
