@@ -206,6 +206,7 @@ void AppDelegate::setupStatusItem()
                 }
             },
         .menuItemChosen = [this](const QString& action) { perform(action); },
+        .presenceChanged = [this] { tellOnboardingOfTray(); },
     });
     item.setVisible(true);
 }
@@ -322,7 +323,16 @@ void AppDelegate::showOnboarding()
                 self->openQuickPaste();
             }
         });
+    tellOnboardingOfTray();
     m_onboardingController->show();
+}
+
+void AppDelegate::tellOnboardingOfTray()
+{
+    if (m_onboardingController) {
+        m_onboardingController->setHasTray(
+            m_platform->statusItem().presence() != StatusItem::Presence::absent);
+    }
 }
 
 void AppDelegate::showStatusMenu(QPoint position)

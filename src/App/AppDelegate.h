@@ -68,6 +68,7 @@ private:
     void repairLoginItem();
     static QCoro::Task<> setupHotKeys(QPointer<AppDelegate> self);
     void showOnboarding();
+    void tellOnboardingOfTray();
     [[nodiscard]] std::optional<QRect> panelAnchor() const;
     [[nodiscard]] BusActions busActions();
     [[nodiscard]] HistoryCommands::Abilities abilities();

@@ -27,6 +27,20 @@ QVariantList OnboardingModel::rows() const
     };
 }
 
+QString OnboardingModel::hint() const
+{
+    return m_hasTray ? QString()
+                     : u"There is no tray here. To open Quick Paste, bind “tessly toggle” to a key "
+                       "in the desktop’s keyboard settings."_s;
+}
+
+void OnboardingModel::setHasTray(bool hasTray)
+{
+    if (std::exchange(m_hasTray, hasTray) != hasTray) {
+        Q_EMIT hintChanged();
+    }
+}
+
 void OnboardingModel::enable()
 {
     if (std::exchange(m_isEnabled, true)) {

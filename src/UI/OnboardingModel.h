@@ -29,6 +29,8 @@ class OnboardingModel final : public QObject
     Q_OBJECT
     /// PermissionRow, from top to bottom.
     Q_PROPERTY(QVariantList rows READ rows CONSTANT)
+    /// What else there is to know on this desktop; empty if nothing.
+    Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
 
 public:
     /// `model` must outlive this. `complete` is called at the end of `enable`, from inside it.
@@ -36,14 +38,22 @@ public:
     ~OnboardingModel() override;
 
     [[nodiscard]] QVariantList rows() const;
+    [[nodiscard]] QString hint() const;
+    /// Whether the desktop has a tray, from which the panel can be opened. Taken for granted until
+    /// it is known.
+    void setHasTray(bool hasTray);
 
     /// Remembers that onboarding is done, asks for what automatic paste needs, and starts
     /// recording. Works once.
     Q_INVOKABLE void enable();
 
+Q_SIGNALS:
+    void hintChanged();
+
 private:
     AppModel& m_model;
     std::function<void()> m_complete;
+    bool m_hasTray = true;
     bool m_isEnabled = false;
 };
 

@@ -28,6 +28,7 @@ public:
     void show();
     void close();
     [[nodiscard]] bool isShown() const;
+    void setHasTray(bool hasTray) { m_onboarding.setHasTray(hasTray); }
 
 private:
     void completeSoon();

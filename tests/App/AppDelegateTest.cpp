@@ -230,6 +230,15 @@ TEST_F(AppDelegateTest, TheFirstRunShowsTheWelcomeWindowAndRecordsNothing)
     EXPECT_THAT(m_desktop.hotKeys.held(), SizeIs(10)) << "the keys are there already";
 }
 
+TEST_F(AppDelegateTest, TheWelcomeWindowTellsOfAMissingTray)
+{
+    m_desktop.statusItem.setTray(StatusItem::Presence::absent);
+    startFirst();
+    EXPECT_NE(m_views.onboardingModel->hint(), QString());
+    m_desktop.statusItem.setTray(StatusItem::Presence::present);
+    EXPECT_EQ(m_views.onboardingModel->hint(), QString());
+}
+
 TEST_F(AppDelegateTest, EnablingStartsRecordingAndLeadsIntoThePanel)
 {
     startFirst();

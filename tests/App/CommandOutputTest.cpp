@@ -134,7 +134,8 @@ TEST(CommandOutput, TheJSONOfTheStatusIsOneObjectWithEveryKey)
     EXPECT_EQ(
         statusText(report).toStdString(),
         "running   yes\npaused    no\nitems     12\npinned    2\nbytes     5000000000\n"
-        "session   x11\nprotocols X11, another\nWorks here:\ncapture   yes\npaste     yes\nhot keys  no\ntray      yes\n");
+        "session   x11\nprotocols X11, another\nWorks here:\ncapture   yes\npaste     yes\nhot "
+        "keys  no\ntray      yes\n");
 }
 
 } // namespace

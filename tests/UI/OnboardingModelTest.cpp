@@ -45,6 +45,21 @@ TEST_F(OnboardingModelTest, ShowsThreeThingsToKnow)
                   u"lock.shield|Local storage|No cloud"_s}));
 }
 
+TEST_F(OnboardingModelTest, WithoutATrayItTellsHowToOpenThePanel)
+{
+    OnboardingModel onboarding(*m_model, [] {});
+    int changes = 0;
+    QObject::connect(&onboarding, &OnboardingModel::hintChanged, [&changes] { ++changes; });
+    EXPECT_EQ(onboarding.hint(), QString());
+    onboarding.setHasTray(true);
+    EXPECT_EQ(changes, 0);
+    onboarding.setHasTray(false);
+    EXPECT_TRUE(onboarding.hint().contains(u"“tessly toggle”"_s));
+    EXPECT_EQ(changes, 1);
+    onboarding.setHasTray(true);
+    EXPECT_EQ(onboarding.hint(), QString()) << "one that appears later counts";
+}
+
 TEST_F(OnboardingModelTest, EnablingDoesItsStepsInOrder)
 {
     // What is done already when each of the later steps comes.

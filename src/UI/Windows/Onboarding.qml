@@ -78,7 +78,24 @@ Rectangle {
         }
     }
 
+    ReadText {
+        objectName: "onboarding-hint"
+        anchors.left: parent.left
+        anchors.leftMargin: 42
+        anchors.right: enable.left
+        anchors.rightMargin: 28
+        anchors.verticalCenter: enable.verticalCenter
+        visible: text !== ""
+        color: Tokens.color.secondaryText
+        font.pixelSize: Tokens.size.callout
+        wrapMode: Text.Wrap
+        maximumLineCount: 3
+        text: root.onboarding.hint
+    }
+
     PushButton {
+        id: enable
+
         objectName: "enable-clipboard-history"
         anchors.right: parent.right
         anchors.bottom: parent.bottom
