@@ -3,20 +3,13 @@
 #include "NoPasteboard.h"
 #include "StatusItems.h"
 #include "UnnamedWorkspace.h"
+#include "WaylandKeySender.h"
 #include "WaylandPasteboard.h"
 #include "WaylandWorkspace.h"
 
 namespace tessly {
 
 namespace {
-
-class NoKeySender final : public KeySender
-{
-public:
-    [[nodiscard]] bool isAllowed() const override { return false; }
-    [[nodiscard]] bool requestAccess() override { return false; }
-    [[nodiscard]] QCoro::Task<bool> send(PasteChord) override { co_return false; }
-};
 
 class NoHotKeyCenter final : public HotKeyCenter
 {
@@ -55,7 +48,11 @@ WaylandPlatform::WaylandPlatform(
     } else {
         m_workspace = std::make_unique<UnnamedWorkspace>(nullptr);
     }
-    m_sender = std::make_unique<NoKeySender>();
+    if (m_desktop.hasVirtualKeyboard()) {
+        m_sender = std::make_unique<VirtualKeyboardSender>(m_desktop);
+    } else {
+        m_sender = std::make_unique<FakeInputSender>(m_desktop);
+    }
     m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, clipboard);
     m_hotKeys = std::make_unique<NoHotKeyCenter>();
 }
