@@ -21,18 +21,24 @@ public:
     {
         using Object = org_kde_plasma_window;
         static constexpr org_kde_plasma_window_listener listener = {
-            .title_changed = [](void*, Object*, const char*) {},
+            .title_changed = &Handle::ignore,
             .app_id_changed = &Handle::nameChanged,
             .state_changed = &Handle::stateChanged,
             .virtual_desktop_changed = [](void*, Object*, std::int32_t) {},
-            .themed_icon_name_changed = [](void*, Object*, const char*) {},
+            .themed_icon_name_changed = &Handle::ignore,
             .unmapped = &Handle::unmapped,
             .initial_state = &Handle::initialStateTold,
             .parent_window = [](void*, Object*, Object*) {},
             .geometry = [](void*, Object*, std::int32_t, std::int32_t, std::uint32_t,
                            std::uint32_t) {},
             .icon_changed = [](void*, Object*) {},
-            .pid_changed = [](void*, Object*, std::uint32_t) {}};
+            .pid_changed = [](void*, Object*, std::uint32_t) {},
+            .virtual_desktop_entered = &Handle::ignore,
+            .virtual_desktop_left = &Handle::ignore,
+            .application_menu = [](void*, Object*, const char*, const char*) {},
+            .activity_entered = &Handle::ignore,
+            .activity_left = &Handle::ignore,
+            .resource_name_changed = &Handle::ignore};
         org_kde_plasma_window_add_listener(object, &listener, this);
     }
     ~Handle() override { org_kde_plasma_window_destroy(m_object); }
@@ -45,6 +51,8 @@ public:
     }
 
 private:
+    static void ignore(void*, org_kde_plasma_window*, const char*) {}
+
     static void nameChanged(void* data, org_kde_plasma_window*, const char* appID)
     {
         static_cast<Handle*>(data)->change([appID](State& state) { state.appID = appID; });
@@ -108,9 +116,13 @@ PlasmaToplevelManager::PlasmaToplevelManager(
     : m_object(object)
     , m_events(std::move(events))
 {
+    using Object = org_kde_plasma_window_management;
     static constexpr org_kde_plasma_window_management_listener listener = {
-        .show_desktop_changed = [](void*, org_kde_plasma_window_management*, std::uint32_t) {},
-        .window = &PlasmaToplevelManager::appeared};
+        .show_desktop_changed = [](void*, Object*, std::uint32_t) {},
+        .window = &PlasmaToplevelManager::appeared,
+        .stacking_order_changed = [](void*, Object*, wl_array*) {},
+        .stacking_order_uuid_changed = [](void*, Object*, const char*) {},
+        .window_with_uuid = [](void*, Object*, std::uint32_t, const char*) {}};
     org_kde_plasma_window_management_add_listener(object, &listener, this);
 }
 
