@@ -2,18 +2,20 @@
 
 #include "WaylandPlatform.h"
 #include "X11Platform.h"
+#include "XWaylandPlatform.h"
 
 namespace tessly {
 
 std::unique_ptr<DesktopPlatform>
-makeDesktopPlatform(const DesktopChoice& choice, std::function<void()> connectionLost)
+makeDesktopPlatform(const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
 {
     switch (choice.kind) {
     case DesktopChoice::Kind::x11:
-    case DesktopChoice::Kind::xwayland:
         return std::make_unique<X11Platform>(choice, std::move(connectionLost));
+    case DesktopChoice::Kind::xwayland:
+        return std::make_unique<XWaylandPlatform>(choice, clock, std::move(connectionLost));
     case DesktopChoice::Kind::wayland:
-        return std::make_unique<WaylandPlatform>(choice, connectionLost);
+        return std::make_unique<WaylandPlatform>(choice, clock, connectionLost);
     }
     Q_UNREACHABLE();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Bundle.h"
+#include "Clock.h"
 #include "DesktopChoice.h"
 #include "HotKeyCenter.h"
 #include "ImageConverter.h"
@@ -45,8 +46,8 @@ public:
 
 /// Makes what stands behind the interfaces, once, after the toolkit has started. Throws
 /// std::runtime_error with a sentence for the user if the desktop has gone. `connectionLost` is
-/// called, on the main thread, if it goes away while the program runs.
-[[nodiscard]] std::unique_ptr<DesktopPlatform>
-makeDesktopPlatform(const DesktopChoice& choice, std::function<void()> connectionLost);
+/// called, on the main thread, if it goes away while the program runs. `clock` must outlive it all.
+[[nodiscard]] std::unique_ptr<DesktopPlatform> makeDesktopPlatform(
+    const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost);
 
 } // namespace tessly

@@ -1,62 +1,85 @@
 #include "WaylandPlatform.h"
 
+#include "FocusedKeyEventPoster.h"
 #include "NoPasteboard.h"
+#include "PortalKeySender.h"
+#include "PortalShortcut.h"
+#include "PortalSupport.h"
+#include "RestoreTokenFile.h"
 #include "StatusItems.h"
 #include "UnnamedWorkspace.h"
 #include "WaylandKeySender.h"
 #include "WaylandPasteboard.h"
 #include "WaylandWorkspace.h"
 
+#include <QLoggingCategory>
+
 namespace tessly {
 
 namespace {
 
-class NoHotKeyCenter final : public HotKeyCenter
-{
-public:
-    [[nodiscard]] bool isAvailable() const override { return false; }
-    [[nodiscard]] Installation installHandler(Handler) override { return {}; }
-    Status removeHandler(Reference) override { return done; }
-    [[nodiscard]] Registration registerKey(quint32, quint32, KeyID) override
-    {
-        return {.status = answer()};
-    }
-    Status unregisterKey(Reference) override { return done; }
-
-private:
-    static QCoro::Task<Status> answer() { co_return unavailable; }
-};
+Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.Desktop")
 
 } // namespace
 
 WaylandPlatform::WaylandPlatform(
-    const DesktopChoice& choice, const std::function<void()>& connectionLost)
+    const DesktopChoice& choice, Clock& clock, const std::function<void()>& connectionLost)
     : FreedesktopPlatform(choice)
+    , m_portal(connectPortal, clock)
+    , m_hotKeys(m_portal, clock, directPasteShortcut)
     , m_statusItem(makeBusStatusItem())
 {
-    PasteClipboard clipboard;
-    if (choice.hasClipboard) {
-        auto pasteboard = std::make_unique<WaylandPasteboard>();
-        pasteboard->setConnectionLost(connectionLost);
-        clipboard.hasWritten = [pasteboard = pasteboard.get()] { return pasteboard->hasWritten(); };
-        m_pasteboard = std::move(pasteboard);
-    } else {
-        m_pasteboard = std::make_unique<NoPasteboard>();
-    }
+    // Recording goes on without it. If the compositor has gone altogether, the pasteboard tells.
+    m_desktop.setConnectionLost(
+        [] { qCCritical(lcDesktop) << "The compositor's windows and keyboard are out of reach."; });
+    makePasteboard(choice, connectionLost);
     if (m_desktop.hasToplevels()) {
         m_workspace = std::make_unique<WaylandWorkspace>(m_desktop);
     } else {
         m_workspace = std::make_unique<UnnamedWorkspace>(nullptr);
     }
-    if (m_desktop.hasVirtualKeyboard()) {
-        m_sender = std::make_unique<VirtualKeyboardSender>(m_desktop);
-    } else {
-        m_sender = std::make_unique<FakeInputSender>(m_desktop);
-    }
-    m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, clipboard);
-    m_hotKeys = std::make_unique<NoHotKeyCenter>();
+    makeKeys();
 }
 
 WaylandPlatform::~WaylandPlatform() = default;
+
+void WaylandPlatform::makePasteboard(
+    const DesktopChoice& choice, const std::function<void()>& connectionLost)
+{
+    if (!choice.hasClipboard) {
+        m_pasteboard = std::make_unique<NoPasteboard>();
+        return;
+    }
+    auto pasteboard = std::make_unique<WaylandPasteboard>();
+    pasteboard->setConnectionLost(connectionLost);
+    m_clipboard.hasWritten = [pasteboard = pasteboard.get()] { return pasteboard->hasWritten(); };
+    m_pasteboard = std::move(pasteboard);
+}
+
+void WaylandPlatform::makeKeys()
+{
+    if (m_desktop.hasVirtualKeyboard()) {
+        m_sender = std::make_unique<VirtualKeyboardSender>(m_desktop);
+    } else if (m_desktop.hasFakeInput()) {
+        m_sender = std::make_unique<FakeInputSender>(m_desktop);
+    } else {
+        auto sender = std::make_unique<PortalKeySender>(
+            m_portal, makeRestoreTokenFile(), [this] { return m_desktop.letterVKey(); });
+        m_portalSender = sender.get();
+        m_sender = std::move(sender);
+    }
+    m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, m_clipboard);
+}
+
+bool WaylandPlatform::openSettings(const QUrl& url)
+{
+    return m_portalSender != nullptr ? m_portalSender->askAgain()
+                                     : FreedesktopPlatform::openSettings(url);
+}
+
+QStringList WaylandPlatform::protocols() const
+{
+    return FreedesktopPlatform::protocols() + portalProtocols(m_portalSender, m_hotKeys);
+}
 
 } // namespace tessly

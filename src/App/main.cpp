@@ -78,9 +78,9 @@ int startSecond(int argc, char** argv)
     return fail(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice)
+std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice, Clock& clock)
 {
-    return makeDesktopPlatform(choice, [] {
+    return makeDesktopPlatform(choice, clock, [] {
         qCCritical(log) << "The connection to the desktop was lost.";
         QCoreApplication::exit(EXIT_FAILURE);
     });
@@ -124,7 +124,7 @@ int start(int argc, char** argv)
         ViewLoader views;
         AppDelegate delegate({
             .clock = clock,
-            .makePlatform = [&choice] { return connectToDesktop(choice); },
+            .makePlatform = [&] { return connectToDesktop(choice, clock); },
             .views = [&views] { return views.factory(); },
             .quit = quit,
         });

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QStringList>
+
+#include <memory>
+
+namespace tessly {
+
+class PortalHotKeyCenter;
+class PortalKeySender;
+class RestoreTokenFile;
+
+/// The connection to the session bus on which the portal is asked. Opened on a thread of its own.
+[[nodiscard]] QDBusConnection connectPortal();
+
+/// Where the leave to press keys is kept, in the data folder.
+[[nodiscard]] std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile();
+
+/// The portal's interfaces that are there. `sender` may be null.
+[[nodiscard]] QStringList
+portalProtocols(const PortalKeySender* sender, const PortalHotKeyCenter& hotKeys);
+
+} // namespace tessly

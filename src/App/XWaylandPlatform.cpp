@@ -1,0 +1,38 @@
+#include "XWaylandPlatform.h"
+
+#include "PortalShortcut.h"
+#include "PortalSupport.h"
+#include "RestoreTokenFile.h"
+#include "StatusItems.h"
+
+#include <utility>
+
+namespace tessly {
+
+XWaylandPlatform::XWaylandPlatform(
+    const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
+    : FreedesktopPlatform(choice)
+    , m_portal(connectPortal, clock)
+    , m_sender(m_portal, makeRestoreTokenFile(), [this] { return m_compositor.letterVKey(); })
+    , m_keys(
+          m_sender, {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
+                     .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }})
+    , m_hotKeys(m_portal, clock, directPasteShortcut)
+    , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
+{
+    m_pasteboard.setConnectionLost(std::move(connectionLost));
+}
+
+XWaylandPlatform::~XWaylandPlatform() = default;
+
+bool XWaylandPlatform::openSettings(const QUrl&)
+{
+    return m_sender.askAgain();
+}
+
+QStringList XWaylandPlatform::protocols() const
+{
+    return FreedesktopPlatform::protocols() + portalProtocols(&m_sender, m_hotKeys);
+}
+
+} // namespace tessly
