@@ -191,10 +191,11 @@ class Acting(CommandCase):
         for key in ("hotKeys", "tray"):
             self.assertIsInstance(status.pop(key), bool)
         self.assertEqual(status, {"running": True, "paused": False, "items": 3, "pinned": 1,
-                                  "session": "x11", "capture": True, "paste": True})
+                                  "session": "x11", "capture": True, "paste": True,
+                                  "protocols": ["X11"]})
         lines = self.do("status").splitlines()
         self.assertEqual(lines[0], "running   yes")
-        self.assertEqual(len(lines), 11)
+        self.assertEqual(len(lines), 12)
 
     def test_show_hide_and_toggle(self):
         self.expect_silence("show")
@@ -300,7 +301,8 @@ class NotRunning(Expecting, DesktopCase):
         self.assertEqual(self.do("list"), "")
         self.assertEqual(self.status(), {
             "running": False, "paused": False, "items": 0, "pinned": 0, "bytes": 0,
-            "session": "x11", "capture": False, "paste": False, "hotKeys": False, "tray": False})
+            "session": "x11", "capture": False, "paste": False, "hotKeys": False, "tray": False,
+            "protocols": []})
         self.assertIsNone(self.files(), "nothing was made")
 
     def test_after_the_end(self):

@@ -61,7 +61,7 @@ class DesktopCase(unittest.TestCase):
         folder = os.environ.get("TESSLY_E2E_PICTURES")
         if folder and self._has_failed():
             os.makedirs(folder, exist_ok=True)
-            if self.desktop.screen is not None:
+            if self.desktop.screen is not None and self.desktop.is_alive():
                 self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
             shutil.copyfile(tessly.process.log_path, os.path.join(folder, self.id() + ".log"))
 

@@ -7,7 +7,7 @@ DONE, FAILED, WRONG_USAGE, NOT_RUNNING = range(4)
 ENTRY_KEYS = ["position", "id", "kind", "preview", "createdAt", "lastUsedAt", "sourceAppName",
               "sourceBundleID", "isPinned", "pinOrder", "copyCount", "byteCount"]
 STATUS_KEYS = ["running", "paused", "items", "pinned", "bytes", "session", "capture", "paste",
-               "hotKeys", "tray"]
+               "hotKeys", "tray", "protocols"]
 
 # Every command that only a running Tessly can carry out.
 ACTIONS = [["show"], ["hide"], ["toggle"], ["pause"], ["resume"], ["quit"], ["paste", "1"],

@@ -60,6 +60,9 @@ class Desktop(Session):
         self.start(["openbox", "--sm-disable"])
         wait_until(lambda: self.windows.is_managed, "openbox manages the windows")
 
+    def is_alive(self):
+        return self.server.poll() is None
+
     def keyboard_state(self):
         """The keyboard's layout, its keys' symbols and the layout in use, to compare."""
         xkb = self.run(["setxkbmap", "-query"]).stdout.decode()

@@ -10,7 +10,7 @@ from .clipboard import Clipboard
 from .processes import read_log
 from .session import Session
 from .waiting import wait_until
-from .wayland import Connection, ProtocolError
+from .wayland import Connection
 from .windows import Windows
 
 # A window as the compositor tells it. Its place is that of its content, without the frame.
@@ -146,9 +146,4 @@ class WaylandSession(Session):
                 pass
 
     def is_alive(self):
-        try:
-            connection = Connection(self.socket)
-        except (OSError, ProtocolError):
-            return False
-        connection.close()
-        return True
+        return self.compositor.poll() is None

@@ -1,0 +1,45 @@
+"""sway: pasting from the panel and by command, into programs of three toolkits and of X11."""
+
+import unittest
+
+import wayland_tests
+from tessly_e2e.editors import GtkEditor, QtEditor, Terminal, WaylandTerminal
+from tessly_e2e.sway import Sway
+from tessly_e2e.wayland_case import WaylandCase
+
+
+class IntoTerminal(wayland_tests.Into, WaylandCase):
+    desktop_class = Sway
+    make = WaylandTerminal
+
+
+class IntoGtkEditor(wayland_tests.Into, WaylandCase):
+    desktop_class = Sway
+    make = GtkEditor
+
+
+class IntoQtEditor(wayland_tests.Into, WaylandCase):
+    desktop_class = Sway
+    make = QtEditor
+
+
+class IntoX11(WaylandCase):
+    desktop_class = Sway
+
+    def test_return_pastes_into_an_editor_on_x11(self):
+        self.record("needle one")
+        self.record("something else")
+        program = GtkEditor(self.desktop, backend="x11").start()
+        self.choose("needle")
+        program.wait_for_text("needle one")
+
+    def test_return_pastes_into_xterm(self):
+        self.record("needle one")
+        self.record("something else")
+        program = Terminal(self.desktop).start()
+        self.choose("needle")
+        program.wait_for_text("needle one")
+
+
+if __name__ == "__main__":
+    unittest.main()
