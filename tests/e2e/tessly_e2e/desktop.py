@@ -20,7 +20,7 @@ class Desktop(Session):
 
     def __init__(self, *, bus=True, size=(1280, 800)):
         super().__init__(bus=bus)
-        self._size = size
+        self.size = size
 
     def _start_desktop(self):
         self._start_server()
@@ -39,7 +39,7 @@ class Desktop(Session):
         try:
             server = self.start(
                 ["Xvfb", "-displayfd", str(writing), "-screen", "0",
-                 "{}x{}x24".format(*self._size), "-nolisten", "tcp", "-noreset"],
+                 "{}x{}x24".format(*self.size), "-nolisten", "tcp", "-noreset"],
                 pass_fds=(writing,))
         finally:
             os.close(writing)

@@ -48,13 +48,13 @@ class Mutter(WaylandSession):
 
     def __init__(self, *, size=(1280, 800)):
         super().__init__()
-        self._size = size
+        self.size = size
 
     def _start_compositor(self):
         folder = self.path("compositor")
         self.compositor = self.start(
             ["mutter", "--headless", "--wayland", "--sm-disable", "--wayland-display", "mutter",
-             "--virtual-monitor", "{}x{}".format(*self._size)],
+             "--virtual-monitor", "{}x{}".format(*self.size)],
             environment={"XDG_RUNTIME_DIR": folder, "XDG_CONFIG_HOME": folder,
                          "XDG_CACHE_HOME": folder, "HOME": folder})
 

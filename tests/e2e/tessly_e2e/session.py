@@ -139,6 +139,10 @@ class Session:
         return self._processes.start(arguments, {**self.environment, **(environment or {})},
                                      **options)
 
+    def install(self, program):
+        """The path at which this desktop runs the program that was built."""
+        return program
+
     def end(self, process):
         self._processes.end(process)
 

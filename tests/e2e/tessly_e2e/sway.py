@@ -157,7 +157,7 @@ class VirtualPointer:
 
     def __init__(self, connection, size):
         self._connection = connection
-        self._size = size
+        self.size = size
         manager = connection.bind("zwlr_virtual_pointer_manager_v1", 1)
         self._pointer = manager.create_virtual_pointer(connection.bind("wl_seat", 1))
         connection.roundtrip()
@@ -170,7 +170,7 @@ class VirtualPointer:
         self._connection.roundtrip()
 
     def move(self, x, y):
-        self._did(self._pointer.motion_absolute, x, y, *self._size)
+        self._did(self._pointer.motion_absolute, x, y, *self.size)
 
     def click(self, x, y, times=1):
         self.move(x, y)
@@ -200,7 +200,7 @@ class Sway(WaylandSession):
 
     def __init__(self, *, bus=True, size=(1280, 800)):
         super().__init__(bus=bus)
-        self._size = size
+        self.size = size
 
     def _start_compositor(self):
         folder = self.path("compositor")
@@ -208,7 +208,7 @@ class Sway(WaylandSession):
         configuration = os.path.join(folder, "config")
         with open(configuration, "w") as file:
             file.write(_CONFIGURATION.format(
-                width=self._size[0], height=self._size[1], user="#%d" % os.getuid(), ready=ready))
+                width=self.size[0], height=self.size[1], user="#%d" % os.getuid(), ready=ready))
         os.chmod(configuration, 0o644)
         if os.geteuid() == 0:
             os.chmod(self.folder, 0o711)
@@ -230,7 +230,7 @@ class Sway(WaylandSession):
         self.windows = SwayWindows(self.messages)
         self.screen = SwayScreen(self)
         self.keyboard = VirtualKeyboard(self.connect())
-        self.pointer = VirtualPointer(self.connect(), self._size)
+        self.pointer = VirtualPointer(self.connect(), self.size)
         self.clipboard = WaylandClipboard(self)
 
     def _disconnect(self):

@@ -96,6 +96,10 @@ class Tessly:
             self.kill()
 
     @property
+    def program(self):
+        return self.desktop.install(program())
+
+    @property
     def pid(self):
         return self.process.pid
 
@@ -125,7 +129,7 @@ class Tessly:
         if self.process is None:
             self.write_settings()
         self.started = time.monotonic()
-        self.process = self.desktop.start([program()], environment=self.environment,
+        self.process = self.desktop.start([self.program], environment=self.environment,
                                           name="tessly", umask=umask)
 
     def stop(self):
@@ -163,7 +167,7 @@ class Tessly:
 
     def command(self, *arguments, check=True):
         """Runs the program a second time, with a command, and returns what became of it."""
-        return self.desktop.run([program(), *arguments], environment={
+        return self.desktop.run([self.program, *arguments], environment={
             name: value for name, value in self.environment.items() if name != "TESSLY_TRACE"},
             check=check)
 
