@@ -21,9 +21,10 @@ class Status(Expecting, WaylandCase):
     def test_it_tells_what_works_here(self):
         status = self.status()
         self.assertEqual(
-            {name: status[name] for name in ("running", "session", "capture", "hotKeys", "tray")},
-            {"running": True, "session": "wayland", "capture": True, "hotKeys": False,
-             "tray": False})
+            {name: status[name] for name in ("running", "session", "capture", "paste", "hotKeys",
+                                        "tray")},
+            {"running": True, "session": "wayland", "capture": True, "paste": True,
+             "hotKeys": False, "tray": False})
 
 
 class CompositorsEnd(wayland_tests.CompositorsEnd, WaylandCase):

@@ -49,6 +49,9 @@ class Terminal(_Program):
 
     def __init__(self, desktop, name="terminal.txt"):
         super().__init__(desktop, name)
+        for path in (self.path, self.path + ".ready"):
+            if os.path.exists(path):
+                os.remove(path)  # an earlier one's
 
     def start(self, shown=""):
         """`shown` stands in the first line, for copying with the mouse."""
