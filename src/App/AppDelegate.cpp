@@ -64,7 +64,7 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     , m_platform(m_surroundings.makePlatform())
     , m_hotKeys(m_platform->hotKeys())
     , m_directPasteKeys(m_hotKeys, [this](int position) { m_model->pasteGlobalPosition(position); })
-    , m_defaults(settingsPath())
+    , m_defaults(settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
     , m_settings(m_defaults)
 {
     if (qEnvironmentVariableIsSet(uiTestingVariable)) {

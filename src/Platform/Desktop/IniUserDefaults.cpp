@@ -10,6 +10,7 @@
 #include <glib/gstdio.h>
 
 #include <cerrno>
+#include <mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -73,15 +74,76 @@ void replaceContents(const QString& path, const QByteArray& bytes)
 
 } // namespace
 
-IniUserDefaults::IniUserDefaults(QString path)
-    : m_path(std::move(path))
+/// The executor's half.
+class IniUserDefaults::Writer
+{
+public:
+    explicit Writer(QString path)
+        : m_path(std::move(path))
+    {
+    }
+
+    /// Any thread. A removed key has no value.
+    void add(const QString& key, const std::optional<QString>& value)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_added.insert(key, value);
+    }
+
+    /// One thread at a time.
+    void write()
+    {
+        if (!takeAdded()) {
+            // An earlier call has written it along with its own.
+            return;
+        }
+        try {
+            IniFile file(contents(m_path));
+            for (const auto& [key, value] : m_unwritten.asKeyValueRange()) {
+                if (value) {
+                    file.setValue(key, *value);
+                } else {
+                    file.removeValue(key);
+                }
+            }
+            replaceContents(m_path, file.text());
+            m_unwritten.clear();
+            m_hasLoggedFailure = false;
+        } catch (const std::runtime_error& error) {
+            if (!std::exchange(m_hasLoggedFailure, true)) {
+                qCWarning(logCategory, "Settings cannot be saved: %s", error.what());
+            }
+        }
+    }
+
+private:
+    bool takeAdded()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_unwritten.insert(m_added);
+        return !std::exchange(m_added, {}).isEmpty();
+    }
+
+    const QString m_path;
+    std::mutex m_mutex;
+    QHash<QString, std::optional<QString>> m_added;
+    /// What the file does not have yet.
+    QHash<QString, std::optional<QString>> m_unwritten;
+    bool m_hasLoggedFailure = false;
+};
+
+IniUserDefaults::IniUserDefaults(const QString& path, std::unique_ptr<Executor> executor)
+    : m_writer(std::make_shared<Writer>(path))
+    , m_executor(std::move(executor))
 {
     try {
-        m_values = IniFile(contents(m_path)).values();
+        m_values = IniFile(contents(path)).values();
     } catch (const std::runtime_error& error) {
         qCWarning(logCategory, "Settings start from their defaults: %s", error.what());
     }
 }
+
+IniUserDefaults::~IniUserDefaults() = default;
 
 void IniUserDefaults::registerDefaults(const QVariantMap& defaults)
 {
@@ -129,36 +191,19 @@ void IniUserDefaults::setString(const QString& key, const QString& value)
 void IniUserDefaults::remove(const QString& key)
 {
     m_values.remove(key);
-    m_unwritten.insert(key, std::nullopt);
-    writeThrough();
+    change(key, std::nullopt);
 }
 
 void IniUserDefaults::set(const QString& key, const QString& value)
 {
     m_values.insert(key, value);
-    m_unwritten.insert(key, value);
-    writeThrough();
+    change(key, value);
 }
 
-void IniUserDefaults::writeThrough()
+void IniUserDefaults::change(const QString& key, const std::optional<QString>& value)
 {
-    try {
-        IniFile file(contents(m_path));
-        for (const auto& [key, value] : m_unwritten.asKeyValueRange()) {
-            if (value) {
-                file.setValue(key, *value);
-            } else {
-                file.removeValue(key);
-            }
-        }
-        replaceContents(m_path, file.text());
-        m_unwritten.clear();
-        m_hasLoggedFailure = false;
-    } catch (const std::runtime_error& error) {
-        if (!std::exchange(m_hasLoggedFailure, true)) {
-            qCWarning(logCategory, "Settings cannot be saved: %s", error.what());
-        }
-    }
+    m_writer->add(key, value);
+    m_executor->enqueue([writer = m_writer] { writer->write(); });
 }
 
 } // namespace tessly

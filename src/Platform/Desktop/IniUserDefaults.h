@@ -1,14 +1,18 @@
 #pragma once
 
+#include "Actor.h"
 #include "UserDefaults.h"
 
 #include <QHash>
 
+#include <memory>
+
 namespace tessly {
 
 /// Settings in an INI file, the keys in its [General] group. The file is read once; every change is
-/// written through at once, to a new file that takes the old one's place, readable by its owner
-/// alone. Other keys and groups in the file, also those that came since it was read, are kept.
+/// given to the executor to be written at once, to a new file that takes the old one's place,
+/// readable by its owner alone. Other keys and groups in the file, also those that came since it
+/// was read, are kept.
 ///
 /// A change that cannot be written is logged (once, until writing works again), stays in memory and
 /// is written with the next one.
@@ -16,7 +20,9 @@ class IniUserDefaults final : public UserDefaults
 {
 public:
     /// The file's folder need not be there: it is made, for its owner alone, with the first write.
-    explicit IniUserDefaults(QString path);
+    IniUserDefaults(const QString& path, std::unique_ptr<Executor> executor);
+    /// Returns when all has been written.
+    ~IniUserDefaults() override;
 
     void registerDefaults(const QVariantMap& defaults) override;
     [[nodiscard]] qint64 integer(const QString& key) const override;
@@ -28,15 +34,15 @@ public:
     void remove(const QString& key) override;
 
 private:
-    void set(const QString& key, const QString& value);
-    void writeThrough();
+    class Writer;
 
-    QString m_path;
+    void set(const QString& key, const QString& value);
+    void change(const QString& key, const std::optional<QString>& value);
+
     QVariantMap m_defaults;
     QHash<QString, QString> m_values;
-    /// What the file does not have yet; a removed key has no value.
-    QHash<QString, std::optional<QString>> m_unwritten;
-    bool m_hasLoggedFailure = false;
+    std::shared_ptr<Writer> m_writer;
+    std::unique_ptr<Executor> m_executor;
 };
 
 } // namespace tessly

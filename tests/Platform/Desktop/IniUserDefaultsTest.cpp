@@ -1,6 +1,9 @@
 #include "IniUserDefaults.h"
 
+#include "InlineExecutor.h"
 #include "LogCapture.h"
+#include "ManualExecutor.h"
+#include "ThreadExecutor.h"
 
 #include <gtest/gtest.h>
 
@@ -51,7 +54,7 @@ protected:
 
 TEST_F(IniUserDefaultsTest, ReadingMakesNoFile)
 {
-    const IniUserDefaults defaults(m_path);
+    const IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     EXPECT_EQ(defaults.integer(u"key"_s), 0);
     EXPECT_FALSE(QFileInfo::exists(m_folder.filePath(u"a"_s)));
 }
@@ -59,7 +62,7 @@ TEST_F(IniUserDefaultsTest, ReadingMakesNoFile)
 TEST_F(IniUserDefaultsTest, TheFirstWriteMakesPrivateFoldersAndAPrivateFile)
 {
     const mode_t previous = umask(0);
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 5);
     umask(previous);
     EXPECT_EQ(fileBytes(), "[General]\nkey=5\n");
@@ -72,14 +75,14 @@ TEST_F(IniUserDefaultsTest, AFileThatOthersCouldReadIsPrivateAfterAWrite)
 {
     setFileBytes("[General]\nkey=1\n");
     ASSERT_EQ(chmod(QFile::encodeName(m_path).constData(), 0644), 0);
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 2);
     EXPECT_EQ(mode(m_path), 0600U);
 }
 
 TEST_F(IniUserDefaultsTest, EveryChangeIsInTheFileAtOnce)
 {
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setBoolean(u"flag"_s, true);
     EXPECT_EQ(fileBytes(), "[General]\nflag=true\n");
     defaults.setString(u"text"_s, u"one\ntwo"_s);
@@ -88,12 +91,37 @@ TEST_F(IniUserDefaultsTest, EveryChangeIsInTheFileAtOnce)
     EXPECT_EQ(fileBytes(), "[General]\ntext=one\\ntwo\n");
 }
 
+TEST_F(IniUserDefaultsTest, ChangesThatPileUpAreWrittenTogether)
+{
+    auto executor = std::make_unique<ManualExecutor>();
+    ManualExecutor& jobs = *executor;
+    IniUserDefaults defaults(m_path, std::move(executor));
+    defaults.setString(u"name"_s, u"a"_s);
+    defaults.setString(u"name"_s, u"ab"_s);
+    defaults.setInteger(u"count"_s, 3);
+    EXPECT_EQ(defaults.string(u"name"_s), u"ab"_s);
+    EXPECT_FALSE(QFileInfo::exists(m_path));
+    ASSERT_TRUE(jobs.runOne());
+    EXPECT_TRUE(fileBytes().contains("name=ab"));
+    EXPECT_TRUE(fileBytes().contains("count=3"));
+    QFile::remove(m_path);
+    while (jobs.runOne()) {
+    }
+    EXPECT_FALSE(QFileInfo::exists(m_path)) << "nothing was left to write";
+}
+
+TEST_F(IniUserDefaultsTest, WhatWasChangedIsWrittenBeforeItGoes)
+{
+    IniUserDefaults(m_path, std::make_unique<ThreadExecutor>("settings")).setInteger(u"n"_s, 1);
+    EXPECT_TRUE(fileBytes().contains("n=1"));
+}
+
 TEST_F(IniUserDefaultsTest, WritingPutsANewFileInTheOldOnesPlace)
 {
     setFileBytes("[General]\nkey=1\n");
     QFile old(m_path);
     ASSERT_TRUE(old.open(QIODevice::ReadOnly));
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 2);
     EXPECT_EQ(old.readAll(), "[General]\nkey=1\n");
     EXPECT_EQ(fileBytes(), "[General]\nkey=2\n");
@@ -105,7 +133,7 @@ TEST_F(IniUserDefaultsTest, WritingPutsANewFileInTheOldOnesPlace)
 TEST_F(IniUserDefaultsTest, ForeignKeysAndGroupsAreKept)
 {
     setFileBytes("[General]\nforeign=1\n[Window]\nkey=2\n");
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 3);
     EXPECT_EQ(fileBytes(), "[General]\nforeign=1\nkey=3\n[Window]\nkey=2\n");
 }
@@ -113,7 +141,7 @@ TEST_F(IniUserDefaultsTest, ForeignKeysAndGroupsAreKept)
 TEST_F(IniUserDefaultsTest, WhatAnotherProgramWroteMeanwhileIsKeptButNotRead)
 {
     setFileBytes("[General]\nkey=1\nother=1\n");
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     setFileBytes("[General]\nkey=7\nother=7\n[Window]\nwidth=9\n");
     EXPECT_EQ(defaults.integer(u"other"_s), 1);
     defaults.setInteger(u"key"_s, 2);
@@ -125,12 +153,13 @@ TEST_F(IniUserDefaultsTest, ANonsenseFileReadsAsDefaultsAndStaysUntilASetterWrit
 {
     const QByteArray nonsense("\x89PNG\r\n\x1a\n\0\0]]\nmaxHistory\n", 25);
     setFileBytes(nonsense);
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.registerDefaults({{u"maxHistory"_s, 500}});
     EXPECT_EQ(defaults.integer(u"maxHistory"_s), 500);
     EXPECT_EQ(fileBytes(), nonsense);
     defaults.setInteger(u"maxHistory"_s, 20);
-    EXPECT_EQ(IniUserDefaults(m_path).integer(u"maxHistory"_s), 20);
+    EXPECT_EQ(
+        IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).integer(u"maxHistory"_s), 20);
 }
 
 TEST_F(IniUserDefaultsTest, ALinkToAFileElsewhereStaysALink)
@@ -138,11 +167,11 @@ TEST_F(IniUserDefaultsTest, ALinkToAFileElsewhereStaysALink)
     const QString elsewhere = m_folder.filePath(u"elsewhere.ini"_s);
     m_path = m_folder.filePath(u"settings.ini"_s);
     ASSERT_TRUE(QFile::link(elsewhere, m_path));
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 1);
     defaults.setInteger(u"key"_s, 2);
     EXPECT_TRUE(QFileInfo(m_path).isSymLink());
-    EXPECT_EQ(IniUserDefaults(elsewhere).integer(u"key"_s), 2);
+    EXPECT_EQ(IniUserDefaults(elsewhere, std::make_unique<InlineExecutor>()).integer(u"key"_s), 2);
 }
 
 TEST_F(IniUserDefaultsTest, AChangeThatCannotBeWrittenIsLoggedOnceAndStaysInMemory)
@@ -150,7 +179,7 @@ TEST_F(IniUserDefaultsTest, AChangeThatCannotBeWrittenIsLoggedOnceAndStaysInMemo
     const LogCapture log;
     QFile obstacle(m_folder.filePath(u"a"_s));
     ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 5);
     defaults.setString(u"text"_s, u"secret"_s);
     EXPECT_EQ(defaults.integer(u"key"_s), 5);
@@ -163,15 +192,15 @@ TEST_F(IniUserDefaultsTest, WhatCouldNotBeWrittenGoesOutWithTheNextChange)
     const LogCapture log;
     QFile file(m_folder.filePath(u"a"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"one"_s, 1);
     defaults.remove(u"two"_s);
     ASSERT_TRUE(file.remove());
     setFileBytes("[General]\ntwo=2\n");
     defaults.setInteger(u"three"_s, 3);
-    EXPECT_EQ(IniUserDefaults(m_path).integer(u"one"_s), 1);
-    EXPECT_EQ(IniUserDefaults(m_path).integer(u"two"_s), 0);
-    EXPECT_EQ(IniUserDefaults(m_path).integer(u"three"_s), 3);
+    EXPECT_EQ(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).integer(u"one"_s), 1);
+    EXPECT_EQ(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).integer(u"two"_s), 0);
+    EXPECT_EQ(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).integer(u"three"_s), 3);
     ASSERT_TRUE(QDir(m_folder.filePath(u"a"_s)).removeRecursively());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     defaults.setInteger(u"one"_s, 4);
@@ -182,7 +211,7 @@ TEST_F(IniUserDefaultsTest, WhatStandsInThePlaceOfTheFileIsNotReplaced)
 {
     const LogCapture log;
     ASSERT_TRUE(QDir().mkpath(m_path));
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 5);
     EXPECT_EQ(defaults.integer(u"key"_s), 5);
     EXPECT_TRUE(QFileInfo(m_path).isDir());
@@ -194,7 +223,7 @@ TEST_F(IniUserDefaultsTest, APipeInThePlaceOfTheFileHoldsNobodyUp)
     const LogCapture log;
     ASSERT_TRUE(QDir().mkpath(QFileInfo(m_path).path()));
     ASSERT_EQ(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
-    IniUserDefaults defaults(m_path);
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     EXPECT_EQ(defaults.string(u"key"_s), std::nullopt);
     EXPECT_EQ(warnings(log), 1U);
 }

@@ -2,6 +2,7 @@
 
 #include "FakeUserDefaults.h"
 #include "IniUserDefaults.h"
+#include "ThreadExecutor.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -34,12 +35,22 @@ public:
         file.close();
         reopen();
     }
-    void reopen() { m_defaults = std::make_unique<IniUserDefaults>(m_path); }
+    void reopen()
+    {
+        m_defaults.reset();
+        m_defaults = open();
+    }
 
 private:
+    [[nodiscard]] std::unique_ptr<IniUserDefaults> open() const
+    {
+        return std::make_unique<IniUserDefaults>(
+            m_path, std::make_unique<ThreadExecutor>("settings"));
+    }
+
     QTemporaryDir m_folder;
     QString m_path = m_folder.filePath(QStringLiteral("settings.ini"));
-    std::unique_ptr<IniUserDefaults> m_defaults = std::make_unique<IniUserDefaults>(m_path);
+    std::unique_ptr<IniUserDefaults> m_defaults = open();
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, UserDefaultsContract, InMemory);
