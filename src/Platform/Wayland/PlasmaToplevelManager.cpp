@@ -38,7 +38,9 @@ public:
             .application_menu = [](void*, Object*, const char*, const char*) {},
             .activity_entered = &Handle::ignore,
             .activity_left = &Handle::ignore,
-            .resource_name_changed = &Handle::ignore};
+            .resource_name_changed = &Handle::ignore,
+            .client_geometry = [](void*, Object*, std::int32_t, std::int32_t, std::uint32_t,
+                                  std::uint32_t) {}};
         org_kde_plasma_window_add_listener(object, &listener, this);
     }
     ~Handle() override { org_kde_plasma_window_destroy(m_object); }
@@ -122,7 +124,8 @@ PlasmaToplevelManager::PlasmaToplevelManager(
         .window = &PlasmaToplevelManager::appeared,
         .stacking_order_changed = [](void*, Object*, wl_array*) {},
         .stacking_order_uuid_changed = [](void*, Object*, const char*) {},
-        .window_with_uuid = [](void*, Object*, std::uint32_t, const char*) {}};
+        .window_with_uuid = [](void*, Object*, std::uint32_t, const char*) {},
+        .stacking_order_changed_2 = [](void*, Object*) {}};
     org_kde_plasma_window_management_add_listener(object, &listener, this);
 }
 

@@ -3,11 +3,18 @@
 #include "LoopAnswer.h"
 #include "WaylandToplevels.h"
 
+#include <QLoggingCategory>
 #include <QObject>
 
 #include <utility>
 
 namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.WaylandDesktop")
+
+} // namespace
 
 WaylandDesktop::WaylandDesktop()
     : WaylandDesktop(Options())
@@ -91,6 +98,7 @@ QFuture<bool> WaylandDesktop::press(WaylandKeyboard::Way way, PasteChord chord)
 void WaylandDesktop::lost()
 {
     m_isConnected = false;
+    qCWarning(lcDesktop, "The connection over which windows and keys go has ended.");
     m_toplevels->lost();
     QMetaObject::invokeMethod(
         m_mainThread.get(),

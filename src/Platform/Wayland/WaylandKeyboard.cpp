@@ -136,7 +136,9 @@ bool WaylandKeyboard::fake(PasteChord chord)
         return false;
     }
     // All keyboards have one state together here. What the user holds is let go of, and not pressed
-    // again, since the user may let go meanwhile.
+    // again, since the user may let go meanwhile. Which keys those are is not told: windows see the
+    // release of one that is not held only if it has never been pressed, and it means nothing to
+    // them.
     for (const auto key : modifierKeys) {
         fakeKey(key, false);
     }

@@ -2,16 +2,15 @@
 
 #include "WaylandEventLoop.h"
 #include "WaylandRegistry.h"
-#include "WaylandToplevelManager.h"
 
 #include <QByteArray>
 
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 struct org_kde_kwin_fake_input;
+struct org_kde_plasma_window_management;
 
 namespace tessly::test {
 
@@ -26,21 +25,28 @@ public:
     KWinUser& operator=(const KWinUser&) = delete;
 
     // Each returns once the compositor has it.
-    /// The first window of this application.
     void bringToFront(const QByteArray& appID);
+    void minimize(const QByteArray& appID);
+    void moveToNewVirtualDesktop(const QByteArray& appID);
     // Keys as in linux/input-event-codes.h.
     void press(std::uint32_t key) { move(key, true); }
     void release(std::uint32_t key) { move(key, false); }
     void type(std::uint32_t key);
 
 private:
+    class Window;
+
+    /// The first of this application.
+    Window& window(const QByteArray& appID);
+    void setState(const QByteArray& appID, std::uint32_t state);
     void move(std::uint32_t key, bool isPress);
+    void settle();
 
     WaylandEventLoop m_loop;
     std::unique_ptr<WaylandRegistry> m_registry;
     org_kde_kwin_fake_input* m_input = nullptr;
-    std::vector<WaylandToplevelHandle*> m_windows;
-    std::unique_ptr<WaylandToplevelManager> m_manager;
+    org_kde_plasma_window_management* m_management = nullptr;
+    std::vector<std::unique_ptr<Window>> m_windows;
 };
 
 } // namespace tessly::test

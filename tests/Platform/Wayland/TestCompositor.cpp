@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <sys/eventfd.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -56,13 +57,33 @@ struct TestCompositor::Requests
     {
         static const struct wl_seat_interface requests = {
             .get_pointer = [](wl_client*, wl_resource*, std::uint32_t) {},
-            .get_keyboard = [](wl_client*, wl_resource*, std::uint32_t) {},
+            .get_keyboard = &getKeyboard,
             .get_touch = [](wl_client*, wl_resource*, std::uint32_t) {},
             .release = &destroy};
         wl_resource* const seat =
             wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
-        wl_resource_set_implementation(seat, &requests, data, nullptr);
+        wl_resource_set_implementation(seat, &requests, data, [](wl_resource* destroyed) {
+            std::erase(objectOf<TestCompositor>(destroyed).m_seats, destroyed);
+        });
+        auto& compositor = objectOf<TestCompositor>(seat);
+        compositor.m_seats.push_back(seat);
+        wl_seat_send_capabilities(
+            seat, compositor.m_keymap.isNull() ? 0 : WL_SEAT_CAPABILITY_KEYBOARD);
         noteBind(data, wl_seat_interface);
+    }
+
+    static void getKeyboard(wl_client* client, wl_resource* seat, std::uint32_t id)
+    {
+        static const struct wl_keyboard_interface requests = {.release = &destroy};
+        auto& compositor = objectOf<TestCompositor>(seat);
+        wl_resource* const keyboard =
+            wl_resource_create(client, &wl_keyboard_interface, wl_resource_get_version(seat), id);
+        wl_resource_set_implementation(
+            keyboard, &requests, &compositor, [](wl_resource* destroyed) {
+                std::erase(objectOf<TestCompositor>(destroyed).m_keyboards, destroyed);
+            });
+        compositor.m_keyboards.push_back(keyboard);
+        compositor.sendKeymap(keyboard);
     }
 
     static void bindWlr(wl_client* client, void* data, std::uint32_t version, std::uint32_t id)
@@ -283,6 +304,37 @@ void TestCompositor::finishDevices()
             ext_data_control_device_v1_send_finished(device);
         }
     });
+}
+
+void TestCompositor::setKeymap(const QByteArray& text)
+{
+    setKeymap(text, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, static_cast<std::uint32_t>(text.size()) + 1);
+}
+
+void TestCompositor::setKeymap(const QByteArray& text, std::uint32_t format, std::uint32_t size)
+{
+    run([&] {
+        m_keymap = text;
+        m_keymapFormat = format;
+        m_keymapSize = size;
+        for (wl_resource* const seat : m_seats) {
+            wl_seat_send_capabilities(seat, WL_SEAT_CAPABILITY_KEYBOARD);
+        }
+        for (wl_resource* const keyboard : m_keyboards) {
+            sendKeymap(keyboard);
+        }
+    });
+}
+
+void TestCompositor::sendKeymap(wl_resource* keyboard) const
+{
+    const int file = memfd_create("keymap", MFD_CLOEXEC);
+    const auto size = static_cast<std::size_t>(m_keymap.size()) + 1;
+    if (file < 0 || write(file, m_keymap.constData(), size) != static_cast<ssize_t>(size)) {
+        throw std::runtime_error("a key map has no room");
+    }
+    wl_keyboard_send_keymap(keyboard, m_keymapFormat, file, m_keymapSize);
+    close(file);
 }
 
 int TestCompositor::binds(const std::string& interface)

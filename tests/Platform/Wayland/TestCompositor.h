@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QByteArray>
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <map>
@@ -56,6 +58,25 @@ public:
     /// Tells every program that its data device is finished.
     void finishDevices();
 
+    /// The seat has a keyboard with this key map from now on.
+    void setKeymap(const QByteArray& text);
+    /// The same, told by a message that names another format, or another size than the file has.
+    void setKeymap(const QByteArray& text, std::uint32_t format, std::uint32_t size);
+
+    /// Runs a job on the compositor's thread, and waits for its end. Not while it is frozen.
+    void run(std::function<void()> job);
+    /// On the compositor's thread.
+    [[nodiscard]] wl_display* wlDisplay() const { return m_display; }
+    /// Gives it something more, which lives as long as it does; made on its thread.
+    template <typename Extension>
+    Extension& add()
+    {
+        std::shared_ptr<Extension> extension;
+        run([&] { extension = std::make_shared<Extension>(wlDisplay()); });
+        m_extensions.push_back(extension);
+        return *extension;
+    }
+
     /// How often content was asked for.
     [[nodiscard]] int receives() const { return m_receives; }
     /// How often an interface was bound.
@@ -77,13 +98,15 @@ private:
     struct Requests;
     friend struct Requests;
 
-    void run(std::function<void()> job);
     void addGlobals(const Options& options);
     void select(Source* source);
     void sourceGone(Source* source);
     void forget(const Source* source);
     void announce(wl_resource* device);
+    void sendKeymap(wl_resource* keyboard) const;
 
+    /// The compositor is gone before they are.
+    std::vector<std::shared_ptr<void>> m_extensions;
     QTemporaryDir m_folder;
     wl_display* m_display = nullptr;
     int m_wakeFD = -1;
@@ -92,6 +115,11 @@ private:
     std::mutex m_mutex;
     std::vector<std::function<void()>> m_jobs;
     std::map<std::string, int> m_binds;
+    std::vector<wl_resource*> m_seats;
+    std::vector<wl_resource*> m_keyboards;
+    QByteArray m_keymap;
+    std::uint32_t m_keymapFormat = 0;
+    std::uint32_t m_keymapSize = 0;
     std::vector<wl_resource*> m_devices;
     std::vector<Offer*> m_offers;
     Source* m_selection = nullptr;

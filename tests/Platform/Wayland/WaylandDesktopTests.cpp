@@ -1,0 +1,558 @@
+#include "WaylandDesktop.h"
+
+#include "PasteTarget.h"
+#include "TestCompositor.h"
+#include "TestKeyboards.h"
+#include "TestKeymap.h"
+#include "TestSupport.h"
+#include "TestToplevels.h"
+#include "WaylandKeySender.h"
+#include "WaylandWorkspace.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <linux/input-event-codes.h>
+#include <memory>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace tessly::test {
+
+namespace {
+
+using Key = TestKeyboards::Key;
+using WindowID = TestToplevels::WindowID;
+
+constexpr std::uint32_t control = 4;
+
+const std::vector<Key> controlV = {
+    {KEY_LEFTCTRL, true, 0},
+    {KEY_V, true, control},
+    {KEY_V, false, control},
+    {KEY_LEFTCTRL, false, control}};
+
+WaylandDesktop::Options options(const TestCompositor& compositor)
+{
+    return {
+        .display = compositor.display(),
+        .entries = DesktopEntries(QStringList()),
+        .deadline = std::chrono::milliseconds(300)};
+}
+
+/// A compositor with windows and virtual keyboards, and the desktop under test on it.
+class WaylandDesktopTest : public testing::Test
+{
+protected:
+    using Application = std::shared_ptr<PasteTarget>;
+
+    explicit WaylandDesktopTest(const TestCompositor::Options& options = {})
+        : m_compositor(options)
+    {
+    }
+
+    TestCompositor& compositor() { return m_compositor; }
+    WaylandDesktop& desktop()
+    {
+        if (!m_desktop) {
+            m_desktop = std::make_unique<WaylandDesktop>(WaylandDesktop::Options{
+                .display = m_compositor.display(),
+                .entries = DesktopEntries(QStringList{m_entries.path()})});
+        }
+        return *m_desktop;
+    }
+    void endDesktop()
+    {
+        m_workspace.reset();
+        m_desktop.reset();
+    }
+    /// Before the desktop is asked for.
+    void install(const QString& id, const QByteArray& lines)
+    {
+        QFile file(m_entries.filePath(id + u".desktop"_s));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\n" + lines);
+    }
+
+    // What the compositor does.
+    template <typename Job>
+    auto windows(Job job)
+    {
+        std::optional<decltype(job(m_toplevels))> result;
+        m_compositor.run([&] { result = job(m_toplevels); });
+        return *result;
+    }
+    WindowID open(const QByteArray& appID, bool isActivated = true)
+    {
+        return windows([&](auto& toplevels) { return toplevels.open(appID, isActivated); });
+    }
+    void setActivated(WindowID window, bool isActivated)
+    {
+        m_compositor.run([&] { m_toplevels.setActivated(window, isActivated); });
+    }
+    void setAppID(WindowID window, const QByteArray& appID)
+    {
+        m_compositor.run([&] { m_toplevels.setAppID(window, appID); });
+    }
+    void close(WindowID window)
+    {
+        m_compositor.run([&] { m_toplevels.close(window); });
+    }
+    std::vector<WindowID> activations()
+    {
+        return windows([](auto& toplevels) { return toplevels.activations(); });
+    }
+
+    // What is seen of it.
+    Application front()
+    {
+        if (!m_workspace) {
+            m_workspace = std::make_unique<WaylandWorkspace>(desktop());
+        }
+        return std::dynamic_pointer_cast<PasteTarget>(m_workspace->frontmostApplication());
+    }
+    /// What is in front, once it is this.
+    Application inFront(const std::optional<QString>& id)
+    {
+        Application application;
+        EXPECT_TRUE(waitUntil([&] {
+            application = front();
+            return application && application->bundleIdentifier() == id;
+        })) << id.value_or(u"none"_s).toStdString();
+        return application;
+    }
+    bool nothingComesToFront()
+    {
+        return waitUntil([this] { return !front(); });
+    }
+    bool send(PasteChord chord = PasteChord::controlV)
+    {
+        VirtualKeyboardSender sender(desktop());
+        return await(sender.send(chord));
+    }
+    template <typename Ask>
+    auto keyboards(Ask ask)
+    {
+        std::optional<decltype(ask(m_keyboards))> result;
+        m_compositor.run([&] { result = ask(m_keyboards); });
+        return *result;
+    }
+    std::vector<Key> keys()
+    {
+        return keyboards([](auto& keyboards) { return keyboards.keys(); });
+    }
+    std::vector<QByteArray> keymaps()
+    {
+        return keyboards([](auto& keyboards) { return keyboards.keymaps(); });
+    }
+    bool letterIs(std::uint32_t key)
+    {
+        return waitUntil([&] { return desktop().letterVKey() == key; });
+    }
+
+private:
+    TestCompositor m_compositor;
+    TestToplevels& m_toplevels = m_compositor.add<TestToplevels>();
+    TestKeyboards& m_keyboards = m_compositor.add<TestKeyboards>();
+    QTemporaryDir m_entries;
+    std::unique_ptr<WaylandDesktop> m_desktop;
+    std::unique_ptr<WaylandWorkspace> m_workspace;
+};
+
+class WaylandDesktopWithoutSeatTest : public WaylandDesktopTest
+{
+protected:
+    WaylandDesktopWithoutSeatTest()
+        : WaylandDesktopTest({.hasSeat = false})
+    {
+    }
+};
+
+} // namespace
+
+// The start.
+
+TEST(WaylandDesktopStart, noCompositorIsAnError)
+{
+    EXPECT_THROW(WaylandDesktop({.display = "/nowhere/at/all"}), WaylandError);
+}
+
+TEST(WaylandDesktopStart, aCompositorThatDoesNotAnswerIsAnError)
+{
+    TestCompositor compositor;
+    compositor.freeze();
+    EXPECT_THROW(WaylandDesktop{options(compositor)}, WaylandError);
+}
+
+TEST(WaylandDesktopStart, aCompositorMayHaveNothingOfIt)
+{
+    TestCompositor compositor({.hasExt = false, .hasSeat = false});
+    WaylandDesktop desktop(options(compositor));
+    EXPECT_FALSE(desktop.hasToplevels());
+    EXPECT_FALSE(desktop.hasVirtualKeyboard());
+    EXPECT_FALSE(desktop.hasFakeInput());
+    EXPECT_EQ(desktop.letterVKey(), std::uint32_t{KEY_V});
+    EXPECT_EQ(WaylandWorkspace(desktop).frontmostApplication(), nullptr);
+    for (const auto way :
+         {WaylandKeyboard::Way::virtualKeyboard, WaylandKeyboard::Way::fakeInput}) {
+        EXPECT_FALSE(desktop.canPress(way));
+    }
+    VirtualKeyboardSender virtualKeys(desktop);
+    EXPECT_FALSE(virtualKeys.requestAccess());
+    EXPECT_FALSE(await(virtualKeys.send(PasteChord::controlV)));
+    FakeInputSender fakeKeys(desktop);
+    EXPECT_FALSE(fakeKeys.isAllowed());
+    EXPECT_FALSE(await(fakeKeys.send(PasteChord::controlV)));
+}
+
+TEST_F(WaylandDesktopTest, tellsWhatTheCompositorHas)
+{
+    EXPECT_TRUE(desktop().hasToplevels());
+    EXPECT_TRUE(desktop().hasVirtualKeyboard());
+    EXPECT_FALSE(desktop().hasFakeInput());
+}
+
+// Windows.
+
+TEST_F(WaylandDesktopTest, windowsThatAreThereAtFirstAreKnown)
+{
+    open("behind", false);
+    open("before");
+    EXPECT_TRUE(inFront(u"before"_s)->isActive());
+}
+
+TEST_F(WaylandDesktopTest, anApplicationIsNamedByItsDesktopEntry)
+{
+    install(u"org.example.Editor"_s, "Name=Text Editor\n");
+    install(u"prompt"_s, "Name=Prompt\nCategories=TerminalEmulator;\nStartupWMClass=Prompter\n");
+    const auto editor = open("org.example.editor");
+    const auto application = inFront(u"org.example.Editor"_s);
+    EXPECT_EQ(application->localizedName(), u"Text Editor"_s);
+    EXPECT_EQ(application->pasteChord(), PasteChord::controlV);
+    close(editor);
+    const auto prompt = open("Prompter");
+    const auto terminal = inFront(u"prompt"_s);
+    EXPECT_EQ(terminal->localizedName(), u"Prompt"_s);
+    EXPECT_EQ(terminal->pasteChord(), PasteChord::controlShiftV);
+    close(prompt);
+    open("XTerm");
+    const auto unknown = inFront(u"XTerm"_s);
+    EXPECT_EQ(unknown->localizedName(), u"XTerm"_s);
+    EXPECT_EQ(unknown->pasteChord(), PasteChord::shiftInsert);
+}
+
+TEST_F(WaylandDesktopTest, theProgramsOwnWindowsAreKnown)
+{
+    const auto panel = open("com.brackmoor.tessly");
+    inFront(u"com.brackmoor.tessly"_s);
+    close(panel);
+    open("Tessly");
+    inFront(u"com.brackmoor.tessly"_s);
+}
+
+TEST_F(WaylandDesktopTest, whatAWindowIsMayBeToldLate)
+{
+    const auto window = open({});
+    const auto application = inFront(std::nullopt);
+    EXPECT_EQ(application->localizedName(), std::nullopt);
+    setAppID(window, "editor");
+    EXPECT_EQ(inFront(u"editor"_s), application);
+    EXPECT_EQ(application->localizedName(), u"editor"_s);
+    // Also while it is not in front.
+    setActivated(window, false);
+    ASSERT_TRUE(nothingComesToFront());
+    setAppID(window, "terminal");
+    EXPECT_TRUE(waitUntil([&] { return application->bundleIdentifier() == u"terminal"_s; }));
+    setAppID(window, "");
+    EXPECT_TRUE(waitUntil([&] { return !application->bundleIdentifier(); }));
+}
+
+TEST_F(WaylandDesktopTest, ofTwoActivatedWindowsTheLatestIsInFront)
+{
+    const auto first = open("first");
+    inFront(u"first"_s);
+    const auto second = open("second");
+    inFront(u"second"_s);
+    setActivated(first, true);
+    setActivated(second, true);
+    setActivated(second, false);
+    inFront(u"first"_s);
+    setActivated(second, true);
+    inFront(u"second"_s);
+    close(second);
+    inFront(u"first"_s);
+    setActivated(first, false);
+    EXPECT_TRUE(nothingComesToFront());
+}
+
+TEST_F(WaylandDesktopTest, whatIsToldTwiceChangesNothing)
+{
+    const auto window = open("editor");
+    const auto application = inFront(u"editor"_s);
+    setActivated(window, true);
+    setAppID(window, "editor");
+    const auto other = open("other");
+    inFront(u"other"_s);
+    EXPECT_FALSE(application->isActive());
+    close(other);
+    inFront(u"editor"_s);
+    EXPECT_TRUE(application->isActive());
+}
+
+TEST_F(WaylandDesktopTest, twoWindowsOfOneApplicationAreTwo)
+{
+    open("editor");
+    const auto first = inFront(u"editor"_s);
+    open("editor");
+    ASSERT_TRUE(waitUntil([&] { return front() != first; }));
+    EXPECT_FALSE(first->isActive());
+    EXPECT_TRUE(front()->isActive());
+    EXPECT_FALSE(first->isTerminated());
+}
+
+TEST_F(WaylandDesktopTest, aWindowIsAskedToComeToTheFrontOnce)
+{
+    const auto behind = open("behind");
+    const auto application = inFront(u"behind"_s);
+    const auto before = open("before");
+    inFront(u"before"_s);
+    application->activate();
+    ASSERT_TRUE(waitUntil([&] { return !activations().empty(); }));
+    setActivated(before, false);
+    inFront(u"behind"_s);
+    application->activate();
+    open("last");
+    inFront(u"last"_s);
+    EXPECT_THAT(activations(), ElementsAre(behind));
+}
+
+TEST_F(WaylandDesktopTest, aWindowMayCloseWhileItIsAskedToComeToTheFront)
+{
+    const auto window = open("editor");
+    const auto application = inFront(u"editor"_s);
+    open("other");
+    inFront(u"other"_s);
+    compositor().freeze();
+    application->activate();
+    compositor().thaw();
+    close(window);
+    EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
+    application->activate();
+    open("next");
+    EXPECT_TRUE(inFront(u"next"_s)->isActive()) << "the connection is sound";
+    EXPECT_FALSE(application->isActive());
+    EXPECT_EQ(application->bundleIdentifier(), u"editor"_s) << "what is known stays known";
+}
+
+TEST_F(WaylandDesktopTest, aManagerThatIsFinishedLeavesTheWindowsThatThereAre)
+{
+    const auto window = open("editor");
+    const auto application = inFront(u"editor"_s);
+    windows([](auto& toplevels) {
+        toplevels.finish();
+        return 0;
+    });
+    EXPECT_TRUE(waitUntil([this] { return !desktop().hasToplevels(); }));
+    setActivated(window, false);
+    EXPECT_TRUE(nothingComesToFront());
+    setActivated(window, true);
+    inFront(u"editor"_s);
+    EXPECT_TRUE(application->isActive());
+    close(window);
+    EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
+}
+
+TEST_F(WaylandDesktopTest, anApplicationMayOutliveTheDesktop)
+{
+    open("editor");
+    const auto application = inFront(u"editor"_s);
+    endDesktop();
+    EXPECT_FALSE(application->isActive());
+    EXPECT_TRUE(application->isTerminated());
+    application->activate();
+    EXPECT_EQ(application->localizedName(), u"editor"_s);
+}
+
+TEST_F(WaylandDesktopTest, theCompositorsEndIsToldOnceAndEndsWhatIsAwaited)
+{
+    int losses = 0;
+    desktop().setConnectionLost([&losses] { ++losses; });
+    open("editor");
+    const auto application = inFront(u"editor"_s);
+    compositor().freeze();
+    VirtualKeyboardSender sender(desktop());
+    auto sending = sender.send(PasteChord::controlV);
+    compositor().end();
+    EXPECT_FALSE(await(std::move(sending)));
+    ASSERT_TRUE(waitUntil([&] { return losses > 0; }));
+
+    EXPECT_TRUE(application->isTerminated());
+    EXPECT_FALSE(application->isActive());
+    EXPECT_EQ(front(), nullptr);
+    application->activate();
+    EXPECT_FALSE(desktop().hasToplevels());
+    EXPECT_FALSE(desktop().hasVirtualKeyboard());
+    EXPECT_FALSE(sender.isAllowed());
+    EXPECT_FALSE(sender.requestAccess());
+    EXPECT_FALSE(await(sender.send(PasteChord::controlV)));
+    EXPECT_EQ(losses, 1);
+}
+
+TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd)
+{
+    const auto behind = open("behind");
+    const auto application = inFront(u"behind"_s);
+    setActivated(behind, false);
+    ASSERT_TRUE(nothingComesToFront());
+    compositor().freeze();
+    VirtualKeyboardSender sender(desktop());
+    std::vector<QCoro::Task<bool>> sendings;
+    for (int number = 0; number < 2000; ++number) {
+        application->activate();
+        sendings.push_back(sender.send(PasteChord::controlV));
+    }
+    EXPECT_FALSE(sendings.front().isReady());
+    endDesktop();
+    for (auto& sending : sendings) {
+        EXPECT_FALSE(await(std::move(sending)));
+    }
+    compositor().thaw();
+    EXPECT_THAT(keys(), IsEmpty());
+}
+
+// Seats.
+
+TEST_F(WaylandDesktopWithoutSeatTest, theSeatMayComeLater)
+{
+    EXPECT_TRUE(desktop().hasVirtualKeyboard());
+    const auto behind = open("behind");
+    const auto application = inFront(u"behind"_s);
+    const auto before = open("before");
+    inFront(u"before"_s);
+    EXPECT_FALSE(send());
+    application->activate();
+    close(before);
+    inFront(u"behind"_s);
+    EXPECT_THAT(activations(), IsEmpty()) << "nobody to whom it would come";
+
+    compositor().addSeat();
+    EXPECT_TRUE(waitUntil([this] { return send(); }));
+    EXPECT_EQ(keys(), controlV);
+    open("before");
+    inFront(u"before"_s);
+    application->activate();
+    EXPECT_TRUE(waitUntil([&] { return activations() == std::vector{behind}; }));
+}
+
+TEST_F(WaylandDesktopTest, aSeatThatGoesTakesItsKeyboardWithIt)
+{
+    EXPECT_TRUE(send());
+    compositor().removeSeat();
+    EXPECT_TRUE(waitUntil([this] { return !send(); }));
+    EXPECT_EQ(keyboards([](auto& keyboards) { return keyboards.alive(); }), 0);
+    compositor().addSeat();
+    EXPECT_TRUE(waitUntil([this] { return send(); }));
+    EXPECT_EQ(keyboards([](auto& keyboards) { return keyboards.made(); }), 2);
+}
+
+// Keys.
+
+TEST_F(WaylandDesktopTest, oneKeyboardIsMadeAtTheStartAndKept)
+{
+    desktop();
+    ASSERT_TRUE(waitUntil([this] { return !keymaps().empty(); })) << "before there is a paste";
+    EXPECT_TRUE(send());
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keyboards([](auto& keyboards) { return keyboards.made(); }), 1);
+    EXPECT_EQ(keymaps().size(), 1U);
+    auto twice = controlV;
+    twice.insert(twice.end(), controlV.begin(), controlV.end());
+    EXPECT_EQ(keys(), twice);
+    EXPECT_EQ(keyboards([](auto& keyboards) { return keyboards.modifiers(); }), 0U);
+}
+
+TEST_F(WaylandDesktopTest, theKeyMapIsTheUsers)
+{
+    const QByteArray dvorak = keymapText("us", "dvorak");
+    compositor().setKeymap(dvorak);
+    EXPECT_EQ(desktop().letterVKey(), std::uint32_t{KEY_DOT}) << "known from the start";
+    EXPECT_TRUE(send());
+    EXPECT_THAT(keys(), Contains(Key{KEY_DOT, true, control}));
+    EXPECT_THAT(keymaps(), ElementsAre(dvorak + '\0'));
+}
+
+TEST_F(WaylandDesktopTest, aKeyMapThatChangesIsUsedFromTheNextPasteOn)
+{
+    compositor().setKeymap(keymapText("us"));
+    EXPECT_TRUE(send());
+    compositor().setKeymap(keymapText("us", "dvorak"));
+    ASSERT_TRUE(letterIs(KEY_DOT));
+    EXPECT_EQ(keymaps().size(), 1U);
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keymaps().size(), 2U);
+    EXPECT_EQ(keys().at(5), (Key{KEY_DOT, true, control}));
+    // Its own, told back to it.
+    compositor().setKeymap(keymaps().back().chopped(1));
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keymaps().size(), 2U);
+}
+
+TEST_F(WaylandDesktopTest, withoutTheLetterAnAmericanKeyMapIsUsed)
+{
+    compositor().setKeymap(keymapText("us", "dvorak"));
+    ASSERT_TRUE(letterIs(KEY_DOT));
+    compositor().setKeymap(keymapText("ru"));
+    ASSERT_TRUE(letterIs(KEY_V));
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keys(), controlV);
+    const auto given = keymaps();
+    EXPECT_EQ(given.back().chopped(1), keymapText("us"));
+    // Its own, told back to it.
+    compositor().setKeymap(keymapText("us"));
+    compositor().setKeymap(keymapText("ru"));
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keymaps(), given);
+}
+
+TEST_F(WaylandDesktopTest, whatIsNoKeyMapDoesNotCount)
+{
+    const QByteArray dvorak = keymapText("us", "dvorak");
+    compositor().setKeymap(dvorak);
+    ASSERT_TRUE(letterIs(KEY_DOT));
+    const QByteArray us = keymapText("us");
+    const auto size = static_cast<std::uint32_t>(us.size()) + 1;
+    constexpr std::uint32_t xkb = 1;
+    compositor().setKeymap("no key map at all");
+    compositor().setKeymap(us, 0, size);
+    compositor().setKeymap(us, xkb, size + 1);
+    compositor().setKeymap(us, xkb, 0xffffffff);
+    compositor().setKeymap(us, xkb, 0);
+    compositor().setKeymap(us, xkb, 100);
+    EXPECT_TRUE(send());
+    EXPECT_EQ(desktop().letterVKey(), std::uint32_t{KEY_DOT});
+    EXPECT_THAT(keymaps(), ElementsAre(dvorak + '\0'));
+}
+
+TEST_F(WaylandDesktopTest, noKeysArePressedOnceAnotherWindowIsInFront)
+{
+    open("target");
+    inFront(u"target"_s);
+    VirtualKeyboardSender sender(desktop());
+    compositor().freeze();
+    auto sending = sender.send(PasteChord::controlV);
+    compositor().thaw();
+    open("other");
+    const bool isSent = await(std::move(sending));
+    inFront(u"other"_s);
+    EXPECT_EQ(isSent, !keys().empty()) << "whichever came first";
+    EXPECT_TRUE(send());
+}
+
+} // namespace tessly::test
