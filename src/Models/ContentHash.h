@@ -2,10 +2,8 @@
 
 #include <QByteArray>
 
-#include <memory>
+#include <nettle/sha2.h>
 #include <optional>
-
-struct evp_md_ctx_st;
 
 namespace tessly {
 
@@ -16,15 +14,13 @@ class ContentHash
 public:
     ContentHash();
     void addSection(QByteArrayView label, const std::optional<QByteArray>& data);
-    /// 64 lower-case hexadecimal digits. Ends the hash.
+    /// 64 lower-case hexadecimal digits. Begins anew.
     [[nodiscard]] QByteArray result();
 
 private:
-    struct Free
-    {
-        void operator()(evp_md_ctx_st* context) const;
-    };
-    std::unique_ptr<evp_md_ctx_st, Free> m_context;
+    void add(QByteArrayView bytes);
+
+    sha256_ctx m_context;
 };
 
 } // namespace tessly
