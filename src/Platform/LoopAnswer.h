@@ -8,6 +8,8 @@
 
 namespace tessly {
 
+// NOLINTBEGIN(performance-unnecessary-value-param): of some types, moving is copying.
+
 /// Where a loop's thread puts the answer that a coroutine on the main thread awaits. Copies are the
 /// same answer; when the last goes without an answer, the fallback is it.
 template <typename Value>
@@ -49,6 +51,8 @@ private:
 
     std::shared_ptr<State> m_state;
 };
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 /// Asks on the thread of a loop that jobs can be posted to. The job gets the answer to call, or to
 /// drop.

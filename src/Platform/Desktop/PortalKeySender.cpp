@@ -63,6 +63,7 @@ std::vector<Stroke> strokes(PasteChord chord, quint32 keyOfV)
         break;
     }
     std::vector<Stroke> strokes;
+    strokes.reserve(modifiers.size() + 2 * keys.size());
     for (const quint32 modifier : modifiers) {
         strokes.push_back({.key = modifier, .isPress = false});
     }

@@ -1,5 +1,6 @@
 #include "TestBus.h"
 
+#include <QFile>
 #include <QUuid>
 
 #include <csignal>
@@ -10,14 +11,42 @@ using namespace Qt::StringLiterals;
 
 namespace tessly::test {
 
+namespace {
+
+/// A session's bus that starts no services: those of the machine are none of the tests' business.
+constexpr const char* configuration = R"(
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path=%1</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
+
+} // namespace
+
 TestBus::TestBus()
 {
+    QFile file(m_folder.filePath(u"bus.conf"_s));
+    const QByteArray text = QByteArray(configuration)
+                                .trimmed()
+                                .replace("%1", QFile::encodeName(m_folder.filePath(u"bus"_s)));
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
+        throw std::runtime_error("the bus's configuration cannot be written");
+    }
+    file.close();
     // A test that crashes leaves nothing behind.
     m_daemon.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_daemon.start(
-        u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s, u"--print-address=1"_s,
-                           u"--address=unix:path="_s + m_folder.filePath(u"bus"_s)});
+        u"dbus-daemon"_s, {u"--config-file="_s + file.fileName(), u"--nofork"_s, u"--nopidfile"_s,
+                           u"--print-address=1"_s});
     while (!m_daemon.canReadLine()) {
         if (!m_daemon.waitForReadyRead(20000)) {
             throw std::runtime_error("dbus-daemon did not start");
