@@ -401,8 +401,7 @@ def main():
         # Not by lines: what a buffer holds would not wake anyone.
         received = os.read(source, 65536)
         if not received:
-            loop.quit()
-            return False
+            return False  # nobody steers it, as when the bus has started it
         unread.extend(received)
         while b"\n" in unread:
             line, _, rest = bytes(unread).partition(b"\n")

@@ -22,6 +22,8 @@ public:
     void breakKeys() { m_isBroken = true; }
     /// Called with each chord at the moment at which whatever has the keyboard sees it.
     void setSeen(std::function<void(PasteChord)> seen) { m_seen = std::move(seen); }
+    /// Where the user still holds keys.
+    [[nodiscard]] Gate& held() { return m_held; }
     /// Where the desktop's answers wait; the keys have been seen by then.
     [[nodiscard]] Gate& gate() { return m_gate; }
 
@@ -35,6 +37,7 @@ public:
         m_isAllowed = m_isAllowed || m_grantsRequests;
         return m_isAllowed;
     }
+    [[nodiscard]] QCoro::Task<> keysUp() override { return m_held.pass(); }
     [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) override
     {
         const bool isTaken = !m_isBroken;
@@ -55,6 +58,7 @@ private:
     int m_accessRequests = 0;
     std::vector<PasteChord> m_chords;
     std::function<void(PasteChord)> m_seen;
+    Gate m_held;
     Gate m_gate;
 };
 

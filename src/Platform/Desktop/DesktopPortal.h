@@ -69,6 +69,7 @@ public:
     ~DesktopPortal() override;
 
     [[nodiscard]] State state() const { return m_state; }
+    [[nodiscard]] Clock& clock() const { return m_clock; }
     /// Has the bus start the portal if there is none, as it did at first.
     void wake();
 

@@ -44,6 +44,10 @@ QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<Running
             co_return PostResult::failed;
         }
     }
+    co_await m_sender.keysUp();
+    if (alive.expired()) {
+        co_return PostResult::failed;
+    }
     if (!application->isActive()) {
         co_return PostResult::targetNotInFront;
     }

@@ -23,6 +23,10 @@ public:
     /// question that is open already is not asked again.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
+    /// Waits until the user has let go of keys that would spoil a chord and that `send` cannot lift
+    /// here; not for long, and only as far as the desktop tells of them.
+    [[nodiscard]] virtual QCoro::Task<> keysUp() { co_return; }
+
     /// Presses and releases the keys of a chord so that nothing else is seen of them, whatever the
     /// user holds down. True once the desktop has all of them; false if it took none, or not all.
     [[nodiscard]] virtual QCoro::Task<bool> send(PasteChord chord) = 0;

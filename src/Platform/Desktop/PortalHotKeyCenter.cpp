@@ -28,6 +28,11 @@ const QString deactivated = u"Deactivated"_s;
 /// was not heard of for longer than keyboards take to repeat has been let go.
 constexpr auto longestSilence = 1s;
 
+/// How much later than a key its modifiers may be let go.
+constexpr auto modifiersLater = 150ms;
+/// How long anyone waits for keys to be let go.
+constexpr auto longestHold = 1s;
+
 using Status = HotKeyCenter::Status;
 
 QCoro::Task<Status> answered(QFuture<Status> answer)
@@ -73,7 +78,7 @@ void PortalHotKeyCenter::portalChanged()
     // With a portal goes what it held.
     m_session.reset();
     m_held.reset();
-    m_down.clear();
+    allUp();
     switch (m_portal.state()) {
     case DesktopPortal::State::undecided:
         break;
@@ -194,7 +199,7 @@ void PortalHotKeyCenter::bind()
     ++m_run;
     m_session.reset();
     m_held.reset();
-    m_down.clear();
+    allUp();
     m_asked = std::move(wanted);
     if (!m_asked.isEmpty()) {
         bindAll(this, m_run);
@@ -277,15 +282,16 @@ void PortalHotKeyCenter::received(const QDBusMessage& signal)
     if (signal.member() == activated) {
         pressed(shortcut);
     } else {
-        m_down.erase(shortcut);
+        released(shortcut);
     }
 }
 
 void PortalHotKeyCenter::pressed(const QString& shortcut)
 {
+    m_settling.reset();
     auto& down = m_down[shortcut];
     const bool isRepeat = down != nullptr;
-    down = m_clock.after(longestSilence, [this, shortcut] { m_down.erase(shortcut); });
+    down = m_clock.after(longestSilence, [this, shortcut] { released(shortcut); });
     const auto key = std::ranges::find_if(
         m_keys, [&](const auto& entry) { return entry.second.shortcut.id == shortcut; });
     if (isRepeat || key == m_keys.end() || !m_handler) {
@@ -294,6 +300,35 @@ void PortalHotKeyCenter::pressed(const QString& shortcut)
     // A copy: what is done about the press may remove the handler.
     const Handler handler = m_handler;
     handler({.status = done, .key = key->second.key});
+}
+
+/// Of keys that are held no longer nothing is heard.
+void PortalHotKeyCenter::allUp()
+{
+    m_down.clear();
+    m_settling.reset();
+    for (const auto& [answer, limit] : std::exchange(m_waiting, {})) {
+        answer(true);
+    }
+}
+
+void PortalHotKeyCenter::released(const QString& shortcut)
+{
+    if (m_down.erase(shortcut) == 0 || !m_down.empty()) {
+        return;
+    }
+    m_settling = m_clock.after(modifiersLater, [this] { allUp(); });
+}
+
+QFuture<bool> PortalHotKeyCenter::keysUp()
+{
+    const LoopAnswer<bool> answer(false);
+    if (m_down.empty() && !m_settling) {
+        answer(true);
+    } else {
+        m_waiting.emplace_back(answer, m_clock.after(longestHold, [answer] { answer(false); }));
+    }
+    return answer.future();
 }
 
 } // namespace tessly

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tessly {
@@ -38,6 +39,11 @@ public:
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
     Status unregisterKey(Reference key) override;
 
+    /// Answered true when the hot keys are up that were pressed last, and a moment later, as their
+    /// modifiers are let go after them; false if they are held for longer than anyone waits. At
+    /// once if none is down.
+    [[nodiscard]] QFuture<bool> keysUp();
+
 private:
     struct Key
     {
@@ -57,6 +63,8 @@ private:
     void refuse();
     void received(const QDBusMessage& signal);
     void pressed(const QString& shortcut);
+    void released(const QString& shortcut);
+    void allUp();
 
     DesktopPortal& m_portal;
     Clock& m_clock;
@@ -78,6 +86,10 @@ private:
     std::optional<QStringList> m_held;
     /// Shortcuts that are down, until it can be taken that they are not.
     std::map<QString, std::unique_ptr<Clock::Timer>> m_down;
+    /// Runs from when the last one came up until its modifiers have, too.
+    std::unique_ptr<Clock::Timer> m_settling;
+    /// Who waits for that, each with a limit.
+    std::vector<std::pair<LoopAnswer<bool>, std::unique_ptr<Clock::Timer>>> m_waiting;
 };
 
 } // namespace tessly

@@ -3,6 +3,7 @@
 #include <QCoroFuture>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QGuiApplication>
 #include <QLoggingCategory>
 
 #include <array>
@@ -28,6 +29,8 @@ constexpr quint32 untilRevoked = 2;
 constexpr quint32 firstWithTokens = 2;
 /// A paste that comes later surprises.
 constexpr auto keyPatience = 3s;
+/// Within which modifiers are let go that were down when the panel closed.
+constexpr auto modifiersLater = 250ms;
 /// A portal that breaks at each start is left alone.
 constexpr int brokenStartsAtMost = 3;
 
@@ -89,6 +92,7 @@ PortalKeySender::PortalKeySender(
     , m_tokens(std::move(tokens))
     , m_keyOfV(std::move(keyOfV))
 {
+    setHeldKeys({});
     const auto read = [](QPointer<PortalKeySender> self, QFuture<QString> token) -> QCoro::Task<> {
         QString kept = co_await token;
         if (self) {
@@ -293,6 +297,34 @@ void PortalKeySender::drop()
 {
     m_isStarted = false;
     m_session.reset();
+}
+
+void PortalKeySender::setHeldKeys(HeldKeys heldKeys)
+{
+    m_heldKeys = std::move(heldKeys);
+    if (!m_heldKeys.hadModifiers) {
+        m_heldKeys.hadModifiers = [] {
+            return (QGuiApplication::keyboardModifiers() &
+                    (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier |
+                     Qt::MetaModifier)) != Qt::NoModifier;
+        };
+    }
+}
+
+QCoro::Task<> PortalKeySender::keysUp()
+{
+    const QPointer self(this);
+    if (m_heldKeys.hotKeysUp) {
+        const QFuture<bool> up = m_heldKeys.hotKeysUp();
+        co_await up;
+    }
+    if (!self || !self->m_heldKeys.hadModifiers()) {
+        co_return;
+    }
+    const LoopAnswer<bool> waited(false);
+    const auto timer = self->m_portal.clock().after(modifiersLater, [waited] { waited(true); });
+    const QFuture<bool> end = waited.future();
+    co_await end;
 }
 
 QCoro::Task<bool> PortalKeySender::send(PasteChord chord)

@@ -21,6 +21,15 @@ namespace tessly {
 class PortalKeySender final : public QObject, public KeySender
 {
 public:
+    /// What is known of the keys that the user holds down.
+    struct HeldKeys
+    {
+        /// Answered when the hot key that may have led to a paste is up.
+        std::function<QFuture<bool>()> hotKeysUp = {};
+        /// Whether modifiers were down when the program last had the keyboard, and may be still.
+        std::function<bool()> hadModifiers = {};
+    };
+
     /// The key of the letter V on the keyboard in use, as the kernel numbers keys; 0 for none.
     using KeyOfV = std::function<quint32()>;
 
@@ -39,6 +48,10 @@ public:
     /// As `requestAccess`, at the user's explicit wish: also one who has said no is asked.
     [[nodiscard]] bool askAgain();
 
+    /// What the toolkit knows of modifiers is asked where `hadModifiers` is missing.
+    void setHeldKeys(HeldKeys heldKeys);
+
+    [[nodiscard]] QCoro::Task<> keysUp() override;
     /// False as well where a key has not been taken within a few seconds. The desktop may still get
     /// to it then, but to nothing that is sent after it.
     [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) override;
@@ -68,6 +81,7 @@ private:
     DesktopPortal& m_portal;
     std::unique_ptr<RestoreTokenFile> m_tokens;
     KeyOfV m_keyOfV;
+    HeldKeys m_heldKeys;
     Support m_support = Support::unknown;
     quint32 m_version = 0;
     /// Counts the portals that have come.

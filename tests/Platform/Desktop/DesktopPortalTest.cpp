@@ -119,6 +119,29 @@ TEST_F(DesktopPortalTest, ThatThereIsNoneIsSaidOnce)
             QtInfoMsg, u"com.brackmoor.tessly.DesktopPortal"_s, u"There is no desktop portal"_s}));
 }
 
+TEST_F(DesktopPortalTest, APortalThatIsNotRunningIsStarted)
+{
+    m_bus.addService(
+        u"org.freedesktop.portal.Desktop"_s, QStringLiteral(TESSLY_DESKTOP_SCRIPTS "/portal.py"));
+    openPortal();
+    ASSERT_TRUE(becomes(State::present));
+    EXPECT_EQ(await(m_portal->version(remoteDesktop)), 2U);
+    const auto opened = session();
+    ASSERT_NE(opened, nullptr);
+    EXPECT_TRUE(opened->isOpen());
+}
+
+TEST_F(DesktopPortalTest, OneThatCouldNotBeStartedMayBeLater)
+{
+    m_bus.addService(u"org.freedesktop.portal.Desktop"_s, u"/bin/false"_s);
+    openPortal();
+    ASSERT_TRUE(becomes(State::absent));
+    m_bus.addService(
+        u"org.freedesktop.portal.Desktop"_s, QStringLiteral(TESSLY_DESKTOP_SCRIPTS "/portal.py"));
+    m_portal->wake();
+    EXPECT_TRUE(becomes(State::present));
+}
+
 TEST_F(DesktopPortalTest, WithoutABusThereIsNone)
 {
     m_bus.kill();

@@ -221,6 +221,22 @@ TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontBeforeItGetsKeysIsNot
     EXPECT_EQ(await(std::move(second)), PostResult::failed);
 }
 
+TEST_F(FocusedKeyEventPosterTest, KeysThatTheUserHoldsAreWaitedForAndTheTargetLookedAtThen)
+{
+    const auto target = inFront();
+    m_sender.held().hold();
+    auto first = m_poster.postPaste(target);
+    auto second = m_poster.postPaste(target);
+    ASSERT_TRUE(waitUntil([this] { return m_sender.held().waiting() == 2; }));
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+    m_sender.held().releaseOne();
+    EXPECT_EQ(await(std::move(first)), PostResult::posted);
+    target->setActive(false);
+    m_sender.held().open();
+    EXPECT_EQ(await(std::move(second)), PostResult::targetNotInFront);
+    EXPECT_EQ(m_sender.chords().size(), 1U);
+}
+
 TEST_F(FocusedKeyEventPosterTest, APasteIsPostedOnceTheDesktopHasTheKeys)
 {
     m_sender.gate().hold();

@@ -298,6 +298,54 @@ TEST_F(PortalHotKeyCenterTest, WhereReleasesAreNotToldKeysAreHeardAgainAllTheSam
     EXPECT_THAT(m_heard, ElementsAre(1, 1, 2));
 }
 
+TEST_F(PortalHotKeyCenterTest, KeysAreUpAMomentAfterTheLastIs)
+{
+    startHolding();
+    EXPECT_TRUE(m_center->keysUp().isFinished());
+    mock().pressShortcut(u"paste-1"_s);
+    mock().pressShortcut(u"paste-2"_s);
+    settle();
+    const QFuture<bool> up = m_center->keysUp();
+    mock().releaseShortcut(u"paste-1"_s);
+    settle();
+    m_clock.advance(500ms);
+    EXPECT_FALSE(up.isFinished());
+    mock().releaseShortcut(u"paste-2"_s);
+    settle();
+    EXPECT_FALSE(up.isFinished());
+    EXPECT_FALSE(m_center->keysUp().isFinished()) << "the modifiers are still down";
+    m_clock.advance(100ms);
+    mock().press(u"ALT+SHIFT+3"_s);
+    settle();
+    m_clock.advance(100ms);
+    EXPECT_FALSE(up.isFinished()) << "so they are for another key";
+    m_clock.advance(50ms);
+    ASSERT_TRUE(up.isFinished());
+    EXPECT_TRUE(up.result());
+    EXPECT_TRUE(m_center->keysUp().isFinished());
+}
+
+TEST_F(PortalHotKeyCenterTest, KeysThatStayDownAreNotWaitedForForEver)
+{
+    startHolding();
+    mock().pressShortcut(u"paste-1"_s);
+    settle();
+    const QFuture<bool> up = m_center->keysUp();
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_FALSE(up.isFinished());
+        m_clock.advance(500ms);
+        // It repeats.
+        mock().pressShortcut(u"paste-1"_s);
+        settle();
+    }
+    ASSERT_TRUE(up.isFinished());
+    EXPECT_FALSE(up.result());
+
+    const QFuture<bool> atTheEnd = m_center->keysUp();
+    m_center.reset();
+    EXPECT_TRUE(atTheEnd.isFinished());
+}
+
 TEST_F(PortalHotKeyCenterTest, AnotherProgramCannotPressAKey)
 {
     startHolding();

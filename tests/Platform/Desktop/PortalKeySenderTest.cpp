@@ -514,6 +514,34 @@ TEST_F(PortalKeySenderTest, ChordsFollowOneAnother)
     EXPECT_THAT(mock().keys(), ElementsAreArray(expected));
 }
 
+TEST_F(PortalKeySenderTest, KeysThatAreNotKnownToBeHeldAreNotWaitedFor)
+{
+    startAllowed();
+    await(sender().keysUp());
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+TEST_F(PortalKeySenderTest, TheHotKeyIsWaitedForAndModifiersForAMoment)
+{
+    startAllowed();
+    const LoopAnswer<bool> up(false);
+    bool hadModifiers = true;
+    sender().setHeldKeys(
+        {.hotKeysUp = [up] { return up.future(); },
+         .hadModifiers = [&hadModifiers] { return hadModifiers; }});
+    auto waiting = sender().keysUp();
+    settle();
+    EXPECT_FALSE(waiting.isReady());
+    up(true);
+    ASSERT_TRUE(waitUntil([this] { return m_clock.pending() == 1; }));
+    EXPECT_FALSE(waiting.isReady());
+    m_clock.advance(250ms);
+    await(std::move(waiting));
+
+    hadModifiers = false;
+    await(sender().keysUp());
+}
+
 TEST_F(PortalKeySenderTest, WithoutAccessNoKeyIsSent)
 {
     startSenderAndWait();

@@ -1,5 +1,6 @@
 #include "TestBus.h"
 
+#include <QDBusMessage>
 #include <QFile>
 #include <QUuid>
 
@@ -13,7 +14,7 @@ namespace tessly::test {
 
 namespace {
 
-/// A session's bus that starts no services: those of the machine are none of the tests' business.
+/// A session's bus that starts the test's services only: those of the machine are not its business.
 constexpr const char* configuration = R"(
 <!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -21,6 +22,7 @@ constexpr const char* configuration = R"(
   <type>session</type>
   <listen>unix:path=%1</listen>
   <auth>EXTERNAL</auth>
+  <servicedir>%2</servicedir>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -36,7 +38,8 @@ TestBus::TestBus()
     QFile file(m_folder.filePath(u"bus.conf"_s));
     const QByteArray text = QByteArray(configuration)
                                 .trimmed()
-                                .replace("%1", QFile::encodeName(m_folder.filePath(u"bus"_s)));
+                                .replace("%1", QFile::encodeName(m_folder.filePath(u"bus"_s)))
+                                .replace("%2", QFile::encodeName(m_folder.path()));
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
         throw std::runtime_error("the bus's configuration cannot be written");
     }
@@ -63,6 +66,22 @@ TestBus::~TestBus()
 QDBusConnection TestBus::connect(const QString& address)
 {
     return QDBusConnection::connectToBus(address, QUuid::createUuid().toString());
+}
+
+void TestBus::addService(const QString& name, const QString& command)
+{
+    QFile file(m_folder.filePath(name + u".service"_s));
+    const QString text = u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, command);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0) {
+        throw std::runtime_error("the service cannot be described");
+    }
+    file.close();
+    // The bus looks for new files by itself, but when, it does not say.
+    QDBusConnection bus = connect();
+    bus.call(QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
+        u"ReloadConfig"_s));
+    QDBusConnection::disconnectFromBus(bus.name());
 }
 
 void TestBus::suspend()

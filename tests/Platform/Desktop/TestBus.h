@@ -22,6 +22,10 @@ public:
     [[nodiscard]] QDBusConnection connect() const { return connect(m_address); }
     [[nodiscard]] static QDBusConnection connect(const QString& address);
 
+    /// Has the bus start a program for whoever asks for a name. `command` begins with the path of
+    /// an executable.
+    void addService(const QString& name, const QString& command);
+
     /// Leaves everybody who asks without an answer, until resumed.
     void suspend();
     void resume();
