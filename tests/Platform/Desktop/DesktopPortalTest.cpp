@@ -314,7 +314,7 @@ TEST_F(DesktopPortalTest, AnotherProgramCannotAnswerForTheUser)
     ASSERT_TRUE(waitUntil([this] { return mock().openQuestions() == 1; }));
     settle();
 
-    const QString program = opened->path().section(u'/', 5, 5);
+    const QString program = opened->path().section(u'/', 6, 6);
     const QString token =
         mock().calls(u"RemoteDesktop.Start"_s)[0].options[u"handle_token"_s].toString();
     QDBusConnection stranger = m_bus.connect();

@@ -315,11 +315,13 @@ TEST_F(PortalHotKeyCenterTest, KeysAreUpAMomentAfterTheLastIs)
     EXPECT_FALSE(up.isFinished());
     EXPECT_FALSE(m_center->keysUp().isFinished()) << "the modifiers are still down";
     m_clock.advance(100ms);
-    mock().press(u"ALT+SHIFT+3"_s);
+    mock().pressShortcut(u"paste-3"_s);
     settle();
     m_clock.advance(100ms);
     EXPECT_FALSE(up.isFinished()) << "so they are for another key";
-    m_clock.advance(50ms);
+    mock().releaseShortcut(u"paste-3"_s);
+    settle();
+    m_clock.advance(150ms);
     ASSERT_TRUE(up.isFinished());
     EXPECT_TRUE(up.result());
     EXPECT_TRUE(m_center->keysUp().isFinished());
