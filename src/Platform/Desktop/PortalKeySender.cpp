@@ -49,6 +49,8 @@ struct Stroke
 {
     quint32 key;
     bool isPress;
+    /// Whether it is the chord's, and does not just lift what may be held.
+    bool isChord;
 };
 
 std::vector<Stroke> strokes(PasteChord chord, quint32 keyOfV)
@@ -68,13 +70,13 @@ std::vector<Stroke> strokes(PasteChord chord, quint32 keyOfV)
     std::vector<Stroke> strokes;
     strokes.reserve(modifiers.size() + 2 * keys.size());
     for (const quint32 modifier : modifiers) {
-        strokes.push_back({.key = modifier, .isPress = false});
+        strokes.push_back({.key = modifier, .isPress = false, .isChord = false});
     }
     for (const quint32 key : keys) {
-        strokes.push_back({.key = key, .isPress = true});
+        strokes.push_back({.key = key, .isPress = true, .isChord = true});
     }
     for (const quint32 key : keys | std::views::reverse) {
-        strokes.push_back({.key = key, .isPress = false});
+        strokes.push_back({.key = key, .isPress = false, .isChord = true});
     }
     return strokes;
 }
@@ -339,11 +341,15 @@ QCoro::Task<bool> PortalKeySender::send(PasteChord chord)
     // released later, and no other chord comes between.
     std::vector<QFuture<QDBusMessage>> answers;
     for (const Stroke& stroke : strokes(chord, keyOfV)) {
-        answers.push_back(m_portal.call(
+        QFuture<QDBusMessage> answer = m_portal.call(
             interface, u"NotifyKeyboardKeycode"_s,
             {asObject(*m_session), QVariantMap(), static_cast<int>(stroke.key),
              stroke.isPress ? 1U : 0U},
-            keyPatience));
+            keyPatience);
+        // Where nothing is to be lifted, some portals say that this is an error.
+        if (stroke.isChord) {
+            answers.push_back(std::move(answer));
+        }
     }
     QString error;
     for (const QFuture<QDBusMessage>& answer : answers) {

@@ -234,7 +234,7 @@ void MockPortal::bindShortcuts(const QDBusMessage& message, const QVariantMap& o
 
 void MockPortal::key(const QDBusMessage& message)
 {
-    const Session* const owner = session(message);
+    Session* const owner = session(message);
     if (!owner->isStarted) {
         m_bus.send(message.createErrorReply(QDBusError::AccessDenied, u"Not allowed"_s));
         return;
@@ -243,8 +243,14 @@ void MockPortal::key(const QDBusMessage& message)
         die();
         return;
     }
-    m_keys.emplace_back(
-        message.arguments().value(2).toInt(), message.arguments().value(3).toUInt() != 0);
+    const Key key(message.arguments().value(2).toInt(), message.arguments().value(3).toUInt() != 0);
+    if (key.second) {
+        owner->pressed << key.first;
+    } else if (!owner->pressed.remove(key.first) && refusesLifting) {
+        m_bus.send(message.createErrorReply(QDBusError::Failed, u"Invalid key event"_s));
+        return;
+    }
+    m_keys.push_back(key);
     m_bus.send(message.createReply());
 }
 

@@ -57,6 +57,8 @@ public:
     QString diesAt = {};
     /// Dies at this key, counted from 0.
     int diesAtKey = -1;
+    /// Whether it is an error to release what the session has not pressed.
+    bool refusesLifting = false;
     /// What is granted, as AvailableDeviceTypes has it.
     uint devices = 1;
     /// Versions of interfaces; those that are missing are not there.
@@ -109,6 +111,7 @@ private:
         QString owner;
         QVariantMap options = {};
         bool isStarted = false;
+        QSet<int> pressed = {};
         /// Ids and triggers.
         QMap<QString, QString> shortcuts = {};
     };

@@ -558,6 +558,22 @@ TEST_F(PortalKeySenderTest, APortalThatDiesBetweenTheKeysHasNotTakenThem)
     EXPECT_TRUE(becomesForbidden());
 }
 
+TEST_F(PortalKeySenderTest, WhereNothingIsToBeLiftedTheChordCountsAlone)
+{
+    const LogCapture log;
+    mock().refusesLifting = true;
+    startAllowed();
+    EXPECT_TRUE(await(sender().send(PasteChord::controlV)));
+    EXPECT_TRUE(await(sender().send(PasteChord::shiftInsert)));
+    EXPECT_THAT(
+        mock().keys(),
+        ElementsAre(
+            Key(control, true), Key(v, true), Key(v, false), Key(control, false), Key(shift, true),
+            Key(insert, true), Key(insert, false), Key(shift, false)));
+    EXPECT_THAT(mock().calls(u"RemoteDesktop.CreateSession"_s), SizeIs(1));
+    EXPECT_THAT(log.lines(logCategory), SizeIs(1)) << "that the start has been granted";
+}
+
 TEST_F(PortalKeySenderTest, KeysThatAreRefusedHaveNotBeenTakenAndAccessIsTakenUpAnew)
 {
     startAllowed();
