@@ -64,6 +64,8 @@ void WaylandClipboard::attachSeat()
         m_seat.get(),
         {.selection =
              [this](std::unique_ptr<WaylandDataOffer> offer) { selected(std::move(offer)); },
+         // What others offer there is no business of the program's.
+         .primarySelection = [this](const auto&) { m_hasPrimary = true; },
          .finished =
              [this] {
                  // The device is still in the middle of telling this.
@@ -82,6 +84,8 @@ void WaylandClipboard::detachSeat()
     dropContent();
     m_kept.clear();
     m_written.clear();
+    m_primary.reset();
+    m_hasPrimary = false;
     m_device.reset();
     m_seat.reset();
 }
@@ -224,15 +228,21 @@ void WaylandClipboard::own(const std::vector<PasteboardItem>& items)
 {
     auto written =
         std::make_unique<Written>(Written{.offer = std::make_shared<PasteboardOffer>(items)});
-    written->source = m_control->source(
-        written->offer->names(),
-        {.send =
-             [this, offer = written->offer](const QByteArray& type, int file) {
-                 m_writer.begin(file, offer->bytes(type).value_or(QByteArray()));
-             },
-         .cancelled = [this, written = written.get()] { cancelled(written); }});
+    written->source =
+        sourceOf(written->offer, [this, written = written.get()] { cancelled(written); });
     m_device->setSelection(written->source.get());
     m_written.push_back(std::move(written));
+}
+
+std::unique_ptr<WaylandDataSource>
+WaylandClipboard::sourceOf(const Offer& offer, std::function<void()> cancelled)
+{
+    return m_control->source(
+        offer->names(), {.send =
+                             [this, offer](const QByteArray& type, int file) {
+                                 m_writer.begin(file, offer->bytes(type).value_or(QByteArray()));
+                             },
+                         .cancelled = std::move(cancelled)});
 }
 
 void WaylandClipboard::cancelled(const Written* written)
@@ -254,11 +264,38 @@ void WaylandClipboard::awaitWrites(std::function<void(bool isOwner)> done)
     m_loop.awaitRoundTrip([this, done = std::move(done)] { done(!m_written.empty()); });
 }
 
+void WaylandClipboard::offerAsPrimary(std::function<void(bool isOffered)> done)
+{
+    if (!m_device || m_written.empty() || m_isClearing) {
+        done(false);
+        return;
+    }
+    const auto number = ++m_primaryNumber;
+    auto source = sourceOf(m_written.back()->offer, [this, number] { primaryCancelled(number); });
+    m_device->setPrimarySelection(source.get());
+    m_primary = std::move(source);
+    m_loop.awaitRoundTrip([this, number, done = std::move(done)] {
+        // A compositor without PRIMARY ignores what is offered there.
+        done(m_hasPrimary && m_primary && number == m_primaryNumber);
+    });
+}
+
+void WaylandClipboard::primaryCancelled(std::uint64_t number)
+{
+    if (number == m_primaryNumber) {
+        m_primary.reset();
+    }
+}
+
 void WaylandClipboard::clear()
 {
     m_kept.clear();
     if (!m_device) {
         return;
+    }
+    if (m_primary) {
+        m_device->setPrimarySelection(nullptr);
+        m_primary.reset();
     }
     m_isClearing = true;
     m_device->setSelection(nullptr);

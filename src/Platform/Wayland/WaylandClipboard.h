@@ -11,6 +11,7 @@
 #include "WaylandRegistry.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -55,6 +56,9 @@ public:
     /// Answers once the compositor has seen the writes before: whether the last is or becomes the
     /// clipboard's content. Drops the question if it goes away first.
     void awaitWrites(std::function<void(bool isOwner)> done);
+    /// Makes the last write PRIMARY too. Answers once the compositor has done so: whether it has.
+    /// Drops the question if it goes away first.
+    void offerAsPrimary(std::function<void(bool isOffered)> done);
     void clear();
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
 
@@ -83,7 +87,10 @@ private:
     void cleared();
     void dropContent();
     void own(const std::vector<PasteboardItem>& items);
+    [[nodiscard]] std::unique_ptr<WaylandDataSource>
+    sourceOf(const Offer& offer, std::function<void()> cancelled);
     void cancelled(const Written* written);
+    void primaryCancelled(std::uint64_t number);
     void offerKept();
     [[nodiscard]] bool isCurrent(qint64 changeCount) const;
 
@@ -105,6 +112,12 @@ private:
     Offer m_own;
     /// The oldest first.
     std::vector<std::unique_ptr<Written>> m_written;
+    /// What is offered as PRIMARY, until another program copies there.
+    std::unique_ptr<WaylandDataSource> m_primary;
+    /// Of the offers as PRIMARY, so that one is not taken for another.
+    std::uint64_t m_primaryNumber = 0;
+    /// Whether the compositor has ever told of PRIMARY.
+    bool m_hasPrimary = false;
     /// What to offer when the other program leaves.
     std::vector<PasteboardItem> m_kept;
     bool m_hasOwnerLeft = false;

@@ -32,6 +32,10 @@ struct Ext
     static constexpr auto destroyManager = &ext_data_control_manager_v1_destroy;
     static constexpr auto listenToDevice = &ext_data_control_device_v1_add_listener;
     static constexpr auto setSelection = &ext_data_control_device_v1_set_selection;
+    static constexpr auto setPrimarySelection = &ext_data_control_device_v1_set_primary_selection;
+    static constexpr auto deviceVersion = &ext_data_control_device_v1_get_version;
+    static constexpr std::uint32_t primarySince =
+        EXT_DATA_CONTROL_DEVICE_V1_SET_PRIMARY_SELECTION_SINCE_VERSION;
     static constexpr auto destroyDevice = &ext_data_control_device_v1_destroy;
     static constexpr auto listenToSource = &ext_data_control_source_v1_add_listener;
     static constexpr auto offer = &ext_data_control_source_v1_offer;
@@ -59,6 +63,10 @@ struct Wlr
     static constexpr auto destroyManager = &zwlr_data_control_manager_v1_destroy;
     static constexpr auto listenToDevice = &zwlr_data_control_device_v1_add_listener;
     static constexpr auto setSelection = &zwlr_data_control_device_v1_set_selection;
+    static constexpr auto setPrimarySelection = &zwlr_data_control_device_v1_set_primary_selection;
+    static constexpr auto deviceVersion = &zwlr_data_control_device_v1_get_version;
+    static constexpr std::uint32_t primarySince =
+        ZWLR_DATA_CONTROL_DEVICE_V1_SET_PRIMARY_SELECTION_SINCE_VERSION;
     static constexpr auto destroyDevice = &zwlr_data_control_device_v1_destroy;
     static constexpr auto listenToSource = &zwlr_data_control_source_v1_add_listener;
     static constexpr auto offer = &zwlr_data_control_source_v1_offer;
@@ -151,14 +159,24 @@ public:
 
     void setSelection(WaylandDataSource* source) override
     {
-        // A source is made by the same control as the device, so it speaks the same protocol.
-        Protocol::setSelection(
-            m_object,
-            source != nullptr ? static_cast<Source<Protocol>*>(source)->object() : nullptr);
+        Protocol::setSelection(m_object, objectOf(source));
+    }
+
+    void setPrimarySelection(WaylandDataSource* source) override
+    {
+        if (Protocol::deviceVersion(m_object) >= Protocol::primarySince) {
+            Protocol::setPrimarySelection(m_object, objectOf(source));
+        }
     }
 
 private:
     using OfferObject = typename Protocol::Offer;
+
+    static typename Protocol::Source* objectOf(WaylandDataSource* source)
+    {
+        // A source is made by the same control as the device, so it speaks the same protocol.
+        return source != nullptr ? static_cast<Source<Protocol>*>(source)->object() : nullptr;
+    }
 
     static void introduced(void* data, typename Protocol::Device*, OfferObject* offer)
     {
@@ -179,8 +197,11 @@ private:
 
     static void primarySelected(void* data, typename Protocol::Device*, OfferObject* offer)
     {
-        // The other clipboard is no business of the program's.
-        static_cast<Device*>(data)->take(offer).reset();
+        auto& self = *static_cast<Device*>(data);
+        auto taken = self.take(offer);
+        if (self.m_events.primarySelection) {
+            self.m_events.primarySelection(std::move(taken));
+        }
     }
 
     std::unique_ptr<WaylandDataOffer> take(OfferObject* object)

@@ -72,6 +72,8 @@ public:
         /// The clipboard has a new content, or none (null): it was cleared, or its owner has gone
         /// away. Also called for the content that there is at first, if there is one.
         std::function<void(std::unique_ptr<WaylandDataOffer> offer)> selection;
+        /// The same of PRIMARY, where the compositor has that. May be left out.
+        std::function<void(std::unique_ptr<WaylandDataOffer> offer)> primarySelection = {};
         /// The seat is gone: nothing more is heard. Does not destroy the device.
         std::function<void()> finished;
     };
@@ -83,6 +85,9 @@ public:
 
     /// Makes a source the content of the clipboard; each can be so once. None: clears it.
     virtual void setSelection(WaylandDataSource* source) = 0;
+    /// The same of PRIMARY; a source can be made the content of one of the two. Does nothing where
+    /// there is no PRIMARY.
+    virtual void setPrimarySelection(WaylandDataSource* source) = 0;
 };
 
 /// What the compositor offers of all this. The sources and devices live no longer.

@@ -111,4 +111,12 @@ QCoro::Task<bool> WaylandPasteboard::hasWritten()
     co_return co_await hasWritten;
 }
 
+QCoro::Task<bool> WaylandPasteboard::offerAsPrimary()
+{
+    auto isOffered = askLoop(m_loop, false, [clipboard = m_clipboard.get()](const auto& answer) {
+        clipboard->offerAsPrimary(answer);
+    });
+    co_return co_await isOffered;
+}
+
 } // namespace tessly

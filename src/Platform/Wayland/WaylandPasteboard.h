@@ -56,6 +56,11 @@ public:
     /// something newer has taken its place already.
     [[nodiscard]] QCoro::Task<bool> hasWritten();
 
+    /// Offers what was written last as the PRIMARY selection too, for programs that paste only
+    /// that, until another program takes it or `clear`. False if the clipboard is not this
+    /// program's, or the compositor has no PRIMARY.
+    [[nodiscard]] QCoro::Task<bool> offerAsPrimary();
+
 private:
     void lost();
 

@@ -30,4 +30,23 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(PasteboardWorldFactory{"KWin", [] { return std::make_unique<KWinWorld>(); }}),
     testing::PrintToStringParamName());
 
+TEST(KWinPrimary, isOfferedOnRequest)
+{
+    const std::string display = KWinSession::shared().display();
+    WaylandPasteboard pasteboard({.display = display, .deadlines = {}});
+    WaylandProgram other(display);
+    EXPECT_FALSE(await(pasteboard.offerAsPrimary()));
+    ASSERT_TRUE(pasteboard.write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard.offerAsPrimary()));
+    EXPECT_EQ(other.pastePrimary(), "text");
+    other.copyAsPrimary("other");
+    EXPECT_EQ(other.pastePrimary(), "other");
+    EXPECT_EQ(other.paste(), "text");
+    EXPECT_TRUE(await(pasteboard.offerAsPrimary()));
+    EXPECT_EQ(other.pastePrimary(), "text");
+    pasteboard.clear();
+    EXPECT_TRUE(waitUntil([&] { return other.types().isEmpty(); }));
+    EXPECT_EQ(other.pastePrimary(), std::nullopt);
+}
+
 } // namespace tessly::test

@@ -133,7 +133,7 @@ struct TestCompositor::Requests
         static const struct ext_data_control_device_v1_interface requests = {
             .set_selection = &setSelection,
             .destroy = &destroy,
-            .set_primary_selection = [](wl_client*, wl_resource*, wl_resource*) {}};
+            .set_primary_selection = &setPrimarySelection};
         auto& compositor = objectOf<TestCompositor>(manager);
         wl_resource* const device = wl_resource_create(
             client, &ext_data_control_device_v1_interface, wl_resource_get_version(manager), id);
@@ -142,17 +142,39 @@ struct TestCompositor::Requests
         });
         compositor.m_devices.push_back(device);
         compositor.announce(device);
+        compositor.announcePrimary(device);
     }
 
     static void setSelection(wl_client*, wl_resource* device, wl_resource* source)
     {
-        Source* const selected = source != nullptr ? &objectOf<Source>(source) : nullptr;
-        if (selected != nullptr && std::exchange(selected->isUsed, true)) {
+        if (use(device, source)) {
+            objectOf<TestCompositor>(device).select(sourceOf(source));
+        }
+    }
+
+    static void setPrimarySelection(wl_client*, wl_resource* device, wl_resource* source)
+    {
+        auto& compositor = objectOf<TestCompositor>(device);
+        if (use(device, source) && compositor.m_hasPrimary) {
+            compositor.selectPrimary(sourceOf(source));
+        }
+    }
+
+    static Source* sourceOf(wl_resource* source)
+    {
+        return source != nullptr ? &objectOf<Source>(source) : nullptr;
+    }
+
+    /// A source can be used once.
+    static bool use(wl_resource* device, wl_resource* resource)
+    {
+        Source* const source = sourceOf(resource);
+        if (source != nullptr && std::exchange(source->isUsed, true)) {
             wl_resource_post_error(
                 device, EXT_DATA_CONTROL_DEVICE_V1_ERROR_USED_SOURCE, "used source");
-            return;
+            return false;
         }
-        objectOf<TestCompositor>(device).select(selected);
+        return true;
     }
 
     static void receive(wl_client*, wl_resource* resource, const char* type, std::int32_t file)
@@ -213,6 +235,7 @@ std::string TestCompositor::display() const
 
 void TestCompositor::addGlobals(const Options& options)
 {
+    m_hasPrimary = options.hasPrimary;
     if (options.hasSeat) {
         m_seat =
             wl_global_create(m_display, &wl_seat_interface, seatVersion, this, &Requests::bindSeat);
@@ -358,9 +381,24 @@ void TestCompositor::select(Source* source)
     }
 }
 
+void TestCompositor::selectPrimary(Source* source)
+{
+    if (Source* const old = std::exchange(m_primary, source)) {
+        forget(old);
+        ext_data_control_source_v1_send_cancelled(old->resource);
+    }
+    for (wl_resource* const device : m_devices) {
+        announcePrimary(device);
+    }
+}
+
 void TestCompositor::sourceGone(Source* source)
 {
     forget(source);
+    if (source == m_primary) {
+        m_primary = nullptr;
+        selectPrimary(nullptr);
+    }
     if (source == m_selection) {
         m_selection = nullptr;
         for (wl_resource* const device : m_devices) {
@@ -380,15 +418,25 @@ void TestCompositor::forget(const Source* source)
 
 void TestCompositor::announce(wl_resource* device)
 {
-    if (m_selection == nullptr) {
-        ext_data_control_device_v1_send_selection(device, nullptr);
-        return;
+    wl_resource* const offer = m_selection != nullptr ? introduce(device, m_selection) : nullptr;
+    ext_data_control_device_v1_send_selection(device, offer);
+}
+
+void TestCompositor::announcePrimary(wl_resource* device)
+{
+    if (m_hasPrimary) {
+        wl_resource* const offer = m_primary != nullptr ? introduce(device, m_primary) : nullptr;
+        ext_data_control_device_v1_send_primary_selection(device, offer);
     }
+}
+
+wl_resource* TestCompositor::introduce(wl_resource* device, Source* source)
+{
     static const struct ext_data_control_offer_v1_interface requests = {
         .receive = &Requests::receive, .destroy = &destroy};
     wl_resource* const resource = wl_resource_create(
         wl_resource_get_client(device), &ext_data_control_offer_v1_interface, 1, 0);
-    auto offer = std::make_unique<Offer>(Offer{.compositor = this, .source = m_selection});
+    auto offer = std::make_unique<Offer>(Offer{.compositor = this, .source = source});
     m_offers.push_back(offer.get());
     wl_resource_set_implementation(
         resource, &requests, offer.release(), [](wl_resource* destroyed) {
@@ -396,10 +444,10 @@ void TestCompositor::announce(wl_resource* device)
             std::erase(gone->compositor->m_offers, gone.get());
         });
     ext_data_control_device_v1_send_data_offer(device, resource);
-    for (const std::string& type : m_selection->types) {
+    for (const std::string& type : source->types) {
         ext_data_control_offer_v1_send_offer(resource, type.c_str());
     }
-    ext_data_control_device_v1_send_selection(device, resource);
+    return resource;
 }
 
 } // namespace tessly::test

@@ -35,6 +35,7 @@ public:
         /// Shows zwlr_data_control_manager_v1, which does nothing here.
         bool hasWlr = false;
         bool hasSeat = true;
+        bool hasPrimary = true;
     };
 
     /// Throws std::runtime_error.
@@ -100,9 +101,12 @@ private:
 
     void addGlobals(const Options& options);
     void select(Source* source);
+    void selectPrimary(Source* source);
     void sourceGone(Source* source);
     void forget(const Source* source);
     void announce(wl_resource* device);
+    void announcePrimary(wl_resource* device);
+    [[nodiscard]] wl_resource* introduce(wl_resource* device, Source* source);
     void sendKeymap(wl_resource* keyboard) const;
 
     /// The compositor is gone before they are.
@@ -123,6 +127,8 @@ private:
     std::vector<wl_resource*> m_devices;
     std::vector<Offer*> m_offers;
     Source* m_selection = nullptr;
+    Source* m_primary = nullptr;
+    bool m_hasPrimary = true;
     std::atomic<int> m_receives = 0;
     std::optional<std::promise<void>> m_thaw;
     std::atomic<bool> m_endsFrozen = false;

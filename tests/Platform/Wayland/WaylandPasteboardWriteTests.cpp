@@ -291,6 +291,90 @@ TEST_F(WaylandPasteboardWriteTest, nothingIsKeptThatIsEmpty)
     EXPECT_EQ(pasteboard().changeCount(), count);
 }
 
+TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramTakesIt)
+{
+    // At once, before the write has reached the compositor.
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text", .html = "<b>"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    EXPECT_EQ(program().pastePrimary(), "text");
+    EXPECT_EQ(program().pastePrimary("text/html"), "<b>");
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary())) << "also a second time";
+    EXPECT_EQ(program().pastePrimary(), "text");
+    program().copyAsPrimary("other");
+    EXPECT_EQ(program().pastePrimary(), "other");
+    EXPECT_EQ(program().paste(), "text");
+}
+
+TEST_F(WaylandPasteboardWriteTest, primaryIsTheLastWrite)
+{
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "first"}}));
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "second"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    EXPECT_EQ(program().pastePrimary(), "second");
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "third"}}));
+    EXPECT_EQ(program().pastePrimary(), "second");
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    EXPECT_EQ(program().pastePrimary(), "third");
+}
+
+TEST_F(WaylandPasteboardWriteTest, primaryOutlivesTheLossOfTheClipboard)
+{
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    copied({{"UTF8_STRING", "other"}});
+    EXPECT_EQ(program().pastePrimary(), "text");
+}
+
+TEST_F(WaylandPasteboardWriteTest, primaryIsNotOfferedWithoutTheClipboard)
+{
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    written({.plainText = "text"});
+    copied({{"UTF8_STRING", "other"}});
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_EQ(program().pastePrimary(), std::nullopt);
+}
+
+TEST_F(WaylandPasteboardWriteTest, clearingGivesUpPrimaryTooButNotAnothers)
+{
+    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    changed([this] { pasteboard().clear(); });
+    EXPECT_EQ(program().pastePrimary(), std::nullopt);
+
+    written({.plainText = "text"});
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    program().copyAsPrimary("other");
+    changed([this] { pasteboard().clear(); });
+    EXPECT_EQ(program().pastePrimary(), "other");
+}
+
+TEST_F(WaylandPasteboardWriteTest, whatOthersOfferAsPrimaryIsNotRead)
+{
+    const qint64 count = copied({{"UTF8_STRING", "text"}});
+    program().copyAsPrimary("other");
+    EXPECT_EQ(read(count).value, "text");
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST(WaylandPasteboardPrimary, withoutPrimaryNothingIsOfferedThere)
+{
+    TestCompositor compositor({.hasPrimary = false});
+    WaylandPasteboard pasteboard({.display = compositor.display(), .deadlines = {}});
+    ASSERT_TRUE(pasteboard.write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard.hasWritten()));
+    EXPECT_FALSE(await(pasteboard.offerAsPrimary()));
+}
+
+TEST_F(WaylandPasteboardWriteTest, primaryIsNotOfferedOnceTheCompositorIsGone)
+{
+    written({.plainText = "text"});
+    compositor().freeze();
+    auto waiting = pasteboard().offerAsPrimary();
+    compositor().end();
+    EXPECT_FALSE(await(std::move(waiting)));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+}
+
 TEST_F(WaylandPasteboardWriteTest, whatItOwnsIsGoneWithIt)
 {
     written({.plainText = "own"});

@@ -52,6 +52,7 @@ WaylandProgram::WaylandProgram(const std::string& display)
     m_writer = std::make_unique<WaylandPipeWriter>(m_loop, patience);
     m_device = m_control->device(
         m_seat, {.selection = [this](auto selection) { m_selection = std::move(selection); },
+                 .primarySelection = [this](auto primary) { m_primary = std::move(primary); },
                  .finished = [] {}});
     m_loop.roundTrip(patience);
     m_loop.start("program", {});
@@ -201,7 +202,9 @@ void WaylandProgram::leave()
     if (m_control) {
         m_writer.reset();
         m_source.reset();
+        m_primarySource.reset();
         m_selection.reset();
+        m_primary.reset();
         m_device.reset();
         wl_seat_destroy(m_seat);
         m_control.reset();
@@ -230,6 +233,38 @@ std::optional<QByteArray> WaylandProgram::paste(const QByteArray& type)
     }
     receive(type, pipe[1]);
     return readToTheEnd(pipe[0]);
+}
+
+std::optional<QByteArray> WaylandProgram::pastePrimary(const QByteArray& type)
+{
+    settle();
+    std::array<int, 2> pipe = {};
+    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    const bool isAsked = onLoop([&] {
+        const bool isOffered = m_primary && m_primary->types().contains(type);
+        if (isOffered) {
+            m_primary->receive(type, pipe[1]);
+        }
+        close(pipe[1]);
+        return isOffered;
+    });
+    auto bytes = readToTheEnd(pipe[0]);
+    return isAsked ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+void WaylandProgram::copyAsPrimary(const QByteArray& text)
+{
+    onLoop([&] {
+        auto next = m_control->source(
+            {"UTF8_STRING"},
+            {.send = [this, text](const QByteArray&, int file) { m_writer->begin(file, text); },
+             .cancelled = [] {}});
+        m_device->setPrimarySelection(next.get());
+        m_primarySource = std::move(next);
+    });
+    settle();
 }
 
 void WaylandProgram::receive(const QByteArray& type, int file)

@@ -70,6 +70,10 @@ public:
     [[nodiscard]] QByteArrayList types();
     /// What it gets that asks for a type; none if that is not offered.
     [[nodiscard]] std::optional<QByteArray> paste(const QByteArray& type = "UTF8_STRING");
+    /// The same of PRIMARY.
+    [[nodiscard]] std::optional<QByteArray> pastePrimary(const QByteArray& type = "UTF8_STRING");
+    /// Makes a text PRIMARY; returns once it is.
+    void copyAsPrimary(const QByteArray& text);
     /// Has the clipboard's content written into a file, which is closed here.
     void receive(const QByteArray& type, int file);
 
@@ -97,7 +101,9 @@ private:
     wl_seat* m_seat = nullptr;
     std::unique_ptr<WaylandDataDevice> m_device;
     std::unique_ptr<WaylandDataOffer> m_selection;
+    std::unique_ptr<WaylandDataOffer> m_primary;
     std::unique_ptr<WaylandDataSource> m_source;
+    std::unique_ptr<WaylandDataSource> m_primarySource;
     std::unique_ptr<WaylandPipeWriter> m_writer;
     std::vector<int> m_held;
     std::atomic<std::chrono::milliseconds> m_pause{std::chrono::milliseconds(100)};
