@@ -243,3 +243,42 @@ class QtEditor(_Editor):
 
     def _environment(self):
         return {"QT_QPA_PLATFORM": {"x11": "xcb"}.get(self._backend, self._backend)}
+
+
+class SeenEditor(_Program):
+    """A GTK editor seen through assistive technology, where no other way tells what is in front.
+    Its desktop has to have `accessibility`."""
+
+    source_id = source_name = None
+
+    def __init__(self, desktop, name="seen.txt"):
+        super().__init__(desktop, name)
+
+    def start(self, text=""):
+        with open(self.path, "w") as file:
+            file.write(text)
+        self.process = self.desktop.start(["mousepad", "--disable-server", self.path],
+                                          environment={"NO_AT_BRIDGE": "0"})
+        self._seen = self.desktop.accessibility.application(self.process.pid)
+        wait_until(self.is_in_front, lambda: "the editor is in front: " + self._seen.describe())
+        self._content = self._seen.find("text")
+        # The first keys reach it some time later.
+        wait_until(lambda: "focused" in self._content.states, "its text has the keys")
+        return self
+
+    def is_in_front(self):
+        return any("active" in frame.states for frame in self._seen.find_all("frame"))
+
+    def text(self):
+        return self._content.text
+
+    def wait_for_arrival(self, timeout=PATIENCE):
+        wait_until(self.text, "something arrives in the editor", timeout)
+
+    def wait_for_text(self, expected, timeout=PATIENCE):
+        wait_until(lambda: self.text() == expected,
+                   lambda: f"the editor got “{expected}”, it has “{self.text()}”", timeout)
+
+    def copy_all(self):
+        self.desktop.keyboard.press("Control+a")
+        self.desktop.keyboard.press("Control+c")

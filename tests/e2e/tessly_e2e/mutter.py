@@ -5,6 +5,7 @@ import re
 
 import dbus
 import dbus.bus
+from Xlib.ext import xfixes
 
 from .keyboard import Keyboard, Pointer
 from .processes import read_log
@@ -73,6 +74,20 @@ class Mutter(WaylandSession):
         self.clipboard = self.x_clipboard
         self.windows = self.x_windows
         self.pointer = Pointer(self.display)
+        self._changes = 0
+        self.display.xfixes_query_version()
+        self.display.xfixes_select_selection_input(
+            self.display.screen().root, self.display.get_atom("CLIPBOARD"),
+            xfixes.XFixesSetSelectionOwnerNotifyMask)
+
+    def clipboard_changes(self):
+        """How often X11 programs were told of something new on the clipboard. What Wayland programs
+        copy always belongs to the same window there."""
+        self.display.sync()
+        while self.display.pending_events():
+            self.display.next_event()  # nothing else is asked for
+            self._changes += 1
+        return self._changes
 
     @property
     def display(self):
