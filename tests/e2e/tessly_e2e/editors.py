@@ -214,6 +214,18 @@ class _Editor(_Program):
                    lambda: f"the editor got “{expected}”, it has “{self.text()}”", timeout)
 
     def copy_all(self):
+        if self._backend == self.desktop.kind:
+            self._press_copy()
+            return
+        # The compositor takes over what a program of X11 copies some time after it is in front.
+        before = self.desktop.clipboard_changes()
+
+        def is_copied():
+            self._press_copy()
+            return not holds_for(1, lambda: self.desktop.clipboard_changes() == before)
+        wait_until(is_copied, "the copy is on the clipboard")
+
+    def _press_copy(self):
         self.desktop.keyboard.press("Control+a")
         self.desktop.keyboard.press("Control+c")
 

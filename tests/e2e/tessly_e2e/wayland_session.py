@@ -145,5 +145,9 @@ class WaylandSession(Session):
             except FileNotFoundError:
                 pass
 
+    def clipboard_changes(self):
+        """How often there was something new on the clipboard."""
+        return self.clipboard.selection.count()
+
     def is_alive(self):
         return self.compositor.poll() is None
