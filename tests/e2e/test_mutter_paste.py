@@ -72,6 +72,13 @@ class Pasting(Expecting, WaylandCase):
         editor.wait_for_text("needle onesomething else")
         self.assertEqual(self.portal.dialogs().count("Start"), 1)
 
+    def test_a_hot_key_of_the_portal_pastes(self):
+        editor = SeenEditor(self.desktop).start()
+        self.allow()
+        wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
+        self.portal.press("paste-2")
+        editor.wait_for_text("needle one")
+
     def test_the_user_is_not_asked_a_second_time(self):
         editor = SeenEditor(self.desktop).start()
         self.allow()

@@ -3,7 +3,7 @@
 import unittest
 
 import wayland_tests
-from tessly_e2e.editors import GtkEditor, QtEditor, WaylandTerminal
+from tessly_e2e.editors import GtkEditor, QtEditor, Terminal, WaylandTerminal
 from tessly_e2e.sway import Sway
 from tessly_e2e.wayland_case import WaylandCase
 
@@ -30,6 +30,13 @@ class IntoX11(WaylandCase):
         self.record("needle one")
         self.record("something else")
         program = GtkEditor(self.desktop, backend="x11").start()
+        self.choose("needle")
+        program.wait_for_text("needle one")
+
+    def test_return_pastes_into_xterm(self):
+        self.record("needle one")
+        self.record("something else")
+        program = Terminal(self.desktop).start()
         self.choose("needle")
         program.wait_for_text("needle one")
 

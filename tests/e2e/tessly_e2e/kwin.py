@@ -82,14 +82,18 @@ class PlasmaWindows(Toplevels):
 
 class KWin(WaylandSession):
     """`trusting=False` leaves the interfaces for task bars and for pressing keys to the programs
-    that KWin trusts; the tests then have neither keyboard nor windows."""
+    that KWin trusts, since an installed desktop entry asks for that; the tests then have neither
+    keyboard nor windows. `entry` is the path of a desktop entry to be installed for Tessly."""
 
     name = "KDE"
 
-    def __init__(self, *, bus=True, size=(1280, 800), trusting=True):
+    def __init__(self, *, bus=True, size=(1280, 800), trusting=True, entry=None):
         super().__init__(bus=bus)
         self.size = size
-        self._trusting = trusting
+        self.tells_windows = trusting
+        self.keyboard = self.windows = None
+        self._installed = None
+        self._entry = entry
 
     def _start_compositor(self):
         folder = self.path("compositor")
@@ -105,8 +109,11 @@ class KWin(WaylandSession):
         width, height = map(str, self.size)
         environment = {"XDG_RUNTIME_DIR": folder, "KWIN_COMPOSE": "Q",
                        "XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true",
-                       "XDG_CONFIG_HOME": folder, "XDG_CACHE_HOME": folder, "HOME": folder}
-        if self._trusting:
+                       "XDG_CONFIG_HOME": folder, "XDG_CACHE_HOME": folder, "HOME": folder,
+                       "XDG_DATA_HOME": os.path.join(folder, "data")}
+        if self._entry is not None:
+            self._install_entry(os.path.join(folder, "data", "applications"))
+        if self.tells_windows:
             environment["KWIN_WAYLAND_NO_PERMISSION_CHECKS"] = "1"
         self.compositor = self.start(
             [program, "--virtual", "--width", width, "--height", height, "--socket", "kwin",
@@ -119,17 +126,30 @@ class KWin(WaylandSession):
         with open(ready) as file:
             self._use(os.path.join(folder, "kwin"), file.read().strip())
         self.clipboard = WaylandClipboard(self)
-        self._installed = None
-        if self._trusting:
+        if self.tells_windows:
             self.windows = PlasmaWindows(self.connect())
             self.keyboard = FakeKeyboard(self.connect())
             self.pointer = FakePointer(self.connect())
+
+    def _install_entry(self, folder):
+        """As the package does, but for where the program is."""
+        os.makedirs(folder)
+        with open(self._entry) as file:
+            lines = file.read().splitlines()
+        with open(os.path.join(folder, os.path.basename(self._entry)), "w") as file:
+            for line in lines:
+                if line.startswith("Exec="):
+                    line = "Exec=" + self._install_path("tessly")
+                file.write(line + "\n")
+
+    def _install_path(self, name):
+        return self.path("bin", name)
 
     def install(self, program):
         """Without what debuggers need, as packages have it: KWin reads every program that connects
         to it from end to end, twice, and does nothing else meanwhile."""
         if self._installed is None:
-            self._installed = self.path("bin", os.path.basename(program))
+            self._installed = self._install_path(os.path.basename(program))
             os.mkdir(self.path("bin"))
             self.run(["strip", "-o", self._installed, program])
             os.symlink(os.path.join(os.path.dirname(program), "..", "lib"), self.path("lib"))
