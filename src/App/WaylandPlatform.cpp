@@ -12,15 +12,7 @@
 #include "WaylandPasteboard.h"
 #include "WaylandWorkspace.h"
 
-#include <QLoggingCategory>
-
 namespace tessly {
-
-namespace {
-
-Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.Desktop")
-
-} // namespace
 
 WaylandPlatform::WaylandPlatform(
     const DesktopChoice& choice, Clock& clock, const std::function<void()>& connectionLost)
@@ -29,9 +21,6 @@ WaylandPlatform::WaylandPlatform(
     , m_hotKeys(m_portal, clock, directPasteShortcut)
     , m_statusItem(makeBusStatusItem())
 {
-    // Recording goes on without it. If the compositor has gone altogether, the pasteboard tells.
-    m_desktop.setConnectionLost(
-        [] { qCCritical(lcDesktop) << "The compositor's windows and keyboard are out of reach."; });
     makePasteboard(choice, connectionLost);
     if (m_desktop.hasToplevels()) {
         m_workspace = std::make_unique<WaylandWorkspace>(m_desktop);
@@ -68,6 +57,7 @@ void WaylandPlatform::makeKeys()
     } else {
         auto sender = std::make_unique<PortalKeySender>(
             m_portal, makeRestoreTokenFile(), [this] { return m_desktop.letterVKey(); });
+        sender->setHeldKeys({.hotKeysUp = [this] { return m_hotKeys.keysUp(); }});
         m_portalSender = sender.get();
         m_sender = std::move(sender);
     }

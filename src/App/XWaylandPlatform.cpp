@@ -21,6 +21,7 @@ XWaylandPlatform::XWaylandPlatform(
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {
     m_pasteboard.setConnectionLost(std::move(connectionLost));
+    m_sender.setHeldKeys({.hotKeysUp = [this] { return m_hotKeys.keysUp(); }});
 }
 
 XWaylandPlatform::~XWaylandPlatform() = default;

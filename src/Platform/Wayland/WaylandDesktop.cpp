@@ -4,7 +4,6 @@
 #include "WaylandToplevels.h"
 
 #include <QLoggingCategory>
-#include <QObject>
 
 #include <utility>
 
@@ -22,8 +21,7 @@ WaylandDesktop::WaylandDesktop()
 }
 
 WaylandDesktop::WaylandDesktop(Options options)
-    : m_mainThread(std::make_unique<QObject>())
-    , m_loop(options.display)
+    : m_loop(options.display)
     , m_registry(m_loop)
 {
     m_loop.roundTrip(options.deadline);
@@ -48,11 +46,6 @@ WaylandDesktop::~WaylandDesktop()
 {
     // What lives on the loop refers to it: first nothing runs any more, then it goes.
     m_loop.stop();
-}
-
-void WaylandDesktop::setConnectionLost(std::function<void()> callback)
-{
-    m_connectionLost = std::move(callback);
 }
 
 bool WaylandDesktop::hasToplevels() const
@@ -100,14 +93,6 @@ void WaylandDesktop::lost()
     m_isConnected = false;
     qCWarning(lcDesktop, "The connection over which windows and keys go has ended.");
     m_toplevels->lost();
-    QMetaObject::invokeMethod(
-        m_mainThread.get(),
-        [this] {
-            if (const auto callback = m_connectionLost) {
-                callback();
-            }
-        },
-        Qt::QueuedConnection);
 }
 
 } // namespace tessly

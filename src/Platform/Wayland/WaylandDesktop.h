@@ -10,18 +10,16 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
-
-class QObject;
 
 namespace tessly {
 
 class WaylandToplevels;
 
 /// The connection to the compositor over which windows and keys go, and its thread. It can be made
-/// wherever there is a compositor; what that lets a program do is asked afterwards.
+/// wherever there is a compositor; what that lets a program do is asked afterwards. If the
+/// compositor ends the connection, nothing is in front from then on, and no keys can be pressed.
 ///
 /// Lives on the main thread, longer than the objects that are made upon it and shorter than the
 /// QCoreApplication.
@@ -45,10 +43,6 @@ public:
     WaylandDesktop(const WaylandDesktop&) = delete;
     WaylandDesktop& operator=(const WaylandDesktop&) = delete;
 
-    /// Called once, on the main thread, when the compositor has gone away: nothing is in front from
-    /// then on, and no keys can be pressed.
-    void setConnectionLost(std::function<void()> callback);
-
     /// Whether the compositor tells of other programs' windows.
     [[nodiscard]] bool hasToplevels() const;
     /// Whether keys can be pressed in this way, as long as the compositor is there.
@@ -70,9 +64,6 @@ public:
 private:
     void lost();
 
-    std::function<void()> m_connectionLost;
-    /// Lives on the main thread; what is posted to it is dropped when it goes.
-    std::unique_ptr<QObject> m_mainThread;
     WaylandEventLoop m_loop;
     WaylandRegistry m_registry;
     std::unique_ptr<WaylandKeyboard> m_keyboard;
