@@ -121,6 +121,12 @@ void DesktopPortal::connected(const QDBusConnection& bus)
         SLOT(sessionClosed(QDBusMessage)));
     m_bus->connect(
         QString(), localPath, localInterface, u"Disconnected"_s, this, SLOT(disconnected()));
+    // GNOME has a name of its own for it.
+    for (const QString& desktop : {u"gnome"_s, u"freedesktop"_s}) {
+        m_bus->connect(
+            QString(), u"/org/%1/ScreenSaver"_s.arg(desktop), u"org.%1.ScreenSaver"_s.arg(desktop),
+            u"ActiveChanged"_s, this, SLOT(screenSaverChanged(bool)));
+    }
     for (const Subscription& subscription : m_subscriptions) {
         subscribe(subscription);
     }
@@ -421,6 +427,13 @@ void DesktopPortal::relay(const QDBusMessage& signal)
 {
     if (!m_owner.isEmpty() && signal.service() == m_owner) {
         Q_EMIT received(signal);
+    }
+}
+
+void DesktopPortal::screenSaverChanged(bool isActive)
+{
+    if (!isActive) {
+        Q_EMIT screenUnlocked();
     }
 }
 

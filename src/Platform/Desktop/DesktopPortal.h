@@ -97,6 +97,8 @@ public:
 Q_SIGNALS:
     /// Also when one portal has taken another's place.
     void stateChanged();
+    /// The screen is not locked any more. Desktops end sessions when they lock it.
+    void screenUnlocked();
     /// A signal that was listened to, from the portal and from nobody else.
     void received(const QDBusMessage& signal);
 
@@ -107,6 +109,7 @@ private Q_SLOTS:
     void responded(uint response, const QVariantMap& results, const QDBusMessage& signal);
     void sessionClosed(const QDBusMessage& signal);
     void relay(const QDBusMessage& signal);
+    void screenSaverChanged(bool isActive);
     void disconnected();
 
 private:

@@ -161,8 +161,13 @@ PortalHotKeyCenter::registerKey(quint32 keyCode, quint32 modifiers, KeyID key)
 
 Status PortalHotKeyCenter::unregisterKey(Reference key)
 {
-    if (m_keys.erase(key) == 0) {
+    const auto known = m_keys.extract(key);
+    if (!known) {
         return invalid;
+    }
+    if (const auto answer = known.mapped().answer) {
+        // Nothing was wrong with it; it is given up, as it would be after the answer.
+        (*answer)(done);
     }
     bindLater();
     return done;

@@ -37,6 +37,7 @@ public:
     Status removeHandler(Reference handler) override;
     /// Refused by the user or the desktop: `unavailable`. Two keys with one name are one.
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
+    /// A key that has no answer yet gets `done`: it is as if the answer had come before.
     Status unregisterKey(Reference key) override;
 
     /// Answered true when the hot keys are up that were pressed last, and a moment later, as their

@@ -29,6 +29,8 @@ constexpr quint32 untilRevoked = 2;
 constexpr quint32 firstWithTokens = 2;
 /// A paste that comes later surprises.
 constexpr auto keyPatience = 3s;
+/// Desktops tell that the screen is unlocked a little before they let programs press keys again.
+constexpr auto unlocking = 3s;
 /// Within which modifiers are let go that were down when the panel closed.
 constexpr auto modifiersLater = 250ms;
 /// A portal that breaks at each start is left alone.
@@ -104,6 +106,9 @@ PortalKeySender::PortalKeySender(
     };
     read(this, m_tokens->read());
     connect(&m_portal, &DesktopPortal::stateChanged, this, [this] { portalChanged(); });
+    connect(&m_portal, &DesktopPortal::screenUnlocked, this, [this] {
+        m_unlocking = m_portal.clock().after(unlocking, [this] { resume(); });
+    });
     portalChanged();
 }
 

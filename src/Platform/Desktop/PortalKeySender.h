@@ -14,7 +14,8 @@
 namespace tessly {
 
 /// Presses keys through the portal (org.freedesktop.portal.RemoteDesktop), which asks the user for
-/// leave once; what it gives to remember that by makes later starts silent.
+/// leave once; what it gives to remember that by makes later starts silent. GNOME ends the session
+/// whenever the screen is locked; it is begun anew when the user is back.
 ///
 /// Keys that the user holds down are released first. Compositors differ in what they make of that:
 /// some do not let go of a key that another keyboard holds, and nobody else can there.
@@ -94,6 +95,8 @@ private:
     bool m_isDenied = false;
     /// Access was requested when it was not known yet whether there is anybody to ask.
     bool m_isWanted = false;
+    /// Runs from when the screen is unlocked until the desktop lets programs press keys again.
+    std::unique_ptr<Clock::Timer> m_unlocking;
     /// How often in a row a silent start came to nothing.
     int m_brokenStarts = 0;
     bool m_hasToldLack = false;

@@ -2,6 +2,7 @@
 
 #include "PortalShortcut.h"
 
+#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusMetaType>
@@ -60,6 +61,10 @@ void MockPortal::die()
     if (m_bus.isConnected()) {
         m_sessions.clear();
         m_open.clear();
+        // Calls that have arrived and not been looked at are answered as they go, by a connection
+        // that has to be there still.
+        m_bus.unregisterObject(portalPath, QDBusConnection::UnregisterTree);
+        QCoreApplication::removePostedEvents(this);
         const QString name = m_bus.name();
         m_bus = QDBusConnection(QString());
         QDBusConnection::disconnectFromBus(name);

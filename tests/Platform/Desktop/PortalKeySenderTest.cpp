@@ -372,6 +372,47 @@ TEST_F(PortalKeySenderTest, AccessThatIsTakenBackIsGoneUntilRequested)
     EXPECT_EQ(mock().questions(), 1) << "the token serves";
 }
 
+TEST_F(PortalKeySenderTest, AccessThatALockedScreenTookAwayIsTakenUpWhenTheUserIsBack)
+{
+    startAllowed();
+    for (const QString& desktop : {u"gnome"_s, u"freedesktop"_s}) {
+        QDBusConnection screen = m_bus.connect();
+        const auto tell = [&](bool isLocked) {
+            auto signal = QDBusMessage::createSignal(
+                u"/org/%1/ScreenSaver"_s.arg(desktop), u"org.%1.ScreenSaver"_s.arg(desktop),
+                u"ActiveChanged"_s);
+            signal << isLocked;
+            ASSERT_TRUE(screen.send(signal));
+        };
+        tell(true);
+        mock().revoke();
+        ASSERT_TRUE(becomesForbidden());
+        settle();
+        EXPECT_EQ(m_clock.pending(), 0U) << "nothing is tried while the screen is locked";
+        tell(false);
+        ASSERT_TRUE(waitUntil([this] { return m_clock.pending() == 1; }));
+        settle();
+        EXPECT_FALSE(sender().isAllowed());
+        m_clock.advance(3s);
+        ASSERT_TRUE(becomesAllowed());
+        QDBusConnection::disconnectFromBus(screen.name());
+    }
+    EXPECT_EQ(mock().questions(), 1);
+}
+
+TEST_F(PortalKeySenderTest, AUserWhoSaidNoIsNotAskedWhenTheyAreBack)
+{
+    mock().user = User::denies;
+    startSenderAndWait();
+    EXPECT_TRUE(sender().requestAccess());
+    ASSERT_TRUE(isAsked(1));
+    settle();
+    Q_EMIT m_portal->screenUnlocked();
+    m_clock.advance(3s);
+    settle();
+    EXPECT_EQ(mock().questions(), 1);
+}
+
 TEST_F(PortalKeySenderTest, AfterThePortalsDeathAccessComesBackWithIt)
 {
     startAllowed();
