@@ -260,6 +260,16 @@ class Into:
         self.assertNotIn("text/html", targets)
         self.assertIn(TEXT, targets)
 
+    def test_alt_and_shift_may_stay_held_down(self):
+        self.record("needle one")
+        program = self.start_program()
+        self.tessly.open_panel()
+        with self.keyboard.held("Alt", "Shift"):
+            self.keyboard.press("Return")
+            self.tessly.wait_for_closed_panel()
+            program.wait_for_arrival()
+        program.wait_for_text("needle one")
+
     def test_a_command_pastes_by_position(self):
         self.record("older entry")
         self.record("newer entry")

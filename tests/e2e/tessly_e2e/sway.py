@@ -28,13 +28,13 @@ _XKB_V1 = 1
 
 
 class VirtualKeyboard(Keyboard):
-    """A keyboard plugged into a compositor that lets programs do so, with a US layout."""
+    """A keyboard plugged into a compositor that lets programs do so, until it is unplugged."""
 
-    def __init__(self, connection):
+    def __init__(self, connection, layout="us"):
         self._connection = connection
         manager = connection.bind("zwp_virtual_keyboard_manager_v1", 1)
         self._keyboard = manager.create_virtual_keyboard(connection.bind("wl_seat", 1))
-        self._xkb = _XkbState("us")
+        self._xkb = _XkbState(layout)
         text = self._xkb.text()
         descriptor = os.memfd_create("keymap", os.MFD_CLOEXEC)
         os.write(descriptor, text)
@@ -42,6 +42,10 @@ class VirtualKeyboard(Keyboard):
         connection.roundtrip()
         os.close(descriptor)
         self._time = 0
+
+    def unplug(self):
+        self._keyboard.destroy()
+        self._connection.roundtrip()
 
     def _send(self, code, is_down):
         self._time += 1
