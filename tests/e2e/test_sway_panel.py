@@ -3,6 +3,7 @@
 import unittest
 
 import wayland_tests
+from tessly_e2e import wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
@@ -30,6 +31,33 @@ class Status(Expecting, WaylandCase):
                                         "tray")},
             {"running": True, "session": "wayland", "capture": True, "paste": True,
              "hotKeys": False, "tray": False})
+
+
+class Tray(Expecting, WaylandCase):
+    """The bar's tray is there, in the lower right corner."""
+
+    desktop_class = Sway
+
+    def setUp(self):
+        super().setUp()
+        self.desktop.messages.command("bar bar-0 mode dock")
+        self.addCleanup(self.desktop.messages.command, "bar bar-0 mode invisible")
+        self.desktop.start(["swaybar", "--bar_id", "bar-0"])
+
+    def corner(self):
+        width, height = self.desktop.size
+        return self.desktop.screen.picture(width - 22, height - 22, 22, 22)
+
+    def test_a_click_on_the_icon_opens_the_panel_and_another_closes_it(self):
+        wait_until(lambda: self.status()["tray"], "there is a tray")
+        wait_until(lambda: self.corner().share(lambda red, green, blue: blue > 100) > 0.1,
+                   "the icon is seen")
+        place = [size - 10 for size in self.desktop.size]
+        self.desktop.pointer.click(*place)
+        window = wait_until(self.tessly.panel_window, "the panel is open")
+        wait_until(lambda: self.tessly.has_keys(window), "the panel has the keys")
+        self.desktop.pointer.click(*place)
+        self.tessly.wait_for_closed_panel()
 
 
 class CompositorsEnd(wayland_tests.CompositorsEnd, WaylandCase):

@@ -20,6 +20,11 @@ _CONFIGURATION = """
 xwayland enable
 output * resolution {width}x{height} background #336699 solid_color
 focus_follows_mouse no
+bar bar-0 {{
+    position bottom
+    mode invisible
+    swaybar_command true
+}}
 exec sh -c 'xhost +si:localuser:{user} >/dev/null; \
 echo "$WAYLAND_DISPLAY $DISPLAY $SWAYSOCK" > {ready}.part && mv {ready}.part {ready}'
 """
