@@ -86,6 +86,19 @@ std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice, C
     });
 }
 
+/// Before the toolkit starts.
+void prepareToolkit(const DesktopChoice& choice)
+{
+    // Not what the user prefers for programs of the toolkit: the windows are to be where the keys
+    // and the clipboard are.
+    qputenv("QT_QPA_PLATFORM", choice.toolkitPlatform());
+    // All drawing is done in software. Left to itself, the toolkit loads OpenGL on Wayland all the
+    // same, with the first window: 50 MB and a tenth of a second. It complains of the name in its
+    // log, and of little else there.
+    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    QLoggingCategory::setFilterRules(u"qt.qpa.wayland.warning=false"_s);
+}
+
 int start(int argc, char** argv)
 {
     // Whoever read the log may go, and whoever is served over a socket.
@@ -116,9 +129,7 @@ int start(int argc, char** argv)
     bool isBusSilent = false;
     try {
         const DesktopChoice choice = chooseDesktop();
-        // Not what the user prefers for programs of the toolkit: the windows are to be where the
-        // keys and the clipboard are.
-        qputenv("QT_QPA_PLATFORM", choice.toolkitPlatform());
+        prepareToolkit(choice);
         const QGuiApplication application(argc, argv);
         SystemClock clock;
         ViewLoader views;
