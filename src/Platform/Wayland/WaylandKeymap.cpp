@@ -126,7 +126,8 @@ std::optional<WaylandKeymap> WaylandKeymap::fromText(const QByteArray& text)
     // Some senders count the zero byte at the end.
     const Owned<xkb_keymap> keymap(
         context ? xkb_keymap_new_from_buffer(
-                      context.get(), text.constData(), qstrnlen(text.constData(), text.size()),
+                      context.get(), text.constData(),
+                      qstrnlen(text.constData(), static_cast<std::size_t>(text.size())),
                       XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS)
                 : nullptr);
     return keymap ? std::optional(WaylandKeymap(keymap.get())) : std::nullopt;

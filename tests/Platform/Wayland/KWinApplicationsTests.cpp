@@ -1,13 +1,9 @@
 #include "KWinSession.h"
 #include "KWinUser.h"
-#include "WaylandKeyApplications.h"
 #include "WaylandKeySender.h"
+#include "WaylandKeysFixture.h"
 #include "contract/KeyEventPosterContract.h"
 #include "contract/WorkspaceContract.h"
-
-#include <gmock/gmock.h>
-
-#include <linux/input-event-codes.h>
 
 using namespace Qt::StringLiterals;
 using testing::ElementsAre;
@@ -16,12 +12,6 @@ using testing::IsEmpty;
 namespace tessly::test {
 
 namespace {
-
-constexpr std::uint32_t shift = 1;
-constexpr std::uint32_t control = 4;
-constexpr std::uint32_t alt = 8;
-
-using Key = WaylandWindows::Key;
 
 class KWinApplications final : public WaylandKeyApplications
 {
@@ -40,53 +30,18 @@ private:
     KWinUser m_user{KWinSession::shared().display()};
 };
 
-class KWinKeysTest : public testing::Test
+class KWinKeysTest : public WaylandKeysTest<KWinApplications>
 {
 protected:
-    KWinKeysTest()
+    KWinUser& user() { return applications().user(); }
+    /// KWin passes the release of a key on that it has never seen before.
+    void makeKeysKnown()
     {
-        windows().show("Editor");
-        inFront(u"Editor"_s);
-        EXPECT_TRUE(waitUntil([this] { return windows().focus() == "Editor"; }));
+        EXPECT_TRUE(send(PasteChord::controlV));
+        Keys seen = keys();
+        std::erase_if(seen, [](const Key& key) { return !key.isPress && key.modifiers == 0; });
+        EXPECT_EQ(seen, controlV());
     }
-
-    KWinApplications& applications() { return m_applications; }
-    WaylandWindows& windows() { return m_applications.windows(); }
-    KWinUser& user() { return m_applications.user(); }
-    [[nodiscard]] bool send(PasteChord chord) { return await(m_applications.sender().send(chord)); }
-    std::shared_ptr<RunningApplication> inFront(const QString& id)
-    {
-        std::shared_ptr<RunningApplication> front;
-        EXPECT_TRUE(waitUntil([&] {
-            front = applications().workspace().frontmostApplication();
-            return front && front->bundleIdentifier() == id;
-        })) << id.toStdString();
-        return front;
-    }
-    /// What came since the last time, or the start.
-    std::vector<Key> keys()
-    {
-        auto seen = windows().keys();
-        windows().forgetKeys();
-        return seen;
-    }
-    static Key pressed(std::uint32_t code, std::uint32_t modifiers)
-    {
-        return {"Editor", code, true, modifiers, 0};
-    }
-    static Key released(std::uint32_t code, std::uint32_t modifiers)
-    {
-        return {"Editor", code, false, modifiers, 0};
-    }
-    static std::vector<Key> controlV()
-    {
-        return {
-            pressed(KEY_LEFTCTRL, 0), pressed(KEY_V, control), released(KEY_V, control),
-            released(KEY_LEFTCTRL, control)};
-    }
-
-private:
-    KWinApplications m_applications;
 };
 
 } // namespace
@@ -98,35 +53,18 @@ TEST_F(KWinKeysTest, keysArePressedInOrder)
 {
     EXPECT_TRUE(applications().sender().isAllowed());
     EXPECT_FALSE(applications().desktop().hasVirtualKeyboard());
-    EXPECT_TRUE(send(PasteChord::controlV));
-    // KWin passes the release of a key on that it has never seen before.
-    auto seen = keys();
-    std::erase_if(seen, [](const Key& key) { return !key.isPress && key.modifiers == 0; });
-    EXPECT_EQ(seen, controlV());
-    EXPECT_TRUE(send(PasteChord::controlV));
-    EXPECT_EQ(keys(), controlV()) << "from then on nothing else is seen";
-    EXPECT_TRUE(send(PasteChord::controlShiftV));
-    EXPECT_THAT(
-        keys(), ElementsAre(
-                    pressed(KEY_LEFTCTRL, 0), pressed(KEY_LEFTSHIFT, control),
-                    pressed(KEY_V, control | shift), released(KEY_V, control | shift),
-                    released(KEY_LEFTSHIFT, control | shift), released(KEY_LEFTCTRL, control)));
-    EXPECT_TRUE(send(PasteChord::shiftInsert));
-    EXPECT_THAT(
-        keys(), ElementsAre(
-                    pressed(KEY_LEFTSHIFT, 0), pressed(KEY_INSERT, shift),
-                    released(KEY_INSERT, shift), released(KEY_LEFTSHIFT, shift)));
+    makeKeysKnown();
+    expectAllChords();
 }
 
 TEST_F(KWinKeysTest, whatTheUserHoldsDownIsLiftedAndStaysSo)
 {
-    ASSERT_TRUE(send(PasteChord::controlV));
-    windows().forgetKeys();
+    makeKeysKnown();
     user().press(KEY_LEFTALT);
     user().press(KEY_RIGHTSHIFT);
     ASSERT_THAT(keys(), ElementsAre(pressed(KEY_LEFTALT, 0), pressed(KEY_RIGHTSHIFT, alt)));
     EXPECT_TRUE(send(PasteChord::controlV));
-    std::vector<Key> expected = {released(KEY_RIGHTSHIFT, alt | shift), released(KEY_LEFTALT, alt)};
+    Keys expected = {released(KEY_RIGHTSHIFT, alt | shift), released(KEY_LEFTALT, alt)};
     const auto chord = controlV();
     expected.insert(expected.end(), chord.begin(), chord.end());
     EXPECT_EQ(keys(), expected);
@@ -140,15 +78,7 @@ TEST_F(KWinKeysTest, whatTheUserHoldsDownIsLiftedAndStaysSo)
 
 TEST_F(KWinKeysTest, theWindowBehindOneThatHasJustClosedGetsNoKeys)
 {
-    for (int count = 0; count < 10; ++count) {
-        windows().show("Sketcher");
-        const auto sketcher = inFront(u"Sketcher"_s);
-        windows().close("Sketcher");
-        // The news of that may not have come yet.
-        EXPECT_EQ(await(applications().poster().postPaste(sketcher)), PostResult::targetNotInFront);
-        EXPECT_THAT(keys(), IsEmpty());
-        inFront(u"Editor"_s);
-    }
+    expectThatWhatIsBehindGetsNoKeys();
 }
 
 TEST_F(KWinKeysTest, windowsMayChangeWhatTheyAre)
@@ -175,7 +105,7 @@ TEST_F(KWinKeysTest, windowsComeToTheFrontFromTheTaskBarAndFromOtherVirtualDeskt
     editor->activate();
     EXPECT_TRUE(waitUntil([&] { return editor->isActive(); }));
     EXPECT_FALSE(sketcher->isActive());
-    EXPECT_EQ(await(applications().poster().postPaste(editor)), PostResult::posted);
+    EXPECT_EQ(paste(editor), PostResult::posted);
     EXPECT_EQ(applications().pastesSeenBy(u"Editor"_s), 1);
     EXPECT_EQ(applications().pastesSeenBy(u"Sketcher"_s), 0);
 }
