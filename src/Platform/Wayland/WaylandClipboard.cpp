@@ -175,7 +175,7 @@ bool WaylandClipboard::isCurrent(qint64 changeCount) const
     return !m_isLost && changeCount == m_state.changeCount;
 }
 
-void WaylandClipboard::types(qint64 changeCount, const WaylandClipboardContent::TypesDone& done)
+void WaylandClipboard::types(qint64 changeCount, TypesDone done)
 {
     if (!isCurrent(changeCount)) {
         done(std::nullopt);
@@ -188,8 +188,7 @@ void WaylandClipboard::types(qint64 changeCount, const WaylandClipboardContent::
     }
 }
 
-void WaylandClipboard::read(
-    qint64 changeCount, Flavour flavour, qint64 byteLimit, WaylandClipboardContent::ReadDone done)
+void WaylandClipboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done)
 {
     if (!isCurrent(changeCount)) {
         done({.status = ReadStatus::unreadable});
@@ -202,8 +201,7 @@ void WaylandClipboard::read(
     }
 }
 
-void WaylandClipboard::readFileURLs(
-    qint64 changeCount, qint64 byteLimit, WaylandClipboardContent::FileURLsDone done)
+void WaylandClipboard::readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done)
 {
     if (!isCurrent(changeCount)) {
         done({.status = ReadStatus::unreadable});
@@ -259,12 +257,12 @@ void WaylandClipboard::cancelled(const Written* written)
     m_written.erase(found);
 }
 
-void WaylandClipboard::awaitWrites(std::function<void(bool isOwner)> done)
+void WaylandClipboard::awaitWrites(OwnDone done)
 {
     m_loop.awaitRoundTrip([this, done = std::move(done)] { done(!m_written.empty()); });
 }
 
-void WaylandClipboard::offerAsPrimary(std::function<void(bool isOffered)> done)
+void WaylandClipboard::offerAsPrimary(OwnDone done)
 {
     if (!m_device || m_written.empty() || m_isClearing) {
         done(false);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pasteboard.h"
+#include "LoopClipboard.h"
 #include "PasteboardOffer.h"
 #include "WaylandClipboardContent.h"
 #include "WaylandClipboardDeadlines.h"
@@ -10,7 +10,6 @@
 #include "WaylandPipeWriter.h"
 #include "WaylandRegistry.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -21,46 +20,26 @@ struct wl_seat;
 namespace tessly {
 
 /// The half of WaylandPasteboard that lives on the loop thread: follows the clipboard of the first
-/// seat, and owns it for the program. Its operations are those of Pasteboard, answered by callback,
-/// once each.
-class WaylandClipboard
+/// seat, and owns it for the program. Writable while there is a seat.
+class WaylandClipboard final : public LoopClipboard
 {
 public:
-    /// What the main thread reads.
-    struct State
-    {
-        std::atomic<qint64> changeCount = 1;
-        /// Whether there is a compositor, and a seat, that writes can go to.
-        std::atomic<bool> isWritable = false;
-    };
-
     /// Before the loop is started; waits for the compositor. What the change count shows now stands
     /// for the content that there is. Throws WaylandError if the compositor lets no program read
     /// the clipboard, or does not answer.
     WaylandClipboard(
         WaylandEventLoop& loop, const WaylandClipboardDeadlines& deadlines, State& state);
-    ~WaylandClipboard();
-    WaylandClipboard(const WaylandClipboard&) = delete;
-    WaylandClipboard& operator=(const WaylandClipboard&) = delete;
+    ~WaylandClipboard() override;
 
-    /// The compositor went away: everything is unreadable, now and later.
-    void connectionLost();
-
-    void types(qint64 changeCount, const WaylandClipboardContent::TypesDone& done);
-    void read(
-        qint64 changeCount, Flavour flavour, qint64 byteLimit,
-        WaylandClipboardContent::ReadDone done);
-    void
-    readFileURLs(qint64 changeCount, qint64 byteLimit, WaylandClipboardContent::FileURLsDone done);
-    void write(const std::vector<PasteboardItem>& items);
-    /// Answers once the compositor has seen the writes before: whether the last is or becomes the
-    /// clipboard's content. Drops the question if it goes away first.
-    void awaitWrites(std::function<void(bool isOwner)> done);
-    /// Makes the last write PRIMARY too. Answers once the compositor has done so: whether it has.
-    /// Drops the question if it goes away first.
-    void offerAsPrimary(std::function<void(bool isOffered)> done);
-    void clear();
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
+    void connectionLost() override;
+    void types(qint64 changeCount, TypesDone done) override;
+    void read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done) override;
+    void readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done) override;
+    void write(const std::vector<PasteboardItem>& items) override;
+    void awaitWrites(OwnDone done) override;
+    void offerAsPrimary(OwnDone done) override;
+    void clear() override;
+    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
 private:
     enum class Owner { nobody, self, other };

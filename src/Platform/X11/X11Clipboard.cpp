@@ -20,11 +20,10 @@ xcb_window_t createWindow(X11EventLoop& loop)
 
 } // namespace
 
-X11Clipboard::X11Clipboard(
-    X11EventLoop& loop, const X11ClipboardDeadlines& deadlines, std::atomic<qint64>& changeCount)
+X11Clipboard::X11Clipboard(X11EventLoop& loop, const X11ClipboardDeadlines& deadlines, State& state)
     : m_loop(loop)
     , m_deadlines(deadlines)
-    , m_changeCount(changeCount)
+    , m_state(state)
     , m_window(createWindow(loop))
     , m_reader(loop, m_window)
     , m_owner(loop, m_window, deadlines.reader)
@@ -33,6 +32,7 @@ X11Clipboard::X11Clipboard(
     m_clipboard = m_loop.atom("CLIPBOARD");
     m_timeProperty = m_loop.atom("TESSLY_TIME");
     watchOwner();
+    m_state.isWritable = true;
 }
 
 void X11Clipboard::watchOwner()
@@ -106,7 +106,7 @@ void X11Clipboard::ownerChanged(
         }
         return;
     }
-    ++m_changeCount;
+    ++m_state.changeCount;
     m_kept.clear();
     m_leftAt.reset();
     m_own.reset();
@@ -135,10 +135,10 @@ void X11Clipboard::connectionLost()
 
 bool X11Clipboard::isCurrent(qint64 changeCount) const
 {
-    return !m_isLost && changeCount == m_changeCount;
+    return !m_isLost && changeCount == m_state.changeCount;
 }
 
-void X11Clipboard::types(qint64 changeCount, X11ClipboardContent::TypesDone done)
+void X11Clipboard::types(qint64 changeCount, TypesDone done)
 {
     if (!isCurrent(changeCount)) {
         done(std::nullopt);
@@ -151,8 +151,7 @@ void X11Clipboard::types(qint64 changeCount, X11ClipboardContent::TypesDone done
     }
 }
 
-void X11Clipboard::read(
-    qint64 changeCount, Flavour flavour, qint64 byteLimit, X11ClipboardContent::ReadDone done)
+void X11Clipboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done)
 {
     if (!isCurrent(changeCount)) {
         done({.status = ReadStatus::unreadable});
@@ -165,8 +164,7 @@ void X11Clipboard::read(
     }
 }
 
-void X11Clipboard::readFileURLs(
-    qint64 changeCount, qint64 byteLimit, X11ClipboardContent::FileURLsDone done)
+void X11Clipboard::readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done)
 {
     if (!isCurrent(changeCount)) {
         done({.status = ReadStatus::unreadable});

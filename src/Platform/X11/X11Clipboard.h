@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Pasteboard.h"
+#include "LoopClipboard.h"
 #include "X11ClipboardContent.h"
 #include "X11ClipboardDeadlines.h"
 #include "X11EventLoop.h"
@@ -9,7 +9,6 @@
 
 #include <xcb/xfixes.h>
 
-#include <atomic>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -19,36 +18,29 @@
 namespace tessly {
 
 /// The half of X11Pasteboard that lives on the loop thread: follows who owns CLIPBOARD, and owns it
-/// for the program. Its operations are those of Pasteboard, answered by callback, once each.
-class X11Clipboard
+/// for the program. Writable while the server is there.
+class X11Clipboard final : public LoopClipboard
 {
 public:
-    using OwnDone = std::function<void(bool isOwner)>;
-    using TimeDone = std::function<void(xcb_timestamp_t)>;
-
-    /// Before the loop is started. `changeCount` is the counter to advance; what it shows now
-    /// stands for the content that there is. Throws X11Error if the server lacks XFIXES.
-    X11Clipboard(
-        X11EventLoop& loop, const X11ClipboardDeadlines& deadlines,
-        std::atomic<qint64>& changeCount);
+    /// Before the loop is started. What the change count shows now stands for the content that
+    /// there is. Throws X11Error if the server lacks XFIXES.
+    X11Clipboard(X11EventLoop& loop, const X11ClipboardDeadlines& deadlines, State& state);
 
     void handle(const xcb_generic_event_t& event);
-    /// The server went away: everything is unreadable, now and later.
-    void connectionLost();
 
-    void types(qint64 changeCount, X11ClipboardContent::TypesDone done);
-    void
-    read(qint64 changeCount, Flavour flavour, qint64 byteLimit, X11ClipboardContent::ReadDone done);
-    void readFileURLs(qint64 changeCount, qint64 byteLimit, X11ClipboardContent::FileURLsDone done);
-    void write(const std::vector<PasteboardItem>& items);
-    /// Answers once the writes before are through: whether the last took the clipboard.
-    void awaitWrites(OwnDone done);
-    void clear();
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items);
-    /// Offers as PRIMARY, too, what it offers as CLIPBOARD.
-    void offerAsPrimary(OwnDone done);
+    void connectionLost() override;
+    void types(qint64 changeCount, TypesDone done) override;
+    void read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done) override;
+    void readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done) override;
+    void write(const std::vector<PasteboardItem>& items) override;
+    void awaitWrites(OwnDone done) override;
+    void offerAsPrimary(OwnDone done) override;
+    void clear() override;
+    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
 private:
+    using TimeDone = std::function<void(xcb_timestamp_t)>;
+
     void watchOwner();
     void ownerChanged(const xcb_xfixes_selection_notify_event_t& event, std::uint32_t sequence);
     void serverTimeCame(xcb_timestamp_t time);
@@ -58,7 +50,7 @@ private:
 
     X11EventLoop& m_loop;
     const X11ClipboardDeadlines m_deadlines;
-    std::atomic<qint64>& m_changeCount;
+    State& m_state;
     const xcb_window_t m_window;
     X11SelectionReader m_reader;
     X11SelectionOwner m_owner;

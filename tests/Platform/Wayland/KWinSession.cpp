@@ -27,8 +27,11 @@ bool isListening(const QString& path)
     qstrncpy(address.sun_path, name.constData(), sizeof address.sun_path);
     const int file = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const bool isListening =
+        file >= 0 &&
         connect(file, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(file);
+    if (file >= 0) {
+        close(file);
+    }
     return isListening;
 }
 

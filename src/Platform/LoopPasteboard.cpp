@@ -1,0 +1,117 @@
+#include "LoopPasteboard.h"
+
+#include "LoopAnswer.h"
+
+#include <QCoroFuture>
+#include <QObject>
+
+#include <utility>
+
+namespace tessly {
+
+LoopPasteboard::LoopPasteboard()
+    : m_mainThread(std::make_unique<QObject>())
+{
+}
+
+LoopPasteboard::~LoopPasteboard() = default;
+
+void LoopPasteboard::setConnectionLost(std::function<void()> callback)
+{
+    m_connectionLost = std::move(callback);
+}
+
+void LoopPasteboard::start(LoopClipboard& clipboard, Post post)
+{
+    m_clipboard = &clipboard;
+    m_loop.post = std::move(post);
+}
+
+void LoopPasteboard::lost()
+{
+    m_state.isWritable = false;
+    m_clipboard->connectionLost();
+    QMetaObject::invokeMethod(
+        m_mainThread.get(),
+        [this] {
+            if (const auto callback = m_connectionLost) {
+                callback();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+template <typename Value, typename Ask>
+QCoro::Task<Value> LoopPasteboard::ask(Value fallback, Ask ask)
+{
+    auto answer =
+        askLoop(m_loop, std::move(fallback), [clipboard = m_clipboard, ask](const auto& done) {
+            ask(*clipboard, done);
+        });
+    co_return co_await answer;
+}
+
+QCoro::Task<std::optional<QSet<QString>>> LoopPasteboard::types(qint64 changeCount)
+{
+    return ask(
+        std::optional<QSet<QString>>(), [changeCount](LoopClipboard& clipboard, const auto& done) {
+            clipboard.types(changeCount, done);
+        });
+}
+
+QCoro::Task<ReadResult<QByteArray>>
+LoopPasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
+{
+    return ask(
+        ReadResult<QByteArray>{.status = ReadStatus::unreadable},
+        [changeCount, flavour, byteLimit](LoopClipboard& clipboard, const auto& done) {
+            clipboard.read(changeCount, flavour, byteLimit, done);
+        });
+}
+
+QCoro::Task<ReadResult<QByteArrayList>>
+LoopPasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
+{
+    return ask(
+        ReadResult<QByteArrayList>{.status = ReadStatus::unreadable},
+        [changeCount, byteLimit](LoopClipboard& clipboard, const auto& done) {
+            clipboard.readFileURLs(changeCount, byteLimit, done);
+        });
+}
+
+bool LoopPasteboard::write(std::vector<PasteboardItem> items)
+{
+    std::erase_if(items, [](const PasteboardItem& item) { return item.isEmpty(); });
+    if (items.empty() || !m_state.isWritable) {
+        return false;
+    }
+    m_loop.post([clipboard = m_clipboard, items = std::move(items)] { clipboard->write(items); });
+    return true;
+}
+
+void LoopPasteboard::clear()
+{
+    m_loop.post([clipboard = m_clipboard] { clipboard->clear(); });
+}
+
+void LoopPasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+{
+    std::erase_if(items, [](const PasteboardItem& item) { return item.isEmpty(); });
+    m_loop.post([clipboard = m_clipboard, changeCount, items = std::move(items)] {
+        clipboard->keepWhenOwnerLeaves(changeCount, items);
+    });
+}
+
+QCoro::Task<bool> LoopPasteboard::hasWritten()
+{
+    return ask(
+        false, [](LoopClipboard& clipboard, const auto& done) { clipboard.awaitWrites(done); });
+}
+
+QCoro::Task<bool> LoopPasteboard::offerAsPrimary()
+{
+    return ask(
+        false, [](LoopClipboard& clipboard, const auto& done) { clipboard.offerAsPrimary(done); });
+}
+
+} // namespace tessly

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "LoopClipboard.h"
+#include "Pasteboard.h"
+
+#include <functional>
+#include <memory>
+
+class QObject;
+
+namespace tessly {
+
+/// A pasteboard whose traffic with the desktop and with other programs takes place on a thread and
+/// a connection of its own, so that nobody holds the main thread, and serving what was written does
+/// not depend on it either.
+class LoopPasteboard : public Pasteboard
+{
+public:
+    ~LoopPasteboard() override;
+
+    /// Called once, on the main thread, when the desktop has gone away: what is read from then on
+    /// is unreadable, what is written is refused.
+    void setConnectionLost(std::function<void()> callback);
+
+    [[nodiscard]] qint64 changeCount() const final { return m_state.changeCount; }
+    [[nodiscard]] PasteboardAccess access() const final { return PasteboardAccess::available; }
+    [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) final;
+    [[nodiscard]] QCoro::Task<ReadResult<QByteArray>>
+    read(qint64 changeCount, Flavour flavour, qint64 byteLimit) final;
+    [[nodiscard]] QCoro::Task<ReadResult<QByteArrayList>>
+    readFileURLs(qint64 changeCount, qint64 byteLimit) final;
+    [[nodiscard]] bool write(std::vector<PasteboardItem> items) final;
+    void clear() final;
+    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) final;
+
+    /// True once what was written last has been put on the clipboard, so that programs that read it
+    /// from then on find that or something newer; false if the desktop did not take it.
+    [[nodiscard]] QCoro::Task<bool> hasWritten();
+
+    /// Offers what was written last as PRIMARY, too, for programs that paste only that, until
+    /// another program takes it or `clear`. True once it is so; false if the program does not own
+    /// the clipboard (any more), or there is no PRIMARY.
+    [[nodiscard]] QCoro::Task<bool> offerAsPrimary();
+
+protected:
+    /// Runs a job on the thread of the connection.
+    using Post = std::function<void(std::function<void()> job)>;
+
+    LoopPasteboard();
+
+    [[nodiscard]] LoopClipboard::State& state() { return m_state; }
+    /// Before anything is asked. The clipboard must be there as long as jobs run.
+    void start(LoopClipboard& clipboard, Post post);
+    /// The desktop went away. On the thread of the connection.
+    void lost();
+
+private:
+    struct Loop
+    {
+        Post post;
+    };
+
+    template <typename Value, typename Ask>
+    [[nodiscard]] QCoro::Task<Value> ask(Value fallback, Ask ask);
+
+    LoopClipboard::State m_state;
+    std::function<void()> m_connectionLost;
+    /// Lives on the main thread; what is posted to it is dropped when it goes.
+    std::unique_ptr<QObject> m_mainThread;
+    LoopClipboard* m_clipboard = nullptr;
+    Loop m_loop;
+};
+
+} // namespace tessly
