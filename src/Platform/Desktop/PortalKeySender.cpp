@@ -166,15 +166,10 @@ void PortalKeySender::resume()
 
 bool PortalKeySender::requestAccess()
 {
-    if (isAllowed()) {
-        return true;
-    }
     if (m_support == Support::lacking) {
         // For the next time, if there is one to be started.
         m_portal.wake();
-        return false;
-    }
-    if (!m_isDenied) {
+    } else if (!isAllowed() && !m_isDenied) {
         m_isWanted = true;
         resume();
     }
@@ -186,7 +181,7 @@ bool PortalKeySender::askAgain()
     if (!m_isBeginning) {
         m_isDenied = false;
     }
-    return requestAccess();
+    return requestAccess() && m_support != Support::lacking;
 }
 
 QCoro::Task<> PortalKeySender::begin(QPointer<PortalKeySender> self, Reason reason)

@@ -44,9 +44,10 @@ public:
     [[nodiscard]] bool isAvailable() const { return m_support == Support::there; }
 
     [[nodiscard]] bool isAllowed() const override { return m_session && m_isStarted; }
-    /// False if there is nobody to ask. A user who has said no is not asked again.
+    /// Always true, also where there is no portal to ask. A user who has said no is not asked again.
     [[nodiscard]] bool requestAccess() override;
-    /// As `requestAccess`, at the user's explicit wish: also one who has said no is asked.
+    /// As `requestAccess`, at the user's explicit wish: also one who has said no is asked. False if
+    /// there is nobody to ask.
     [[nodiscard]] bool askAgain();
 
     /// What the toolkit knows of modifiers is asked where `hadModifiers` is missing.
