@@ -30,9 +30,9 @@ public:
 
     /// Whether the desktop lets the program post keys now. Does not ask the user.
     [[nodiscard]] virtual bool isAllowed() const = 0;
-    /// Asks the desktop for that, which may ask the user. False if the user is to grant it first and
-    /// then try again, in which case nothing is to be done now; otherwise `isAllowed` tells, now or
-    /// later, what came of it.
+    /// Asks the desktop for that, which may ask the user. False if the user is to grant it first
+    /// and then try again, in which case nothing is to be done now; otherwise `isAllowed` tells,
+    /// now or later, what came of it.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
     /// Presses and releases the keys by which `target` pastes the clipboard, and nothing else,

@@ -18,9 +18,9 @@ public:
 
     /// Whether the desktop lets the program press keys now. Does not ask the user.
     [[nodiscard]] virtual bool isAllowed() const = 0;
-    /// Asks the desktop for that, which may ask the user. False if the user is to grant it first and
-    /// then try again, in which case nothing is to be done now; otherwise `isAllowed` tells, now or
-    /// later, what came of it. A question that is open already is not asked again.
+    /// Asks the desktop for that, which may ask the user. False if the user is to grant it first
+    /// and then try again, in which case nothing is to be done now; otherwise `isAllowed` tells,
+    /// now or later, what came of it. A question that is open already is not asked again.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
     /// Waits until the user has let go of keys that would spoil a chord and that `send` cannot lift

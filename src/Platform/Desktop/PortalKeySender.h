@@ -44,7 +44,8 @@ public:
     [[nodiscard]] bool isAvailable() const { return m_support == Support::there; }
 
     [[nodiscard]] bool isAllowed() const override { return m_session && m_isStarted; }
-    /// Always true, also where there is no portal to ask. A user who has said no is not asked again.
+    /// Always true, also where there is no portal to ask. A user who has said no is not asked
+    /// again.
     [[nodiscard]] bool requestAccess() override;
     /// As `requestAccess`, at the user's explicit wish: also one who has said no is asked. False if
     /// there is nobody to ask.
