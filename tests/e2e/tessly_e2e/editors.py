@@ -30,6 +30,15 @@ class _Program:
         return next(window for window in self.desktop.windows.visible()
                     if window.id == self.window)
 
+    def _until_copied(self, copy):
+        """Copies again until there is something new on the clipboard."""
+        before = self.desktop.clipboard_changes()
+
+        def is_copied():
+            copy()
+            return not holds_for(1, lambda: self.desktop.clipboard_changes() == before)
+        wait_until(is_copied, "the copy is on the clipboard")
+
     def bring_to_front(self):
         self.desktop.windows.activate(self.window)
         wait_until(self.is_in_front, "the window is in front again")
@@ -139,8 +148,11 @@ class WaylandTerminal(Terminal):
 
     def copy_word(self):
         """Selects the word at the top left and copies it by its key."""
-        super().copy_word()
-        self.desktop.keyboard.press("Control+Shift+c")
+        def copy():
+            Terminal.copy_word(self)
+            self.desktop.keyboard.press("Control+Shift+c")
+        # What is clicked on may still be on its way to its place.
+        self._until_copied(copy)
 
 
 class QtTerminal(Terminal):
@@ -218,12 +230,7 @@ class _Editor(_Program):
             self._press_copy()
             return
         # The compositor takes over what a program of X11 copies some time after it is in front.
-        before = self.desktop.clipboard_changes()
-
-        def is_copied():
-            self._press_copy()
-            return not holds_for(1, lambda: self.desktop.clipboard_changes() == before)
-        wait_until(is_copied, "the copy is on the clipboard")
+        self._until_copied(self._press_copy)
 
     def _press_copy(self):
         self.desktop.keyboard.press("Control+a")
