@@ -3,7 +3,7 @@
 import unittest
 
 import wayland_tests
-from tessly_e2e import wait_until
+from tessly_e2e import procfs, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
@@ -19,6 +19,17 @@ class Panel(wayland_tests.Panel, WaylandCase):
         width, height = self.desktop.size
         self.assertLess(abs(panel.x + panel.width / 2 - width / 2), 2)
         self.assertLess(abs(panel.y + panel.height / 2 - height / 2), 20)
+
+
+    def test_it_loads_nothing_for_drawing_with_a_graphics_card(self):
+        self.tessly.open_panel()
+        self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+        loaded = procfs.libraries(self.tessly.pid)
+        self.assertTrue(any(name.startswith("libQt6Quick.") for name in loaded), loaded)
+        # The toolkit is linked with the small libraries that would load these.
+        self.assertEqual([name for name in loaded
+                          if name.startswith(("libEGL_", "libGLX_", "libLLVM"))], [])
 
 
 class Status(Expecting, WaylandCase):

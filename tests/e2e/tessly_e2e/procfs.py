@@ -59,6 +59,13 @@ def descriptors(pid):
     return found
 
 
+def libraries(pid):
+    """The file names of the libraries that are loaded."""
+    with open(f"/proc/{pid}/maps") as file:
+        paths = {line.split(None, 5)[5].strip() for line in file if "/" in line}
+    return {os.path.basename(path) for path in paths if ".so" in path}
+
+
 def network_sockets(pid):
     """The network sockets a process holds, as lines of the kernel's tables."""
     own = {target[len("socket:["):-1] for target in descriptors(pid) if target.startswith("socket:[")}
