@@ -63,6 +63,15 @@ class Pasting(Expecting, WaylandCase):
         self.expect_still_recording()
         self.assertEqual(self.recorded_texts(), ["something else", "needle one"])
 
+    def test_alt_and_shift_may_be_let_go_when_the_panel_closes(self):
+        editor = SeenEditor(self.desktop).start()
+        self.allow()
+        self.tessly.open_panel().search("needle")
+        with self.keyboard.held("Alt", "Shift"):
+            self.keyboard.press("Return")
+            self.tessly.wait_for_closed_panel()
+        editor.wait_for_text("needle one")
+
     def test_a_command_pastes_again_and_again(self):
         editor = SeenEditor(self.desktop).start()
         self.allow()
@@ -111,6 +120,12 @@ class Refused(Expecting, WaylandCase):
         editor.wait_for_text("needle one")
         self.assertEqual(portal.keys(), [])
         self.assertFalse(self.status()["paste"])
+
+    def test_without_a_portal_the_content_is_copied(self):
+        self.record("needle one")
+        self.expect_refusal(FAILED, NOT_ALLOWED, "paste", "1")
+        self.wait_for_own_content()
+        self.assertEqual(self.clipboard.read(), b"needle one")
 
 
 if __name__ == "__main__":
