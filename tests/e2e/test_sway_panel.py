@@ -3,11 +3,11 @@
 import unittest
 
 import wayland_tests
-from tessly_e2e import procfs, wait_until
+from tessly_e2e import Tessly, procfs, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
-from tessly_e2e.wayland_case import WaylandCase
+from tessly_e2e.wayland_case import WaylandCase, WaylandDesktopCase
 
 
 class Panel(wayland_tests.Panel, WaylandCase):
@@ -30,6 +30,28 @@ class Panel(wayland_tests.Panel, WaylandCase):
         # The toolkit is linked with the small libraries that would load these.
         self.assertEqual([name for name in loaded
                           if name.startswith(("libEGL_", "libGLX_", "libLLVM"))], [])
+
+
+class OtherWindows(WaylandDesktopCase):
+    desktop_class = Sway
+    accessible = True
+
+    def test_the_first_run_leads_into_the_panel_and_from_there_to_the_settings(self):
+        tessly = Tessly(self.desktop, settings={"hasCompletedOnboarding": False})
+        self.addCleanup(tessly.kill)
+        tessly.launch()
+        welcome = tessly.wait_for_window("Welcome to Tessly")
+        self.assertTrue(welcome.is_floating)
+        self.assertEqual((welcome.width, welcome.height), (650, 510))
+        self.keyboard.press("Return")
+        tessly.wait_for_panel()
+        self.clipboard.copy("copied after")
+        tessly.history.wait_for_text("copied after")
+        button = self.ui(tessly).find("push button", "Settings")
+        button.act(button.actions[0])
+        self.assertTrue(tessly.wait_for_window("Tessly Settings").is_floating)
+        tessly.wait_for_closed_panel()
+        tessly.stop()
 
 
 class Status(Expecting, WaylandCase):
