@@ -17,7 +17,7 @@ Lines on standard input, JSON objects too, steer it while it runs:
                                                      "hang", nothing
     {"answer": "grant" | "deny" | "cancel"}          answers the questions that are open
     {"taken": [ID, ...]}                             shortcuts that are not given, from now on
-    {"press": ID}                                    the user presses a shortcut and lets it go
+    {"down": ID}, {"up": ID}                         the user presses a shortcut, lets it go
     {"revoke": true}                                 ends all sessions
 
 Options: see --help.
@@ -326,13 +326,12 @@ class Portal(dbus.service.Object):
             "shortcuts": dbus.Array(session.shortcuts or [], signature="(sa{sv})")})
         return request
 
-    def press(self, name):
+    def tell_of_shortcut(self, signal, name):
         for session in self.sessions.values():
             if name in [bound for bound, _ in session.shortcuts or []]:
-                for signal in ("Activated", "Deactivated"):
-                    self.send(PATH, SHORTCUTS, signal, session.owner, "osta{sv}",
-                              dbus.ObjectPath(session.path), name,
-                              dbus.UInt64(GLib.get_monotonic_time() // 1000), {})
+                self.send(PATH, SHORTCUTS, signal, session.owner, "osta{sv}",
+                          dbus.ObjectPath(session.path), name,
+                          dbus.UInt64(GLib.get_monotonic_time() // 1000), {})
 
     # The test
 
@@ -344,8 +343,10 @@ class Portal(dbus.service.Object):
                 self.answer_questions(value)
             elif command == "taken":
                 self.taken = set(value)
-            elif command == "press":
-                self.press(value)
+            elif command == "down":
+                self.tell_of_shortcut("Activated", value)
+            elif command == "up":
+                self.tell_of_shortcut("Deactivated", value)
             elif command == "revoke":
                 for session in list(self.sessions.values()):
                     session.revoke()

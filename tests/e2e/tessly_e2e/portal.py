@@ -12,7 +12,8 @@ granted; a test that needs a keyboard before opens one of its own.
 
 What the program saved, it may take up again: `tokens` gives those handed out, and a portal started
 with `tokens=[...]` accepts them without asking. The user presses a hot key with
-`press("paste-3")`; hot keys have no keys here.
+`press("paste-3")`; hot keys have no keys here, so their modifiers are held by the test's own
+keyboard where that matters.
 """
 
 import json
@@ -75,7 +76,14 @@ class Portal:
         self._steer(taken=list(shortcuts))
 
     def press(self, shortcut):
-        self._steer(press=shortcut)
+        self.hold(shortcut)
+        self.let_go(shortcut)
+
+    def hold(self, shortcut):
+        self._steer(down=shortcut)
+
+    def let_go(self, shortcut):
+        self._steer(up=shortcut)
 
     def revoke(self):
         """The user takes all access back."""
