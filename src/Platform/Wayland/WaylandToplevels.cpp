@@ -85,10 +85,12 @@ void WaylandToplevels::follow(Known& known, const QByteArray& appID)
 void WaylandToplevels::closed(WaylandToplevelHandle& handle)
 {
     std::erase(m_activated, &handle);
-    if (const auto known = m_known.extract(&handle)) {
+    const auto known = m_known.extract(&handle);
+    // First it is not in front, then it is gone: nothing that is gone is active.
+    publish();
+    if (known) {
         known.mapped().window->setGone();
     }
-    publish();
 }
 
 void WaylandToplevels::finished()
@@ -101,10 +103,10 @@ void WaylandToplevels::lost()
 {
     m_isTold = false;
     m_activated.clear();
+    publish();
     for (const auto& entry : std::exchange(m_known, {})) {
         entry.second.window->setGone();
     }
-    publish();
 }
 
 void WaylandToplevels::publish()

@@ -1,5 +1,6 @@
 #include "WaylandDesktop.h"
 
+#include "LogCapture.h"
 #include "PasteTarget.h"
 #include "TestCompositor.h"
 #include "TestKeyboards.h"
@@ -382,6 +383,7 @@ TEST_F(WaylandDesktopTest, anApplicationMayOutliveTheDesktop)
 
 TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
 {
+    const LogCapture log;
     open("editor");
     const auto application = inFront(u"editor"_s);
     compositor().freeze();
@@ -398,6 +400,7 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     EXPECT_FALSE(sender.isAllowed());
     EXPECT_FALSE(sender.requestAccess());
     EXPECT_FALSE(await(sender.send(PasteChord::controlV)));
+    EXPECT_EQ(log.lines(u"com.brackmoor.tessly.WaylandDesktop"_s).size(), 1U);
 }
 
 TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd)

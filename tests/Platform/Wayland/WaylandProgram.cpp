@@ -81,22 +81,22 @@ void WaylandProgram::settle()
     }
 }
 
-void WaylandProgram::copy(std::vector<Offered> offered, Life life)
+void WaylandProgram::copy(const std::vector<Offered>& offered, Life life)
 {
-    onLoop([&] { offer(std::move(offered), life); });
+    onLoop([&] { offer(offered, life); });
     settle();
 }
 
-void WaylandProgram::replace(std::vector<Offered> offered)
+void WaylandProgram::replace(const std::vector<Offered>& offered)
 {
     onLoop([&] {
         m_source.reset();
-        offer(std::move(offered), Life::stays);
+        offer(offered, Life::stays);
     });
     settle();
 }
 
-void WaylandProgram::offer(std::vector<Offered> offered, Life life)
+void WaylandProgram::offer(const std::vector<Offered>& offered, Life life)
 {
     QByteArrayList types;
     for (const Offered& one : offered) {

@@ -55,9 +55,9 @@ public:
     void setPause(std::chrono::milliseconds pause) { m_pause = pause; }
 
     /// Returns once it owns the clipboard.
-    void copy(std::vector<Offered> offered, Life life = Life::stays);
+    void copy(const std::vector<Offered>& offered, Life life = Life::stays);
     /// As `copy`, but takes back what it offered before first.
-    void replace(std::vector<Offered> offered);
+    void replace(const std::vector<Offered>& offered);
     void copyText(const QByteArray& text) { copy({{.type = "UTF8_STRING", .bytes = text}}); }
     /// Withdraws what it offers, and returns once that is done.
     void takeBack();
@@ -90,7 +90,7 @@ private:
     template <typename Job>
     auto onLoop(Job job);
     void settle();
-    void offer(std::vector<Offered> offered, Life life);
+    void offer(const std::vector<Offered>& offered, Life life);
     void send(const Offered& offered, int file);
     void dribble(int file, const QByteArray& bytes, qsizetype index);
     void writeWithoutEnd(int file, const QByteArray& bytes);
