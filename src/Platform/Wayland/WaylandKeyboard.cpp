@@ -17,6 +17,10 @@ namespace {
 /// The first version that has keys.
 constexpr std::uint32_t fakeInputVersion = 4;
 
+/// Where two keyboards take turns, as with input methods, so do their key maps with every key;
+/// reading one takes milliseconds.
+constexpr std::size_t mostTold = 2;
+
 constexpr std::array<std::uint32_t, 8> modifierKeys = {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTALT,
                                                        KEY_RIGHTALT,  KEY_LEFTMETA,   KEY_RIGHTMETA,
                                                        KEY_LEFTCTRL,  KEY_RIGHTCTRL};
@@ -79,10 +83,18 @@ void WaylandKeyboard::setKeymap(const QByteArray& text)
     // The compositor also tells the key map that the virtual keyboard was given here, whenever that
     // has been the last to press a key. To take it for the user's does no harm: it is the same, or
     // the one that would be used in place of the user's.
-    if (auto keymap = WaylandKeymap::fromText(text)) {
-        m_keymap = std::move(keymap);
-        m_letterVKey = m_keymap->letterVKey().value_or(WaylandKeymap::usualKeyOfV);
+    const auto known = std::ranges::find(m_told, text, &Told::text);
+    if (known != m_told.end()) {
+        std::rotate(m_told.begin(), known, known + 1);
+    } else if (auto keymap = WaylandKeymap::fromText(text)) {
+        m_told.push_front({.text = text, .keymap = std::move(*keymap)});
+        if (m_told.size() > mostTold) {
+            m_told.pop_back();
+        }
+    } else {
+        return;
     }
+    m_letterVKey = m_told.front().keymap.letterVKey().value_or(WaylandKeymap::usualKeyOfV);
 }
 
 void WaylandKeyboard::start()
@@ -159,8 +171,8 @@ void WaylandKeyboard::fakeKey(std::uint32_t key, bool isPress)
 
 const WaylandKeymap* WaylandKeyboard::usableKeymap()
 {
-    if (m_keymap && m_keymap->canMakeAll()) {
-        return &*m_keymap;
+    if (!m_told.empty() && m_told.front().keymap.canMakeAll()) {
+        return &m_told.front().keymap;
     }
     if (!m_american) {
         m_american = WaylandKeymap::american();

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -64,6 +65,12 @@ private:
         void operator()(zwp_virtual_keyboard_manager_v1* object) const;
     };
 
+    struct Told
+    {
+        QByteArray text;
+        WaylandKeymap keymap;
+    };
+
     void makeVirtualKeyboard();
     [[nodiscard]] bool pressVirtually(PasteChord chord);
     [[nodiscard]] bool fake(PasteChord chord);
@@ -76,7 +83,8 @@ private:
     std::unique_ptr<org_kde_kwin_fake_input, Deleter> m_fakeInput;
     wl_seat* m_seat = nullptr;
     std::unique_ptr<WaylandVirtualKeyboard> m_virtualKeyboard;
-    std::optional<WaylandKeymap> m_keymap;
+    /// The key maps told last, the latest first.
+    std::deque<Told> m_told;
     /// Made when it is needed.
     std::optional<WaylandKeymap> m_american;
     bool m_isStarted = false;

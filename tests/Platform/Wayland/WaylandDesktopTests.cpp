@@ -502,6 +502,25 @@ TEST_F(WaylandDesktopTest, aKeyMapThatChangesIsUsedFromTheNextPasteOn)
     EXPECT_EQ(keymaps().size(), 2U);
 }
 
+TEST_F(WaylandDesktopTest, keyMapsMayTakeTurns)
+{
+    const QByteArray us = keymapText("us");
+    const QByteArray dvorak = keymapText("us", "dvorak");
+    const QByteArray french = keymapText("fr", "bepo");
+    for (int turn = 0; turn < 3; ++turn) {
+        compositor().setKeymap(us);
+        EXPECT_TRUE(letterIs(KEY_V));
+        compositor().setKeymap(dvorak);
+        EXPECT_TRUE(letterIs(KEY_DOT));
+    }
+    compositor().setKeymap(french);
+    EXPECT_TRUE(letterIs(KEY_U));
+    compositor().setKeymap(us);
+    EXPECT_TRUE(letterIs(KEY_V));
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keys(), controlV);
+}
+
 TEST_F(WaylandDesktopTest, withoutTheLetterAnAmericanKeyMapIsUsed)
 {
     compositor().setKeymap(keymapText("us", "dvorak"));

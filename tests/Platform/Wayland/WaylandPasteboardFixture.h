@@ -64,9 +64,9 @@ protected:
     }
 
     /// The other program copies; the content's change count.
-    qint64 copied(std::vector<Offered> offered)
+    qint64 copied(const std::vector<Offered>& offered)
     {
-        return changed([&] { m_program.copy(std::move(offered)); });
+        return changed([&] { m_program.copy(offered); });
     }
     qint64 written(const PasteboardItem& item)
     {

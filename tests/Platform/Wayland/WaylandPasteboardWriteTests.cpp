@@ -151,6 +151,7 @@ TEST_F(WaylandPasteboardWriteTest, severalSlowReadersAreServedAtOnce)
     const QByteArray content = large();
     written({.plainText = content});
     std::vector<std::unique_ptr<SlowReader>> slow;
+    slow.reserve(5);
     for (int number = 0; number < 5; ++number) {
         slow.push_back(std::make_unique<SlowReader>(program()));
     }
