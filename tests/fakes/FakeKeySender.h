@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,12 @@ public:
     void breakKeys() { m_isBroken = true; }
     /// Called with each chord at the moment at which whatever has the keyboard sees it.
     void setSeen(std::function<void(PasteChord)> seen) { m_seen = std::move(seen); }
+    /// The desktop sees the target leave before every chord.
+    void loseTarget() { m_isTargetLost = true; }
+    /// The keyboard has no keys for this chord.
+    void setLacking(PasteChord chord) { m_lacking = chord; }
+    /// Nothing is to be sent, as when the user goes on holding keys.
+    void setNeverReady() { m_isReady = false; }
     /// Where the user still holds keys.
     [[nodiscard]] Gate& held() { return m_held; }
     /// Where the desktop's answers wait; the keys have been seen by then.
@@ -37,9 +44,20 @@ public:
         m_isAllowed = m_isAllowed || m_grantsRequests;
         return m_isAllowed;
     }
-    [[nodiscard]] QCoro::Task<> keysUp() override { return m_held.pass(); }
-    [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) override
+    [[nodiscard]] QCoro::Task<bool> ready() override
     {
+        co_await m_held.pass();
+        co_return m_isReady;
+    }
+    [[nodiscard]] QCoro::Task<Sending>
+    send(PasteChord chord, std::shared_ptr<const PasteTarget>) override
+    {
+        if (chord == m_lacking) {
+            co_return Sending::noKeys;
+        }
+        if (m_isTargetLost) {
+            co_return Sending::notInFront;
+        }
         const bool isTaken = !m_isBroken;
         if (isTaken) {
             m_chords.push_back(chord);
@@ -48,13 +66,16 @@ public:
             }
         }
         co_await m_gate.pass();
-        co_return isTaken;
+        co_return isTaken ? Sending::sent : Sending::failed;
     }
 
 private:
     bool m_isAllowed = true;
     bool m_grantsRequests = false;
     bool m_isBroken = false;
+    bool m_isReady = true;
+    bool m_isTargetLost = false;
+    std::optional<PasteChord> m_lacking;
     int m_accessRequests = 0;
     std::vector<PasteChord> m_chords;
     std::function<void(PasteChord)> m_seen;

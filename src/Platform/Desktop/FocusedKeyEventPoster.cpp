@@ -1,11 +1,28 @@
 #include "FocusedKeyEventPoster.h"
 
-#include "KeySender.h"
 #include "PasteTarget.h"
 
 #include <utility>
 
 namespace tessly {
+
+namespace {
+
+PostResult postResult(KeySender::Sending sending)
+{
+    switch (sending) {
+    case KeySender::Sending::sent:
+        return PostResult::posted;
+    case KeySender::Sending::notInFront:
+        return PostResult::targetNotInFront;
+    case KeySender::Sending::noKeys:
+    case KeySender::Sending::failed:
+        return PostResult::failed;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
 
 FocusedKeyEventPoster::FocusedKeyEventPoster(KeySender& sender, PasteClipboard clipboard)
     : m_sender(sender)
@@ -32,31 +49,45 @@ QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<Running
         co_return PostResult::targetNotInFront;
     }
     const std::weak_ptr<bool> alive = m_alive;
-    // Keys that came first would paste what was on the clipboard before.
-    const bool hasWritten = m_clipboard.hasWritten && co_await m_clipboard.hasWritten();
-    if (!hasWritten || alive.expired()) {
-        co_return PostResult::failed;
-    }
-    const PasteChord chord = application->pasteChord();
-    if (chord == PasteChord::shiftInsert) {
-        const bool isOffered = m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary();
-        if (!isOffered || alive.expired()) {
-            co_return PostResult::failed;
-        }
-    }
-    co_await m_sender.keysUp();
+    // First, since it may take a while in which other programs copy.
+    const bool isReady = co_await m_sender.ready();
     if (alive.expired()) {
         co_return PostResult::failed;
     }
-    if (!application->isActive()) {
+    if (!isReady) {
         co_return PostResult::targetNotInFront;
     }
-    if (co_await m_sender.send(chord)) {
-        co_return PostResult::posted;
+    const PasteChord chord = application->pasteChord();
+    const auto sending = co_await send(chord, application);
+    if (sending != KeySender::Sending::noKeys || chord == PasteChord::shiftInsert ||
+        alive.expired()) {
+        co_return postResult(sending);
     }
-    // A sender that can tell sends none when the keyboard has gone elsewhere meanwhile.
-    const bool hasLeft = !alive.expired() && m_sender.isAllowed() && !application->isActive();
-    co_return hasLeft ? PostResult::targetNotInFront : PostResult::failed;
+    // Where no layout has the letter, toolkits know no Ctrl+V, whoever presses it; where layouts
+    // have it on different keys, one of them makes another command of it. The other chord needs no
+    // letter; terminals paste PRIMARY by it.
+    co_return postResult(co_await send(PasteChord::shiftInsert, application));
+}
+
+QCoro::Task<KeySender::Sending>
+FocusedKeyEventPoster::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
+{
+    const std::weak_ptr<bool> alive = m_alive;
+    // Keys that came first would paste what was on the clipboard before.
+    const bool hasWritten = m_clipboard.hasWritten && co_await m_clipboard.hasWritten();
+    if (!hasWritten || alive.expired()) {
+        co_return KeySender::Sending::failed;
+    }
+    if (chord == PasteChord::shiftInsert) {
+        const bool isOffered = m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary();
+        if (!isOffered || alive.expired()) {
+            co_return KeySender::Sending::failed;
+        }
+    }
+    if (!target->isActive()) {
+        co_return KeySender::Sending::notInFront;
+    }
+    co_return co_await m_sender.send(chord, target);
 }
 
 } // namespace tessly

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "KeyEventPoster.h"
+#include "KeySender.h"
 #include "PasteClipboard.h"
 
 #include <memory>
 
 namespace tessly {
-
-class KeySender;
 
 /// Pastes where keys go to whatever has the keyboard: they are sent only while the target has it,
 /// which is looked at last thing before.
@@ -25,6 +24,9 @@ public:
     postPaste(std::shared_ptr<RunningApplication> target) override;
 
 private:
+    [[nodiscard]] QCoro::Task<KeySender::Sending>
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target);
+
     KeySender& m_sender;
     PasteClipboard m_clipboard;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);

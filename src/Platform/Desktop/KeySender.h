@@ -4,7 +4,11 @@
 
 #include <QCoroTask>
 
+#include <memory>
+
 namespace tessly {
+
+class PasteTarget;
 
 /// A way in which a desktop lets a program press keys; they go to whatever has the keyboard. Main
 /// thread only; nothing here waits.
@@ -23,13 +27,25 @@ public:
     /// now or later, what came of it. A question that is open already is not asked again.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
-    /// Waits until the user has let go of keys that would spoil a chord and that `send` cannot lift
-    /// here; not for long, and only as far as the desktop tells of them.
-    [[nodiscard]] virtual QCoro::Task<> keysUp() { co_return; }
+    /// Waits, not for long, until the user has let go of keys that would spoil a chord and that
+    /// `send` cannot lift, as far as the desktop tells of them, and until the desktop can be
+    /// expected to take keys at once. False if it did not come to that: nothing is to be sent.
+    [[nodiscard]] virtual QCoro::Task<bool> ready() { co_return true; }
 
+    enum class Sending {
+        /// The desktop has all of the keys.
+        sent,
+        /// The keyboard has no keys for this chord that mean the same whatever layout is in effect.
+        noKeys,
+        /// The desktop tells that the target is not in front any more; it took none.
+        notInFront,
+        /// It took none, or not all.
+        failed,
+    };
     /// Presses and releases the keys of a chord so that nothing else is seen of them, whatever the
-    /// user holds down. True once the desktop has all of them; false if it took none, or not all.
-    [[nodiscard]] virtual QCoro::Task<bool> send(PasteChord chord) = 0;
+    /// user holds down. They are meant for `target`.
+    [[nodiscard]] virtual QCoro::Task<Sending>
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) = 0;
 };
 
 } // namespace tessly

@@ -313,7 +313,7 @@ void PortalKeySender::setHeldKeys(HeldKeys heldKeys)
     }
 }
 
-QCoro::Task<> PortalKeySender::keysUp()
+QCoro::Task<bool> PortalKeySender::ready()
 {
     const QPointer self(this);
     if (m_heldKeys.hotKeysUp) {
@@ -321,19 +321,21 @@ QCoro::Task<> PortalKeySender::keysUp()
         co_await up;
     }
     if (!self || !self->m_heldKeys.hadModifiers()) {
-        co_return;
+        co_return self != nullptr;
     }
     const LoopAnswer<bool> waited(false);
     const auto timer = self->m_portal.clock().after(modifiersLater, [waited] { waited(true); });
     const QFuture<bool> end = waited.future();
     co_await end;
+    co_return self != nullptr;
 }
 
-QCoro::Task<bool> PortalKeySender::send(PasteChord chord)
+QCoro::Task<KeySender::Sending>
+PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget>)
 {
     const quint32 keyOfV = m_keyOfV ? m_keyOfV() : 0;
     if (!isAllowed() || keyOfV == 0) {
-        co_return false;
+        co_return Sending::failed;
     }
     const QPointer self(this);
     const QString session = m_session->path();
@@ -359,7 +361,7 @@ QCoro::Task<bool> PortalKeySender::send(PasteChord chord)
         }
     }
     if (error.isNull()) {
-        co_return true;
+        co_return Sending::sent;
     }
     qCWarning(lcKeys).noquote() << "Keys were not taken:" << error;
     if (self && self->m_session && self->m_session->path() == session) {
@@ -368,7 +370,7 @@ QCoro::Task<bool> PortalKeySender::send(PasteChord chord)
         self->drop();
         self->resume();
     }
-    co_return false;
+    co_return Sending::failed;
 }
 
 } // namespace tessly

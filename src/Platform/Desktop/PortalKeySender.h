@@ -54,10 +54,11 @@ public:
     /// What the toolkit knows of modifiers is asked where `hadModifiers` is missing.
     void setHeldKeys(HeldKeys heldKeys);
 
-    [[nodiscard]] QCoro::Task<> keysUp() override;
-    /// False as well where a key has not been taken within a few seconds. The desktop may still get
+    [[nodiscard]] QCoro::Task<bool> ready() override;
+    /// Fails as well where a key has not been taken within a few seconds. The desktop may still get
     /// to it then, but to nothing that is sent after it.
-    [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) override;
+    [[nodiscard]] QCoro::Task<Sending>
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) override;
 
 private:
     enum class Support { unknown, lacking, there };

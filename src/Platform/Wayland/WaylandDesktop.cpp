@@ -73,16 +73,20 @@ quint32 WaylandDesktop::letterVKey() const
     return m_keyboard->letterVKey();
 }
 
-QFuture<bool> WaylandDesktop::press(WaylandKeyboard::Way way, PasteChord chord)
+QFuture<KeySender::Sending> WaylandDesktop::press(WaylandKeyboard::Way way, PasteChord chord)
 {
+    using Sending = KeySender::Sending;
     return askLoop(
-        m_loop, false, [this, way, chord, front = m_toplevels->front()](const auto& answer) {
+        m_loop, Sending::failed,
+        [this, way, chord, front = m_toplevels->front()](const auto& answer) {
             // What the user and other programs did by now may not be known here yet.
             m_loop.awaitOtherPrograms([this, way, chord, front, answer] {
                 if (m_toplevels->front() == front) {
-                    m_keyboard->press(way, chord, answer);
+                    m_keyboard->press(way, chord, [answer](bool isPressed) {
+                        answer(isPressed ? Sending::sent : Sending::failed);
+                    });
                 } else {
-                    answer(false);
+                    answer(Sending::notInFront);
                 }
             });
         });

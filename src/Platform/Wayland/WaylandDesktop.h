@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DesktopEntries.h"
+#include "KeySender.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeyboard.h"
 #include "WaylandRegistry.h"
@@ -56,8 +57,8 @@ public:
     [[nodiscard]] quint32 letterVKey() const;
 
     /// Presses and releases the keys of a chord, if the window that is in front now still is when
-    /// the compositor has been asked. True once the compositor has all of the keys.
-    [[nodiscard]] QFuture<bool> press(WaylandKeyboard::Way way, PasteChord chord);
+    /// the compositor has been asked. Answers once the compositor has all of the keys.
+    [[nodiscard]] QFuture<KeySender::Sending> press(WaylandKeyboard::Way way, PasteChord chord);
 
     [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
 

@@ -22,7 +22,8 @@ bool WaylandKeySender::requestAccess()
     return isAllowed();
 }
 
-QCoro::Task<bool> WaylandKeySender::send(PasteChord chord)
+QCoro::Task<KeySender::Sending>
+WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget>)
 {
     co_return co_await m_desktop.press(m_way, chord);
 }

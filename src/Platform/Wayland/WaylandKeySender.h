@@ -14,8 +14,8 @@ class WaylandKeySender : public KeySender
 public:
     [[nodiscard]] bool isAllowed() const final;
     [[nodiscard]] bool requestAccess() final;
-    /// False as well where there is no seat, or another window has come to the front since.
-    [[nodiscard]] QCoro::Task<bool> send(PasteChord chord) final;
+    [[nodiscard]] QCoro::Task<Sending>
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) final;
 
 protected:
     /// `desktop` must outlive this.

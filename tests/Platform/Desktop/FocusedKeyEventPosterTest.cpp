@@ -200,25 +200,40 @@ TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontDuringTheOfferGetsNoK
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
-TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontBeforeItGetsKeysIsNotInFront)
+TEST_F(FocusedKeyEventPosterTest, ATargetThatTheDesktopTellsToHaveLeftIsNotInFront)
 {
-    const auto target = inFront();
-    m_sender.breakKeys();
-    m_sender.gate().hold();
-    auto first = m_poster.postPaste(target);
-    ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
-    target->setActive(false);
-    m_sender.gate().releaseWaiting();
-    EXPECT_EQ(await(std::move(first)), PostResult::targetNotInFront);
+    m_sender.loseTarget();
+    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::targetNotInFront);
+}
 
-    // Where no keys can be pressed any more, that says nothing about the target.
-    target->setActive(true);
-    auto second = m_poster.postPaste(target);
-    ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
-    target->setActive(false);
-    m_sender.setAllowed(false);
-    m_sender.gate().open();
-    EXPECT_EQ(await(std::move(second)), PostResult::failed);
+TEST_F(FocusedKeyEventPosterTest, WhatIsCopiedWhileKeysAreWaitedForIsNotPasted)
+{
+    m_sender.held().hold();
+    auto posting = m_poster.postPaste(inFront());
+    ASSERT_TRUE(waitUntil([this] { return m_sender.held().waiting() == 1; }));
+    m_clipboard.refuseToWrite();
+    m_sender.held().open();
+    EXPECT_EQ(await(std::move(posting)), PostResult::failed);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, WithKeysHeldForTooLongNoneAreSent)
+{
+    m_sender.setNeverReady();
+    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::targetNotInFront);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, WithoutKeysForTheChordTheOneThatNeedsNoLetterIsSent)
+{
+    for (const PasteChord chord : {PasteChord::controlV, PasteChord::controlShiftV}) {
+        m_sender.setLacking(chord);
+        EXPECT_EQ(await(m_poster.postPaste(inFront(chord))), PostResult::posted);
+    }
+    EXPECT_THAT(m_sender.chords(), ElementsAre(PasteChord::shiftInsert, PasteChord::shiftInsert));
+    EXPECT_EQ(m_clipboard.offersAsked(), 2);
+    m_sender.setLacking(PasteChord::shiftInsert);
+    EXPECT_EQ(await(m_poster.postPaste(inFront(PasteChord::shiftInsert))), PostResult::failed);
 }
 
 TEST_F(FocusedKeyEventPosterTest, KeysThatTheUserHoldsAreWaitedForAndTheTargetLookedAtThen)

@@ -420,7 +420,7 @@ TEST_F(PortalKeySenderTest, AfterThePortalsDeathAccessComesBackWithIt)
     ASSERT_TRUE(becomesSaved(mock().lastToken()));
     mock().die();
     ASSERT_TRUE(becomesForbidden());
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     mock().come();
     EXPECT_TRUE(becomesAllowed());
     EXPECT_EQ(mock().questions(), 1);
@@ -502,7 +502,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(PortalKeySenderTest, EachChordIsPressedAndReleasedAfterWhatMayBeHeld)
 {
     startAllowed();
-    EXPECT_TRUE(await(sender().send(PasteChord::controlV)));
+    EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(
         mock().keys(), ElementsAreArray(afterReleases(
                            {{control, true}, {v, true}, {v, false}, {control, false}})));
@@ -511,7 +511,7 @@ TEST_F(PortalKeySenderTest, EachChordIsPressedAndReleasedAfterWhatMayBeHeld)
 TEST_F(PortalKeySenderTest, TheTerminalsChord)
 {
     startAllowed();
-    EXPECT_TRUE(await(sender().send(PasteChord::controlShiftV)));
+    EXPECT_EQ(await(sender().send(PasteChord::controlShiftV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(
         mock().keys(), ElementsAreArray(afterReleases(
                            {{control, true},
@@ -525,7 +525,7 @@ TEST_F(PortalKeySenderTest, TheTerminalsChord)
 TEST_F(PortalKeySenderTest, TheChordOfOldTerminals)
 {
     startAllowed();
-    EXPECT_TRUE(await(sender().send(PasteChord::shiftInsert)));
+    EXPECT_EQ(await(sender().send(PasteChord::shiftInsert, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(
         mock().keys(), ElementsAreArray(afterReleases(
                            {{shift, true}, {insert, true}, {insert, false}, {shift, false}})));
@@ -535,20 +535,20 @@ TEST_F(PortalKeySenderTest, TheKeyOfVIsAskedForEachTime)
 {
     startAllowed();
     m_keyOfV = 52;
-    EXPECT_TRUE(await(sender().send(PasteChord::controlV)));
+    EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(mock().keys(), testing::Contains(Key(52, true)));
     m_keyOfV = 0;
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(mock().keys(), SizeIs(releases().size() + 4));
 }
 
 TEST_F(PortalKeySenderTest, ChordsFollowOneAnother)
 {
     startAllowed();
-    auto first = sender().send(PasteChord::controlV);
-    auto second = sender().send(PasteChord::shiftInsert);
-    EXPECT_TRUE(await(std::move(second)));
-    EXPECT_TRUE(await(std::move(first)));
+    auto first = sender().send(PasteChord::controlV, nullptr);
+    auto second = sender().send(PasteChord::shiftInsert, nullptr);
+    EXPECT_EQ(await(std::move(second)), KeySender::Sending::sent);
+    EXPECT_EQ(await(std::move(first)), KeySender::Sending::sent);
     auto expected = afterReleases({{control, true}, {v, true}, {v, false}, {control, false}});
     const auto then =
         afterReleases({{shift, true}, {insert, true}, {insert, false}, {shift, false}});
@@ -559,7 +559,7 @@ TEST_F(PortalKeySenderTest, ChordsFollowOneAnother)
 TEST_F(PortalKeySenderTest, KeysThatAreNotKnownToBeHeldAreNotWaitedFor)
 {
     startAllowed();
-    await(sender().keysUp());
+    EXPECT_TRUE(await(sender().ready()));
     EXPECT_EQ(m_clock.pending(), 0U);
 }
 
@@ -571,23 +571,23 @@ TEST_F(PortalKeySenderTest, TheHotKeyIsWaitedForAndModifiersForAMoment)
     sender().setHeldKeys(
         {.hotKeysUp = [up] { return up.future(); },
          .hadModifiers = [&hadModifiers] { return hadModifiers; }});
-    auto waiting = sender().keysUp();
+    auto waiting = sender().ready();
     settle();
     EXPECT_FALSE(waiting.isReady());
     up(true);
     ASSERT_TRUE(waitUntil([this] { return m_clock.pending() == 1; }));
     EXPECT_FALSE(waiting.isReady());
     m_clock.advance(250ms);
-    await(std::move(waiting));
+    EXPECT_TRUE(await(std::move(waiting)));
 
     hadModifiers = false;
-    await(sender().keysUp());
+    EXPECT_TRUE(await(sender().ready()));
 }
 
 TEST_F(PortalKeySenderTest, WithoutAccessNoKeyIsSent)
 {
     startSenderAndWait();
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(mock().keys(), IsEmpty());
 }
 
@@ -595,7 +595,7 @@ TEST_F(PortalKeySenderTest, APortalThatDiesBetweenTheKeysHasNotTakenThem)
 {
     startAllowed();
     mock().diesAtKey = 10;
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(mock().keys(), SizeIs(10));
     EXPECT_TRUE(becomesForbidden());
 }
@@ -605,8 +605,8 @@ TEST_F(PortalKeySenderTest, WhereNothingIsToBeLiftedTheChordCountsAlone)
     const LogCapture log;
     mock().refusesLifting = true;
     startAllowed();
-    EXPECT_TRUE(await(sender().send(PasteChord::controlV)));
-    EXPECT_TRUE(await(sender().send(PasteChord::shiftInsert)));
+    EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
+    EXPECT_EQ(await(sender().send(PasteChord::shiftInsert, nullptr)), KeySender::Sending::sent);
     EXPECT_THAT(
         mock().keys(),
         ElementsAre(
@@ -620,25 +620,25 @@ TEST_F(PortalKeySenderTest, KeysThatAreRefusedHaveNotBeenTakenAndAccessIsTakenUp
 {
     startAllowed();
     mock().failsAt = {u"RemoteDesktop.NotifyKeyboardKeycode"_s};
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     mock().failsAt.clear();
     ASSERT_TRUE(becomesAllowed());
     EXPECT_EQ(mock().questions(), 1);
-    EXPECT_TRUE(await(sender().send(PasteChord::controlV)));
+    EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
 }
 
 TEST_F(PortalKeySenderTest, AfterAPortalThatHangsNothingIsSentForLater)
 {
     startAllowed();
     mock().hangsAt = {u"RemoteDesktop.NotifyKeyboardKeycode"_s, u"RemoteDesktop.CreateSession"_s};
-    auto sending = sender().send(PasteChord::controlV);
+    auto sending = sender().send(PasteChord::controlV, nullptr);
     EXPECT_FALSE(sending.isReady());
     settle();
     EXPECT_FALSE(sending.isReady());
     m_clock.advance(3s);
-    EXPECT_FALSE(await(std::move(sending)));
+    EXPECT_EQ(await(std::move(sending)), KeySender::Sending::failed);
     EXPECT_FALSE(sender().isAllowed());
-    EXPECT_FALSE(await(sender().send(PasteChord::controlV)));
+    EXPECT_NE(await(sender().send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     settle();
     EXPECT_THAT(
         mock().calls(u"RemoteDesktop.NotifyKeyboardKeycode"_s), SizeIs(releases().size() + 4));
@@ -647,7 +647,7 @@ TEST_F(PortalKeySenderTest, AfterAPortalThatHangsNothingIsSentForLater)
 TEST_F(PortalKeySenderTest, ItMayEndWhileKeysAreOnTheirWay)
 {
     startAllowed();
-    auto sending = sender().send(PasteChord::controlV);
+    auto sending = sender().send(PasteChord::controlV, nullptr);
     m_sender.reset();
     static_cast<void>(await(std::move(sending)));
     EXPECT_TRUE(waitUntil([this] { return mock().sessions() == 0; }));

@@ -136,7 +136,7 @@ protected:
     bool send(PasteChord chord = PasteChord::controlV)
     {
         VirtualKeyboardSender sender(desktop());
-        return await(sender.send(chord));
+        return await(sender.send(chord, nullptr)) == KeySender::Sending::sent;
     }
     template <typename Ask>
     auto keyboards(Ask ask)
@@ -207,10 +207,10 @@ TEST(WaylandDesktopStart, aCompositorMayHaveNothingOfIt)
     }
     VirtualKeyboardSender virtualKeys(desktop);
     EXPECT_FALSE(virtualKeys.requestAccess());
-    EXPECT_FALSE(await(virtualKeys.send(PasteChord::controlV)));
+    EXPECT_NE(await(virtualKeys.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     FakeInputSender fakeKeys(desktop);
     EXPECT_FALSE(fakeKeys.isAllowed());
-    EXPECT_FALSE(await(fakeKeys.send(PasteChord::controlV)));
+    EXPECT_NE(await(fakeKeys.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
 }
 
 TEST_F(WaylandDesktopTest, tellsWhatTheCompositorHas)
@@ -388,9 +388,9 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     const auto application = inFront(u"editor"_s);
     compositor().freeze();
     VirtualKeyboardSender sender(desktop());
-    auto sending = sender.send(PasteChord::controlV);
+    auto sending = sender.send(PasteChord::controlV, nullptr);
     compositor().end();
-    EXPECT_FALSE(await(std::move(sending)));
+    EXPECT_NE(await(std::move(sending)), KeySender::Sending::sent);
     EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
     EXPECT_FALSE(application->isActive());
     EXPECT_EQ(front(), nullptr);
@@ -399,7 +399,7 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     EXPECT_FALSE(desktop().hasVirtualKeyboard());
     EXPECT_FALSE(sender.isAllowed());
     EXPECT_FALSE(sender.requestAccess());
-    EXPECT_FALSE(await(sender.send(PasteChord::controlV)));
+    EXPECT_NE(await(sender.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
     EXPECT_EQ(log.lines(u"com.brackmoor.tessly.WaylandDesktop"_s).size(), 1U);
 }
 
@@ -411,15 +411,15 @@ TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd
     ASSERT_TRUE(nothingComesToFront());
     compositor().freeze();
     VirtualKeyboardSender sender(desktop());
-    std::vector<QCoro::Task<bool>> sendings;
+    std::vector<QCoro::Task<KeySender::Sending>> sendings;
     for (int number = 0; number < 2000; ++number) {
         application->activate();
-        sendings.push_back(sender.send(PasteChord::controlV));
+        sendings.push_back(sender.send(PasteChord::controlV, nullptr));
     }
     EXPECT_FALSE(sendings.front().isReady());
     endDesktop();
     for (auto& sending : sendings) {
-        EXPECT_FALSE(await(std::move(sending)));
+        EXPECT_NE(await(std::move(sending)), KeySender::Sending::sent);
     }
     compositor().thaw();
     EXPECT_THAT(keys(), IsEmpty());
@@ -563,10 +563,10 @@ TEST_F(WaylandDesktopTest, noKeysArePressedOnceAnotherWindowIsInFront)
     inFront(u"target"_s);
     VirtualKeyboardSender sender(desktop());
     compositor().freeze();
-    auto sending = sender.send(PasteChord::controlV);
+    auto sending = sender.send(PasteChord::controlV, nullptr);
     compositor().thaw();
     open("other");
-    const bool isSent = await(std::move(sending));
+    const bool isSent = await(std::move(sending)) == KeySender::Sending::sent;
     inFront(u"other"_s);
     EXPECT_EQ(isSent, !keys().empty()) << "whichever came first";
     EXPECT_TRUE(send());

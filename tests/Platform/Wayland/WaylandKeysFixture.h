@@ -35,7 +35,10 @@ protected:
 
     Applications& applications() { return m_applications; }
     WaylandWindows& windows() { return m_applications.windows(); }
-    [[nodiscard]] bool send(PasteChord chord) { return await(m_applications.sender().send(chord)); }
+    [[nodiscard]] bool send(PasteChord chord)
+    {
+        return await(m_applications.sender().send(chord, nullptr)) == KeySender::Sending::sent;
+    }
     [[nodiscard]] PostResult paste(const std::shared_ptr<PasteTarget>& target)
     {
         return await(m_applications.poster().postPaste(target));
