@@ -8,7 +8,9 @@ namespace tessly {
 class NoPasteboard final : public Pasteboard
 {
 public:
-    [[nodiscard]] qint64 changeCount() const override { return 1; }
+    /// Another one each time: whether anything has been copied is not told, and whoever looks is to
+    /// find that access is denied.
+    [[nodiscard]] qint64 changeCount() const override { return ++m_looks; }
     [[nodiscard]] PasteboardAccess access() const override { return PasteboardAccess::denied; }
     [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) override;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArray>>
@@ -18,6 +20,9 @@ public:
     [[nodiscard]] bool write(std::vector<PasteboardItem>) override { return false; }
     void clear() override {}
     void keepWhenOwnerLeaves(qint64, std::vector<PasteboardItem>) override {}
+
+private:
+    mutable qint64 m_looks = 0;
 };
 
 } // namespace tessly

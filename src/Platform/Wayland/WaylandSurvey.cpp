@@ -7,7 +7,8 @@ namespace tessly {
 
 namespace {
 
-constexpr std::chrono::seconds deadline{5};
+/// Right after the user has logged in, compositors have much else to do, and this is asked once.
+constexpr std::chrono::seconds deadline{30};
 
 } // namespace
 
