@@ -56,12 +56,12 @@ constexpr std::array programCommands = {
     CommandDescription{
         CommandID::status, "status", false, statusOptions, "tell how Tessly is doing",
         "Tells whether Tessly runs and records, how many entries it holds, how many of them are "
-        "pinned, how many bytes they take on disk, the type of the session, and what works here: "
-        "recording copies, pasting into other windows, the keys for the first ten entries, the "
-        "icon in the tray.\n\n"
+        "pinned, how many bytes they take on disk, the type of the session, which protocols of the "
+        "desktop were found, and what works here: recording copies, pasting into other windows, "
+        "the keys for the first ten entries, the icon in the tray.\n\n"
         "Also works while Tessly is not running, when none of these does.\n\n"
         "With --json it is one object with the keys running, paused, items, pinned, bytes, "
-        "session (\"x11\" or \"wayland\"), capture, paste, hotKeys and tray."},
+        "session (\"x11\" or \"wayland\"), capture, paste, hotKeys, tray and protocols."},
     CommandDescription{
         CommandID::pause,
         "pause",
