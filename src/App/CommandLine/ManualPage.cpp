@@ -101,6 +101,10 @@ std::string files()
                "The history. In $XDG_DATA_HOME where that is set. Nobody but its owner can read "
                "it.") +
            item(
+               "~/.local/share/Tessly/remote-desktop-token",
+               "Where the desktop asks before a program may press keys: what its leave is "
+               "remembered by. Without it the desktop asks again.") +
+           item(
                "~/.config/com.brackmoor.tessly.ini",
                "The settings. In $XDG_CONFIG_HOME where that is set.");
 }
