@@ -13,11 +13,16 @@ class _Program:
         self.path = desktop.path("files", name)
 
     def _start(self, arguments, environment=None):
+        if not self._is_of_wayland():
+            assert self.desktop.display  # that it is there
         self.process = self.desktop.start(arguments, environment=environment)
         self.window = wait_until(self._find_window, f"the window of {arguments[0]}").id
         wait_until(self.is_in_front, lambda: f"{arguments[0]} is in front, not "
                    f"{self.desktop.windows.active} {self.desktop.windows.visible()}")
         return self
+
+    def _is_of_wayland(self):
+        return False
 
     def _find_window(self):
         return self.desktop.windows.top(pid=self.process.pid)
@@ -89,11 +94,11 @@ class Terminal(_Program):
     def _press_until_it_arrives(self):
         """For a terminal that appends what arrives, which is nothing afterwards."""
         def arrives():
-            self.desktop.keyboard.press("x")
+            self.desktop.keyboard.press("1")
             return not holds_for(0.2, lambda: not self.text())
         wait_until(arrives, "keys reach the terminal")
-        self.desktop.keyboard.press("y")
-        wait_until(lambda: self.text().endswith("y"), "all keys have arrived")
+        self.desktop.keyboard.press("2")
+        wait_until(lambda: self.text().endswith("2"), "all keys have arrived")
         os.truncate(self.path, 0)
 
     def copy_word(self):
@@ -161,6 +166,9 @@ class QtTerminal(Terminal):
     source_id = "qterminal"
     source_name = "QTerminal"
 
+    def _is_of_wayland(self):
+        return True
+
     def start(self, shown=""):
         script = self.desktop.path("files", os.path.basename(self.path) + ".sh")
         with open(script, "w") as file:
@@ -196,6 +204,9 @@ class _Editor(_Program):
 
     def _environment(self):
         raise NotImplementedError
+
+    def _is_of_wayland(self):
+        return self._backend == "wayland"
 
     def _find_window(self):
         window = super()._find_window()

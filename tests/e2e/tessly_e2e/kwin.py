@@ -9,6 +9,14 @@ from .waiting import wait_until
 from .wayland_clipboard import WaylandClipboard
 from .wayland_session import Toplevel, Toplevels, WaylandSession
 
+_LAYOUTS = """[Layout]
+Use=true
+LayoutList={}
+VariantList={}
+Options={}
+ResetOldOptions=true
+"""
+
 _ACTIVE = 1 << 0
 _MINIMIZED = 1 << 1
 
@@ -83,17 +91,20 @@ class PlasmaWindows(Toplevels):
 class KWin(WaylandSession):
     """`trusting=False` leaves the interfaces for task bars and for pressing keys to the programs
     that KWin trusts, since an installed desktop entry asks for that; the tests then have neither
-    keyboard nor windows. `entry` is the path of a desktop entry to be installed for Tessly."""
+    keyboard nor windows. `entry` is the path of a desktop entry to be installed for Tessly.
+    `keyboard` is what the settings of the desktop say of layouts: their names, variants, options."""
 
     name = "KDE"
 
-    def __init__(self, *, bus=True, size=(1280, 800), trusting=True, entry=None):
+    def __init__(self, *, bus=True, size=(1280, 800), trusting=True, entry=None,
+                 keyboard=None):
         super().__init__(bus=bus)
         self.size = size
         self.tells_windows = trusting
         self.keyboard = self.windows = None
         self._installed = None
         self._entry = entry
+        self._layouts = keyboard
 
     def _start_compositor(self):
         folder = self.path("compositor")
@@ -111,6 +122,9 @@ class KWin(WaylandSession):
                        "XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true",
                        "XDG_CONFIG_HOME": folder, "XDG_CACHE_HOME": folder, "HOME": folder,
                        "XDG_DATA_HOME": os.path.join(folder, "data")}
+        if self._layouts is not None:
+            with open(os.path.join(folder, "kxkbrc"), "w") as file:
+                file.write(_LAYOUTS.format(*self._layouts))
         if self._entry is not None:
             self._install_entry(os.path.join(folder, "data", "applications"))
         if self.tells_windows:

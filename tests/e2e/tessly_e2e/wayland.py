@@ -24,6 +24,21 @@ INTERFACES = {
     "wl_callback": Interface(events=("done u",)),
     "wl_seat": Interface(events=("capabilities u", "name s")),
 
+    "wl_compositor": Interface(("create_surface new:wl_surface",)),
+    "wl_surface": Interface(
+        ("destroy", "attach o i i", "damage i i i i", "frame new:wl_callback",
+         "set_opaque_region o", "set_input_region o", "commit")),
+    "wl_shm": Interface(("create_pool new:wl_shm_pool h i",)),
+    "wl_shm_pool": Interface(("create_buffer new:wl_buffer i i i i u",)),
+    "wl_buffer": Interface(),
+    "xdg_wm_base": Interface(
+        ("destroy", "create_positioner new:xdg_positioner", "get_xdg_surface new:xdg_surface o",
+         "pong u"), ("ping u",)),
+    "xdg_surface": Interface(
+        ("destroy", "get_toplevel new:xdg_toplevel", "get_popup new:xdg_popup o o",
+         "set_window_geometry i i i i", "ack_configure u"), ("configure u",)),
+    "xdg_toplevel": Interface(("destroy", "set_parent o", "set_title s", "set_app_id s")),
+
     "zwlr_data_control_manager_v1": Interface(
         ("create_data_source new:zwlr_data_control_source_v1",
          "get_data_device new:zwlr_data_control_device_v1 o")),
@@ -232,6 +247,37 @@ class Connection:
 def _string(value):
     data = os.fsencode(value) + b"\0"
     return struct.pack("=I", len(data)) + data + b"\0" * (-len(data) % 4)
+
+
+class PlainWindow:
+    """A window without anything in it, whose title can be changed as fast as one likes."""
+
+    _WIDTH, _HEIGHT = 64, 64
+    _XRGB = 1
+
+    def __init__(self, connection, app_id):
+        self._connection = connection
+        surface = connection.bind("wl_compositor", 1).create_surface()
+        role = connection.bind("xdg_wm_base", 1).get_xdg_surface(surface)
+        role.on["configure"] = role.ack_configure
+        self._toplevel = role.get_toplevel()
+        self._toplevel.set_app_id(app_id)
+        surface.commit()
+        connection.roundtrip()
+
+        size = self._WIDTH * self._HEIGHT * 4
+        descriptor = os.memfd_create("pixels", os.MFD_CLOEXEC)
+        os.truncate(descriptor, size)
+        pool = connection.bind("wl_shm", 1).create_pool(descriptor, size)
+        surface.attach(pool.create_buffer(0, self._WIDTH, self._HEIGHT, self._WIDTH * 4,
+                                          self._XRGB), 0, 0)
+        surface.commit()
+        connection.roundtrip()
+        os.close(descriptor)
+
+    def set_title(self, title):
+        self._toplevel.set_title(title)
+        self._connection.roundtrip()
 
 
 class Selection:

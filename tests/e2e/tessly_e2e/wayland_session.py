@@ -86,9 +86,11 @@ class WaylandSession(Session):
 
     @property
     def display(self):
-        """The X11 side, where the windows of Wayland programs are not seen."""
+        """The X11 side, where the windows of Wayland programs are not seen. Compositors start it
+        when it is first needed; what comes before they manage it they do not see."""
         if "_display" not in self.__dict__:
             self._display = Xlib.display.Display(self.environment["DISPLAY"])
+            wait_until(lambda: Windows(self._display).is_managed, "X11 is there")
         return self._display
 
     @property
