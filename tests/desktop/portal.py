@@ -13,9 +13,10 @@ pass the keys on to a compositor:
 
 Lines on standard input, JSON objects too, steer it while it runs:
 
-    {"user": "grant" | "deny" | "cancel" | "hang"}   what the user does when asked, from now on; with
-                                                     "hang", nothing
-    {"answer": "grant" | "deny" | "cancel"}          answers the questions that are open
+    {"user": "grant" | "deny" | "fail" | "hang"}     what the user does when asked, from now on; with
+                                                     "hang", nothing; with "fail", the desktop
+                                                     refuses before they can
+    {"answer": "grant" | "deny" | "fail"}            answers the questions that are open
     {"taken": [ID, ...]}                             shortcuts that are not given, from now on
     {"down": ID}, {"up": ID}                         the user presses a shortcut, lets it go
     {"revoke": true}                                 ends all sessions
@@ -46,7 +47,8 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 FAILED = "org.freedesktop.portal.Error.Failed"
 
 KEYBOARD, POINTER, TOUCHSCREEN = 1, 2, 4
-RESPONSES = {"grant": 0, "cancel": 1, "deny": 2}
+# What people say no by is 1; 2 is that it ended in another way.
+RESPONSES = {"grant": 0, "deny": 1, "fail": 2}
 
 
 def tell(**event):

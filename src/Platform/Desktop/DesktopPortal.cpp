@@ -60,21 +60,6 @@ DesktopPortal::Outcome outcomeOf(uint response)
     }
 }
 
-/// Whether a call got no answer, rather than a bad one.
-bool isSilence(const QDBusMessage& reply)
-{
-    switch (QDBusError(reply).type()) {
-    case QDBusError::NoReply:
-    case QDBusError::TimedOut:
-    case QDBusError::Timeout:
-    case QDBusError::Disconnected:
-    case QDBusError::ServiceUnknown:
-        return true;
-    default:
-        return reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
-    }
-}
-
 /// Tokens are parts of the paths of objects.
 QString newToken()
 {
@@ -125,7 +110,7 @@ void DesktopPortal::connected(const QDBusConnection& bus)
     for (const QString& desktop : {u"gnome"_s, u"freedesktop"_s}) {
         m_bus->connect(
             QString(), u"/org/%1/ScreenSaver"_s.arg(desktop), u"org.%1.ScreenSaver"_s.arg(desktop),
-            u"ActiveChanged"_s, this, SLOT(screenSaverChanged(bool)));
+            u"ActiveChanged"_s, this, SLOT(screenSaverChanged(bool, QDBusMessage)));
     }
     for (const Subscription& subscription : m_subscriptions) {
         subscribe(subscription);
@@ -245,15 +230,19 @@ void DesktopPortal::whenAnswered(
         });
 }
 
-QCoro::Task<quint32> DesktopPortal::version(QString interface)
+QCoro::Task<std::optional<quint32>>
+DesktopPortal::version(QString interface, Clock::Duration patience)
 {
     const QFuture<QDBusMessage> answer =
-        call(propertiesInterface, u"Get"_s, {interface, u"version"_s});
+        call(propertiesInterface, u"Get"_s, {interface, u"version"_s}, patience);
     const QDBusMessage reply = co_await answer;
-    if (reply.type() != QDBusMessage::ReplyMessage) {
-        co_return 0U;
+    std::optional<quint32> version;
+    if (reply.type() == QDBusMessage::ReplyMessage) {
+        version = reply.arguments().value(0).value<QDBusVariant>().variant().toUInt();
+    } else if (!isSilence(reply)) {
+        version = 0;
     }
-    co_return reply.arguments().value(0).value<QDBusVariant>().variant().toUInt();
+    co_return version;
 }
 
 QFuture<QDBusMessage> DesktopPortal::call(
@@ -272,6 +261,20 @@ QFuture<QDBusMessage> DesktopPortal::call(
             [answer, deadline](const QDBusPendingCall& call) { answer(call.reply()); });
     }
     return answer.future();
+}
+
+bool DesktopPortal::isSilence(const QDBusMessage& reply)
+{
+    switch (QDBusError(reply).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::TimedOut:
+    case QDBusError::Timeout:
+    case QDBusError::Disconnected:
+    case QDBusError::ServiceUnknown:
+        return true;
+    default:
+        return reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
+    }
 }
 
 QFuture<DesktopPortal::Response> DesktopPortal::request(
@@ -369,22 +372,28 @@ void DesktopPortal::abandon(quint64 id)
     }
 }
 
-QCoro::Task<std::unique_ptr<PortalSession>> DesktopPortal::createSession(QString interface)
+QCoro::Task<DesktopPortal::NewSession> DesktopPortal::createSession(QString interface)
 {
     const QString token = newToken();
     // Known of before it exists, so that its end cannot be missed.
-    auto session = std::make_unique<PortalSession>(*this, handle(u"session"_s, token));
+    NewSession made;
+    made.session = std::make_unique<PortalSession>(*this, handle(u"session"_s, token));
     const QFuture<Response> answer = request(
         interface, u"CreateSession"_s, {}, {{u"session_handle_token"_s, token}}, Asks::nobody);
     const Response response = co_await answer;
     // This may have gone; the session knows.
-    if (response.outcome != Outcome::granted || !session->isOpen()) {
-        co_return std::unique_ptr<PortalSession>();
+    made.outcome = response.outcome;
+    if (made.outcome == Outcome::granted && !made.session->isOpen()) {
+        made.outcome = Outcome::failed;
+    }
+    if (made.outcome != Outcome::granted) {
+        made.session.reset();
+        co_return made;
     }
     if (const QString path = pathIn(response.results.value(u"session_handle"_s)); !path.isEmpty()) {
-        session->setPath(path);
+        made.session->setPath(path);
     }
-    co_return session;
+    co_return made;
 }
 
 void DesktopPortal::endSession(const QString& path)
@@ -430,11 +439,20 @@ void DesktopPortal::relay(const QDBusMessage& signal)
     }
 }
 
-void DesktopPortal::screenSaverChanged(bool isActive)
+void DesktopPortal::screenSaverChanged(bool isActive, const QDBusMessage& signal)
 {
-    if (!isActive) {
-        Q_EMIT screenUnlocked();
-    }
+    // Its interface and its name are one.
+    auto question =
+        QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"GetNameOwner"_s);
+    question << signal.interface();
+    whenAnswered(
+        m_bus->asyncCall(question, noTimeout),
+        [this, isActive, sender = signal.service()](const QDBusPendingCall& call) {
+            const QDBusPendingReply<QString> reply = call;
+            if (reply.isValid() && reply.value() == sender) {
+                Q_EMIT screenLocked(isActive);
+            }
+        });
 }
 
 void DesktopPortal::ownerChanged(

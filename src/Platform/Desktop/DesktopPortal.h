@@ -73,14 +73,20 @@ public:
     /// Has the bus start the portal if there is none, as it did at first.
     void wake();
 
-    /// The version of one of its interfaces; 0 if it has none of this name.
-    [[nodiscard]] QCoro::Task<quint32> version(QString interface);
+    /// The version of one of its interfaces; 0 if it has none of this name. None if there is no
+    /// answer.
+    [[nodiscard]] QCoro::Task<std::optional<quint32>>
+    version(QString interface, Clock::Duration patience = DesktopPortal::patience);
 
     /// Calls a method of its object. The answer is an error message if there is none within
-    /// `patience`.
+    /// `patience`. Portals get to calls in any order: one that has to come after another has to
+    /// wait for its answer.
     [[nodiscard]] QFuture<QDBusMessage> call(
         const QString& interface, const QString& method, const QVariantList& arguments,
         Clock::Duration patience = DesktopPortal::patience);
+
+    /// Whether an error says that there was no answer, rather than being one.
+    [[nodiscard]] static bool isSilence(const QDBusMessage& reply);
 
     /// Asks something by a method that is answered by a Response signal. `options` are its last
     /// argument.
@@ -88,8 +94,13 @@ public:
         const QString& interface, const QString& method, const QVariantList& arguments,
         const QVariantMap& options, Asks asks);
 
-    /// A new session of one of its interfaces; null if there is none to be had.
-    [[nodiscard]] QCoro::Task<std::unique_ptr<PortalSession>> createSession(QString interface);
+    struct NewSession
+    {
+        /// Null unless the outcome is `granted`.
+        std::unique_ptr<PortalSession> session = {};
+        Outcome outcome = Outcome::failed;
+    };
+    [[nodiscard]] QCoro::Task<NewSession> createSession(QString interface);
 
     /// Has `received` tell of a signal of its object, now and after the portal has come back.
     void listen(const QString& interface, const QString& signal);
@@ -97,8 +108,9 @@ public:
 Q_SIGNALS:
     /// Also when one portal has taken another's place.
     void stateChanged();
-    /// The screen is not locked any more. Desktops end sessions when they lock it.
-    void screenUnlocked();
+    /// The screen has been locked, or is not locked any more. Desktops end sessions when they lock
+    /// it.
+    void screenLocked(bool isLocked);
     /// A signal that was listened to, from the portal and from nobody else.
     void received(const QDBusMessage& signal);
 
@@ -109,7 +121,7 @@ private Q_SLOTS:
     void responded(uint response, const QVariantMap& results, const QDBusMessage& signal);
     void sessionClosed(const QDBusMessage& signal);
     void relay(const QDBusMessage& signal);
-    void screenSaverChanged(bool isActive);
+    void screenSaverChanged(bool isActive, const QDBusMessage& signal);
     void disconnected();
 
 private:

@@ -33,6 +33,10 @@ constexpr auto modifiersLater = 150ms;
 /// How long anyone waits for keys to be let go.
 constexpr auto longestHold = 1s;
 
+/// Between tries with a portal that does not answer; then twice as long each time.
+constexpr auto firstTryAgain = 30s;
+constexpr auto lastTryAgain = 10min;
+
 using Status = HotKeyCenter::Status;
 
 QCoro::Task<Status> answered(QFuture<Status> answer)
@@ -75,6 +79,7 @@ PortalHotKeyCenter::~PortalHotKeyCenter() = default;
 void PortalHotKeyCenter::portalChanged()
 {
     m_isAvailable = false;
+    m_tryingAgain.reset();
     // With a portal goes what it held.
     m_session.reset();
     m_held.reset();
@@ -86,6 +91,8 @@ void PortalHotKeyCenter::portalChanged()
         tellLack();
         break;
     case DesktopPortal::State::present:
+        ++m_portals;
+        m_untilNextTry = firstTryAgain;
         lookAtPortal(this);
         break;
     }
@@ -93,11 +100,17 @@ void PortalHotKeyCenter::portalChanged()
 
 QCoro::Task<> PortalHotKeyCenter::lookAtPortal(QPointer<PortalHotKeyCenter> self)
 {
-    const quint32 version = co_await self->m_portal.version(interface);
-    if (!self || self->m_portal.state() != DesktopPortal::State::present) {
+    const quint32 portals = self->m_portals;
+    const std::optional<quint32> version = co_await self->m_portal.version(interface);
+    if (!self || self->m_portals != portals ||
+        self->m_portal.state() != DesktopPortal::State::present) {
         co_return;
     }
-    if (version == 0) {
+    if (!version) {
+        self->tryAgainLater([self] { lookAtPortal(self); });
+        co_return;
+    }
+    if (*version == 0) {
         self->tellLack();
         co_return;
     }
@@ -202,6 +215,7 @@ void PortalHotKeyCenter::bind()
         return;
     }
     ++m_run;
+    m_tryingAgain.reset();
     m_session.reset();
     m_held.reset();
     allUp();
@@ -214,15 +228,15 @@ void PortalHotKeyCenter::bind()
 QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, quint64 run)
 {
     // A session's shortcuts are bound once: others need another session.
-    auto session = co_await self->m_portal.createSession(interface);
+    auto made = co_await self->m_portal.createSession(interface);
     if (!self || self->m_run != run || !self->m_isAvailable) {
         co_return;
     }
-    if (!session) {
-        self->refuse();
+    if (!made.session) {
+        self->end(made.outcome);
         co_return;
     }
-    self->m_session = std::move(session);
+    self->m_session = std::move(made.session);
     self->m_session->setClosed([center = self.data()] {
         qCInfo(lcHotKeys, "The desktop holds the hot keys no longer");
         center->m_session.reset();
@@ -238,9 +252,10 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
         co_return;
     }
     if (response.outcome != DesktopPortal::Outcome::granted || !self->m_session) {
-        self->refuse();
+        self->end(response.outcome);
         co_return;
     }
+    self->m_untilNextTry = firstTryAgain;
     self->m_held = idsIn(response.results.value(u"shortcuts"_s));
     self->settle();
 }
@@ -263,9 +278,15 @@ void PortalHotKeyCenter::settle()
     }
 }
 
-/// The portal holds nothing: it was told not to, or does not want to.
-void PortalHotKeyCenter::refuse()
+/// The portal holds nothing: it was told not to, or does not want to, or does not answer.
+void PortalHotKeyCenter::end(DesktopPortal::Outcome outcome)
 {
+    if (outcome == DesktopPortal::Outcome::failed) {
+        m_session.reset();
+        m_asked.clear();
+        tryAgainLater([this] { bind(); });
+        return;
+    }
     if (!std::exchange(m_hasToldRefusal, true)) {
         qCWarning(lcHotKeys, "The desktop gave no leave for hot keys; none are held");
     }
@@ -305,6 +326,12 @@ void PortalHotKeyCenter::pressed(const QString& shortcut)
     // A copy: what is done about the press may remove the handler.
     const Handler handler = m_handler;
     handler({.status = done, .key = key->second.key});
+}
+
+void PortalHotKeyCenter::tryAgainLater(Clock::Callback what)
+{
+    m_tryingAgain = m_clock.after(m_untilNextTry, std::move(what));
+    m_untilNextTry = std::min<Clock::Duration>(2 * m_untilNextTry, lastTryAgain);
 }
 
 /// Of keys that are held no longer nothing is heard.

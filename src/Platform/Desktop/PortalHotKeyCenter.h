@@ -61,7 +61,8 @@ private:
     void bind();
     static QCoro::Task<> bindAll(QPointer<PortalHotKeyCenter> self, quint64 run);
     void settle();
-    void refuse();
+    void end(DesktopPortal::Outcome outcome);
+    void tryAgainLater(Clock::Callback what);
     void received(const QDBusMessage& signal);
     void pressed(const QString& shortcut);
     void released(const QString& shortcut);
@@ -75,6 +76,10 @@ private:
     Reference m_nextReference = 1;
     std::map<Reference, Key> m_keys;
     bool m_isAvailable = false;
+    /// Counts the portals that have come.
+    quint32 m_portals = 0;
+    std::unique_ptr<Clock::Timer> m_tryingAgain;
+    Clock::Duration m_untilNextTry{};
     bool m_hasToldLack = false;
     bool m_hasToldRefusal = false;
     bool m_isBindScheduled = false;

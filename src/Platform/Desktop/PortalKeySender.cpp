@@ -1,11 +1,14 @@
 #include "PortalKeySender.h"
 
+#include "PasteTarget.h"
+
 #include <QCoroFuture>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <ranges>
@@ -33,6 +36,16 @@ constexpr auto keyPatience = 3s;
 constexpr auto unlocking = 3s;
 /// Within which modifiers are let go that were down when the panel closed.
 constexpr auto modifiersLater = 250ms;
+/// The same for those of a key of the desktop's own, of which nothing is known: it has started a
+/// program meanwhile.
+constexpr auto unknownModifiersLater = 100ms;
+/// Within which a portal answers that will take keys at once.
+constexpr auto responsePatience = 300ms;
+/// Between tries to hear from a portal that does not answer; then twice as long each time.
+constexpr auto firstLookAgain = 30s;
+constexpr auto lastLookAgain = 10min;
+/// How much later than the end of the session the lock may be told that was the reason.
+constexpr auto lockLater = 5s;
 /// A portal that breaks at each start is left alone.
 constexpr int brokenStartsAtMost = 3;
 
@@ -47,15 +60,7 @@ constexpr std::array<quint32, 8> modifiers = {
     leftControl, 97,  // Control
 };
 
-struct Stroke
-{
-    quint32 key;
-    bool isPress;
-    /// Whether it is the chord's, and does not just lift what may be held.
-    bool isChord;
-};
-
-std::vector<Stroke> strokes(PasteChord chord, quint32 keyOfV)
+std::optional<KeyStrokes> usualStrokes(PasteChord chord, quint32 keyOfV)
 {
     std::vector<quint32> keys;
     switch (chord) {
@@ -69,18 +74,27 @@ std::vector<Stroke> strokes(PasteChord chord, quint32 keyOfV)
         keys = {leftShift, insert};
         break;
     }
-    std::vector<Stroke> strokes;
-    strokes.reserve(modifiers.size() + 2 * keys.size());
-    for (const quint32 modifier : modifiers) {
-        strokes.push_back({.key = modifier, .isPress = false, .isChord = false});
+    if (std::ranges::find(keys, 0U) != keys.end()) {
+        return std::nullopt;
     }
+    KeyStrokes strokes;
+    strokes.reserve(2 * keys.size());
     for (const quint32 key : keys) {
-        strokes.push_back({.key = key, .isPress = true, .isChord = true});
+        strokes.push_back({.key = key, .isPress = true});
     }
     for (const quint32 key : keys | std::views::reverse) {
-        strokes.push_back({.key = key, .isPress = false, .isChord = true});
+        strokes.push_back({.key = key, .isPress = false});
     }
     return strokes;
+}
+
+/// A wait that may be awaited. Ends at once with the clock's timers.
+QCoro::Task<> moment(Clock& clock, Clock::Duration duration)
+{
+    const LoopAnswer<bool> waited(false);
+    const auto timer = clock.after(duration, [waited] { waited(true); });
+    const QFuture<bool> end = waited.future();
+    co_await end;
 }
 
 QVariant asObject(const PortalSession& session)
@@ -91,10 +105,20 @@ QVariant asObject(const PortalSession& session)
 } // namespace
 
 PortalKeySender::PortalKeySender(
-    DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, KeyOfV keyOfV)
+    DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens,
+    std::function<quint32()> keyOfV)
+    : PortalKeySender(
+          portal, std::move(tokens), Strokes([keyOfV = std::move(keyOfV)](PasteChord chord) {
+              return usualStrokes(chord, keyOfV());
+          }))
+{
+}
+
+PortalKeySender::PortalKeySender(
+    DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, Strokes strokes)
     : m_portal(portal)
     , m_tokens(std::move(tokens))
-    , m_keyOfV(std::move(keyOfV))
+    , m_strokes(std::move(strokes))
 {
     setHeldKeys({});
     const auto read = [](QPointer<PortalKeySender> self, QFuture<QString> token) -> QCoro::Task<> {
@@ -106,9 +130,7 @@ PortalKeySender::PortalKeySender(
     };
     read(this, m_tokens->read());
     connect(&m_portal, &DesktopPortal::stateChanged, this, [this] { portalChanged(); });
-    connect(&m_portal, &DesktopPortal::screenUnlocked, this, [this] {
-        m_unlocking = m_portal.clock().after(unlocking, [this] { resume(); });
-    });
+    connect(&m_portal, &DesktopPortal::screenLocked, this, &PortalKeySender::screenLocked);
     portalChanged();
 }
 
@@ -127,6 +149,7 @@ void PortalKeySender::portalChanged()
     case DesktopPortal::State::present:
         m_support = Support::unknown;
         ++m_portals;
+        m_untilNextLook = firstLookAgain;
         lookAtPortal(this);
         break;
     }
@@ -134,12 +157,21 @@ void PortalKeySender::portalChanged()
 
 QCoro::Task<> PortalKeySender::lookAtPortal(QPointer<PortalKeySender> self)
 {
-    const quint32 version = co_await self->m_portal.version(interface);
-    if (!self || self->m_portal.state() != DesktopPortal::State::present) {
+    self->m_lookingAgain.reset();
+    const quint32 portals = self->m_portals;
+    const std::optional<quint32> version = co_await self->m_portal.version(interface);
+    if (!self || self->m_portals != portals ||
+        self->m_portal.state() != DesktopPortal::State::present) {
         co_return;
     }
-    self->m_version = version;
-    if (version == 0) {
+    if (!version) {
+        // The wish would be of another time when it does answer.
+        self->m_isWanted = false;
+        self->lookAgainLater();
+        co_return;
+    }
+    self->m_version = *version;
+    if (*version == 0) {
         self->m_support = Support::lacking;
         self->m_isWanted = false;
         if (!std::exchange(self->m_hasToldLack, true)) {
@@ -149,6 +181,13 @@ QCoro::Task<> PortalKeySender::lookAtPortal(QPointer<PortalKeySender> self)
     }
     self->m_support = Support::there;
     self->resume();
+}
+
+void PortalKeySender::lookAgainLater()
+{
+    m_lookingAgain =
+        m_portal.clock().after(m_untilNextLook, [self = QPointer(this)] { lookAtPortal(self); });
+    m_untilNextLook = std::min<Clock::Duration>(2 * m_untilNextLook, lastLookAgain);
 }
 
 /// Begins what has been waiting for the portal and the file.
@@ -171,7 +210,11 @@ bool PortalKeySender::requestAccess()
         m_portal.wake();
     } else if (!isAllowed() && !m_isDenied) {
         m_isWanted = true;
-        resume();
+        if (m_lookingAgain) {
+            lookAtPortal(this);
+        } else {
+            resume();
+        }
     }
     return true;
 }
@@ -230,15 +273,12 @@ QCoro::Task<> PortalKeySender::begin(QPointer<PortalKeySender> self, Reason reas
 /// Goes through the questions that lead to a session that has started.
 QCoro::Task<PortalKeySender::Ending> PortalKeySender::start(QPointer<PortalKeySender> self)
 {
-    auto session = co_await self->m_portal.createSession(interface);
-    if (!self || !session) {
+    auto made = co_await self->m_portal.createSession(interface);
+    if (!self || !made.session) {
         co_return Ending::broken;
     }
-    self->m_session = std::move(session);
-    self->m_session->setClosed([sender = self.data()] {
-        qCInfo(lcKeys, "The portal has ended the program's leave to press keys");
-        sender->drop();
-    });
+    self->m_session = std::move(made.session);
+    self->m_session->setClosed([sender = self.data()] { sender->closed(); });
 
     QVariantMap options = {{u"types"_s, keyboard}};
     const QString token = self->m_token.value_or(QString());
@@ -269,11 +309,12 @@ QCoro::Task<PortalKeySender::Ending> PortalKeySender::start(QPointer<PortalKeySe
     if (!self) {
         co_return Ending::broken;
     }
-    if (started.outcome == DesktopPortal::Outcome::failed) {
-        co_return Ending::broken;
-    }
-    if (started.outcome != DesktopPortal::Outcome::granted) {
+    if (started.outcome == DesktopPortal::Outcome::cancelled) {
         co_return Ending::denied;
+    }
+    // What users say no by is the other one; desktops refuse also while the screen is locked.
+    if (started.outcome != DesktopPortal::Outcome::granted) {
+        co_return Ending::broken;
     }
     // Each token serves once; this start has used up the one there was.
     self->keepToken(started.results.value(u"restore_token"_s).toString());
@@ -313,64 +354,135 @@ void PortalKeySender::setHeldKeys(HeldKeys heldKeys)
     }
 }
 
+void PortalKeySender::closed()
+{
+    qCInfo(lcKeys, "The portal has ended the program's leave to press keys");
+    if (m_isStarted) {
+        m_justLost = m_portal.clock().after(lockLater, [this] { m_justLost.reset(); });
+    }
+    drop();
+}
+
+void PortalKeySender::screenLocked(bool isLocked)
+{
+    if (isLocked) {
+        m_unlocking.reset();
+        m_isLostByLock = m_isLostByLock || isAllowed() || m_justLost;
+    } else if (std::exchange(m_isLostByLock, false)) {
+        m_unlocking = m_portal.clock().after(unlocking, [this] { resume(); });
+    }
+}
+
 QCoro::Task<bool> PortalKeySender::ready()
 {
     const QPointer self(this);
+    bool isKnown = false;
     if (m_heldKeys.hotKeysUp) {
         const QFuture<bool> up = m_heldKeys.hotKeysUp();
-        co_await up;
+        isKnown = !up.isFinished();
+        const bool areUp = co_await up;
+        if (!self || !areUp) {
+            co_return false;
+        }
     }
-    if (!self || !self->m_heldKeys.hadModifiers()) {
-        co_return self != nullptr;
+    if (self->m_heldKeys.hadModifiers()) {
+        co_await moment(self->m_portal.clock(), modifiersLater);
+    } else if (!isKnown) {
+        co_await moment(self->m_portal.clock(), unknownModifiersLater);
     }
-    const LoopAnswer<bool> waited(false);
-    const auto timer = self->m_portal.clock().after(modifiersLater, [waited] { waited(true); });
-    const QFuture<bool> end = waited.future();
-    co_await end;
-    co_return self != nullptr;
+    if (!self) {
+        co_return false;
+    }
+    const auto version = co_await self->m_portal.version(interface, responsePatience);
+    co_return version.has_value();
 }
 
 QCoro::Task<KeySender::Sending>
-PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget>)
+PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
 {
-    const quint32 keyOfV = m_keyOfV ? m_keyOfV() : 0;
-    if (!isAllowed() || keyOfV == 0) {
+    const QPointer self(this);
+    // No chord comes between the keys of another.
+    const LoopAnswer<bool> sent(false);
+    const QFuture<bool> before = std::exchange(m_sending, sent.future());
+    co_await before;
+    if (!self || !self->isAllowed()) {
         co_return Sending::failed;
     }
-    const QPointer self(this);
-    const QString session = m_session->path();
-    // All at once, in order: whatever becomes of this program or the portal, no key is left to be
-    // released later, and no other chord comes between.
-    std::vector<QFuture<QDBusMessage>> answers;
-    for (const Stroke& stroke : strokes(chord, keyOfV)) {
-        QFuture<QDBusMessage> answer = m_portal.call(
-            interface, u"NotifyKeyboardKeycode"_s,
-            {asObject(*m_session), QVariantMap(), static_cast<int>(stroke.key),
-             stroke.isPress ? 1U : 0U},
-            keyPatience);
-        // Where nothing is to be lifted, some portals say that this is an error.
-        if (stroke.isChord) {
-            answers.push_back(std::move(answer));
-        }
+    std::optional<KeyStrokes> strokes = self->m_strokes(chord);
+    if (!strokes) {
+        co_return Sending::noKeys;
     }
-    QString error;
-    for (const QFuture<QDBusMessage>& answer : answers) {
-        const QDBusMessage reply = co_await answer;
-        if (reply.type() != QDBusMessage::ReplyMessage && error.isNull()) {
-            error = reply.errorMessage();
-        }
-    }
-    if (error.isNull()) {
-        co_return Sending::sent;
-    }
-    qCWarning(lcKeys).noquote() << "Keys were not taken:" << error;
-    if (self && self->m_session && self->m_session->path() == session) {
-        // What is sent to a portal that hangs would be pressed when it wakes, whatever has the
-        // keyboard then.
+    const QString session = self->m_session->path();
+    const Sending sending = co_await press(self, std::move(*strokes), std::move(target));
+    if (sending == Sending::failed && self && self->m_session &&
+        self->m_session->path() == session) {
+        // With the session goes what is still pressed, and what the portal has not got to.
         self->drop();
         self->resume();
     }
-    co_return Sending::failed;
+    co_return sending;
+}
+
+/// Whether the portal got to it.
+QCoro::Task<bool> PortalKeySender::lift(QPointer<PortalKeySender> self)
+{
+    std::vector<QFuture<QDBusMessage>> answers;
+    answers.reserve(modifiers.size());
+    for (const quint32 modifier : modifiers) {
+        answers.push_back(self->notify({.key = modifier, .isPress = false}));
+    }
+    bool isAnswered = true;
+    for (const QFuture<QDBusMessage>& answer : answers) {
+        // Where nothing is to be lifted, some portals say that this is an error.
+        const QDBusMessage reply = co_await answer;
+        isAnswered = isAnswered && !DesktopPortal::isSilence(reply);
+    }
+    co_return isAnswered;
+}
+
+QCoro::Task<KeySender::Sending> PortalKeySender::press(
+    QPointer<PortalKeySender> self, KeyStrokes strokes, std::shared_ptr<const PasteTarget> target)
+{
+    const bool isLifted = co_await lift(self);
+    if (!isLifted) {
+        qCWarning(lcKeys, "The portal does not answer; no keys were sent");
+        co_return Sending::failed;
+    }
+    // One after another: portals answer in threads, which overtake each other.
+    KeyStrokes held;
+    bool hasLeft = false;
+    while (!strokes.empty()) {
+        const KeyStroke stroke = strokes.front();
+        strokes.erase(strokes.begin());
+        if (!self || !self->isAllowed()) {
+            co_return Sending::failed;
+        }
+        if (stroke.isPress && target && !target->isActive()) {
+            // What is down already is let go, and that is all.
+            hasLeft = true;
+            strokes.assign(held.rbegin(), held.rend());
+            continue;
+        }
+        const QFuture<QDBusMessage> answer = self->notify(stroke);
+        const QDBusMessage reply = co_await answer;
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            qCWarning(lcKeys).noquote() << "Keys were not taken:" << reply.errorMessage();
+            co_return Sending::failed;
+        }
+        if (stroke.isPress) {
+            held.push_back({.key = stroke.key, .isPress = false});
+        }
+    }
+    co_return hasLeft ? Sending::notInFront : Sending::sent;
+}
+
+QFuture<QDBusMessage> PortalKeySender::notify(KeyStroke stroke)
+{
+    return m_portal.call(
+        interface, u"NotifyKeyboardKeycode"_s,
+        {asObject(*m_session), QVariantMap(), static_cast<int>(stroke.key),
+         stroke.isPress ? 1U : 0U},
+        keyPatience);
 }
 
 } // namespace tessly

@@ -2,6 +2,7 @@
 
 #include "DesktopPortal.h"
 #include "KeySender.h"
+#include "KeyStroke.h"
 #include "RestoreTokenFile.h"
 
 #include <QObject>
@@ -31,13 +32,19 @@ public:
         std::function<bool()> hadModifiers = {};
     };
 
-    /// The key of the letter V on the keyboard in use, as the kernel numbers keys; 0 for none.
-    using KeyOfV = std::function<quint32()>;
+    /// The strokes that make a chord on the keyboard in use, whatever layout is in effect; none if
+    /// there are no such. A read of memory.
+    using Strokes = std::function<std::optional<KeyStrokes>(PasteChord)>;
 
     /// `portal` must outlive this. If a token is kept in `tokens`, access is taken up again at once
     /// and without asking, as far as it is the program's to say; otherwise nothing is asked until
     /// access is requested.
-    PortalKeySender(DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, KeyOfV keyOfV);
+    PortalKeySender(
+        DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, Strokes strokes);
+    /// The same with the usual modifier keys and one key for V; 0 for none.
+    PortalKeySender(
+        DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens,
+        std::function<quint32()> keyOfV);
     ~PortalKeySender() override;
 
     /// Whether the portal is there and lets programs press keys, if the user does.
@@ -54,9 +61,11 @@ public:
     /// What the toolkit knows of modifiers is asked where `hadModifiers` is missing.
     void setHeldKeys(HeldKeys heldKeys);
 
+    /// Waits a moment also where nothing is known of held keys: a key of the desktop's own may have
+    /// started a command. False as well if the portal is not there to take keys at once: it would
+    /// press them later, whatever is in front then.
     [[nodiscard]] QCoro::Task<bool> ready() override;
-    /// Fails as well where a key has not been taken within a few seconds. The desktop may still get
-    /// to it then, but to nothing that is sent after it.
+    /// Fails as well where a key has not been taken within a few seconds.
     [[nodiscard]] QCoro::Task<Sending>
     send(PasteChord chord, std::shared_ptr<const PasteTarget> target) override;
 
@@ -66,11 +75,11 @@ private:
     /// How far asking for access got.
     enum class Ending {
         started,
-        /// The user or the desktop said no.
+        /// The user said no, or gave leave for something else.
         denied,
         /// What was kept to be remembered by is good for nothing.
         tokenRefused,
-        /// Nothing came of it: the portal went away or hangs.
+        /// Nothing came of it: the portal went away or hangs, or the desktop allows nothing now.
         broken,
     };
 
@@ -78,13 +87,21 @@ private:
     static QCoro::Task<> lookAtPortal(QPointer<PortalKeySender> self);
     static QCoro::Task<> begin(QPointer<PortalKeySender> self, Reason reason);
     static QCoro::Task<Ending> start(QPointer<PortalKeySender> self);
+    static QCoro::Task<Sending> press(
+        QPointer<PortalKeySender> self, KeyStrokes strokes,
+        std::shared_ptr<const PasteTarget> target);
+    static QCoro::Task<bool> lift(QPointer<PortalKeySender> self);
+    [[nodiscard]] QFuture<QDBusMessage> notify(KeyStroke stroke);
+    void screenLocked(bool isLocked);
+    void closed();
+    void lookAgainLater();
     void resume();
     void keepToken(const QString& token);
     void drop();
 
     DesktopPortal& m_portal;
     std::unique_ptr<RestoreTokenFile> m_tokens;
-    KeyOfV m_keyOfV;
+    Strokes m_strokes;
     HeldKeys m_heldKeys;
     Support m_support = Support::unknown;
     quint32 m_version = 0;
@@ -98,11 +115,20 @@ private:
     bool m_isDenied = false;
     /// Access was requested when it was not known yet whether there is anybody to ask.
     bool m_isWanted = false;
+    /// Until the portal is asked once more what it has; it gave no answer.
+    std::unique_ptr<Clock::Timer> m_lookingAgain;
+    Clock::Duration m_untilNextLook{};
+    /// Runs for a while after the session was lost, for a reason that may follow.
+    std::unique_ptr<Clock::Timer> m_justLost;
+    /// Whether access went when the screen was locked, and is to come back with the user.
+    bool m_isLostByLock = false;
     /// Runs from when the screen is unlocked until the desktop lets programs press keys again.
     std::unique_ptr<Clock::Timer> m_unlocking;
     /// How often in a row a silent start came to nothing.
     int m_brokenStarts = 0;
     bool m_hasToldLack = false;
+    /// Finished when the chord that was sent last is done with.
+    QFuture<bool> m_sending = LoopAnswer<bool>(false).future();
 };
 
 } // namespace tessly

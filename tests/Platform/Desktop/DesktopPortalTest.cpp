@@ -33,7 +33,7 @@ protected:
 
     std::unique_ptr<PortalSession> session()
     {
-        return await(m_portal->createSession(remoteDesktop));
+        return std::move(await(m_portal->createSession(remoteDesktop)).session);
     }
 
     QFuture<DesktopPortal::Response>
@@ -148,7 +148,7 @@ TEST_F(DesktopPortalTest, WithoutABusThereIsNone)
     openPortal();
     EXPECT_TRUE(becomes(State::absent));
     m_portal->wake();
-    EXPECT_EQ(await(m_portal->version(remoteDesktop)), 0U);
+    EXPECT_EQ(await(m_portal->version(remoteDesktop)), std::nullopt);
     EXPECT_EQ(session(), nullptr);
 }
 
@@ -186,6 +186,57 @@ TEST_F(DesktopPortalTest, AnInterfaceThatIsNotThereHasNoVersion)
     reachPortal();
     mock().versions.remove(u"RemoteDesktop"_s);
     EXPECT_EQ(await(m_portal->version(remoteDesktop)), 0U);
+}
+
+TEST_F(DesktopPortalTest, APortalThatHangsTellsNoVersion)
+{
+    reachPortal();
+    mock().hangsAt = {u"Properties.Get"_s};
+    auto asked = m_portal->version(remoteDesktop, 300ms);
+    ASSERT_TRUE(waitUntil([this] { return !mock().calls(u"Properties.Get"_s).isEmpty(); }));
+    EXPECT_FALSE(asked.isReady());
+    m_clock.advance(300ms);
+    EXPECT_EQ(await(std::move(asked)), std::nullopt);
+}
+
+// The screen
+
+TEST_F(DesktopPortalTest, OnlyTheScreenSaverTellsThatTheScreenIsLocked)
+{
+    reachPortal();
+    std::vector<bool> told;
+    QObject::connect(m_portal.get(), &DesktopPortal::screenLocked, [&](bool isLocked) {
+        told.push_back(isLocked);
+    });
+    for (const QString& desktop : {u"gnome"_s, u"freedesktop"_s}) {
+        told.clear();
+        QDBusConnection screen = m_bus.connect();
+        const auto tell = [&](bool isLocked) {
+            auto signal = QDBusMessage::createSignal(
+                u"/org/%1/ScreenSaver"_s.arg(desktop), u"org.%1.ScreenSaver"_s.arg(desktop),
+                u"ActiveChanged"_s);
+            signal << isLocked;
+            EXPECT_TRUE(screen.send(signal));
+        };
+        ASSERT_TRUE(screen.registerService(u"org.%1.ScreenSaver"_s.arg(desktop)));
+        tell(true);
+        tell(false);
+        ASSERT_TRUE(waitUntil([&] { return told.size() == 2; }));
+        EXPECT_THAT(told, ElementsAre(true, false));
+
+        QDBusConnection stranger = m_bus.connect();
+        auto forged = QDBusMessage::createSignal(
+            u"/org/%1/ScreenSaver"_s.arg(desktop), u"org.%1.ScreenSaver"_s.arg(desktop),
+            u"ActiveChanged"_s);
+        forged << false;
+        EXPECT_TRUE(stranger.send(forged));
+        tell(true);
+        ASSERT_TRUE(waitUntil([&] { return told.size() == 3; }));
+        settle();
+        EXPECT_THAT(told, ElementsAre(true, false, true));
+        QDBusConnection::disconnectFromBus(stranger.name());
+        QDBusConnection::disconnectFromBus(screen.name());
+    }
 }
 
 // Requests
@@ -230,7 +281,7 @@ TEST_F(DesktopPortalTest, WhatTheUserSaidIsTold)
     const auto opened = session();
     mock().user = User::cancels;
     EXPECT_EQ(responseOf(start(*opened)).outcome, Outcome::cancelled);
-    mock().user = User::denies;
+    mock().user = User::isOverruled;
     EXPECT_EQ(responseOf(start(*opened)).outcome, Outcome::refused);
 }
 

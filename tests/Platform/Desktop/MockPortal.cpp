@@ -8,8 +8,11 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QTimer>
 
+#include <ranges>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -61,6 +64,7 @@ void MockPortal::die()
     if (m_bus.isConnected()) {
         m_sessions.clear();
         m_open.clear();
+        m_arrived.clear();
         // Calls that have arrived and not been looked at are answered as they go, by a connection
         // that has to be there still.
         m_bus.unregisterObject(portalPath, QDBusConnection::UnregisterTree);
@@ -108,16 +112,22 @@ QString MockPortal::introspect(const QString& /*path*/) const
 
 bool MockPortal::handleMessage(const QDBusMessage& message, const QDBusConnection& /*bus*/)
 {
-    // Dying takes the connection away, which this is called by.
-    QMetaObject::invokeMethod(
-        this,
-        [this, message] {
-            if (m_bus.isConnected()) {
-                handle(message);
-            }
-        },
-        Qt::QueuedConnection);
+    // Not from here: dying takes the connection away, which this is called by.
+    if (m_arrived.isEmpty()) {
+        QTimer::singleShot(1, this, [this] { handleArrived(); });
+    }
+    m_arrived << message;
     return true;
+}
+
+void MockPortal::handleArrived()
+{
+    const auto arrived = std::exchange(m_arrived, {});
+    for (const QDBusMessage& message : arrived | std::views::reverse) {
+        if (m_bus.isConnected()) {
+            handle(message);
+        }
+    }
 }
 
 void MockPortal::handle(const QDBusMessage& message)
@@ -256,6 +266,9 @@ void MockPortal::key(const QDBusMessage& message)
         return;
     }
     m_keys.push_back(key);
+    if (keyArrived) {
+        keyArrived(key);
+    }
     m_bus.send(message.createReply());
 }
 

@@ -19,11 +19,13 @@
 namespace tessly::test {
 
 /// A desktop's portal with a user, as unwilling as a test wants them. It has a connection of its
-/// own and answers from the event loop.
+/// own and answers from the event loop. It gets to calls that come in one go from the last to the
+/// first: those of desktops answer in threads, in any order.
 class MockPortal final : public QDBusVirtualObject
 {
 public:
-    enum class User { grants, cancels, denies, takesTime };
+    /// With `isOverruled`, the desktop refuses before they can.
+    enum class User { grants, cancels, isOverruled, takesTime };
     /// On which path, and when, requests are answered.
     enum class Responding {
         asExpected,
@@ -57,6 +59,8 @@ public:
     QString diesAt = {};
     /// Dies at this key, counted from 0.
     int diesAtKey = -1;
+    /// Called with each key that arrives, before it is answered.
+    std::function<void(const Key&)> keyArrived = {};
     /// Whether it is an error to release what the session has not pressed.
     bool refusesLifting = false;
     /// What is granted, as AvailableDeviceTypes has it.
@@ -122,6 +126,7 @@ private:
         std::function<QVariantMap()> granted;
     };
 
+    void handleArrived();
     void handle(const QDBusMessage& message);
     void property(const QDBusMessage& message, const QString& interface);
     void createSession(const QDBusMessage& message, const QVariantMap& options);
@@ -144,6 +149,7 @@ private:
 
     QString m_address;
     QDBusConnection m_bus{QString()};
+    QList<QDBusMessage> m_arrived;
     QList<Call> m_calls;
     std::vector<Key> m_keys;
     int m_questions = 0;

@@ -190,7 +190,7 @@ TEST_P(PortalHotKeyCenterRefusalTest, WithoutTheUsersLeaveNoKeyIsAvailable)
 
 INSTANTIATE_TEST_SUITE_P(
     Each, PortalHotKeyCenterRefusalTest,
-    testing::Values(MockPortal::User::cancels, MockPortal::User::denies));
+    testing::Values(MockPortal::User::cancels, MockPortal::User::isOverruled));
 
 TEST_F(PortalHotKeyCenterTest, APortalThatMakesNoSessionHasNoKey)
 {
@@ -464,16 +464,25 @@ TEST_F(PortalHotKeyCenterTest, KeysThatTheDesktopTakesBackAreNotAskedForByThemse
     EXPECT_EQ(mock().sessions(), 0);
 }
 
-TEST_F(PortalHotKeyCenterTest, APortalThatHangsIsGivenUp)
+TEST_F(PortalHotKeyCenterTest, APortalThatHangsIsAskedAgainLater)
 {
-    mock().hangsAt = {u"GlobalShortcuts.CreateSession"_s};
-    startCenter();
-    auto first = registerKey(1);
-    ASSERT_TRUE(
-        waitUntil([this] { return !mock().calls(u"GlobalShortcuts.CreateSession"_s).isEmpty(); }));
-    EXPECT_FALSE(first.status.isReady());
-    m_clock.advance(DesktopPortal::patience);
-    EXPECT_EQ(await(std::move(first.status)), HotKeyCenter::unavailable);
+    const LogCapture log;
+    for (const QString& method :
+         {u"Properties.Get"_s, u"GlobalShortcuts.CreateSession"_s, bindShortcuts}) {
+        m_center.reset();
+        mock().hangsAt = {method};
+        startCenter();
+        auto first = registerKey(1);
+        const auto before = mock().calls(method).size();
+        ASSERT_TRUE(waitUntil([&] { return mock().calls(method).size() > before; }));
+        m_clock.advance(DesktopPortal::patience);
+        ASSERT_TRUE(waitUntil([this] { return m_clock.pending() == 1; }));
+        EXPECT_FALSE(first.status.isReady()) << "the user has not said no";
+        mock().hangsAt.clear();
+        m_clock.advance(30s);
+        EXPECT_EQ(await(std::move(first.status)), HotKeyCenter::done);
+    }
+    EXPECT_THAT(log.lines(category), IsEmpty());
 }
 
 } // namespace

@@ -36,8 +36,8 @@ class Portal:
     """A portal on the desktop's session bus. It ends with the desktop, or with `end`."""
 
     def __init__(self, desktop, *, user="grant", tokens=(), without=(), mutter=False):
-        """`user`: "grant", "deny", "cancel", or "hang" to leave questions open; `without`:
-        interfaces that this portal lacks."""
+        """`user`: "grant", "deny", "fail" (the desktop refuses), or "hang" to leave questions open;
+        `without`: interfaces that this portal lacks."""
         self._desktop = desktop
         self._arguments = ["--user", user]
         for token in tokens:
