@@ -3,7 +3,6 @@
 import unittest
 
 import wayland_tests
-from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import QtTerminal
 from tessly_e2e.kwin import KWin
 from tessly_e2e.wayland_case import WaylandCase
@@ -15,16 +14,8 @@ class Panel(wayland_tests.Panel, WaylandCase):
     terminal = QtTerminal
 
 
-class Status(Expecting, WaylandCase):
+class Status(wayland_tests.Status, WaylandCase):
     desktop_class = KWin
-
-    def test_it_tells_what_works_here(self):
-        status = self.status()
-        self.assertEqual(
-            {name: status[name] for name in ("running", "session", "capture", "paste", "hotKeys",
-                                        "tray")},
-            {"running": True, "session": "wayland", "capture": True, "paste": True,
-             "hotKeys": False, "tray": False})
 
 
 class CompositorsEnd(wayland_tests.CompositorsEnd, WaylandCase):

@@ -1,5 +1,6 @@
 """mutter: the panel, and pasting from it, for which the desktop's portal presses the keys."""
 
+import signal
 import unittest
 
 from tessly_e2e import wait_until
@@ -97,6 +98,28 @@ class Pasting(Expecting, WaylandCase):
         self.expect_silence("paste", "2")
         editor.wait_for_text("needle one")
         self.assertEqual(self.portal.dialogs().count("Start"), 1)
+
+
+class Hanging(Expecting, WaylandCase):
+    desktop_class = Mutter
+    accessible = True
+
+    def test_a_portal_that_wakes_late_pastes_nothing_into_another_window(self):
+        portal = Portal(self.desktop, mutter=True).start()
+        self.record("needle one")
+        SeenEditor(self.desktop, "behind.txt").start()
+        editor = SeenEditor(self.desktop, "front.txt").start()
+        self.expect_refusal(FAILED, NOT_ALLOWED, "paste", "1")
+        wait_until(lambda: self.status()["paste"], "pasting is allowed")
+        portal.process.send_signal(signal.SIGSTOP)
+        self.assertEqual(self.tessly.command("paste", "1", check=False).returncode, FAILED)
+        self.wait_for_own_content()
+        self.desktop.end(editor.process)
+        portal.process.send_signal(signal.SIGCONT)
+        # What was sent to it before is dealt with before.
+        self.desktop.run(["dbus-send", "--print-reply", "--dest=org.freedesktop.portal.Desktop",
+                          "/org/freedesktop/portal/desktop", "org.freedesktop.DBus.Peer.Ping"])
+        self.assertEqual(portal.keys(), [])
 
 
 class Refused(Expecting, WaylandCase):

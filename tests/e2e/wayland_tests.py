@@ -228,6 +228,15 @@ class Panel:
         self.assertNotEqual(panel.wait_for_rest(), found)
 
 
+class Status(Expecting):
+    def test_it_tells_what_works_here(self):
+        status = self.status()
+        self.assertEqual({name: status[name] for name in (
+            "running", "session", "capture", "paste", "hotKeys", "tray")},
+            {"running": True, "session": "wayland", "capture": True, "paste": True,
+             "hotKeys": False, "tray": False})
+
+
 class Into:
     """What holds for every program that is pasted into; `make` starts one."""
 
