@@ -79,6 +79,7 @@ PortalHotKeyCenter::~PortalHotKeyCenter() = default;
 void PortalHotKeyCenter::portalChanged()
 {
     m_isAvailable = false;
+    m_isRefused = false;
     m_tryingAgain.reset();
     // With a portal goes what it held.
     m_session.reset();
@@ -239,6 +240,7 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
     self->m_session = std::move(made.session);
     self->m_session->setClosed([center = self.data()] {
         qCInfo(lcHotKeys, "The desktop holds the hot keys no longer");
+        center->m_isRefused = true;
         center->m_session.reset();
         center->m_held.reset();
     });
@@ -252,10 +254,12 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
         co_return;
     }
     if (response.outcome != DesktopPortal::Outcome::granted || !self->m_session) {
-        self->end(response.outcome);
+        // A session that has been ended meanwhile was not meant to hold them.
+        self->end(self->m_session ? response.outcome : DesktopPortal::Outcome::refused);
         co_return;
     }
     self->m_untilNextTry = firstTryAgain;
+    self->m_isRefused = false;
     self->m_held = idsIn(response.results.value(u"shortcuts"_s));
     self->settle();
 }
@@ -290,6 +294,7 @@ void PortalHotKeyCenter::end(DesktopPortal::Outcome outcome)
     if (!std::exchange(m_hasToldRefusal, true)) {
         qCWarning(lcHotKeys, "The desktop gave no leave for hot keys; none are held");
     }
+    m_isRefused = true;
     m_session.reset();
     m_asked.clear();
     // Those that have no answer yet get theirs by going.

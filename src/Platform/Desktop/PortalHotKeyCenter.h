@@ -31,8 +31,9 @@ public:
     PortalHotKeyCenter(DesktopPortal& portal, Clock& clock, Describe describe);
     ~PortalHotKeyCenter() override;
 
-    /// Whether the portal is there and has hot keys.
-    [[nodiscard]] bool isAvailable() const override { return m_isAvailable; }
+    /// Whether the portal is there and has hot keys, and neither the user nor the desktop has
+    /// refused them or taken them back.
+    [[nodiscard]] bool isAvailable() const override { return m_isAvailable && !m_isRefused; }
     [[nodiscard]] Installation installHandler(Handler handler) override;
     Status removeHandler(Reference handler) override;
     /// Refused by the user or the desktop: `unavailable`. Two keys with one name are one.
@@ -82,6 +83,8 @@ private:
     Clock::Duration m_untilNextTry{};
     bool m_hasToldLack = false;
     bool m_hasToldRefusal = false;
+    /// What was asked for last was refused, or has been taken back.
+    bool m_isRefused = false;
     bool m_isBindScheduled = false;
     /// Counts what was asked for; an answer to anything but the last is of no interest.
     quint64 m_run = 0;

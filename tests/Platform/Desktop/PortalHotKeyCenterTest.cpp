@@ -186,6 +186,12 @@ TEST_P(PortalHotKeyCenterRefusalTest, WithoutTheUsersLeaveNoKeyIsAvailable)
     }
     EXPECT_THAT(log.lines(category), SizeIs(1));
     EXPECT_TRUE(waitUntil([this] { return mock().sessions() == 0; }));
+    EXPECT_FALSE(m_center->isAvailable());
+    mock().user = User::grants;
+    EXPECT_THAT(
+        statuses(registerAll()),
+        ElementsAre(HotKeyCenter::done, HotKeyCenter::done, HotKeyCenter::done));
+    EXPECT_TRUE(m_center->isAvailable());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -462,6 +468,19 @@ TEST_F(PortalHotKeyCenterTest, KeysThatTheDesktopTakesBackAreNotAskedForByThemse
     settle();
     EXPECT_THAT(asked(), SizeIs(1));
     EXPECT_EQ(mock().sessions(), 0);
+    EXPECT_FALSE(m_center->isAvailable());
+}
+
+TEST_F(PortalHotKeyCenterTest, ASessionThatEndsWhileTheUserIsAskedIsARefusal)
+{
+    mock().user = User::takesTime;
+    startCenter();
+    auto first = registerKey(1);
+    ASSERT_TRUE(waitUntil([this] { return mock().openQuestions() == 1; }));
+    settle();
+    mock().revoke();
+    EXPECT_EQ(await(std::move(first.status)), HotKeyCenter::unavailable);
+    EXPECT_EQ(m_clock.pending(), 0U) << "it is not asked again";
 }
 
 TEST_F(PortalHotKeyCenterTest, APortalThatHangsIsAskedAgainLater)
