@@ -15,7 +15,7 @@ class Panel(wayland_tests.Panel, WaylandCase):
     terminal = WaylandTerminal
 
     def test_it_is_in_the_middle(self):
-        panel = self.test_it_floats_whole_on_the_screen_and_has_the_keys()
+        panel = self.open_above_terminal()
         width, height = self.desktop.size
         self.assertLess(abs(panel.x + panel.width / 2 - width / 2), 2)
         self.assertLess(abs(panel.y + panel.height / 2 - height / 2), 20)

@@ -169,16 +169,18 @@ class Panel:
     # What the panel's design gives it.
     SIZE = (660, 560)
 
-    def test_it_floats_whole_on_the_screen_and_has_the_keys(self):
+    def open_above_terminal(self):
         self.terminal(self.desktop).start()
-        panel = self.tessly.open_panel().window
+        return self.tessly.open_panel().window
+
+    def test_it_floats_whole_on_the_screen_and_has_the_keys(self):
+        panel = self.open_above_terminal()
         self.assertTrue(panel.is_active)
         self.assertTrue(panel.is_floating)
         self.assertEqual((panel.width, panel.height), self.SIZE)
         width, height = self.desktop.size
         self.assertTrue(0 <= panel.x <= width - panel.width, panel)
         self.assertTrue(0 <= panel.y <= height - panel.height, panel)
-        return panel
 
     def test_escape_closes_it_and_the_window_before_has_the_keys_again(self):
         terminal = self.terminal(self.desktop).start()
