@@ -13,6 +13,14 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.WaylandDesktop")
 
+/// One that waits for the compositor.
+struct Paste
+{
+    LoopAnswer<KeySender::Sending> answer;
+    /// It has waited too long.
+    bool isOver = false;
+};
+
 } // namespace
 
 WaylandDesktop::WaylandDesktop()
@@ -21,7 +29,8 @@ WaylandDesktop::WaylandDesktop()
 }
 
 WaylandDesktop::WaylandDesktop(Options options)
-    : m_loop(options.display)
+    : m_patience(options.patience)
+    , m_loop(options.display)
     , m_registry(m_loop)
 {
     m_loop.roundTrip(options.deadline);
@@ -73,20 +82,40 @@ quint32 WaylandDesktop::letterVKey() const
     return m_keyboard->letterVKey();
 }
 
-QFuture<KeySender::Sending> WaylandDesktop::press(WaylandKeyboard::Way way, PasteChord chord)
+std::optional<KeyStrokes> WaylandDesktop::strokes(PasteChord chord) const
+{
+    return m_keyboard->strokes(chord);
+}
+
+QFuture<KeySender::Sending> WaylandDesktop::press(
+    WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target)
 {
     using Sending = KeySender::Sending;
     return askLoop(
         m_loop, Sending::failed,
-        [this, way, chord, front = m_toplevels->front()](const auto& answer) {
+        [this, way, chord, target = std::move(target)](const auto& answer) {
+            // Held by what waits for the compositor, so that the answer comes if that is dropped.
+            const auto paste = std::make_shared<Paste>(Paste{.answer = answer});
+            const auto deadline =
+                m_loop.callAfter(m_patience, [late = std::weak_ptr<Paste>(paste)] {
+                    if (const auto paste = late.lock()) {
+                        paste->isOver = true;
+                        paste->answer(Sending::failed);
+                    }
+                });
             // What the user and other programs did by now may not be known here yet.
-            m_loop.awaitOtherPrograms([this, way, chord, front, answer] {
-                if (m_toplevels->front() == front) {
-                    m_keyboard->press(way, chord, [answer](bool isPressed) {
-                        answer(isPressed ? Sending::sent : Sending::failed);
-                    });
+            m_loop.awaitOtherPrograms([this, way, chord, target, paste, deadline] {
+                if (paste->isOver) {
+                    return;
+                }
+                const auto done = [this, paste, deadline](Sending sending) {
+                    m_loop.cancel(deadline);
+                    paste->answer(sending);
+                };
+                if (m_toplevels->front() == target) {
+                    m_keyboard->press(way, chord, done);
                 } else {
-                    answer(Sending::notInFront);
+                    done(Sending::notInFront);
                 }
             });
         });

@@ -2,6 +2,7 @@
 
 #include "DesktopEntries.h"
 #include "KeySender.h"
+#include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeyboard.h"
 #include "WaylandRegistry.h"
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tessly {
@@ -34,6 +36,9 @@ public:
         DesktopEntries entries = {};
         /// For each of the compositor's answers when the connection is made.
         std::chrono::milliseconds deadline{5000};
+        /// For the compositor to get to the keys of a paste: what it gets to later is not expected
+        /// any more.
+        std::chrono::milliseconds patience{3000};
     };
 
     /// Connects, and waits for the compositor's answers. Throws WaylandError if it cannot be
@@ -51,20 +56,26 @@ public:
     [[nodiscard]] bool hasVirtualKeyboard() const;
     [[nodiscard]] bool hasFakeInput() const;
 
+    /// The keys of a chord on the user's keyboard for those who can move keys and nothing else;
+    /// none if there are no keys that mean the same whatever layout is in effect. An American
+    /// keyboard's where none is known. A read of memory.
+    [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
     /// The key of the user's keyboard that bears a Latin "v", of the first layout that has it, as
     /// in linux/input-event-codes.h; the usual one where none does, or no keyboard is known. Any
     /// thread; a read of memory.
     [[nodiscard]] quint32 letterVKey() const;
 
-    /// Presses and releases the keys of a chord, if the window that is in front now still is when
-    /// the compositor has been asked. Answers once the compositor has all of the keys.
-    [[nodiscard]] QFuture<KeySender::Sending> press(WaylandKeyboard::Way way, PasteChord chord);
+    /// Presses and releases the keys of a chord, if the compositor says in time that this window is
+    /// in front (null: that no window is, as far as it tells of any).
+    [[nodiscard]] QFuture<KeySender::Sending>
+    press(WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target);
 
     [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
 
 private:
     void lost();
 
+    const std::chrono::milliseconds m_patience;
     WaylandEventLoop m_loop;
     WaylandRegistry m_registry;
     std::unique_ptr<WaylandKeyboard> m_keyboard;

@@ -1,10 +1,22 @@
 #include "WaylandKeySender.h"
 
 #include "WaylandDesktop.h"
+#include "WaylandRunningApplication.h"
 
 #include <QCoroFuture>
 
 namespace tessly {
+
+namespace {
+
+/// None of what is not known by a window.
+std::shared_ptr<const TrackedWindow> windowOf(const std::shared_ptr<const PasteTarget>& target)
+{
+    const auto application = std::dynamic_pointer_cast<const WaylandRunningApplication>(target);
+    return application ? application->window() : nullptr;
+}
+
+} // namespace
 
 WaylandKeySender::WaylandKeySender(WaylandDesktop& desktop, WaylandKeyboard::Way way)
     : m_desktop(desktop)
@@ -23,9 +35,10 @@ bool WaylandKeySender::requestAccess()
 }
 
 QCoro::Task<KeySender::Sending>
-WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget>)
+WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
 {
-    co_return co_await m_desktop.press(m_way, chord);
+    auto sending = m_desktop.press(m_way, chord, windowOf(target));
+    co_return co_await sending;
 }
 
 } // namespace tessly

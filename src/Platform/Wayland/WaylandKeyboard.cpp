@@ -95,11 +95,36 @@ void WaylandKeyboard::setKeymap(const QByteArray& text)
         return;
     }
     m_letterVKey = m_told.front().keymap.letterVKey().value_or(WaylandKeymap::usualKeyOfV);
+    publishStrokes();
+}
+
+void WaylandKeyboard::publishStrokes()
+{
+    const auto* const keymap = m_told.empty() ? american() : &m_told.front().keymap;
+    std::map<PasteChord, KeyStrokes> all;
+    for (const auto chord :
+         {PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert}) {
+        if (const auto strokes = keymap != nullptr ? keymap->strokes(chord) : std::nullopt) {
+            all.emplace(chord, *strokes);
+        }
+    }
+    const std::scoped_lock lock(m_mutex);
+    std::swap(m_strokes, all);
+}
+
+std::optional<KeyStrokes> WaylandKeyboard::strokes(PasteChord chord) const
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto found = m_strokes.find(chord);
+    return found != m_strokes.end() ? std::optional(found->second) : std::nullopt;
 }
 
 void WaylandKeyboard::start()
 {
     m_isStarted = true;
+    if (m_told.empty()) {
+        publishStrokes();
+    }
     makeVirtualKeyboard();
 }
 
@@ -117,35 +142,32 @@ void WaylandKeyboard::makeVirtualKeyboard()
 
 void WaylandKeyboard::press(Way way, PasteChord chord, Done done)
 {
-    const bool isPressed = way == Way::virtualKeyboard ? pressVirtually(chord) : fake(chord);
-    if (isPressed) {
-        m_loop.awaitRoundTrip([done = std::move(done)] { done(true); });
+    const auto sending = way == Way::virtualKeyboard ? pressVirtually(chord) : fake(chord);
+    if (sending == KeySender::Sending::sent) {
+        m_loop.awaitRoundTrip([done = std::move(done), sending] { done(sending); });
     } else {
-        done(false);
+        done(sending);
     }
 }
 
-bool WaylandKeyboard::pressVirtually(PasteChord chord)
+KeySender::Sending WaylandKeyboard::pressVirtually(PasteChord chord)
 {
     const auto* const keymap = usableKeymap();
     if (!m_virtualKeyboard || keymap == nullptr || !m_virtualKeyboard->setKeymap(*keymap)) {
-        return false;
+        return KeySender::Sending::failed;
     }
     m_virtualKeyboard->play(keymap->steps(chord));
-    return true;
+    return KeySender::Sending::sent;
 }
 
-bool WaylandKeyboard::fake(PasteChord chord)
+KeySender::Sending WaylandKeyboard::fake(PasteChord chord)
 {
-    const auto* const keymap = usableKeymap();
-    if (!m_fakeInput || keymap == nullptr) {
-        return false;
+    if (!m_fakeInput) {
+        return KeySender::Sending::failed;
     }
-    const auto& steps = keymap->steps(chord);
-    const bool isByKeysAlone =
-        std::ranges::none_of(steps, [](const auto& step) { return step.modifiers.locked != 0; });
-    if (!isByKeysAlone) {
-        return false;
+    const auto strokes = this->strokes(chord);
+    if (!strokes) {
+        return KeySender::Sending::noKeys;
     }
     // All keyboards have one state together here. What the user holds is let go of, and not pressed
     // again, since the user may let go meanwhile. Which keys those are is not told: windows see the
@@ -154,12 +176,10 @@ bool WaylandKeyboard::fake(PasteChord chord)
     for (const auto key : modifierKeys) {
         fakeKey(key, false);
     }
-    for (const auto& step : steps) {
-        if (step.key != 0) {
-            fakeKey(step.key, step.isPress);
-        }
+    for (const auto& stroke : *strokes) {
+        fakeKey(stroke.key, stroke.isPress);
     }
-    return true;
+    return KeySender::Sending::sent;
 }
 
 void WaylandKeyboard::fakeKey(std::uint32_t key, bool isPress)
@@ -174,6 +194,11 @@ const WaylandKeymap* WaylandKeyboard::usableKeymap()
     if (!m_told.empty() && m_told.front().keymap.canMakeAll()) {
         return &m_told.front().keymap;
     }
+    return american();
+}
+
+const WaylandKeymap* WaylandKeyboard::american()
+{
     if (!m_american) {
         m_american = WaylandKeymap::american();
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KeySender.h"
+#include "KeyStroke.h"
 #include "PasteChord.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeymap.h"
@@ -11,7 +13,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 struct org_kde_kwin_fake_input;
@@ -34,7 +38,7 @@ public:
         fakeInput,
     };
     /// Called once, or dropped if the compositor goes away.
-    using Done = std::function<void(bool isPressed)>;
+    using Done = std::function<void(KeySender::Sending sending)>;
 
     /// Once what the compositor has is known.
     WaylandKeyboard(WaylandEventLoop& loop, const WaylandRegistry& registry);
@@ -44,6 +48,8 @@ public:
 
     /// Whether the compositor has had it at the start. Any thread.
     [[nodiscard]] bool has(Way way) const;
+    /// As WaylandKeymap's, of the user's key map; an American one's where none is told. Any thread.
+    [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
     /// As WaylandKeymap's, of the user's key map; the usual key where there is none. Any thread.
     [[nodiscard]] std::uint32_t letterVKey() const { return m_letterVKey; }
 
@@ -55,7 +61,7 @@ public:
     void start();
 
     /// Presses and releases the keys of a chord. Answers once the compositor has all of them, or
-    /// with false if it gets none.
+    /// that it gets none.
     void press(Way way, PasteChord chord, Done done);
 
 private:
@@ -72,11 +78,13 @@ private:
     };
 
     void makeVirtualKeyboard();
-    [[nodiscard]] bool pressVirtually(PasteChord chord);
-    [[nodiscard]] bool fake(PasteChord chord);
+    [[nodiscard]] KeySender::Sending pressVirtually(PasteChord chord);
+    [[nodiscard]] KeySender::Sending fake(PasteChord chord);
     void fakeKey(std::uint32_t key, bool isPress);
     /// The user's key map if all chords can be made on it, else an American one.
     [[nodiscard]] const WaylandKeymap* usableKeymap();
+    [[nodiscard]] const WaylandKeymap* american();
+    void publishStrokes();
 
     WaylandEventLoop& m_loop;
     std::unique_ptr<zwp_virtual_keyboard_manager_v1, Deleter> m_virtualKeyboards;
@@ -88,6 +96,8 @@ private:
     /// Made when it is needed.
     std::optional<WaylandKeymap> m_american;
     bool m_isStarted = false;
+    mutable std::mutex m_mutex;
+    std::map<PasteChord, KeyStrokes> m_strokes;
     std::atomic<std::uint32_t> m_letterVKey = WaylandKeymap::usualKeyOfV;
 };
 

@@ -38,6 +38,42 @@ Owned<xkb_context> makeContext()
     return context;
 }
 
+/// Whether no layout has another character of ASCII on the key of a chord than the one the chord is
+/// named for. Toolkits look for the letters of commands in the layout in effect first, and in
+/// others only if it is not a Latin one.
+bool meansTheSameInAllLayouts(xkb_keymap* keymap, const PasteKeys& keys)
+{
+    const auto symbolIn = [keymap, &keys](xkb_layout_index_t group) {
+        const xkb_keysym_t* symbols = nullptr;
+        const int count = xkb_keymap_key_get_syms_by_level(keymap, keys.key, group, 0, &symbols);
+        return count == 1 ? *symbols : xkb_keysym_t{XKB_KEY_NoSymbol};
+    };
+    const auto isCharacter = [](xkb_keysym_t symbol) {
+        const std::uint32_t character = xkb_keysym_to_utf32(symbol);
+        return character > ' ' && character <= '~';
+    };
+    const xkb_layout_index_t groups = xkb_keymap_num_layouts_for_key(keymap, keys.key);
+    const auto meant = symbolIn(keys.group < groups ? keys.group : 0);
+    for (xkb_layout_index_t group = 0; group < groups; ++group) {
+        const auto symbol = symbolIn(group);
+        if (symbol != meant && isCharacter(symbol)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+KeyStrokes strokesOf(const WaylandKeymap::Steps& steps)
+{
+    KeyStrokes strokes;
+    for (const auto& step : steps) {
+        if (step.key != 0) {
+            strokes.push_back({.key = step.key, .isPress = step.isPress});
+        }
+    }
+    return strokes;
+}
+
 /// Follows the state of a keyboard while a chord is made on it.
 class ChordMaker
 {
@@ -111,8 +147,12 @@ WaylandKeymap::WaylandKeymap(xkb_keymap* keymap)
         m_text = text.get();
     }
     for (const PasteChord chord : allChords) {
+        const auto index = static_cast<std::size_t>(chord);
         if (const auto keys = PasteKeys::find(keymap, chord, 0)) {
-            m_steps.at(static_cast<std::size_t>(chord)) = ChordMaker(keymap, *keys).make();
+            m_steps.at(index) = ChordMaker(keymap, *keys).make();
+            if (keys->lockedModifiers == 0 && meansTheSameInAllLayouts(keymap, *keys)) {
+                m_strokes.at(index) = strokesOf(m_steps.at(index));
+            }
         }
     }
     if (const auto keys = PasteKeys::find(keymap, PasteChord::controlV, 0)) {
@@ -147,6 +187,11 @@ std::optional<WaylandKeymap> WaylandKeymap::american()
 const WaylandKeymap::Steps& WaylandKeymap::steps(PasteChord chord) const
 {
     return m_steps.at(static_cast<std::size_t>(chord));
+}
+
+const std::optional<KeyStrokes>& WaylandKeymap::strokes(PasteChord chord) const
+{
+    return m_strokes.at(static_cast<std::size_t>(chord));
 }
 
 bool WaylandKeymap::canMakeAll() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KeyStroke.h"
 #include "PasteChord.h"
 
 #include <QByteArray>
@@ -58,7 +59,12 @@ public:
     /// Everything that makes a chord, from no key held to no key held; empty if the keyboard cannot
     /// make it.
     [[nodiscard]] const Steps& steps(PasteChord chord) const;
-    /// Whether it can make them all.
+    /// The keys of a chord for those who can move keys and nothing else, so that it has to mean the
+    /// same whatever layout is in effect. None if there are no such keys: no layout has the letter,
+    /// or another one has another character on its key, which with Ctrl is another command; or a
+    /// modifier would have to be locked.
+    [[nodiscard]] const std::optional<KeyStrokes>& strokes(PasteChord chord) const;
+    /// Whether it can make them all by `steps`.
     [[nodiscard]] bool canMakeAll() const;
 
 private:
@@ -68,6 +74,7 @@ private:
     std::optional<std::uint32_t> m_letterVKey;
     /// By the chord's number.
     std::array<Steps, 3> m_steps;
+    std::array<std::optional<KeyStrokes>, 3> m_strokes;
 };
 
 } // namespace tessly

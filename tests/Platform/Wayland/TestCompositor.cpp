@@ -281,15 +281,18 @@ void TestCompositor::end()
     }
 }
 
-void TestCompositor::freeze()
+void TestCompositor::freeze(std::function<void()> first)
 {
     auto thawed = std::make_shared<std::future<void>>(m_thaw.emplace().get_future());
     std::promise<void> frozen;
     {
         const std::scoped_lock lock(m_mutex);
-        m_jobs.emplace_back([this, thawed, &frozen] {
+        m_jobs.emplace_back([this, thawed, &frozen, first = std::move(first)] {
             frozen.set_value();
             thawed->wait();
+            if (first) {
+                first();
+            }
             if (m_endsFrozen) {
                 wl_display_terminate(m_display);
             }

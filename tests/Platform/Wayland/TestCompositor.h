@@ -50,8 +50,9 @@ public:
 
     /// Ends it, as a crash would; if it is frozen, without a look at what was asked meanwhile.
     void end();
-    /// It does nothing at all until `thaw`.
-    void freeze();
+    /// It does nothing at all until `thaw`, and then, before it looks at what programs have asked
+    /// for meanwhile, this.
+    void freeze(std::function<void()> first = {});
     void thaw();
 
     void addSeat();

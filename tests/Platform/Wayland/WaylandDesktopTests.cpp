@@ -65,7 +65,8 @@ protected:
         if (!m_desktop) {
             m_desktop = std::make_unique<WaylandDesktop>(WaylandDesktop::Options{
                 .display = m_compositor.display(),
-                .entries = DesktopEntries(QStringList{m_entries.path()})});
+                .entries = DesktopEntries(QStringList{m_entries.path()}),
+                .patience = m_patience});
         }
         return *m_desktop;
     }
@@ -82,7 +83,15 @@ protected:
         file.write("[Desktop Entry]\nType=Application\n" + lines);
     }
 
+    /// Of the desktop, before it is asked for.
+    std::chrono::milliseconds m_patience = std::chrono::hours(1);
+
     // What the compositor does.
+    template <typename First>
+    void freeze(First first)
+    {
+        m_compositor.freeze([this, first] { first(m_toplevels); });
+    }
     template <typename Job>
     auto windows(Job job)
     {
@@ -136,7 +145,7 @@ protected:
     bool send(PasteChord chord = PasteChord::controlV)
     {
         VirtualKeyboardSender sender(desktop());
-        return await(sender.send(chord, nullptr)) == KeySender::Sending::sent;
+        return await(sender.send(chord, front())) == KeySender::Sending::sent;
     }
     template <typename Ask>
     auto keyboards(Ask ask)
@@ -560,16 +569,63 @@ TEST_F(WaylandDesktopTest, whatIsNoKeyMapDoesNotCount)
 TEST_F(WaylandDesktopTest, noKeysArePressedOnceAnotherWindowIsInFront)
 {
     open("target");
-    inFront(u"target"_s);
+    const auto target = inFront(u"target"_s);
+    VirtualKeyboardSender sender(desktop());
+    freeze([](auto& toplevels) { toplevels.open("other", true); });
+    auto sending = sender.send(PasteChord::controlV, target);
+    EXPECT_TRUE(target->isActive()) << "as far as is known";
+    compositor().thaw();
+    EXPECT_EQ(await(std::move(sending)), KeySender::Sending::notInFront);
+    inFront(u"other"_s);
+    EXPECT_THAT(keys(), IsEmpty());
+    EXPECT_EQ(await(sender.send(PasteChord::controlV, target)), KeySender::Sending::notInFront);
+    EXPECT_EQ(await(sender.send(PasteChord::controlV, nullptr)), KeySender::Sending::notInFront);
+    EXPECT_THAT(keys(), IsEmpty());
+    EXPECT_TRUE(send());
+}
+
+TEST_F(WaylandDesktopTest, noKeysArePressedForATargetThatHasClosed)
+{
+    const auto window = open("target");
+    const auto target = inFront(u"target"_s);
+    VirtualKeyboardSender sender(desktop());
+    freeze([window](auto& toplevels) { toplevels.close(window); });
+    auto sending = sender.send(PasteChord::controlV, target);
+    compositor().thaw();
+    EXPECT_EQ(await(std::move(sending)), KeySender::Sending::notInFront);
+    EXPECT_THAT(keys(), IsEmpty());
+}
+
+TEST_F(WaylandDesktopTest, whatAFrozenCompositorDoesNotGetToInTimeIsNotPressedLater)
+{
+    m_patience = std::chrono::milliseconds(500);
+    open("target");
+    const auto target = inFront(u"target"_s);
     VirtualKeyboardSender sender(desktop());
     compositor().freeze();
-    auto sending = sender.send(PasteChord::controlV, nullptr);
+    EXPECT_EQ(await(sender.send(PasteChord::controlV, target)), KeySender::Sending::failed);
     compositor().thaw();
-    open("other");
-    const bool isSent = await(std::move(sending)) == KeySender::Sending::sent;
-    inFront(u"other"_s);
-    EXPECT_EQ(isSent, !keys().empty()) << "whichever came first";
+    // By then it has got to what was asked of it before.
     EXPECT_TRUE(send());
+    EXPECT_EQ(keys(), controlV);
+}
+
+TEST_F(WaylandDesktopTest, keysAloneAreThoseOfTheUsersKeyboard)
+{
+    EXPECT_EQ(
+        desktop().strokes(PasteChord::controlV),
+        (KeyStrokes{{KEY_LEFTCTRL, true}, {KEY_V, true}, {KEY_V, false}, {KEY_LEFTCTRL, false}}))
+        << "an American one where none is known";
+    compositor().setKeymap(keymapText("us", "dvorak", "ctrl:swapcaps"));
+    EXPECT_TRUE(waitUntil([this] {
+        return desktop().strokes(PasteChord::controlV) ==
+               KeyStrokes{
+                   {KEY_CAPSLOCK, true}, {KEY_DOT, true}, {KEY_DOT, false}, {KEY_CAPSLOCK, false}};
+    }));
+    compositor().setKeymap(keymapText("ru"));
+    EXPECT_TRUE(
+        waitUntil([this] { return desktop().strokes(PasteChord::controlV) == std::nullopt; }));
+    EXPECT_TRUE(desktop().strokes(PasteChord::shiftInsert));
 }
 
 } // namespace tessly::test

@@ -136,6 +136,40 @@ TEST(WaylandKeymapTest, locksAModifierThatNoKeySetsAlone)
             up(KEY_LEFTCTRL, 0), set(0)));
 }
 
+TEST(WaylandKeymapTest, keysAloneMeanTheSameWhateverLayoutIsInEffect)
+{
+    const auto controlV = [](std::uint32_t key, std::uint32_t controlKey = KEY_LEFTCTRL) {
+        return KeyStrokes{{controlKey, true}, {key, true}, {key, false}, {controlKey, false}};
+    };
+    const auto strokes = [](const WaylandKeymap& map) { return map.strokes(PasteChord::controlV); };
+    EXPECT_EQ(strokes(keymap("us")), controlV(KEY_V));
+    EXPECT_EQ(strokes(keymap("us", "dvorak")), controlV(KEY_DOT));
+    EXPECT_EQ(strokes(keymap("us,de,fr")), controlV(KEY_V));
+    EXPECT_EQ(strokes(keymap("us,ru")), controlV(KEY_V));
+    EXPECT_EQ(strokes(keymap("ru,us")), controlV(KEY_V));
+    EXPECT_EQ(strokes(keymap("gr,il,us")), controlV(KEY_V));
+    EXPECT_EQ(strokes(keymap("us", "", "ctrl:swapcaps")), controlV(KEY_V, KEY_CAPSLOCK));
+    // Ctrl+K, Ctrl+P and Ctrl+. in the second.
+    EXPECT_EQ(strokes(keymap("us,us", ",dvorak")), std::nullopt);
+    EXPECT_EQ(strokes(keymap("us,de", ",neo")), std::nullopt);
+    EXPECT_EQ(strokes(keymap("us,fr", ",bepo")), std::nullopt);
+    EXPECT_EQ(strokes(keymap("ru,us,us", ",,dvorak")), std::nullopt);
+    EXPECT_EQ(strokes(keymap("ru")), std::nullopt);
+    for (const auto& map : {keymap("ru"), keymap("us,us", ",dvorak"), keymap("us,ru")}) {
+        EXPECT_EQ(
+            map.strokes(PasteChord::shiftInsert), (KeyStrokes{
+                                                      {KEY_LEFTSHIFT, true},
+                                                      {KEY_INSERT, true},
+                                                      {KEY_INSERT, false},
+                                                      {KEY_LEFTSHIFT, false}}));
+    }
+    // Shift would have to be locked.
+    const auto toggled = keymap("us,ru", "", "grp:ctrl_shift_toggle");
+    EXPECT_EQ(toggled.strokes(PasteChord::controlV), controlV(KEY_V));
+    EXPECT_EQ(toggled.strokes(PasteChord::controlShiftV), std::nullopt);
+    EXPECT_TRUE(toggled.strokes(PasteChord::shiftInsert));
+}
+
 TEST(WaylandKeymapTest, textsAreTheSameForTheSameKeyMap)
 {
     const auto once = keymap("us,ru", "", "compose:caps");

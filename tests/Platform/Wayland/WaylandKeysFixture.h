@@ -37,7 +37,7 @@ protected:
     WaylandWindows& windows() { return m_applications.windows(); }
     [[nodiscard]] bool send(PasteChord chord)
     {
-        return await(m_applications.sender().send(chord, nullptr)) == KeySender::Sending::sent;
+        return await(m_applications.sender().send(chord, front())) == KeySender::Sending::sent;
     }
     [[nodiscard]] PostResult paste(const std::shared_ptr<PasteTarget>& target)
     {
