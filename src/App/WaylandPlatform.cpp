@@ -56,7 +56,8 @@ void WaylandPlatform::makeKeys()
         m_sender = std::make_unique<FakeInputSender>(m_desktop);
     } else {
         auto sender = std::make_unique<PortalKeySender>(
-            m_portal, makeRestoreTokenFile(), [this] { return m_desktop.letterVKey(); });
+            m_portal, makeRestoreTokenFile(),
+            [this](PasteChord chord) { return m_desktop.strokes(chord); });
         sender->setHeldKeys({.hotKeysUp = [this] { return m_hotKeys.keysUp(); }});
         m_portalSender = sender.get();
         m_sender = std::move(sender);

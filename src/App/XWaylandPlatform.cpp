@@ -13,7 +13,9 @@ XWaylandPlatform::XWaylandPlatform(
     const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
     : FreedesktopPlatform(choice)
     , m_portal(connectPortal, clock)
-    , m_sender(m_portal, makeRestoreTokenFile(), [this] { return m_compositor.letterVKey(); })
+    , m_sender(
+          m_portal, makeRestoreTokenFile(),
+          [this](PasteChord chord) { return m_compositor.strokes(chord); })
     , m_keys(
           m_sender, {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
                      .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }})
