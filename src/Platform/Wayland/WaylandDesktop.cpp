@@ -1,10 +1,12 @@
 #include "WaylandDesktop.h"
 
-#include "LoopAnswer.h"
+#include "WaylandDesktopConnection.h"
 #include "WaylandToplevels.h"
 
 #include <QLoggingCategory>
+#include <QObject>
 
+#include <algorithm>
 #include <utility>
 
 namespace tessly {
@@ -13,13 +15,14 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.WaylandDesktop")
 
-/// One that waits for the compositor.
-struct Paste
+WaylandDesktopConnection::Options connectionOptions(const WaylandDesktop::Options& options)
 {
-    LoopAnswer<KeySender::Sending> answer;
-    /// It has waited too long.
-    bool isOver = false;
-};
+    return {
+        .display = options.display,
+        .entries = options.entries,
+        .deadline = options.deadline,
+        .patience = options.patience};
+}
 
 } // namespace
 
@@ -28,43 +31,101 @@ WaylandDesktop::WaylandDesktop()
 {
 }
 
-WaylandDesktop::WaylandDesktop(Options options)
-    : m_patience(options.patience)
-    , m_loop(options.display)
-    , m_registry(m_loop)
+WaylandDesktop::WaylandDesktop(const Options& options)
+    : m_options(options)
+    , m_mainThread(std::make_unique<QObject>())
+    , m_connection(std::make_shared<WaylandDesktopConnection>(connectionOptions(options)))
+    , m_since(std::chrono::steady_clock::now())
 {
-    m_loop.roundTrip(options.deadline);
-    m_keyboard = std::make_unique<WaylandKeyboard>(m_loop, m_registry);
-    m_seat = std::make_unique<WaylandSeat>(
-        m_registry,
-        WaylandSeat::Events{
-            .changed = [this](wl_seat* seat) { m_keyboard->setSeat(seat); },
-            .keymapChanged = [this](const QByteArray& keymap) { m_keyboard->setKeymap(keymap); }});
-    // The seat tells what it has, and then its keyboard what that is.
-    m_loop.roundTrip(options.deadline);
-    m_loop.roundTrip(options.deadline);
-    m_keyboard->start();
-    // After the last wait: the windows are told of on the loop's thread, which reads desktop
-    // entries for them.
-    m_toplevels =
-        std::make_shared<WaylandToplevels>(m_loop, m_registry, *m_seat, std::move(options.entries));
-    m_loop.start("tessly-wayland", [this] { lost(); });
+    m_connection->start([this, connection = m_connection.get()] {
+        postToMainThread([this, connection] { ended(connection); });
+    });
+    m_hasToplevels = m_connection->toplevels()->isTold();
 }
 
-WaylandDesktop::~WaylandDesktop()
+WaylandDesktop::~WaylandDesktop() = default;
+
+template <typename Job>
+void WaylandDesktop::postToMainThread(Job job)
 {
-    // What lives on the loop refers to it: first nothing runs any more, then it goes.
-    m_loop.stop();
+    QMetaObject::invokeMethod(m_mainThread.get(), std::move(job), Qt::QueuedConnection);
+}
+
+void WaylandDesktop::ended(const WaylandDesktopConnection* connection)
+{
+    if (connection == m_next.get()) {
+        m_next.reset();
+        connectLater();
+    } else if (connection == m_connection.get()) {
+        const bool hasLasted = std::chrono::steady_clock::now() - m_since > m_options.longestDelay;
+        if (hasLasted) {
+            m_delay = {};
+        }
+        if (m_delay == std::chrono::milliseconds::zero()) {
+            qCWarning(
+                lcDesktop,
+                "The connection over which windows and keys go has ended. It is made again.");
+        }
+        connectLater();
+    }
+}
+
+void WaylandDesktop::connectLater()
+{
+    m_delay = m_delay == std::chrono::milliseconds::zero()
+                  ? m_options.firstDelay
+                  : std::min(2 * m_delay, m_options.longestDelay);
+    // The thread of the connection that has ended has nothing else to do.
+    m_connection->callAfter(m_delay, [this] {
+        Connection next;
+        try {
+            next = std::make_shared<WaylandDesktopConnection>(connectionOptions(m_options));
+        } catch (const WaylandError&) {
+            // Nobody is there, yet: tried again.
+        }
+        postToMainThread([this, next] { connected(next); });
+    });
+}
+
+void WaylandDesktop::connected(Connection next)
+{
+    if (!next) {
+        connectLater();
+        return;
+    }
+    m_next = std::move(next);
+    m_next->startLater(
+        [this, connection = m_next.get()] {
+            postToMainThread([this, connection] { ready(connection); });
+        },
+        [this, connection = m_next.get()] {
+            postToMainThread([this, connection] { ended(connection); });
+        });
+}
+
+void WaylandDesktop::ready(const WaylandDesktopConnection* connection)
+{
+    if (connection != m_next.get()) {
+        return;
+    }
+    if (m_hasToplevels && !m_next->toplevels()->isTold()) {
+        // One that knows nothing of windows is no better than the one that ended.
+        m_next.reset();
+        connectLater();
+        return;
+    }
+    m_connection = std::exchange(m_next, nullptr);
+    m_since = std::chrono::steady_clock::now();
 }
 
 bool WaylandDesktop::hasToplevels() const
 {
-    return m_toplevels->isTold();
+    return m_connection->toplevels()->isTold();
 }
 
 bool WaylandDesktop::canPress(WaylandKeyboard::Way way) const
 {
-    return m_isConnected && m_keyboard->has(way);
+    return m_connection->isConnected() && m_connection->keyboard().has(way);
 }
 
 bool WaylandDesktop::hasVirtualKeyboard() const
@@ -77,55 +138,20 @@ bool WaylandDesktop::hasFakeInput() const
     return canPress(WaylandKeyboard::Way::fakeInput);
 }
 
-quint32 WaylandDesktop::letterVKey() const
-{
-    return m_keyboard->letterVKey();
-}
-
 std::optional<KeyStrokes> WaylandDesktop::strokes(PasteChord chord) const
 {
-    return m_keyboard->strokes(chord);
+    return m_connection->keyboard().strokes(chord);
 }
 
 QFuture<KeySender::Sending> WaylandDesktop::press(
     WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target)
 {
-    using Sending = KeySender::Sending;
-    return askLoop(
-        m_loop, Sending::failed,
-        [this, way, chord, target = std::move(target)](const auto& answer) {
-            // Held by what waits for the compositor, so that the answer comes if that is dropped.
-            const auto paste = std::make_shared<Paste>(Paste{.answer = answer});
-            const auto deadline =
-                m_loop.callAfter(m_patience, [late = std::weak_ptr<Paste>(paste)] {
-                    if (const auto paste = late.lock()) {
-                        paste->isOver = true;
-                        paste->answer(Sending::failed);
-                    }
-                });
-            // What the user and other programs did by now may not be known here yet.
-            m_loop.awaitOtherPrograms([this, way, chord, target, paste, deadline] {
-                if (paste->isOver) {
-                    return;
-                }
-                const auto done = [this, paste, deadline](Sending sending) {
-                    m_loop.cancel(deadline);
-                    paste->answer(sending);
-                };
-                if (m_toplevels->front() == target) {
-                    m_keyboard->press(way, chord, done);
-                } else {
-                    done(Sending::notInFront);
-                }
-            });
-        });
+    return m_connection->press(way, chord, std::move(target));
 }
 
-void WaylandDesktop::lost()
+std::shared_ptr<WaylandToplevels> WaylandDesktop::toplevels() const
 {
-    m_isConnected = false;
-    qCWarning(lcDesktop, "The connection over which windows and keys go has ended.");
-    m_toplevels->lost();
+    return m_connection->toplevels();
 }
 
 } // namespace tessly

@@ -2,27 +2,32 @@
 
 #include "DesktopEntries.h"
 #include "KeySender.h"
+#include "KeyStroke.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeyboard.h"
-#include "WaylandRegistry.h"
-#include "WaylandSeat.h"
 
 #include <QFuture>
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
 
+class QObject;
+
 namespace tessly {
 
+class WaylandDesktopConnection;
 class WaylandToplevels;
 
 /// The connection to the compositor over which windows and keys go, and its thread. It can be made
-/// wherever there is a compositor; what that lets a program do is asked afterwards. If the
-/// compositor ends the connection, nothing is in front from then on, and no keys can be pressed.
+/// wherever there is a compositor; what that lets a program do is asked afterwards.
+///
+/// Compositors cut a connection that does not keep up with what it is told. It is made again then,
+/// without holding the main thread, for as long as it takes. Until it is back, the window that was
+/// in front last counts as the one that is, so that what is copied is not taken for nobody's; but
+/// it counts as gone, so that nothing is pasted into it.
 ///
 /// Lives on the main thread, longer than the objects that are made upon it and shorter than the
 /// QCoreApplication.
@@ -34,24 +39,28 @@ public:
         /// As $WAYLAND_DISPLAY names it, or a path; empty: $WAYLAND_DISPLAY itself.
         std::string display = {};
         DesktopEntries entries = {};
-        /// For each of the compositor's answers when the connection is made.
+        /// For each of the compositor's answers when the connection is made at first.
         std::chrono::milliseconds deadline{5000};
         /// For the compositor to get to the keys of a paste: what it gets to later is not expected
         /// any more.
         std::chrono::milliseconds patience{3000};
+        /// Before the connection is made again; doubled each time it fails or does not last, up to
+        /// a bound.
+        std::chrono::milliseconds firstDelay{250};
+        std::chrono::milliseconds longestDelay{60000};
     };
 
     /// Connects, and waits for the compositor's answers. Throws WaylandError if it cannot be
     /// reached.
     WaylandDesktop();
-    explicit WaylandDesktop(Options options);
+    explicit WaylandDesktop(const Options& options);
     ~WaylandDesktop();
     WaylandDesktop(const WaylandDesktop&) = delete;
     WaylandDesktop& operator=(const WaylandDesktop&) = delete;
 
-    /// Whether the compositor tells of other programs' windows.
+    /// Whether the compositor tells of other programs' windows now.
     [[nodiscard]] bool hasToplevels() const;
-    /// Whether keys can be pressed in this way, as long as the compositor is there.
+    /// Whether keys can be pressed in this way now.
     [[nodiscard]] bool canPress(WaylandKeyboard::Way way) const;
     [[nodiscard]] bool hasVirtualKeyboard() const;
     [[nodiscard]] bool hasFakeInput() const;
@@ -60,29 +69,37 @@ public:
     /// none if there are no keys that mean the same whatever layout is in effect. An American
     /// keyboard's where none is known. A read of memory.
     [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
-    /// The key of the user's keyboard that bears a Latin "v", of the first layout that has it, as
-    /// in linux/input-event-codes.h; the usual one where none does, or no keyboard is known. Any
-    /// thread; a read of memory.
-    [[nodiscard]] quint32 letterVKey() const;
 
     /// Presses and releases the keys of a chord, if the compositor says in time that this window is
     /// in front (null: that no window is, as far as it tells of any).
     [[nodiscard]] QFuture<KeySender::Sending>
     press(WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target);
 
-    [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
+    /// Those of the connection that there is now.
+    [[nodiscard]] std::shared_ptr<WaylandToplevels> toplevels() const;
 
 private:
-    void lost();
+    using Connection = std::shared_ptr<WaylandDesktopConnection>;
 
-    const std::chrono::milliseconds m_patience;
-    WaylandEventLoop m_loop;
-    WaylandRegistry m_registry;
-    std::unique_ptr<WaylandKeyboard> m_keyboard;
-    std::unique_ptr<WaylandSeat> m_seat;
-    std::shared_ptr<WaylandToplevels> m_toplevels;
-    /// The compositor is there.
-    std::atomic<bool> m_isConnected = true;
+    void connectLater();
+    void connected(Connection next);
+    void ready(const WaylandDesktopConnection* connection);
+    void ended(const WaylandDesktopConnection* connection);
+    template <typename Job>
+    void postToMainThread(Job job);
+
+    const Options m_options;
+    /// Lives on the main thread; what is posted to it is dropped when it goes.
+    std::unique_ptr<QObject> m_mainThread;
+    Connection m_connection;
+    /// Whether the first one told of windows.
+    bool m_hasToplevels = false;
+    /// When it was made.
+    std::chrono::steady_clock::time_point m_since;
+    /// The last one before it was made again; zero if it has not been.
+    std::chrono::milliseconds m_delay{};
+    /// The one that takes its place once it is ready.
+    Connection m_next;
 };
 
 } // namespace tessly

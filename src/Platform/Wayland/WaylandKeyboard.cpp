@@ -94,7 +94,6 @@ void WaylandKeyboard::setKeymap(const QByteArray& text)
     } else {
         return;
     }
-    m_letterVKey = m_told.front().keymap.letterVKey().value_or(WaylandKeymap::usualKeyOfV);
     publishStrokes();
 }
 

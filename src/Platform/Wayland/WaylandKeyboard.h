@@ -9,7 +9,6 @@
 
 #include <QByteArray>
 
-#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -50,8 +49,6 @@ public:
     [[nodiscard]] bool has(Way way) const;
     /// As WaylandKeymap's, of the user's key map; an American one's where none is told. Any thread.
     [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
-    /// As WaylandKeymap's, of the user's key map; the usual key where there is none. Any thread.
-    [[nodiscard]] std::uint32_t letterVKey() const { return m_letterVKey; }
 
     /// The seat there is now; null if there is none.
     void setSeat(wl_seat* seat);
@@ -98,7 +95,6 @@ private:
     bool m_isStarted = false;
     mutable std::mutex m_mutex;
     std::map<PasteChord, KeyStrokes> m_strokes;
-    std::atomic<std::uint32_t> m_letterVKey = WaylandKeymap::usualKeyOfV;
 };
 
 } // namespace tessly

@@ -155,9 +155,6 @@ WaylandKeymap::WaylandKeymap(xkb_keymap* keymap)
             }
         }
     }
-    if (const auto keys = PasteKeys::find(keymap, PasteChord::controlV, 0)) {
-        m_letterVKey = keys->key - firstXkbKey;
-    }
 }
 
 std::optional<WaylandKeymap> WaylandKeymap::fromText(const QByteArray& text)

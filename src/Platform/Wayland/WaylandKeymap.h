@@ -40,9 +40,6 @@ public:
     };
     using Steps = std::vector<Step>;
 
-    /// Where V is on most keyboards, as in linux/input-event-codes.h.
-    static constexpr std::uint32_t usualKeyOfV = 47;
-
     /// From the text format of XKB; none if it is not that.
     [[nodiscard]] static std::optional<WaylandKeymap> fromText(const QByteArray& text);
     /// An American keyboard; none where XKB's own files are missing.
@@ -50,11 +47,6 @@ public:
 
     /// As XKB writes it, so that equal key maps have equal texts.
     [[nodiscard]] const QByteArray& text() const { return m_text; }
-
-    /// The key that bears a Latin "v", of the first layout that has it, as in
-    /// linux/input-event-codes.h; none if no layout has it, as where Cyrillic or Greek is the only
-    /// one.
-    [[nodiscard]] std::optional<std::uint32_t> letterVKey() const { return m_letterVKey; }
 
     /// Everything that makes a chord, from no key held to no key held; empty if the keyboard cannot
     /// make it.
@@ -71,7 +63,6 @@ private:
     explicit WaylandKeymap(xkb_keymap* keymap);
 
     QByteArray m_text;
-    std::optional<std::uint32_t> m_letterVKey;
     /// By the chord's number.
     std::array<Steps, 3> m_steps;
     std::array<std::optional<KeyStrokes>, 3> m_strokes;

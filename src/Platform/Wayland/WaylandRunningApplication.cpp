@@ -26,7 +26,7 @@ std::optional<QString> WaylandRunningApplication::bundleIdentifier() const
 bool WaylandRunningApplication::isActive() const
 {
     const auto windows = m_windows.lock();
-    return windows && windows->front() == m_window;
+    return windows && !m_window->isGone() && windows->front() == m_window;
 }
 
 bool WaylandRunningApplication::isTerminated() const

@@ -25,10 +25,11 @@ bool isOwnName(const QString& name)
 
 WaylandToplevels::WaylandToplevels(
     WaylandEventLoop& loop, const WaylandRegistry& registry, const WaylandSeat& seat,
-    DesktopEntries entries)
+    DesktopEntries entries, std::function<void()> ended)
     : m_loop(loop)
     , m_seat(seat)
     , m_entries(std::move(entries))
+    , m_ended(std::move(ended))
     , m_manager(WaylandToplevelManager::find(
           registry, {.changed = [this](WaylandToplevelHandle& handle) { changed(handle); },
                      .closed = [this](WaylandToplevelHandle& handle) { closed(handle); },
@@ -59,6 +60,9 @@ void WaylandToplevels::requestActivation(Window window)
 
 void WaylandToplevels::changed(WaylandToplevelHandle& handle)
 {
+    if (!m_isTold) {
+        return;
+    }
     const auto& state = handle.state();
     const auto activated = std::ranges::find(m_activated, &handle);
     if (state.isActivated && activated == m_activated.end()) {
@@ -84,6 +88,9 @@ void WaylandToplevels::follow(Known& known, const QByteArray& appID)
 
 void WaylandToplevels::closed(WaylandToplevelHandle& handle)
 {
+    if (!m_isTold) {
+        return;
+    }
     std::erase(m_activated, &handle);
     const auto known = m_known.extract(&handle);
     // First it is not in front, then it is gone: nothing that is gone is active.
@@ -95,15 +102,15 @@ void WaylandToplevels::closed(WaylandToplevelHandle& handle)
 
 void WaylandToplevels::finished()
 {
-    // Those that there are go on being told of until they close.
-    m_isTold = false;
+    // Of the windows that there are more would be told, but not of those that take their place.
+    lost();
+    m_ended();
 }
 
 void WaylandToplevels::lost()
 {
     m_isTold = false;
     m_activated.clear();
-    publish();
     for (const auto& entry : std::exchange(m_known, {})) {
         entry.second.window->setGone();
     }

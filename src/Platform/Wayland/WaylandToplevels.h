@@ -6,6 +6,7 @@
 #include "WaylandToplevelManager.h"
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,22 +25,25 @@ public:
     /// What has been in front keeps its record for as long as it is open.
     using Window = std::shared_ptr<const TrackedWindow>;
 
-    /// Before the loop is started. The windows are told of once it is. References live longer.
+    /// Loop thread, or before the loop is started. The windows are told of once it is. `ended` is
+    /// called on the loop thread if the compositor does not tell of windows any more. References
+    /// live longer.
     WaylandToplevels(
         WaylandEventLoop& loop, const WaylandRegistry& registry, const WaylandSeat& seat,
-        DesktopEntries entries);
+        DesktopEntries entries, std::function<void()> ended);
     ~WaylandToplevels();
     WaylandToplevels(const WaylandToplevels&) = delete;
     WaylandToplevels& operator=(const WaylandToplevels&) = delete;
 
     /// Whether the compositor tells of windows. Any thread.
     [[nodiscard]] bool isTold() const { return m_isTold; }
-    /// None when nothing is in front. Any thread; a read of memory.
+    /// None when nothing is in front. Stays as it was when nothing is told any more. Any thread; a
+    /// read of memory.
     [[nodiscard]] Window front() const;
     /// Asks that this window come to the front. Any thread.
     void requestActivation(Window window);
 
-    /// The compositor went away and all windows with it. Loop thread.
+    /// The compositor went away: no window is known any more. Loop thread.
     void lost();
 
 private:
@@ -60,6 +64,7 @@ private:
     WaylandEventLoop& m_loop;
     const WaylandSeat& m_seat;
     DesktopEntries m_entries;
+    std::function<void()> m_ended;
     std::atomic<bool> m_isTold = false;
     /// Those that are in front or have been.
     std::map<WaylandToplevelHandle*, Known> m_known;

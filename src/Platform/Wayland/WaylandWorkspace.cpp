@@ -8,7 +8,7 @@
 namespace tessly {
 
 WaylandWorkspace::WaylandWorkspace(const WaylandDesktop& desktop)
-    : m_windows(desktop.toplevels())
+    : m_desktop(desktop)
 {
 }
 
@@ -16,12 +16,13 @@ WaylandWorkspace::~WaylandWorkspace() = default;
 
 std::shared_ptr<RunningApplication> WaylandWorkspace::frontmostApplication() const
 {
-    const auto windows = m_windows.lock();
-    const auto front = windows ? windows->front() : nullptr;
+    // Those of another connection each time that one ends.
+    const auto windows = m_desktop.toplevels();
+    const auto front = windows->front();
     if (!front) {
         m_last.reset();
     } else if (!m_last || m_last->window() != front) {
-        m_last = std::make_shared<WaylandRunningApplication>(front, m_windows);
+        m_last = std::make_shared<WaylandRunningApplication>(front, windows);
     }
     return m_last;
 }

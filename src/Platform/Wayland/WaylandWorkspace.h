@@ -8,12 +8,12 @@ namespace tessly {
 
 class WaylandDesktop;
 class WaylandRunningApplication;
-class WaylandToplevels;
 
 /// The desktop of a Wayland session whose compositor tells of windows.
 class WaylandWorkspace final : public Workspace
 {
 public:
+    /// `desktop` must outlive this.
     explicit WaylandWorkspace(const WaylandDesktop& desktop);
     ~WaylandWorkspace() override;
 
@@ -21,7 +21,7 @@ public:
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
-    std::weak_ptr<WaylandToplevels> m_windows;
+    const WaylandDesktop& m_desktop;
     /// What was in front when last asked. It is asked for three times a second and seldom changes.
     mutable std::shared_ptr<WaylandRunningApplication> m_last;
 };

@@ -112,7 +112,7 @@ TEST_F(KWinKeysTest, windowsComeToTheFrontFromTheTaskBarAndFromOtherVirtualDeskt
 
 TEST_F(KWinKeysTest, theKeyOfTheLetterIsKnown)
 {
-    EXPECT_EQ(applications().desktop().letterVKey(), std::uint32_t{KEY_V});
+    EXPECT_EQ(letter(), std::uint32_t{KEY_V});
 }
 
 } // namespace tessly::test

@@ -65,7 +65,7 @@ TEST_F(SwayKeysTest, theUsersLayoutIsUsedWhereItHasTheLetter)
 {
     WaylandTypist user(SwaySession::shared().display(), "us", "dvorak");
     const auto hasKey = [this](std::uint32_t key) {
-        return waitUntil([this, key] { return applications().desktop().letterVKey() == key; });
+        return waitUntil([this, key] { return letter() == key; });
     };
     user.type(KEY_A);
     const std::string dvorak = windows().keymap();
@@ -90,11 +90,11 @@ TEST_F(SwayKeysTest, withoutTheLetterInTheUsersLayoutAnAmericanOneIsUsed)
 {
     WaylandTypist user(SwaySession::shared().display(), "us", "dvorak");
     user.type(KEY_A);
-    ASSERT_TRUE(waitUntil([this] { return applications().desktop().letterVKey() == KEY_DOT; }));
+    ASSERT_TRUE(waitUntil([this] { return letter() == KEY_DOT; }));
     user.setLayout("ru");
     user.type(KEY_A);
     const std::string russian = windows().keymap();
-    ASSERT_TRUE(waitUntil([this] { return applications().desktop().letterVKey() == KEY_V; }));
+    ASSERT_TRUE(waitUntil([this] { return letter() == std::nullopt; }));
     windows().forgetKeys();
     EXPECT_TRUE(send(PasteChord::controlV));
     EXPECT_EQ(keys(), controlV());

@@ -120,6 +120,13 @@ void TestToplevels::close(WindowID id)
     }
 }
 
+void TestToplevels::disconnect()
+{
+    while (!m_managers.empty()) {
+        wl_client_destroy(wl_resource_get_client(m_managers.front()));
+    }
+}
+
 void TestToplevels::finish()
 {
     for (wl_resource* const manager : std::exchange(m_managers, {})) {

@@ -26,6 +26,8 @@ public:
     /// Tells it also if it is no news.
     void setActivated(WindowID window, bool isActivated);
     void close(WindowID window);
+    /// Ends the connection of every program that is told of windows.
+    void disconnect();
     /// Tells every program that it will hear of no further windows.
     void finish();
 

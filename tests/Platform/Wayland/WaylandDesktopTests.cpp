@@ -34,6 +34,8 @@ using WindowID = TestToplevels::WindowID;
 
 constexpr std::uint32_t control = 4;
 
+const QString logCategory = u"com.brackmoor.tessly.WaylandDesktop"_s;
+
 const std::vector<Key> controlV = {
     {KEY_LEFTCTRL, true, 0},
     {KEY_V, true, control},
@@ -66,7 +68,8 @@ protected:
             m_desktop = std::make_unique<WaylandDesktop>(WaylandDesktop::Options{
                 .display = m_compositor.display(),
                 .entries = DesktopEntries(QStringList{m_entries.path()}),
-                .patience = m_patience});
+                .patience = m_patience,
+                .firstDelay = std::chrono::milliseconds(1)});
         }
         return *m_desktop;
     }
@@ -87,6 +90,8 @@ protected:
     std::chrono::milliseconds m_patience = std::chrono::hours(1);
 
     // What the compositor does.
+    /// On its thread.
+    TestToplevels& toplevels() { return m_toplevels; }
     template <typename First>
     void freeze(First first)
     {
@@ -164,7 +169,10 @@ protected:
     }
     bool letterIs(std::uint32_t key)
     {
-        return waitUntil([&] { return desktop().letterVKey() == key; });
+        return waitUntil([&] {
+            const auto strokes = desktop().strokes(PasteChord::controlV);
+            return strokes && strokes->at(1).key == key;
+        });
     }
 
 private:
@@ -208,7 +216,7 @@ TEST(WaylandDesktopStart, aCompositorMayHaveNothingOfIt)
     EXPECT_FALSE(desktop.hasToplevels());
     EXPECT_FALSE(desktop.hasVirtualKeyboard());
     EXPECT_FALSE(desktop.hasFakeInput());
-    EXPECT_EQ(desktop.letterVKey(), std::uint32_t{KEY_V});
+    EXPECT_TRUE(desktop.strokes(PasteChord::controlV));
     EXPECT_EQ(WaylandWorkspace(desktop).frontmostApplication(), nullptr);
     for (const auto way :
          {WaylandKeyboard::Way::virtualKeyboard, WaylandKeyboard::Way::fakeInput}) {
@@ -361,22 +369,69 @@ TEST_F(WaylandDesktopTest, aWindowMayCloseWhileItIsAskedToComeToTheFront)
     EXPECT_EQ(application->bundleIdentifier(), u"editor"_s) << "what is known stays known";
 }
 
-TEST_F(WaylandDesktopTest, aManagerThatIsFinishedLeavesTheWindowsThatThereAre)
+TEST_F(WaylandDesktopTest, aConnectionThatEndsIsMadeAgain)
 {
-    const auto window = open("editor");
+    const LogCapture log;
+    open("editor");
+    const auto before = inFront(u"editor"_s);
+    compositor().run([this] { toplevels().disconnect(); });
+    ASSERT_TRUE(waitUntil([&] { return before->isTerminated(); }));
+    EXPECT_FALSE(before->isActive());
+
+    ASSERT_TRUE(waitUntil([this] {
+        const auto now = front();
+        // Never nobody: what an ignored application copies meanwhile must not pass for nobody's.
+        EXPECT_TRUE(now && now->bundleIdentifier() == u"editor"_s);
+        return now && now->isActive();
+    }));
+    EXPECT_NE(front(), before);
+    EXPECT_TRUE(desktop().hasToplevels());
+    EXPECT_TRUE(send());
+    EXPECT_EQ(keys(), controlV);
+    open("other");
+    inFront(u"other"_s);
+    EXPECT_EQ(log.lines(logCategory).size(), 1U);
+}
+
+TEST_F(WaylandDesktopTest, untilAConnectionIsMadeAgainTheLastWindowCountsAsInFrontButGone)
+{
+    open("editor");
     const auto application = inFront(u"editor"_s);
-    windows([](auto& toplevels) {
-        toplevels.finish();
-        return 0;
-    });
-    EXPECT_TRUE(waitUntil([this] { return !desktop().hasToplevels(); }));
-    setActivated(window, false);
-    EXPECT_TRUE(nothingComesToFront());
-    setActivated(window, true);
+    compositor().run([this] { toplevels().disconnect(); });
+    compositor().freeze();
+    ASSERT_TRUE(waitUntil([&] { return application->isTerminated(); }));
+    EXPECT_EQ(front(), application);
+    EXPECT_FALSE(application->isActive());
+    VirtualKeyboardSender sender(desktop());
+    EXPECT_NE(await(sender.send(PasteChord::controlV, application)), KeySender::Sending::sent);
+    compositor().thaw();
+    EXPECT_TRUE(waitUntil([&] { return front() != application; }));
+    EXPECT_TRUE(inFront(u"editor"_s)->isActive());
+}
+
+TEST_F(WaylandDesktopTest, aConnectionThatDoesNotLastIsMadeAgainAndAgain)
+{
+    const LogCapture log;
+    open("editor");
     inFront(u"editor"_s);
-    EXPECT_TRUE(application->isActive());
-    close(window);
-    EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
+    for (int count = 0; count < 5; ++count) {
+        const auto before = front();
+        compositor().run([this] { toplevels().disconnect(); });
+        ASSERT_TRUE(waitUntil([&] { return front() != before && front()->isActive(); })) << count;
+    }
+    EXPECT_EQ(log.lines(logCategory).size(), 1U) << "told once";
+}
+
+TEST_F(WaylandDesktopTest, aManagerThatIsFinishedIsNotTheEnd)
+{
+    open("editor");
+    const auto before = inFront(u"editor"_s);
+    compositor().run([this] { toplevels().finish(); });
+    ASSERT_TRUE(waitUntil([&] { return before->isTerminated(); }));
+    EXPECT_TRUE(waitUntil([this] { return front()->isActive(); }));
+    EXPECT_TRUE(desktop().hasToplevels());
+    open("other");
+    inFront(u"other"_s);
 }
 
 TEST_F(WaylandDesktopTest, anApplicationMayOutliveTheDesktop)
@@ -402,14 +457,14 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     EXPECT_NE(await(std::move(sending)), KeySender::Sending::sent);
     EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
     EXPECT_FALSE(application->isActive());
-    EXPECT_EQ(front(), nullptr);
+    EXPECT_EQ(front(), application) << "the last that is known";
     application->activate();
     EXPECT_FALSE(desktop().hasToplevels());
     EXPECT_FALSE(desktop().hasVirtualKeyboard());
     EXPECT_FALSE(sender.isAllowed());
     EXPECT_FALSE(sender.requestAccess());
     EXPECT_NE(await(sender.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
-    EXPECT_EQ(log.lines(u"com.brackmoor.tessly.WaylandDesktop"_s).size(), 1U);
+    EXPECT_TRUE(waitUntil([&] { return log.lines(logCategory).size() == 1; }));
 }
 
 TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd)
@@ -489,7 +544,8 @@ TEST_F(WaylandDesktopTest, theKeyMapIsTheUsers)
 {
     const QByteArray dvorak = keymapText("us", "dvorak");
     compositor().setKeymap(dvorak);
-    EXPECT_EQ(desktop().letterVKey(), std::uint32_t{KEY_DOT}) << "known from the start";
+    EXPECT_EQ(desktop().strokes(PasteChord::controlV)->at(1).key, std::uint32_t{KEY_DOT})
+        << "known from the start";
     EXPECT_TRUE(send());
     EXPECT_THAT(keys(), Contains(Key{KEY_DOT, true, control}));
     EXPECT_THAT(keymaps(), ElementsAre(dvorak + '\0'));
@@ -535,7 +591,7 @@ TEST_F(WaylandDesktopTest, withoutTheLetterAnAmericanKeyMapIsUsed)
     compositor().setKeymap(keymapText("us", "dvorak"));
     ASSERT_TRUE(letterIs(KEY_DOT));
     compositor().setKeymap(keymapText("ru"));
-    ASSERT_TRUE(letterIs(KEY_V));
+    ASSERT_TRUE(waitUntil([this] { return !desktop().strokes(PasteChord::controlV); }));
     EXPECT_TRUE(send());
     EXPECT_EQ(keys(), controlV);
     const auto given = keymaps();
@@ -562,7 +618,7 @@ TEST_F(WaylandDesktopTest, whatIsNoKeyMapDoesNotCount)
     compositor().setKeymap(us, xkb, 0);
     compositor().setKeymap(us, xkb, 100);
     EXPECT_TRUE(send());
-    EXPECT_EQ(desktop().letterVKey(), std::uint32_t{KEY_DOT});
+    EXPECT_TRUE(letterIs(KEY_DOT));
     EXPECT_THAT(keymaps(), ElementsAre(dvorak + '\0'));
 }
 

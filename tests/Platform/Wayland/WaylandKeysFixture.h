@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <linux/input-event-codes.h>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tessly::test {
@@ -58,6 +59,13 @@ protected:
             return application && application->bundleIdentifier() == id;
         })) << id.toStdString();
         return application;
+    }
+
+    /// The key of Ctrl+V where only keys can be moved.
+    std::optional<std::uint32_t> letter()
+    {
+        const auto strokes = m_applications.desktop().strokes(PasteChord::controlV);
+        return strokes ? std::optional(strokes->at(1).key) : std::nullopt;
     }
 
     /// What keys came since the last time, or the start.

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "DesktopEntries.h"
+#include "KeySender.h"
+#include "TrackedWindow.h"
+#include "WaylandEventLoop.h"
+#include "WaylandKeyboard.h"
+#include "WaylandRegistry.h"
+#include "WaylandSeat.h"
+
+#include <QFuture>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessly {
+
+class WaylandToplevels;
+
+/// One connection of WaylandDesktop, with its thread, from its making to its end.
+class WaylandDesktopConnection
+{
+public:
+    struct Options
+    {
+        std::string display = {};
+        DesktopEntries entries = {};
+        /// For each of the compositor's answers when it is waited for.
+        std::chrono::milliseconds deadline{};
+        /// For the compositor to get to the keys of a paste.
+        std::chrono::milliseconds patience{};
+    };
+
+    /// Connects; does not wait for the compositor. Throws WaylandError.
+    explicit WaylandDesktopConnection(const Options& options);
+    /// Waits for what runs on its thread.
+    ~WaylandDesktopConnection();
+    WaylandDesktopConnection(const WaylandDesktopConnection&) = delete;
+    WaylandDesktopConnection& operator=(const WaylandDesktopConnection&) = delete;
+
+    /// Waits until what the compositor has is known, and goes on by itself from then. Throws
+    /// WaylandError. `ended` is called on its thread, once, when the compositor has ended the
+    /// connection, or does not tell of windows any more.
+    void start(std::function<void()> ended);
+    /// The same without waiting: calls `ready` on its thread once that is known, and the window
+    /// that is in front, too.
+    void startLater(std::function<void()> ready, std::function<void()> ended);
+
+    // The rest once it is started, or ready:
+    [[nodiscard]] const std::shared_ptr<WaylandToplevels>& toplevels() const { return m_toplevels; }
+    [[nodiscard]] const WaylandKeyboard& keyboard() const { return *m_keyboard; }
+    [[nodiscard]] bool isConnected() const { return m_isConnected; }
+    /// As WaylandDesktop's.
+    [[nodiscard]] QFuture<KeySender::Sending>
+    press(WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target);
+
+    /// Runs a job on its thread, which goes on after the end of the connection.
+    void callAfter(std::chrono::milliseconds delay, std::function<void()> job);
+
+private:
+    void makeSeat();
+    void makeToplevels();
+    void lost();
+    void tellEnd();
+
+    const Options m_options;
+    WaylandEventLoop m_loop;
+    WaylandRegistry m_registry;
+    std::unique_ptr<WaylandKeyboard> m_keyboard;
+    std::unique_ptr<WaylandSeat> m_seat;
+    std::shared_ptr<WaylandToplevels> m_toplevels;
+    std::atomic<bool> m_isConnected = true;
+    std::function<void()> m_ended;
+};
+
+} // namespace tessly
