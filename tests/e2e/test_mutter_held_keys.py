@@ -29,7 +29,7 @@ class HeldKeys(Expecting, WaylandCase):
         with self.keyboard.held("Alt", "Shift"):
             self.portal.hold("paste-2")
             self.assertTrue(holds_for(0.3, lambda: not self.portal.keys()))
-            self.portal.let_go("paste-2")
+        self.portal.let_go("paste-2")
         self.editor.wait_for_text("needle one")
 
 

@@ -29,9 +29,9 @@ const QString deactivated = u"Deactivated"_s;
 constexpr auto longestSilence = 1s;
 
 /// How much later than a key its modifiers may be let go.
-constexpr auto modifiersLater = 150ms;
+constexpr auto modifiersLater = 250ms;
 /// How long anyone waits for keys to be let go.
-constexpr auto longestHold = 1s;
+constexpr auto longestHold = 1s + modifiersLater;
 
 /// Between tries with a portal that does not answer; then twice as long each time.
 constexpr auto firstTryAgain = 30s;

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -49,44 +48,8 @@ constexpr auto lockLater = 5s;
 /// A portal that breaks at each start is left alone.
 constexpr int brokenStartsAtMost = 3;
 
-// Keys, as the kernel numbers them.
-constexpr quint32 leftControl = 29;
-constexpr quint32 leftShift = 42;
-constexpr quint32 insert = 110;
-constexpr std::array<quint32, 8> modifiers = {
-    leftShift,   54,  // Shift
-    56,          100, // Alt
-    125,         126, // Meta
-    leftControl, 97,  // Control
-};
-
-std::optional<KeyStrokes> usualStrokes(PasteChord chord, quint32 keyOfV)
-{
-    std::vector<quint32> keys;
-    switch (chord) {
-    case PasteChord::controlV:
-        keys = {leftControl, keyOfV};
-        break;
-    case PasteChord::controlShiftV:
-        keys = {leftControl, leftShift, keyOfV};
-        break;
-    case PasteChord::shiftInsert:
-        keys = {leftShift, insert};
-        break;
-    }
-    if (std::ranges::find(keys, 0U) != keys.end()) {
-        return std::nullopt;
-    }
-    KeyStrokes strokes;
-    strokes.reserve(2 * keys.size());
-    for (const quint32 key : keys) {
-        strokes.push_back({.key = key, .isPress = true});
-    }
-    for (const quint32 key : keys | std::views::reverse) {
-        strokes.push_back({.key = key, .isPress = false});
-    }
-    return strokes;
-}
+/// As in linux/input-event-codes.h: Shift, Alt, Meta and Control, each on the left and the right.
+constexpr std::array<quint32, 8> modifiers = {42, 54, 56, 100, 125, 126, 29, 97};
 
 /// A wait that may be awaited. Ends at once with the clock's timers.
 QCoro::Task<> moment(Clock& clock, Clock::Duration duration)
@@ -103,16 +66,6 @@ QVariant asObject(const PortalSession& session)
 }
 
 } // namespace
-
-PortalKeySender::PortalKeySender(
-    DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens,
-    std::function<quint32()> keyOfV)
-    : PortalKeySender(
-          portal, std::move(tokens), Strokes([keyOfV = std::move(keyOfV)](PasteChord chord) {
-              return usualStrokes(chord, keyOfV());
-          }))
-{
-}
 
 PortalKeySender::PortalKeySender(
     DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, Strokes strokes)

@@ -41,10 +41,6 @@ public:
     /// access is requested.
     PortalKeySender(
         DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens, Strokes strokes);
-    /// The same with the usual modifier keys and one key for V; 0 for none.
-    PortalKeySender(
-        DesktopPortal& portal, std::unique_ptr<RestoreTokenFile> tokens,
-        std::function<quint32()> keyOfV);
     ~PortalKeySender() override;
 
     /// Whether the portal is there and lets programs press keys, if the user does.

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <ranges>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -71,7 +72,7 @@ protected:
             *m_portal,
             std::make_unique<RestoreTokenFile>(
                 m_tokenPath, std::make_unique<ThreadExecutor>("token")),
-            [this] { return m_keyOfV; });
+            [this](PasteChord chord) { return strokes(chord); });
     }
     /// Until the sender knows that it may ask.
     void startSenderAndWait()
@@ -100,7 +101,31 @@ protected:
 
     QTemporaryDir m_folder;
     QString m_tokenPath = m_folder.filePath(u"remote-desktop-token"_s);
-    quint32 m_keyOfV = v;
+    /// As on an American keyboard.
+    [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const
+    {
+        std::vector<int> keys;
+        if (chord == PasteChord::shiftInsert) {
+            keys = {shift, insert};
+        } else if (!m_keyOfV) {
+            return std::nullopt;
+        } else if (chord == PasteChord::controlShiftV) {
+            keys = {control, shift, *m_keyOfV};
+        } else {
+            keys = {control, *m_keyOfV};
+        }
+        KeyStrokes strokes;
+        for (const int key : keys) {
+            strokes.push_back({.key = static_cast<quint32>(key), .isPress = true});
+        }
+        for (const int key : keys | std::views::reverse) {
+            strokes.push_back({.key = static_cast<quint32>(key), .isPress = false});
+        }
+        return strokes;
+    }
+
+    /// None where no layout has the letter.
+    std::optional<int> m_keyOfV = v;
     std::unique_ptr<PortalKeySender> m_sender;
 };
 
@@ -575,7 +600,7 @@ TEST_F(PortalKeySenderTest, TheChordOfOldTerminals)
         mock().keys(), {{{shift, true}, {insert, true}, {insert, false}, {shift, false}}}));
 }
 
-TEST_F(PortalKeySenderTest, TheKeyOfVIsAskedForEachTime)
+TEST_F(PortalKeySenderTest, TheKeysOfAChordAreAskedForEachTime)
 {
     startAllowed();
     m_keyOfV = 52;
@@ -704,7 +729,7 @@ TEST_F(PortalKeySenderTest, WhatIsDownWhenTheTargetLeavesIsLetGo)
 TEST_F(PortalKeySenderTest, AKeyboardWithoutKeysForAChordIsToldSo)
 {
     startAllowed();
-    m_keyOfV = 0;
+    m_keyOfV.reset();
     EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), Sending::noKeys);
     EXPECT_THAT(mock().keys(), IsEmpty());
     EXPECT_TRUE(sender().isAllowed());
