@@ -1,11 +1,14 @@
 """sway: what is copied, by whom, and what becomes of it in the history."""
 
+import signal
 import unittest
 
 import wayland_tests
+from tessly_e2e import wait_until
 from tessly_e2e.editors import QtEditor, Terminal, WaylandTerminal
 from tessly_e2e.sway import Sway
 from tessly_e2e.waiting import holds_for
+from tessly_e2e.wayland import PlainWindow
 from tessly_e2e.wayland_case import WaylandCase
 
 
@@ -42,6 +45,46 @@ class IgnoredApplication(WaylandCase):
         # A copy made just after leaving the application still counts as its own.
         self.assertTrue(holds_for(1, lambda: self.recorded_texts() == []))
         self.expect_still_recording()
+
+
+class WithoutTheWindows(WaylandCase):
+    """The connection by which Tessly learns of windows breaks; that of the clipboard does not."""
+
+    desktop_class = Sway
+    settings = {"ignoredBundleIDs": "foot"}
+
+    def break_connection(self, connection, window):
+        """Tells more of a window than the connection of a stopped program holds."""
+        self.tessly.process.send_signal(signal.SIGSTOP)
+        for number in range(400):
+            window.set_title(f"{number} " + "x" * 1900)
+        connection.close()
+        wait_until(lambda: not self.desktop.windows.visible(app_id="noisy"), "the window is gone")
+        self.tessly.process.send_signal(signal.SIGCONT)
+        wait_until(lambda: "connection" in self.tessly.log(), "the connection breaks")
+
+    def test_an_ignored_application_stays_ignored_and_others_are_recorded_again(self):
+        connection = self.desktop.connect()
+        window = PlainWindow(connection, "noisy")
+        wait_until(lambda: self.desktop.windows.visible(app_id="noisy"), "the window is open")
+        terminal = WaylandTerminal(self.desktop).start()
+        self.clipboard.copy("secret one")
+        self.assertTrue(holds_for(1, lambda: self.recorded_texts() == []))
+        self.break_connection(connection, window)
+        self.assertTrue(terminal.is_in_front())
+        self.clipboard.copy("secret two")
+        self.assertTrue(holds_for(2, lambda: self.recorded_texts() == []))
+        self.clipboard.copy("secret three")
+        self.assertTrue(holds_for(1, lambda: self.recorded_texts() == []))
+        terminal.close()
+
+        def is_recorded():
+            self.clipboard.copy("no secret")
+            return not holds_for(1, lambda: self.history.find("no secret") is None)
+        QtEditor(self.desktop).start()
+        wait_until(is_recorded, "windows are known again")
+        self.assertEqual(self.history.find("no secret").source_app_name, "FeatherPad")
+        self.assertEqual(self.recorded_texts(), ["no secret"])
 
 
 class Commands(wayland_tests.Commands, WaylandCase):
