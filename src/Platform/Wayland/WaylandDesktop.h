@@ -46,7 +46,7 @@ public:
         std::chrono::milliseconds patience{3000};
         /// Before the connection is made again; doubled each time it fails or does not last, up to
         /// a bound.
-        std::chrono::milliseconds firstDelay{250};
+        std::chrono::milliseconds firstDelay{10};
         std::chrono::milliseconds longestDelay{60000};
     };
 
