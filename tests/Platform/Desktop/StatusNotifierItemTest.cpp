@@ -26,6 +26,32 @@ namespace tessly::test {
 
 namespace {
 
+/// A variable of the environment that has another value for a while.
+class ChangedVariable
+{
+public:
+    ChangedVariable(const char* name, const QString& value)
+        : m_name(name)
+        , m_before(qgetenv(name))
+    {
+        qputenv(name, QFile::encodeName(value));
+    }
+    ~ChangedVariable()
+    {
+        if (m_before.isNull()) {
+            qunsetenv(m_name);
+        } else {
+            qputenv(m_name, m_before);
+        }
+    }
+    ChangedVariable(const ChangedVariable&) = delete;
+    ChangedVariable& operator=(const ChangedVariable&) = delete;
+
+private:
+    const char* m_name;
+    QByteArray m_before;
+};
+
 using Presence = StatusItem::Presence;
 using Hosts = TrayHost::Hosts;
 using Behaviour = TrayHost::Behaviour;
@@ -283,8 +309,10 @@ TEST_F(StatusNotifierItemTest, ItsPictureComesInTheUsualSizesAsAlphaRedGreenBlue
 TEST_F(StatusNotifierItemTest, TheIconIsNamedOnlyWhereItIsInstalled)
 {
     const QTemporaryDir data;
-    const QByteArray before = qgetenv("XDG_DATA_HOME");
-    qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+    const QTemporaryDir system;
+    // The program may be installed on this machine.
+    const ChangedVariable home("XDG_DATA_HOME", data.path());
+    const ChangedVariable folders("XDG_DATA_DIRS", system.path());
     showInTray();
     EXPECT_EQ(m_tray->properties().value(u"IconName"_s), QString());
     const QString folder = u"icons/hicolor/scalable/apps"_s;
@@ -292,11 +320,6 @@ TEST_F(StatusNotifierItemTest, TheIconIsNamedOnlyWhereItIsInstalled)
     QFile file(data.filePath(folder + u"/com.brackmoor.tessly.svg"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_EQ(m_tray->properties().value(u"IconName"_s), u"com.brackmoor.tessly"_s);
-    if (before.isNull()) {
-        qunsetenv("XDG_DATA_HOME");
-    } else {
-        qputenv("XDG_DATA_HOME", before);
-    }
 }
 
 // Clicks
