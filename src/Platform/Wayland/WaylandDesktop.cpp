@@ -45,10 +45,25 @@ WaylandDesktop::WaylandDesktop(const Options& options)
 
 WaylandDesktop::~WaylandDesktop() = default;
 
-template <typename Job>
-void WaylandDesktop::postToMainThread(Job job)
+void WaylandDesktop::postToMainThread(std::function<void()> job)
 {
-    QMetaObject::invokeMethod(m_mainThread.get(), std::move(job), Qt::QueuedConnection);
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_jobs.push_back(std::move(job));
+    }
+    QMetaObject::invokeMethod(m_mainThread.get(), [this] { runJobs(); }, Qt::QueuedConnection);
+}
+
+void WaylandDesktop::runJobs()
+{
+    std::vector<std::function<void()>> jobs;
+    {
+        const std::scoped_lock lock(m_mutex);
+        jobs.swap(m_jobs);
+    }
+    for (const auto& job : jobs) {
+        job();
+    }
 }
 
 void WaylandDesktop::ended(const WaylandDesktopConnection* connection)

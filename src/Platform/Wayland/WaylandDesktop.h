@@ -10,9 +10,12 @@
 #include <QFuture>
 
 #include <chrono>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QObject;
 
@@ -85,12 +88,16 @@ private:
     void connected(Connection next);
     void ready(const WaylandDesktopConnection* connection);
     void ended(const WaylandDesktopConnection* connection);
-    template <typename Job>
-    void postToMainThread(Job job);
+    /// Any thread. What was done before is seen by the job.
+    void postToMainThread(std::function<void()> job);
+    void runJobs();
 
     const Options m_options;
     /// Lives on the main thread; what is posted to it is dropped when it goes.
     std::unique_ptr<QObject> m_mainThread;
+    std::mutex m_mutex;
+    /// For the main thread; guarded by the mutex.
+    std::vector<std::function<void()>> m_jobs;
     Connection m_connection;
     /// Whether the first one told of windows.
     bool m_hasToplevels = false;
