@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -19,6 +20,10 @@ public:
     [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
     /// The application id: its desktop entry's id without ".desktop", or the nearest thing to it.
     [[nodiscard]] virtual std::optional<QString> bundleIdentifier() const = 0;
+    /// Every name that the desktop has for it, its id among them: desktop-entry id,
+    /// _GTK_APPLICATION_ID, Wayland app_id, both halves of WM_CLASS. By any of them the user may
+    /// have put it on the ignore list; letter case does not matter.
+    [[nodiscard]] virtual QStringList names() const;
     /// Whether it is in front and has the keyboard.
     [[nodiscard]] virtual bool isActive() const = 0;
     /// Whether its window (the one that was in front when this object was made) is gone.
