@@ -410,7 +410,21 @@ void AppDelegate::openSettings()
 
 void AppDelegate::quitApplication()
 {
-    m_surroundings.quit();
+    if (std::exchange(m_isQuitting, true)) {
+        // Whoever asks twice does not want to wait.
+        m_surroundings.quit();
+        return;
+    }
+    settleAndQuit(this);
+}
+
+/// What was copied just now is recorded first.
+QCoro::Task<> AppDelegate::settleAndQuit(QPointer<AppDelegate> self)
+{
+    co_await self->m_model->settleForGood();
+    if (self) {
+        self->m_surroundings.quit();
+    }
 }
 
 } // namespace tessly

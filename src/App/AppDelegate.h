@@ -56,6 +56,9 @@ public:
 
     [[nodiscard]] AppModel& model() { return *m_model; }
 
+    /// Ends the program once what was copied by now is in the history; at once if called again.
+    void quitApplication();
+
     /// Whether the session bus has not answered in all the time since the start.
     [[nodiscard]] bool isBusSilent() const { return m_bus && m_bus->isConnecting(); }
 
@@ -82,7 +85,7 @@ private:
     void toggleMonitoring();
     void clearHistory();
     void openSettings();
-    void quitApplication();
+    static QCoro::Task<> settleAndQuit(QPointer<AppDelegate> self);
 
     /// A window of the factory's; null if it cannot be made.
     template <typename View, typename... Model>
@@ -96,6 +99,7 @@ private:
     Surroundings m_surroundings;
     /// Present while a test of the interface runs the program.
     std::optional<QString> m_uiTestingMode;
+    bool m_isQuitting = false;
     std::unique_ptr<DesktopPlatform> m_platform;
     GlobalHotKeyManager m_hotKeys;
     DirectPasteKeys m_directPasteKeys;

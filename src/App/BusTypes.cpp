@@ -99,7 +99,7 @@ QVariantMap busStatus(const StatusReport& report)
         {u"bytes"_s, report.bytes},         {u"session"_s, report.session},
         {u"capture"_s, report.capture},     {u"paste"_s, report.paste},
         {u"hotKeys"_s, report.hotKeys},     {u"tray"_s, report.tray},
-        {u"protocols"_s, report.protocols},
+        {u"protocols"_s, report.protocols}, {u"lastError"_s, report.lastError},
     };
 }
 
@@ -112,6 +112,7 @@ StatusReport statusReport(const QVariantMap& map)
         .pinned = map.value(u"pinned"_s).toLongLong(),
         .bytes = map.value(u"bytes"_s).toLongLong(),
         .session = map.value(u"session"_s).toString(),
+        .lastError = map.value(u"lastError"_s).toString(),
         .protocols = map.value(u"protocols"_s).toStringList(),
         .capture = map.value(u"capture"_s).toBool(),
         .paste = map.value(u"paste"_s).toBool(),

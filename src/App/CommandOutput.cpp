@@ -38,10 +38,10 @@ QString jsonString(const std::optional<QString>& value)
     return value ? tessly::jsonString(*value) : u"null"_s;
 }
 
-using Members = std::initializer_list<std::pair<QLatin1StringView, QString>>;
+using Members = std::vector<std::pair<QLatin1StringView, QString>>;
 
 /// The values are JSON already. In this order.
-QString jsonObject(Members members)
+QString jsonObject(const Members& members)
 {
     QString json(u'{');
     for (const auto& [key, value] : members) {
@@ -131,7 +131,7 @@ QString listText(const std::vector<ClipSummary>& entries, double now, std::optio
 
 QByteArray statusJSON(const StatusReport& report)
 {
-    const QString json = jsonObject({
+    Members members = {
         {"running"_L1, jsonBoolean(report.isRunning)},
         {"paused"_L1, jsonBoolean(report.isPaused)},
         {"items"_L1, QString::number(report.items)},
@@ -143,13 +143,17 @@ QByteArray statusJSON(const StatusReport& report)
         {"hotKeys"_L1, jsonBoolean(report.hotKeys)},
         {"tray"_L1, jsonBoolean(report.tray)},
         {"protocols"_L1, jsonStrings(report.protocols)},
-    });
+    };
+    if (!report.lastError.isEmpty()) {
+        members.emplace_back("lastError"_L1, tessly::jsonString(report.lastError));
+    }
+    const QString json = jsonObject(members);
     return json.toUtf8() + '\n';
 }
 
 QString statusText(const StatusReport& report)
 {
-    return uR"(running   %1
+    QString text = uR"(running   %1
 paused    %2
 items     %3
 pinned    %4
@@ -167,6 +171,10 @@ tray      %11
         report.protocols.isEmpty() ? u"none"_s : terminalLine(report.protocols.join(u", "_s)),
         yesOrNo(report.capture), yesOrNo(report.paste), yesOrNo(report.hotKeys),
         yesOrNo(report.tray));
+    if (!report.lastError.isEmpty()) {
+        text += u"The last copy could not be saved: %1\n"_s.arg(terminalLine(report.lastError));
+    }
+    return text;
 }
 
 } // namespace tessly

@@ -113,6 +113,11 @@ QCoro::Task<> HistoryCommands::withClip(
     std::optional<Clip> clip;
     ActionOutcome outcome;
     try {
+        // The first is what was copied last, if that was only just now.
+        co_await self->m_dependencies.model.settle();
+        if (!self) {
+            co_return;
+        }
         clip = co_await self->m_dependencies.store.clip(position);
         if (!clip) {
             outcome = noSuchPosition(position);
@@ -134,17 +139,19 @@ void HistoryCommands::list(
     const QString& query, std::optional<ClipKind> kind, qint64 limit,
     std::function<void(Entries)> answer, ActionCompletion failed)
 {
-    answerList(
-        this, m_dependencies.store.summaries(query, kind, limit), std::move(answer),
-        std::move(failed));
+    answerList(this, query, kind, limit, std::move(answer), std::move(failed));
 }
 
 QCoro::Task<> HistoryCommands::answerList(
-    QPointer<HistoryCommands> self, QCoro::Task<Entries> entries,
+    QPointer<HistoryCommands> self, QString query, std::optional<ClipKind> kind, qint64 limit,
     std::function<void(Entries)> answer, ActionCompletion failed)
 {
     try {
-        Entries found = co_await entries;
+        co_await self->m_dependencies.model.settle();
+        if (!self) {
+            co_return;
+        }
+        Entries found = co_await self->m_dependencies.store.summaries(query, kind, limit);
         if (self && answer) {
             answer(std::move(found));
         }
@@ -178,6 +185,7 @@ QCoro::Task<> HistoryCommands::answerStatus(
             .pinned = statistics.pinnedItems,
             .bytes = statistics.databaseBytes,
             .session = sessionType(),
+            .lastError = self->m_dependencies.model.lastError().value_or(QString()),
             .protocols = abilities.protocols ? abilities.protocols() : QStringList(),
             .capture = isTrue(abilities.capture),
             .paste = isTrue(abilities.paste),

@@ -68,7 +68,7 @@ private:
     static QCoro::Task<>
     withClip(QPointer<HistoryCommands> self, qint64 position, Act act, ActionCompletion completion);
     static QCoro::Task<> answerList(
-        QPointer<HistoryCommands> self, QCoro::Task<Entries> entries,
+        QPointer<HistoryCommands> self, QString query, std::optional<ClipKind> kind, qint64 limit,
         std::function<void(Entries)> answer, ActionCompletion failed);
     static QCoro::Task<> answerStatus(
         QPointer<HistoryCommands> self, std::function<void(const StatusReport&)> answer,

@@ -16,6 +16,8 @@ struct StatusReport
     qint64 bytes = 0;
     /// "x11" or "wayland".
     QString session;
+    /// Why the last save failed, if no later one has succeeded; else empty.
+    QString lastError = {};
     /// The names of what was found to work with.
     QStringList protocols;
     // Whether each works on this desktop, now. Nothing does while the program does not run.

@@ -41,10 +41,7 @@ void WaylandPlatform::makePasteboard(
     }
     auto pasteboard = std::make_unique<WaylandPasteboard>();
     pasteboard->setConnectionLost(connectionLost);
-    m_clipboard.hasWritten = [pasteboard = pasteboard.get()] { return pasteboard->hasWritten(); };
-    m_clipboard.offerAsPrimary = [pasteboard = pasteboard.get()] {
-        return pasteboard->offerAsPrimary();
-    };
+    m_clipboard = PasteClipboard::of(*pasteboard);
     m_pasteboard = std::move(pasteboard);
 }
 

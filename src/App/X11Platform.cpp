@@ -8,9 +8,7 @@ namespace tessly {
 
 X11Platform::X11Platform(const DesktopChoice& choice, std::function<void()> connectionLost)
     : FreedesktopPlatform(choice)
-    , m_keys(
-          m_desktop, {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
-                      .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }})
+    , m_keys(m_desktop, PasteClipboard::of(m_pasteboard), m_pasteboard.ownerWindow())
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {
     m_pasteboard.setConnectionLost(std::move(connectionLost));

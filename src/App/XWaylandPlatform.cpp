@@ -16,9 +16,7 @@ XWaylandPlatform::XWaylandPlatform(
     , m_sender(
           m_portal, makeRestoreTokenFile(),
           [this](PasteChord chord) { return m_compositor.strokes(chord); })
-    , m_keys(
-          m_sender, {.hasWritten = [this] { return m_pasteboard.hasWritten(); },
-                     .offerAsPrimary = [this] { return m_pasteboard.offerAsPrimary(); }})
+    , m_keys(m_sender, PasteClipboard::of(m_pasteboard))
     , m_hotKeys(m_portal, clock, directPasteShortcut)
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {

@@ -139,7 +139,7 @@ int start(int argc, char** argv)
             .views = [&views] { return views.factory(); },
             .quit = quit,
         });
-        const TerminationSignals signalsWatch(quit);
+        const TerminationSignals signalsWatch([&delegate] { delegate.quitApplication(); });
         delegate.applicationDidFinishLaunching();
         // Not QGuiApplication's, which begins by waiting for the session bus.
         status = QCoreApplication::exec();

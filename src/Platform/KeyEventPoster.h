@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Pasteboard.h"
 #include "RunningApplication.h"
 
 #include <QCoroTask>
@@ -13,6 +14,8 @@ enum class PostResult {
     posted,
     /// The target was not in front when the keys were due; none were sent.
     targetNotInFront,
+    /// Something else was on the pasteboard when the keys were due; none were sent.
+    contentReplaced,
     /// The keys cannot be made here: no such key, no such facility, the desktop went away, or it
     /// did not take what was to be pasted.
     failed,
@@ -35,10 +38,10 @@ public:
     /// now or later, what came of it.
     [[nodiscard]] virtual bool requestAccess() = 0;
 
-    /// Presses and releases the keys by which `target` pastes the clipboard, and nothing else,
-    /// whatever the user holds down.
+    /// Presses and releases the keys by which `target` pastes what was written with this ticket,
+    /// and nothing else, whatever the user holds down.
     [[nodiscard]] virtual QCoro::Task<PostResult>
-    postPaste(std::shared_ptr<RunningApplication> target) = 0;
+    postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content) = 0;
 };
 
 } // namespace tessly

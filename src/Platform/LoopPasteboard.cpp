@@ -12,6 +12,7 @@ namespace tessly {
 LoopPasteboard::LoopPasteboard()
     : m_mainThread(std::make_unique<QObject>())
 {
+    m_state.changed = [this] { postChanged(); };
 }
 
 LoopPasteboard::~LoopPasteboard() = default;
@@ -19,6 +20,28 @@ LoopPasteboard::~LoopPasteboard() = default;
 void LoopPasteboard::setConnectionLost(std::function<void()> callback)
 {
     m_connectionLost = std::move(callback);
+}
+
+void LoopPasteboard::setChanged(std::function<void()> changed)
+{
+    m_changed = std::move(changed);
+}
+
+void LoopPasteboard::postChanged()
+{
+    if (m_isChangePosted.exchange(true)) {
+        return;
+    }
+    QMetaObject::invokeMethod(
+        m_mainThread.get(),
+        [this] {
+            // First: a change from now on is told of by another job.
+            m_isChangePosted = false;
+            if (const auto changed = m_changed) {
+                changed();
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void LoopPasteboard::start(LoopClipboard& clipboard, Post post)
@@ -79,14 +102,24 @@ LoopPasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
         });
 }
 
-bool LoopPasteboard::write(std::vector<PasteboardItem> items)
+QCoro::Task<> LoopPasteboard::catchUp()
+{
+    co_await ask(false, [](LoopClipboard& clipboard, const auto& done) {
+        clipboard.catchUp([done] { done(true); });
+    });
+}
+
+WriteTicket LoopPasteboard::write(std::vector<PasteboardItem> items)
 {
     std::erase_if(items, [](const PasteboardItem& item) { return item.isEmpty(); });
     if (items.empty() || !m_state.isWritable) {
-        return false;
+        return {};
     }
-    m_loop.post([clipboard = m_clipboard, items = std::move(items)] { clipboard->write(items); });
-    return true;
+    const WriteTicket ticket(++m_lastTicket);
+    m_loop.post([clipboard = m_clipboard, items = std::move(items), ticket] {
+        clipboard->write(items, ticket);
+    });
+    return ticket;
 }
 
 void LoopPasteboard::clear()
@@ -102,16 +135,18 @@ void LoopPasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pastebo
     });
 }
 
-QCoro::Task<bool> LoopPasteboard::hasWritten()
+QCoro::Task<bool> LoopPasteboard::holds(WriteTicket ticket)
 {
-    return ask(
-        false, [](LoopClipboard& clipboard, const auto& done) { clipboard.awaitWrites(done); });
+    return ask(false, [ticket](LoopClipboard& clipboard, const auto& done) {
+        clipboard.holds(ticket, done);
+    });
 }
 
-QCoro::Task<bool> LoopPasteboard::offerAsPrimary()
+QCoro::Task<bool> LoopPasteboard::offerAsPrimary(WriteTicket ticket)
 {
-    return ask(
-        false, [](LoopClipboard& clipboard, const auto& done) { clipboard.offerAsPrimary(done); });
+    return ask(false, [ticket](LoopClipboard& clipboard, const auto& done) {
+        clipboard.offerAsPrimary(ticket, done);
+    });
 }
 
 } // namespace tessly

@@ -3,6 +3,7 @@
 #include "LoopClipboard.h"
 #include "Pasteboard.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -22,25 +23,33 @@ public:
     /// is unreadable, what is written is refused.
     void setConnectionLost(std::function<void()> callback);
 
-    [[nodiscard]] qint64 changeCount() const final { return m_state.changeCount; }
+    [[nodiscard]] qint64 changeCount() const final { return m_state.changeCount(); }
+    [[nodiscard]] Clock::Duration contentAge() const final { return m_state.contentAge(); }
+    [[nodiscard]] bool notifiesOfChanges() const final { return true; }
+    void setChanged(std::function<void()> changed) final;
+    [[nodiscard]] QCoro::Task<> catchUp() final;
     [[nodiscard]] PasteboardAccess access() const final { return PasteboardAccess::available; }
     [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) final;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArray>>
     read(qint64 changeCount, Flavour flavour, qint64 byteLimit) final;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArrayList>>
     readFileURLs(qint64 changeCount, qint64 byteLimit) final;
-    [[nodiscard]] bool write(std::vector<PasteboardItem> items) final;
+    [[nodiscard]] WriteTicket write(std::vector<PasteboardItem> items) final;
+    /// False if the desktop did not take what was written, or something else is there.
+    [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) final;
+    [[nodiscard]] quint64 fetchCount() const final { return m_state.fetchCount; }
     void clear() final;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) final;
 
-    /// True once what was written last has been put on the clipboard, so that programs that read it
-    /// from then on find that or something newer; false if the desktop did not take it.
-    [[nodiscard]] QCoro::Task<bool> hasWritten();
-
-    /// Offers what was written last as PRIMARY, too, for programs that paste only that, until
-    /// another program takes it or `clear`. True once it is so; false if the program does not own
-    /// the clipboard (any more), or there is no PRIMARY.
-    [[nodiscard]] QCoro::Task<bool> offerAsPrimary();
+    /// Offers what was written with this ticket as PRIMARY, too, for programs that paste only that,
+    /// until another program takes it or `clear`. True once it is so; false if it is not the
+    /// clipboard's content (any more), or there is no PRIMARY.
+    [[nodiscard]] QCoro::Task<bool> offerAsPrimary(WriteTicket ticket);
+    /// Whether the content is that of this write, as far as has been heard. Any thread.
+    [[nodiscard]] bool seemsToHold(WriteTicket ticket) const
+    {
+        return ticket && m_state.heldTicket() == ticket.number();
+    }
 
 protected:
     /// Runs a job on the thread of the connection.
@@ -63,8 +72,14 @@ private:
     template <typename Value, typename Ask>
     [[nodiscard]] QCoro::Task<Value> ask(Value fallback, Ask ask);
 
+    /// Any thread. Several calls in a row lead to one job.
+    void postChanged();
+
     LoopClipboard::State m_state;
+    std::atomic<bool> m_isChangePosted = false;
+    std::function<void()> m_changed;
     std::function<void()> m_connectionLost;
+    quint64 m_lastTicket = 0;
     /// Lives on the main thread; what is posted to it is dropped when it goes.
     std::unique_ptr<QObject> m_mainThread;
     LoopClipboard* m_clipboard = nullptr;

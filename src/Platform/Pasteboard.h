@@ -1,11 +1,14 @@
 #pragma once
 
+#include "Clock.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QCoroTask>
 #include <QSet>
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -61,6 +64,26 @@ struct PasteboardItem
     bool operator==(const PasteboardItem&) const = default;
 };
 
+/// Tells one write of the program from every other. Equal to none but itself; false if nothing was
+/// written.
+class WriteTicket
+{
+public:
+    WriteTicket() = default;
+    explicit WriteTicket(quint64 number)
+        : m_number(number)
+    {
+    }
+
+    [[nodiscard]] explicit operator bool() const { return m_number != 0; }
+    /// Zero if nothing was written; later writes have greater numbers.
+    [[nodiscard]] quint64 number() const { return m_number; }
+    bool operator==(const WriteTicket&) const = default;
+
+private:
+    quint64 m_number = 0;
+};
+
 /// Whether the desktop lets the program read the pasteboard.
 enum class PasteboardAccess { available, askEveryTime, denied };
 
@@ -84,6 +107,19 @@ public:
     /// A number that changes with every new content, whoever wrote it. A read of memory.
     [[nodiscard]] virtual qint64 changeCount() const = 0;
 
+    /// How long the present content has been there, as far as the program knows.
+    [[nodiscard]] virtual Clock::Duration contentAge() const = 0;
+
+    /// Whether the desktop tells of changes. Where it does not, `changeCount` has to be looked at
+    /// from time to time.
+    [[nodiscard]] virtual bool notifiesOfChanges() const = 0;
+    /// `changed` is called after the change count has moved on, once for several changes that come
+    /// close together. Replaces the one given before; empty: nobody is called.
+    virtual void setChanged(std::function<void()> changed) = 0;
+    /// Waits until every change that the desktop knew of at the time of the call shows in
+    /// `changeCount`.
+    [[nodiscard]] virtual QCoro::Task<> catchUp() = 0;
+
     [[nodiscard]] virtual PasteboardAccess access() const = 0;
 
     /// The names of all types offered for the content of `changeCount`; an empty set for an empty
@@ -100,16 +136,22 @@ public:
     [[nodiscard]] virtual QCoro::Task<ReadResult<QByteArrayList>>
     readFileURLs(qint64 changeCount, qint64 byteLimit) = 0;
 
-    /// Replaces the content, in one step, by these items and the marker. False, with the content
-    /// left as it was, if there is nothing in them or the desktop refuses.
-    [[nodiscard]] virtual bool write(std::vector<PasteboardItem> items) = 0;
+    /// Replaces the content, in one step, by these items and the marker. No ticket, with the
+    /// content left as it was, if there is nothing in them or the desktop refuses.
+    [[nodiscard]] virtual WriteTicket write(std::vector<PasteboardItem> items) = 0;
+    /// Whether the content is that of this write. Answers once the write is through: if true, who
+    /// reads from then on finds that content or a newer one.
+    [[nodiscard]] virtual QCoro::Task<bool> holds(WriteTicket ticket) = 0;
+    /// How often other programs have asked for content (lists of types do not count) that the
+    /// program offered. A read of memory.
+    [[nodiscard]] virtual quint64 fetchCount() const = 0;
 
     /// Leaves the pasteboard empty, which is a change.
     virtual void clear() = 0;
 
     /// Offers these items (with the marker) once the owner of the content of `changeCount` goes
-    /// away, or at once if it has, unless newer content has come. A new content, whoever wrote it,
-    /// ends this.
+    /// away, or at once if it has, unless newer content has come. Takes the place of the items
+    /// given before; without any, nothing is offered. A new content, whoever wrote it, ends this.
     virtual void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) = 0;
 };
 

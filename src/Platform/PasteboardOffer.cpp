@@ -22,7 +22,8 @@ first(const std::vector<PasteboardItem>& items, std::optional<QByteArray> Pasteb
 
 } // namespace
 
-PasteboardOffer::PasteboardOffer(const std::vector<PasteboardItem>& items)
+PasteboardOffer::PasteboardOffer(const std::vector<PasteboardItem>& items, WriteTicket ticket)
+    : m_ticket(ticket)
 {
     if (const auto text = first(items, &PasteboardItem::plainText)) {
         const bool fitsString = fitsLatin1(*text);

@@ -16,7 +16,10 @@ class PasteboardOffer
 public:
     /// Goes through the text once, to tell whether it fits STRING. Of several items with the same
     /// flavour the first counts; files are put together into one list.
-    explicit PasteboardOffer(const std::vector<PasteboardItem>& items);
+    /// `ticket` is that of the write, if it is one.
+    explicit PasteboardOffer(const std::vector<PasteboardItem>& items, WriteTicket ticket = {});
+
+    [[nodiscard]] WriteTicket ticket() const { return m_ticket; }
 
     /// Every name once, the most telling ones first.
     [[nodiscard]] const QByteArrayList& names() const { return m_names; }
@@ -31,6 +34,7 @@ public:
 private:
     void add(QByteArrayView name, const QByteArray& bytes);
 
+    const WriteTicket m_ticket;
     QByteArrayList m_names;
     /// One for each name.
     QByteArrayList m_bytes;

@@ -25,10 +25,10 @@ public:
     /// themselves.
     [[nodiscard]] virtual std::shared_ptr<RunningApplication> frontmostApplication() const = 0;
 
-    /// The applications that were in front at any moment of the last `span`, the earliest first. The
-    /// last element is what is in front now: null if nothing is. Their names are looked up anew,
-    /// since some programs name themselves only after their window has been shown. Answers from
-    /// memory where the desktop does not.
+    /// The applications that were in front at any moment of the last `span`, the earliest first.
+    /// The last element is what is in front now: null if nothing is. Their names are looked up
+    /// anew, since some programs name themselves only after their window has been shown. Answers
+    /// from memory where the desktop does not.
     [[nodiscard]] virtual QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
     inFrontDuring(Clock::Duration span);
 

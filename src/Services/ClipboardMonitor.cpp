@@ -1,8 +1,11 @@
 #include "ClipboardMonitor.h"
 
+#include "IgnoredApplicationNames.h"
 #include "PasteboardItems.h"
 #include "Trace.h"
-#include "Workspace.h"
+
+#include <QCoroFuture>
+#include <QLoggingCategory>
 
 #include <algorithm>
 #include <array>
@@ -15,8 +18,23 @@ namespace tessly {
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcMonitor, "com.brackmoor.tessly.ClipboardMonitor")
+
+/// How often to look where the desktop does not tell of changes.
 constexpr Clock::Duration tickInterval = 350ms;
+/// Applications that were in front within this time before a change may be where it comes from.
+constexpr Clock::Duration lookBack = 350ms;
+/// Programs that set several things in a row are read once: this long after the last of them, and
+/// this long after the first at the latest.
+constexpr Clock::Duration quietTime = 20ms;
+constexpr Clock::Duration longestQuietWait = 60ms;
 constexpr qint64 bytesPerMB = 1'048'576;
+/// What an image that is still to be decoded may have, whatever the limit for a payload, and in
+/// proportion to that.
+constexpr qint64 undecodedBytes = 64 * bytesPerMB;
+constexpr qint64 undecodedFactor = 4;
+/// Listed by owners that change what they offer without taking the clipboard again (Tk).
+constexpr auto mutableContentType = "TK_APPLICATION"_L1;
 
 /// Types by which owners, mostly password managers, ask for their content to be left alone.
 const QSet<QString>& sensitiveTypes()
@@ -41,90 +59,193 @@ constexpr std::array<std::pair<Flavour, std::optional<QByteArray> Fields::*>, 3>
     {Flavour::html, &Fields::html},
 }};
 
-/// Puts what was read of one flavour into its field and takes it off the bytes that may still be
-/// read. False if the whole content is to be dropped.
-bool take(ReadResult<QByteArray> result, std::optional<QByteArray>& field, qint64& bytesLeft)
+// Why a copy was not recorded, as the log tells.
+constexpr auto typesUnreadable = "its types could not be read in time";
+constexpr auto unreadable = "its content could not be read in time";
+constexpr auto overtaken = "a newer copy took its place before it was read";
+constexpr auto tooLarge = "it is larger than the configured maximum";
+constexpr auto undecodable = "its image could not be read";
+constexpr auto nothingReadable = "its owner handed over nothing of what can be recorded";
+constexpr auto ended = "recording ended before it was read";
+
+qint64 byteCount(const QByteArray& bytes)
 {
-    if (result.status == ReadStatus::read) {
-        bytesLeft -= result.value.size();
-        field = std::move(result.value);
-        return bytesLeft >= 0;
-    }
-    return result.status == ReadStatus::absent;
+    return bytes.size();
 }
 
-bool take(ReadResult<QByteArrayList> result, QByteArrayList& field, qint64& bytesLeft)
+qint64 byteCount(const QByteArrayList& list)
 {
-    if (result.status == ReadStatus::read) {
-        for (const QByteArray& url : std::as_const(result.value)) {
-            bytesLeft -= url.size();
-        }
-        field = std::move(result.value);
-        return bytesLeft >= 0;
+    qint64 count = 0;
+    for (const QByteArray& bytes : list) {
+        count += bytes.size();
     }
-    return result.status == ReadStatus::absent;
+    return count;
+}
+
+/// Puts what was read of one flavour into its field and takes it off the bytes that may still be
+/// read. If the whole content is to be dropped: why.
+template <typename Value, typename Field>
+const char* putInto(Field& field, ReadResult<Value> result, qint64& bytesLeft)
+{
+    switch (result.status) {
+    case ReadStatus::read:
+        bytesLeft -= byteCount(result.value);
+        field = std::move(result.value);
+        return bytesLeft < 0 ? tooLarge : nullptr;
+    case ReadStatus::absent:
+        return nullptr;
+    case ReadStatus::tooLarge:
+        return tooLarge;
+    case ReadStatus::unreadable:
+        return unreadable;
+    }
+    Q_UNREACHABLE();
+}
+
+/// As the program's own, or as one to be left alone.
+bool isMarked(const QSet<QString>& types)
+{
+    return types.contains(Pasteboard::markerType) || types.intersects(sensitiveTypes());
 }
 
 } // namespace
 
 ClipboardMonitor::ClipboardMonitor(
-    Dependencies dependencies, OnCapture onCapture, OnAccessIssue onAccessIssue,
-    CurrentApplication currentApplication, QObject* parent)
+    Dependencies dependencies, OnCapture onCapture, OnAccessIssue onAccessIssue, QObject* parent)
     : QObject(parent)
     , m_dependencies(dependencies)
     , m_onCapture(std::move(onCapture))
     , m_onAccessIssue(std::move(onAccessIssue))
-    , m_currentApplication(std::move(currentApplication))
 {
 }
 
-ClipboardMonitor::~ClipboardMonitor() = default;
+ClipboardMonitor::~ClipboardMonitor()
+{
+    stop();
+}
 
 void ClipboardMonitor::start()
 {
-    if (m_timer) {
+    if (std::exchange(m_isStarted, true)) {
         return;
     }
-    m_lastChangeCount = m_dependencies.pasteboard.changeCount();
-    m_lastObservedApplication = m_currentApplication();
-    m_timer = m_dependencies.clock.every(tickInterval, [this] { poll(); });
+    Pasteboard& pasteboard = m_dependencies.pasteboard;
+    m_lastChangeCount = pasteboard.changeCount();
+    if (pasteboard.notifiesOfChanges()) {
+        pasteboard.setChanged([this] { contentChanged(); });
+    } else {
+        m_ticks = m_dependencies.clock.every(tickInterval, [this] { poll(); });
+    }
+    m_dependencies.workspace.setFrontmostChanged([this] { lookAtMutable(); });
     trace("recording");
 }
 
 void ClipboardMonitor::stop()
 {
-    m_timer.reset();
-    m_recording.reset();
+    if (!std::exchange(m_isStarted, false)) {
+        return;
+    }
+    m_dependencies.pasteboard.setChanged({});
+    m_dependencies.workspace.setFrontmostChanged({});
+    m_ticks.reset();
+    m_quiet.reset();
+    m_latest.reset();
+    m_mutable.reset();
+    for (const auto& unfinished : m_unfinished) {
+        Q_UNUSED(unfinished)
+        log(ended);
+    }
+    finishAll();
 }
 
 void ClipboardMonitor::togglePaused()
 {
     m_isPaused = !m_isPaused;
     if (m_isPaused) {
-        m_recording.reset();
+        m_mutable.reset();
+        finishAll();
     } else {
         m_lastChangeCount = m_dependencies.pasteboard.changeCount();
-        m_lastObservedApplication = m_currentApplication();
     }
     Q_EMIT isPausedChanged();
 }
 
+/// The pasteboard tells that it has changed.
+void ClipboardMonitor::contentChanged()
+{
+    const auto age = m_dependencies.pasteboard.contentAge();
+    const auto wait = [age](Clock::Duration duration) {
+        return std::max(duration - age, Clock::Duration::zero());
+    };
+    Clock& clock = m_dependencies.clock;
+    m_quiet = clock.after(wait(quietTime), [this] { look(); });
+    if (!m_latest) {
+        m_latest = clock.after(wait(longestQuietWait), [this] { look(); });
+    }
+}
+
+void ClipboardMonitor::look()
+{
+    m_quiet.reset();
+    m_latest.reset();
+    poll();
+}
+
 void ClipboardMonitor::poll()
 {
-    Change change;
-    change.current = m_currentApplication();
-    change.previous = std::exchange(m_lastObservedApplication, change.current);
-    change.changeCount = m_dependencies.pasteboard.changeCount();
-    if (change.changeCount == m_lastChangeCount) {
+    const qint64 changeCount = m_dependencies.pasteboard.changeCount();
+    if (changeCount == m_lastChangeCount) {
         return;
     }
-    m_lastChangeCount = change.changeCount;
-    m_recording.reset();
-    if (m_isPaused || !hasAccess()) {
-        return;
+    m_lastChangeCount = changeCount;
+    m_mutable.reset();
+    if (const auto older = m_reading) {
+        log(overtaken);
+        finish(*older);
     }
-    m_recording = change.changeCount;
-    record(this, std::move(change));
+    if (!m_isPaused && hasAccess()) {
+        record(this, beginReading(changeCount));
+    }
+}
+
+QCoro::Task<> ClipboardMonitor::settle(Clock::Duration timeout)
+{
+    if (!m_isStarted || m_isPaused) {
+        co_return;
+    }
+    const auto call = std::make_shared<Settling>();
+    call->promise.start();
+    call->timeout = m_dependencies.clock.after(timeout, [weak = std::weak_ptr(call)] {
+        if (const auto call = weak.lock()) {
+            call->promise.finish();
+        }
+    });
+    m_settling.push_back(call);
+    QFuture<void> settled = call->promise.future();
+    catchUp(this, call);
+    co_await settled;
+}
+
+QCoro::Task<>
+ClipboardMonitor::catchUp(QPointer<ClipboardMonitor> self, std::shared_ptr<Settling> call)
+{
+    co_await self->m_dependencies.pasteboard.catchUp();
+    if (!self) {
+        call->promise.finish();
+        co_return;
+    }
+    call->isCaughtUp = true;
+    self->look();
+    self->lookAtMutable();
+    self->endSettling();
+}
+
+/// The user may have copied once more where nobody is told of it.
+void ClipboardMonitor::lookAtMutable()
+{
+    if (m_mutable && !m_reading) {
+        recordAgain(this, beginReading(m_mutable->changeCount));
+    }
 }
 
 /// Whether the desktop lets the content be read; reports each restriction once.
@@ -148,101 +269,266 @@ bool ClipboardMonitor::hasAccess()
     return !issue;
 }
 
-/// Whether neither the types on offer nor the applications that the content can have come from
-/// speak against recording it. The application in front a tick ago counts too: the user may have
-/// switched away right after copying.
-bool ClipboardMonitor::isToBeRecorded(const QSet<QString>& types, const Change& change) const
+/// Every one that was in front lately counts: the user may have switched away right after copying.
+bool ClipboardMonitor::isAnyIgnored(const Applications& applications) const
 {
-    if (types.contains(Pasteboard::markerType) || types.intersects(sensitiveTypes())) {
-        return false;
-    }
     const QSet<QString> ignored = m_dependencies.settings.ignoredBundleIDs();
-    return std::ranges::none_of(
-        std::array{change.previous, change.current},
-        [&ignored](const std::optional<SourceApplication>& application) {
-            return application && application->bundleIdentifier &&
-                   ignored.contains(application->bundleIdentifier->toLower());
-        });
+    return std::ranges::any_of(applications, [&ignored](const auto& application) {
+        return application && isIgnored(application->names(), ignored);
+    });
+}
+
+/// The application in front; one that was before, if that is the program itself.
+ClipboardMonitor::Source ClipboardMonitor::sourceOf(const Applications& applications)
+{
+    const auto isOwn = [](const auto& application) {
+        return application && application->bundleIdentifier() == ownBundleIdentifier;
+    };
+    if (applications.empty() || !applications.back()) {
+        return {};
+    }
+    for (auto candidate = applications.rbegin(); candidate != applications.rend(); ++candidate) {
+        if (*candidate && !isOwn(*candidate)) {
+            return {(*candidate)->localizedName(), (*candidate)->bundleIdentifier()};
+        }
+    }
+    return {};
+}
+
+bool ClipboardMonitor::isInFront(const Source& source) const
+{
+    const auto application = m_dependencies.workspace.frontmostApplication();
+    return application &&
+           source == Source{application->localizedName(), application->bundleIdentifier()};
 }
 
 qint64 ClipboardMonitor::byteLimit() const
 {
-    return std::clamp<qint64>(m_dependencies.settings.maxItemSizeMB(), 1, 250) * bytesPerMB;
+    const qint64 megabytes = std::clamp<qint64>(m_dependencies.settings.maxItemSizeMB(), 1, 250);
+    return megabytes * bytesPerMB;
 }
 
-/// Reads the content of a change, flavour by flavour, and hands it on, unless something speaks
-/// against it. Not a byte of it is asked for before its types are known.
-QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Change change)
+bool ClipboardMonitor::isWanted(const Reading& reading) const
+{
+    return m_unfinished.contains(reading.number);
+}
+
+ClipboardMonitor::Reading ClipboardMonitor::beginReading(qint64 changeCount)
+{
+    m_reading = Reading{.number = ++m_readings, .changeCount = changeCount};
+    m_unfinished.emplace(m_reading->number, std::nullopt);
+    return *m_reading;
+}
+
+/// It has come to nothing.
+void ClipboardMonitor::finish(const Reading& reading)
+{
+    if (m_reading && m_reading->number == reading.number) {
+        m_reading.reset();
+    }
+    m_unfinished.erase(reading.number);
+    handOn();
+}
+
+void ClipboardMonitor::finishAll()
+{
+    m_reading.reset();
+    m_unfinished.clear();
+    endSettling();
+}
+
+/// Hands on what is ready, in the order of the copies: decoding an image may take longer than to
+/// copy again.
+void ClipboardMonitor::handOn()
+{
+    const QPointer self(this);
+    while (!m_unfinished.empty() && m_unfinished.begin()->second) {
+        const Capture capture = *std::move(m_unfinished.begin()->second);
+        m_unfinished.erase(m_unfinished.begin());
+        m_onCapture(capture.payload, capture.source.name, capture.source.bundleIdentifier);
+        if (!self) {
+            return;
+        }
+    }
+    endSettling();
+}
+
+/// Those who wait go on, in their order, if nothing is left to be waited for.
+void ClipboardMonitor::endSettling()
+{
+    if (!m_unfinished.empty()) {
+        return;
+    }
+    std::vector<std::shared_ptr<Settling>> calls;
+    std::swap(calls, m_settling);
+    for (const auto& call : calls) {
+        if (call->isCaughtUp || !m_isStarted) {
+            call->promise.finish();
+        } else {
+            m_settling.push_back(call);
+        }
+    }
+}
+
+void ClipboardMonitor::log(const char* loss)
+{
+    qCWarning(lcMonitor, "A copy was not recorded: %s.", loss);
+}
+
+QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading reading)
 {
     // What they refer to is sure to be there only as long as the monitor, which is asked after each
     // await.
     const Dependencies dependencies = self->m_dependencies;
-    Pasteboard& pasteboard = dependencies.pasteboard;
-    const auto isWanted = [&self, &change] {
-        return self && self->m_recording == change.changeCount;
-    };
+    const auto isWanted = [&self, &reading] { return self && self->isWanted(reading); };
 
-    const std::optional<QSet<QString>> types = co_await pasteboard.types(change.changeCount);
-    if (!isWanted() || !types || !self->isToBeRecorded(*types, change)) {
+    const Applications applications = co_await dependencies.workspace.inFrontDuring(
+        lookBack + dependencies.pasteboard.contentAge());
+    if (!isWanted()) {
+        co_return;
+    }
+    const std::optional<QSet<QString>> types =
+        co_await dependencies.pasteboard.types(reading.changeCount);
+    if (!isWanted()) {
+        co_return;
+    }
+    if (!types) {
+        log(typesUnreadable);
+    }
+    if (!types || types->isEmpty() || isMarked(*types) || self->isAnyIgnored(applications)) {
+        self->finish(reading);
         co_return;
     }
 
+    const std::optional<ClipPayload> payload = co_await ClipboardMonitor::payload(self, reading);
+    if (!isWanted()) {
+        co_return;
+    }
+    if (!payload) {
+        self->finish(reading);
+        co_return;
+    }
+    const Source source = sourceOf(applications);
+    if (!types->contains(mutableContentType)) {
+        dependencies.pasteboard.keepWhenOwnerLeaves(reading.changeCount, pasteboardItems(*payload));
+    } else if (reading.changeCount == self->m_lastChangeCount) {
+        self->m_mutable = Mutable{reading.changeCount, source, *payload};
+        self->keep(*self->m_mutable);
+    }
+    self->m_unfinished[reading.number] = Capture{*payload, source};
+    self->handOn();
+}
+
+/// Reads a content that was recorded once more, in case its owner has changed it.
+QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Reading reading)
+{
+    const std::optional<ClipPayload> payload = co_await ClipboardMonitor::payload(self, reading);
+    if (!self || !self->isWanted(reading)) {
+        co_return;
+    }
+    if (!payload || !self->m_mutable || self->m_mutable->changeCount != reading.changeCount) {
+        self->finish(reading);
+        co_return;
+    }
+    Mutable& known = *self->m_mutable;
+    const bool isNew = std::exchange(known.payload, *payload) != *payload;
+    self->keep(known);
+    if (isNew) {
+        self->m_unfinished[reading.number] = Capture{*payload, known.source};
+        self->handOn();
+    } else {
+        self->finish(reading);
+    }
+}
+
+/// What its owner may have changed since it was read is not brought back when the owner leaves. As
+/// long as the user cannot copy there, it has not been.
+void ClipboardMonitor::keep(const Mutable& content)
+{
+    m_dependencies.pasteboard.keepWhenOwnerLeaves(
+        content.changeCount, isInFront(content.source) ? std::vector<PasteboardItem>()
+                                                       : pasteboardItems(content.payload));
+}
+
+/// None if there is nothing to be recorded, or it is not wanted any more.
+QCoro::Task<std::optional<ClipPayload>>
+ClipboardMonitor::payload(QPointer<ClipboardMonitor> self, Reading reading)
+{
+    const qint64 byteLimit = self->byteLimit();
+    const bool isAllWanted = self->m_dependencies.settings.captureFiles() &&
+                             self->m_dependencies.settings.captureImages();
+    Content content = co_await read(self, reading);
+    if (!self || !self->isWanted(reading)) {
+        co_return std::nullopt;
+    }
+    // A newer copy is read while this one's image is being decoded.
+    self->m_reading.reset();
+    if (content.image && !content.isDropped) {
+        content.fields.imagePNG =
+            co_await self->m_dependencies.imageConverter.pngData(*content.image);
+        if (!self || !self->isWanted(reading)) {
+            co_return std::nullopt;
+        }
+        content.loss = content.fields.imagePNG ? nullptr : undecodable;
+    }
+    const ClipPayload payload(std::move(content.fields));
+    if (payload.byteCount() > byteLimit) {
+        content = {.loss = tooLarge, .isDropped = true};
+    } else if (payload.isEmpty() && !content.loss && isAllWanted) {
+        content.loss = nothingReadable;
+    }
+    if (content.loss && (content.isDropped || payload.isEmpty())) {
+        log(content.loss);
+    }
+    co_return content.isDropped || payload.isEmpty() ? std::nullopt : std::optional(payload);
+}
+
+QCoro::Task<ClipboardMonitor::Content>
+ClipboardMonitor::read(QPointer<ClipboardMonitor> self, Reading reading)
+{
+    const Dependencies dependencies = self->m_dependencies;
+    Pasteboard& pasteboard = dependencies.pasteboard;
+    const qint64 changeCount = reading.changeCount;
     const qint64 byteLimit = self->byteLimit();
     qint64 bytesLeft = byteLimit;
-    Fields fields;
+    Content content;
+    /// Whether to go on.
+    const auto take = [&](auto result, auto& field) {
+        content.loss = putInto(field, std::move(result), bytesLeft);
+        content.isDropped = content.loss != nullptr;
+        return !content.isDropped && self && self->isWanted(reading);
+    };
+
     for (const auto& [flavour, field] : textFlavours) {
-        ReadResult<QByteArray> text =
-            co_await pasteboard.read(change.changeCount, flavour, bytesLeft);
-        if (!isWanted() || !take(std::move(text), fields.*field, bytesLeft)) {
-            co_return;
+        auto text = co_await pasteboard.read(changeCount, flavour, bytesLeft);
+        if (!take(std::move(text), content.fields.*field)) {
+            co_return content;
         }
     }
     if (dependencies.settings.captureFiles()) {
-        ReadResult<QByteArrayList> urls =
-            co_await pasteboard.readFileURLs(change.changeCount, bytesLeft);
-        if (!isWanted() || !take(std::move(urls), fields.fileURLs, bytesLeft)) {
-            co_return;
+        auto urls = co_await pasteboard.readFileURLs(changeCount, bytesLeft);
+        if (!take(std::move(urls), content.fields.fileURLs)) {
+            co_return content;
         }
     }
-    // The icon of a copied file is not kept as an image.
-    if (dependencies.settings.captureImages() && fields.fileURLs.isEmpty()) {
-        ReadResult<QByteArray> png =
-            co_await pasteboard.read(change.changeCount, Flavour::png, bytesLeft);
-        if (!isWanted() || !take(std::move(png), fields.imagePNG, bytesLeft)) {
-            co_return;
-        }
-        if (!fields.imagePNG) {
-            ReadResult<QByteArray> image =
-                co_await pasteboard.read(change.changeCount, Flavour::otherImage, bytesLeft);
-            std::optional<QByteArray> bytes;
-            if (!isWanted() || !take(std::move(image), bytes, bytesLeft)) {
-                co_return;
-            }
-            if (bytes) {
-                std::optional<QByteArray> converted =
-                    co_await dependencies.imageConverter.pngData(*bytes);
-                if (!isWanted()) {
-                    co_return;
-                }
-                fields.imagePNG = std::move(converted);
-            }
-        }
+    // The icon of a copied file is not kept as an image, nor is the picture that spreadsheets and
+    // word processors offer of their text: pasted back, it would come in the place of that.
+    const bool isRendering = content.fields.plainText && content.fields.rtf;
+    if (!dependencies.settings.captureImages() || !content.fields.fileURLs.isEmpty() ||
+        isRendering) {
+        co_return content;
     }
-
-    const ClipPayload payload(std::move(fields));
-    if (payload.isEmpty() || payload.byteCount() > byteLimit) {
-        co_return;
+    auto png = co_await pasteboard.read(changeCount, Flavour::png, bytesLeft);
+    if (!take(std::move(png), content.fields.imagePNG) || content.fields.imagePNG) {
+        co_return content;
     }
-    // A copy made in the program's own window is credited to the application that was in front
-    // before.
-    const std::optional<SourceApplication>& source =
-        change.current && change.current->bundleIdentifier == ownBundleIdentifier ? change.previous
-                                                                                  : change.current;
-    self->m_recording.reset();
-    pasteboard.keepWhenOwnerLeaves(change.changeCount, pasteboardItems(payload));
-    self->m_onCapture(
-        payload, source ? source->localizedName : std::nullopt,
-        source ? source->bundleIdentifier : std::nullopt);
+    // What counts is the PNG that becomes of it. One that is too large is left out.
+    bytesLeft = std::max(undecodedFactor * byteLimit, undecodedBytes);
+    auto image = co_await pasteboard.read(changeCount, Flavour::otherImage, bytesLeft);
+    const bool isTooLarge = image.status == ReadStatus::tooLarge;
+    take(std::move(image), content.image);
+    content.isDropped = content.isDropped && !isTooLarge;
+    co_return content;
 }
 
 } // namespace tessly

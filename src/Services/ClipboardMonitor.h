@@ -5,20 +5,24 @@
 #include "Clock.h"
 #include "ImageConverter.h"
 #include "Pasteboard.h"
+#include "Workspace.h"
 
 #include <QCoroTask>
 #include <QObject>
 #include <QPointer>
+#include <QPromise>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace tessly {
 
 /// Watches the pasteboard and hands on every content that is to be recorded. Decides all of what is
 /// not: own writes, secrets, ignored applications, kinds that are switched off, empty and oversized
-/// content. Main thread only.
+/// content. What is not recorded though nothing forbids it is a line in the log. Main thread only.
 class ClipboardMonitor final : public QObject
 {
     Q_OBJECT
@@ -27,19 +31,10 @@ class ClipboardMonitor final : public QObject
 public:
     enum class AccessIssue { askEveryTime, denied };
 
-    struct SourceApplication
-    {
-        std::optional<QString> localizedName;
-        std::optional<QString> bundleIdentifier;
-
-        bool operator==(const SourceApplication&) const = default;
-    };
-
     using OnCapture = std::function<void(
         ClipPayload payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID)>;
     using OnAccessIssue = std::function<void(AccessIssue)>;
-    using CurrentApplication = std::function<std::optional<SourceApplication>()>;
 
     /// What the monitor asks; all of it must outlive the monitor.
     struct Dependencies
@@ -47,12 +42,13 @@ public:
         Pasteboard& pasteboard;
         AppSettings& settings;
         ImageConverter& imageConverter;
+        Workspace& workspace;
         Clock& clock;
     };
 
     ClipboardMonitor(
         Dependencies dependencies, OnCapture onCapture, OnAccessIssue onAccessIssue,
-        CurrentApplication currentApplication, QObject* parent = nullptr);
+        QObject* parent = nullptr);
     ~ClipboardMonitor() override;
 
     /// Begins to watch; the content present now is not recorded. Does nothing if begun already.
@@ -65,35 +61,105 @@ public:
     /// user pauses is not recorded.
     void togglePaused();
 
+    /// Looks now at what has been copied by the time of the call, and waits until that has been
+    /// handed on or dropped, for `timeout` at the most.
+    QCoro::Task<> settle(Clock::Duration timeout);
+
 Q_SIGNALS:
     void isPausedChanged();
 
 private:
-    /// A new content of the pasteboard, as the tick that found it saw the desktop.
-    struct Change
+    /// Who is credited with a content.
+    struct Source
+    {
+        std::optional<QString> name;
+        std::optional<QString> bundleIdentifier;
+
+        bool operator==(const Source&) const = default;
+    };
+    /// A content that its owner may change without telling anybody, as it was read last.
+    struct Mutable
     {
         qint64 changeCount = 0;
-        std::optional<SourceApplication> previous;
-        std::optional<SourceApplication> current;
+        Source source;
+        ClipPayload payload;
     };
+    /// One attempt to read the pasteboard; later ones have greater numbers.
+    struct Reading
+    {
+        quint64 number = 0;
+        qint64 changeCount = 0;
+    };
+    /// What the pasteboard has handed over.
+    struct Content
+    {
+        ClipPayload::Fields fields = {};
+        /// An image that is still to be decoded.
+        std::optional<QByteArray> image = {};
+        /// Why nothing is to be recorded, or why there is no image.
+        const char* loss = nullptr;
+        bool isDropped = false;
+    };
+    /// What is to be handed on, in its turn.
+    struct Capture
+    {
+        ClipPayload payload;
+        Source source;
+    };
+    /// A call of `settle`.
+    struct Settling
+    {
+        QPromise<void> promise;
+        std::unique_ptr<Clock::Timer> timeout;
+        /// What had been copied by its time is being read.
+        bool isCaughtUp = false;
+    };
+    using Applications = std::vector<std::shared_ptr<RunningApplication>>;
 
+    void contentChanged();
+    void look();
     void poll();
+    void lookAtMutable();
     [[nodiscard]] bool hasAccess();
-    [[nodiscard]] bool isToBeRecorded(const QSet<QString>& types, const Change& change) const;
+    [[nodiscard]] bool isAnyIgnored(const Applications& applications) const;
+    [[nodiscard]] static Source sourceOf(const Applications& applications);
+    [[nodiscard]] bool isInFront(const Source& source) const;
     [[nodiscard]] qint64 byteLimit() const;
-    static QCoro::Task<> record(QPointer<ClipboardMonitor> self, Change change);
+    [[nodiscard]] bool isWanted(const Reading& reading) const;
+    Reading beginReading(qint64 changeCount);
+    void finish(const Reading& reading);
+    void finishAll();
+    void handOn();
+    void endSettling();
+    void keep(const Mutable& content);
+    static void log(const char* loss);
+
+    static QCoro::Task<> catchUp(QPointer<ClipboardMonitor> self, std::shared_ptr<Settling> call);
+    static QCoro::Task<> record(QPointer<ClipboardMonitor> self, Reading reading);
+    static QCoro::Task<> recordAgain(QPointer<ClipboardMonitor> self, Reading reading);
+    static QCoro::Task<std::optional<ClipPayload>>
+    payload(QPointer<ClipboardMonitor> self, Reading reading);
+    static QCoro::Task<Content> read(QPointer<ClipboardMonitor> self, Reading reading);
 
     Dependencies m_dependencies;
     OnCapture m_onCapture;
     OnAccessIssue m_onAccessIssue;
-    CurrentApplication m_currentApplication;
-    std::unique_ptr<Clock::Timer> m_timer;
-    qint64 m_lastChangeCount = 0;
-    /// The change whose content may still be recorded, if any.
-    std::optional<qint64> m_recording;
-    std::optional<AccessIssue> m_lastAccessIssue;
-    std::optional<SourceApplication> m_lastObservedApplication;
+    bool m_isStarted = false;
     bool m_isPaused = false;
+    /// Where the desktop does not tell of changes.
+    std::unique_ptr<Clock::Timer> m_ticks;
+    /// Where it does: run until no further change came, and until that is waited for no longer.
+    std::unique_ptr<Clock::Timer> m_quiet;
+    std::unique_ptr<Clock::Timer> m_latest;
+    qint64 m_lastChangeCount = 0;
+    /// The one that asks the pasteboard now, if any. A newer content puts an end to it.
+    std::optional<Reading> m_reading;
+    quint64 m_readings = 0;
+    /// Those that have not come to an end, by number, with what they have come to.
+    std::map<quint64, std::optional<Capture>> m_unfinished;
+    std::optional<Mutable> m_mutable;
+    std::optional<AccessIssue> m_lastAccessIssue;
+    std::vector<std::shared_ptr<Settling>> m_settling;
 };
 
 } // namespace tessly

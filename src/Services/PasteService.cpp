@@ -1,7 +1,11 @@
 #include "PasteService.h"
 
+#include "Delay.h"
 #include "PasteboardItems.h"
 
+#include <QCoroFuture>
+
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -15,17 +19,26 @@ constexpr Clock::Duration attemptInterval = 50ms;
 // How long a window that came to the front gets until it takes keys.
 constexpr Clock::Duration settlingTime = 60ms;
 
-constexpr PasteService::Result copiedOnly = {PasteService::Result::Case::copiedOnly, false};
+// How long a target gets to fetch what it was told to paste before something else is written, and
+// how often to look.
+constexpr Clock::Duration fetchTimeout = 300ms;
+constexpr Clock::Duration fetchLook = 5ms;
 
-PasteService::Result result(PostResult posting)
+using Result = PasteService::Result;
+
+constexpr Result copiedOnly = {.resultCase = Result::Case::copiedOnly};
+
+Result result(PostResult posting)
 {
     switch (posting) {
     case PostResult::posted:
-        return {PasteService::Result::Case::pasted, false};
+        return {.resultCase = Result::Case::pasted};
     case PostResult::targetNotInFront:
         return copiedOnly;
+    case PostResult::contentReplaced:
+        return {.resultCase = Result::Case::copiedOnly, .isReplaced = true};
     case PostResult::failed:
-        return {PasteService::Result::Case::failed, false};
+        return {.resultCase = Result::Case::failed};
     }
     Q_UNREACHABLE();
 }
@@ -71,60 +84,100 @@ bool PasteService::openSettingsURL(const QUrl& url) const
     return m_hooks.openSettingsURL(url);
 }
 
-bool PasteService::write(const ClipPayload& payload, bool plainTextOnly)
+QCoro::Task<PasteService::Turn> PasteService::turn()
 {
-    std::vector<PasteboardItem> items =
-        plainTextOnly ? plainTextItems(payload) : pasteboardItems(payload);
-    return !items.empty() && m_pasteboard.write(std::move(items));
+    const auto mine = std::make_shared<QPromise<void>>();
+    mine->start();
+    m_turns.push_back(mine);
+    if (m_turns.size() == 1) {
+        mine->finish();
+    }
+    return takeTurn(this, mine->future());
 }
 
-// By value: a completion may end the wait that holds both.
-// NOLINTBEGIN(performance-unnecessary-value-param)
-void PasteService::pasteWhenTargetIsReady(
-    std::shared_ptr<RunningApplication> target, int attemptsRemaining, Completion completion)
-// NOLINTEND(performance-unnecessary-value-param)
+QCoro::Task<PasteService::Turn>
+PasteService::takeTurn(QPointer<PasteService> self, QFuture<void> mine)
 {
-    if (target->isTerminated()) {
-        completion(copiedOnly);
-        return;
-    }
-    if (target->isActive()) {
-        after(settlingTime, [this, target, completion] {
-            if (target->isTerminated() || !target->isActive()) {
-                completion(copiedOnly);
-                return;
-            }
-            postCommandV(this, target, completion);
-        });
-        return;
-    }
-    if (attemptsRemaining < 1) {
-        completion(copiedOnly);
-        return;
-    }
-    target->activate();
-    after(attemptInterval, [this, target, attemptsRemaining, completion] {
-        pasteWhenTargetIsReady(target, attemptsRemaining - 1, completion);
+    co_await mine;
+    Turn turn(nullptr, [self](const void*) {
+        if (self) {
+            self->endTurn();
+        }
     });
-}
-
-void PasteService::after(Clock::Duration delay, std::function<void()> step)
-{
-    const quint64 id = m_nextWait++;
-    m_waits.emplace(id, m_clock.after(delay, [this, id, step = std::move(step)] {
-        // The step may end the service, and with it what is still waited for.
-        const auto wait = m_waits.extract(id);
-        step();
-    }));
-}
-
-QCoro::Task<> PasteService::postCommandV(
-    QPointer<PasteService> self, std::shared_ptr<RunningApplication> target, Completion completion)
-{
-    const PostResult posting = co_await self->m_keys.postPaste(target);
-    if (self) {
-        completion(result(posting));
+    while (self && self->isFetchAwaited()) {
+        co_await delay(self->m_clock, fetchLook);
     }
+    co_return turn;
+}
+
+void PasteService::endTurn()
+{
+    m_turns.pop_front();
+    if (!m_turns.empty()) {
+        m_turns.front()->finish();
+    }
+}
+
+bool PasteService::isFetchAwaited() const
+{
+    return m_fetchTimeout && m_pasteboard.fetchCount() == m_fetchesBeforeKeys;
+}
+
+WriteTicket PasteService::write(const ClipPayload& payload, bool plainTextOnly)
+{
+    return m_pasteboard.write(plainTextOnly ? plainTextItems(payload) : pasteboardItems(payload));
+}
+
+QCoro::Task<bool> PasteService::holds(WriteTicket ticket)
+{
+    return m_pasteboard.holds(ticket);
+}
+
+QCoro::Task<PasteService::Result> PasteService::pasteWhenTargetIsReady(
+    std::shared_ptr<RunningApplication> target, int attempts, WriteTicket ticket)
+{
+    return pasteWhenReady(this, std::move(target), attempts, ticket);
+}
+
+QCoro::Task<PasteService::Result> PasteService::pasteWhenReady(
+    QPointer<PasteService> self, std::shared_ptr<RunningApplication> target, int attempts,
+    WriteTicket ticket)
+{
+    for (; !target->isTerminated() && !target->isActive(); --attempts) {
+        if (attempts < 1) {
+            co_return copiedOnly;
+        }
+        target->activate();
+        co_await delay(self->m_clock, attemptInterval);
+        if (!self) {
+            co_return Result();
+        }
+    }
+    if (!target->isTerminated()) {
+        co_await delay(self->m_clock, settlingTime);
+    }
+    if (!self) {
+        co_return Result();
+    }
+    if (target->isTerminated() || !target->isActive()) {
+        co_return copiedOnly;
+    }
+    co_return co_await postCommandV(self, target, ticket);
+}
+
+QCoro::Task<PasteService::Result> PasteService::postCommandV(
+    QPointer<PasteService> self, std::shared_ptr<RunningApplication> target, WriteTicket ticket)
+{
+    // Who fetches everything that is copied has done so by now, mostly: what comes from here on is
+    // the target's request.
+    const quint64 fetchesBefore = self->m_pasteboard.fetchCount();
+    const PostResult posting = co_await self->m_keys.postPaste(target, ticket);
+    if (self && posting == PostResult::posted) {
+        self->m_fetchesBeforeKeys = fetchesBefore;
+        self->m_fetchTimeout = self->m_clock.after(
+            fetchTimeout, [service = self.data()] { service->m_fetchTimeout.reset(); });
+    }
+    co_return result(posting);
 }
 
 } // namespace tessly

@@ -9,15 +9,17 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QPointer>
+#include <QPromise>
 #include <QUrl>
 
+#include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 
 namespace tessly {
 
-/// Puts a clip back on the pasteboard and pastes it into an application. Main thread only.
+/// Puts clips back on the pasteboard and pastes them into applications. Whoever writes takes turns:
+/// what one has put there is not replaced before it is pasted. Main thread only.
 class PasteService final : public QObject
 {
     Q_OBJECT
@@ -26,7 +28,7 @@ public:
     struct Result
     {
         enum class Case {
-            /// The clip is on the pasteboard; no keys were pressed.
+            /// The clip is on the pasteboard, or was; no keys were pressed.
             copiedOnly,
             pasted,
             /// The keys could not be made.
@@ -35,10 +37,11 @@ public:
         Case resultCase = Case::failed;
         /// With `copiedOnly`: the reason is the missing permission.
         bool needsAutomaticPaste = false;
+        /// With `copiedOnly`: the reason is that another program has copied something since.
+        bool isReplaced = false;
 
         bool operator==(const Result&) const = default;
     };
-    using Completion = std::function<void(Result)>;
 
     /// The page of the system's settings that grants automatic paste.
     static const QUrl automaticPasteSettingsURL;
@@ -62,27 +65,47 @@ public:
     [[nodiscard]] bool requestAutomaticPasteAccess() const;
     [[nodiscard]] bool openSettingsURL(const QUrl& url) const;
 
-    /// Replaces the pasteboard's content by the payload; false, with the pasteboard untouched, if
-    /// there is nothing to write.
-    [[nodiscard]] bool write(const ClipPayload& payload, bool plainTextOnly);
+    /// The right to write, for as long as a copy of this is kept.
+    using Turn = std::shared_ptr<const void>;
+    /// Waits until those who asked before have given up theirs, and what was pasted last has been
+    /// fetched, which is not waited for longer than 300 ms after its keys. Turns come in the order
+    /// of the calls.
+    [[nodiscard]] QCoro::Task<Turn> turn();
 
-    /// Waits until `target` is in front, asking it to come at most `attemptsRemaining` times, then
-    /// presses its paste keys. `completion` is called once, unless the service goes before.
-    void pasteWhenTargetIsReady(
-        std::shared_ptr<RunningApplication> target, int attemptsRemaining, Completion completion);
+    /// Replaces the pasteboard's content by the payload; no ticket, with the pasteboard untouched,
+    /// if there is nothing to write. For those whose turn it is.
+    [[nodiscard]] WriteTicket write(const ClipPayload& payload, bool plainTextOnly);
+    /// Whether the pasteboard's content is what was written with this ticket; answers once that is
+    /// there to be read.
+    [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket);
+
+    /// Waits until `target` is in front, asking it to come at most `attempts` times, then presses
+    /// its paste keys, if what was written with this ticket is still there. Failed if the service
+    /// goes meanwhile.
+    [[nodiscard]] QCoro::Task<Result> pasteWhenTargetIsReady(
+        std::shared_ptr<RunningApplication> target, int attempts, WriteTicket ticket);
 
 private:
-    void after(Clock::Duration delay, std::function<void()> step);
-    static QCoro::Task<> postCommandV(
+    static QCoro::Task<Turn> takeTurn(QPointer<PasteService> self, QFuture<void> mine);
+    static QCoro::Task<Result> pasteWhenReady(
+        QPointer<PasteService> self, std::shared_ptr<RunningApplication> target, int attempts,
+        WriteTicket ticket);
+    static QCoro::Task<Result> postCommandV(
         QPointer<PasteService> self, std::shared_ptr<RunningApplication> target,
-        Completion completion);
+        WriteTicket ticket);
+    void endTurn();
+    [[nodiscard]] bool isFetchAwaited() const;
 
     Pasteboard& m_pasteboard;
     KeyEventPoster& m_keys;
     Clock& m_clock;
     Hooks m_hooks;
-    quint64 m_nextWait = 0;
-    std::map<quint64, std::unique_ptr<Clock::Timer>> m_waits;
+    /// The one whose turn it is in front, if there is one.
+    std::deque<std::shared_ptr<QPromise<void>>> m_turns;
+    /// The pasteboard's count before the keys that were pressed last.
+    quint64 m_fetchesBeforeKeys = 0;
+    /// Runs as long as it is waited for that what they paste is fetched.
+    std::unique_ptr<Clock::Timer> m_fetchTimeout;
 };
 
 } // namespace tessly

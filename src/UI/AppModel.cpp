@@ -17,6 +17,13 @@ constexpr Clock::Duration searchDebounce = 120ms;
 constexpr Clock::Duration bannerDuration = 4s;
 /// The start has other things to do than to wipe what the last run may have left.
 constexpr Clock::Duration firstScrubDelay = 30s;
+/// When a save that failed is tried again if nothing is copied before, and how many copies are held
+/// for that.
+constexpr Clock::Duration saveRetryDelay = 5s;
+constexpr std::size_t unsavedAtMost = 3;
+/// How long what is being read may hold up what the user asks for, and the end of the program.
+constexpr Clock::Duration settleTimeout = 500ms;
+constexpr Clock::Duration lastSettleTimeout = 1s;
 
 Q_LOGGING_CATEGORY(lcAppModel, "com.brackmoor.tessly.AppModel")
 
@@ -59,28 +66,22 @@ ClipboardMonitor& AppModel::clipboardMonitor()
         const QPointer<AppModel> self(this);
         m_clipboardMonitor = std::make_unique<ClipboardMonitor>(
             ClipboardMonitor::Dependencies{
-                m_dependencies.pasteboard, m_dependencies.settings, m_dependencies.imageConverter,
-                m_dependencies.clock},
+                .pasteboard = m_dependencies.pasteboard,
+                .settings = m_dependencies.settings,
+                .imageConverter = m_dependencies.imageConverter,
+                .workspace = m_dependencies.workspace,
+                .clock = m_dependencies.clock},
             [self](
                 const ClipPayload& payload, std::optional<QString> sourceAppName,
                 std::optional<QString> sourceBundleID) {
                 if (self) {
-                    captured(self, payload, std::move(sourceAppName), std::move(sourceBundleID));
+                    self->captured({payload, std::move(sourceAppName), std::move(sourceBundleID)});
                 }
             },
             [self](ClipboardMonitor::AccessIssue issue) {
                 if (self) {
                     self->reportAccessIssue(issue);
                 }
-            },
-            [&workspace =
-                 m_dependencies.workspace]() -> std::optional<ClipboardMonitor::SourceApplication> {
-                const auto application = workspace.frontmostApplication();
-                if (!application) {
-                    return std::nullopt;
-                }
-                return ClipboardMonitor::SourceApplication{
-                    application->localizedName(), application->bundleIdentifier()};
             });
     }
     return *m_clipboardMonitor;
@@ -118,8 +119,19 @@ void AppModel::setSelectedID(std::optional<QUuid> id)
 
 void AppModel::setPanelPresented(bool presented)
 {
-    if (std::exchange(m_isPanelPresented, presented) != presented) {
-        Q_EMIT isPanelPresentedChanged();
+    if (std::exchange(m_isPanelPresented, presented) == presented) {
+        return;
+    }
+    Q_EMIT isPanelPresentedChanged();
+    if (!presented) {
+        return;
+    }
+    if (m_clipboardMonitor) {
+        // What was copied just now is a row soon, and what nobody told of as well.
+        m_clipboardMonitor->settle(settleTimeout);
+    }
+    if (std::exchange(m_isLastErrorUnseen, false) && m_lastError) {
+        showBanner(*m_lastError, BannerKind::error);
     }
 }
 
@@ -154,22 +166,86 @@ void AppModel::showError(const std::exception& error)
     showBanner(QString::fromUtf8(error.what()), BannerKind::error);
 }
 
-QCoro::Task<> AppModel::captured(
-    QPointer<AppModel> self, ClipPayload payload, std::optional<QString> sourceAppName,
-    std::optional<QString> sourceBundleID)
+void AppModel::captured(Capture capture)
+{
+    // The store takes them in this order.
+    saveUnsaved();
+    save(this, std::move(capture));
+}
+
+QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
 {
     const qint64 maximumHistory = self->settings().maxHistory();
+    QString failure;
     try {
         co_await self->m_dependencies.store.save(
-            payload, std::move(sourceAppName), std::move(sourceBundleID), maximumHistory);
-        if (self) {
-            self->reload(Debounce::no);
-            self->scheduleScrub(scrubDelay);
-        }
+            capture.payload, capture.sourceAppName, capture.sourceBundleID, maximumHistory);
     } catch (const std::exception& error) {
-        if (self) {
-            self->showError(error);
-        }
+        failure = QString::fromUtf8(error.what());
+    }
+    if (!self) {
+        co_return;
+    }
+    if (!failure.isEmpty()) {
+        self->saveFailed(std::move(capture), failure);
+        co_return;
+    }
+    if (self->m_unsaved.empty()) {
+        self->m_lastError.reset();
+    }
+    self->reload(Debounce::no);
+    self->scheduleScrub(scrubDelay);
+}
+
+void AppModel::saveFailed(Capture capture, const QString& message)
+{
+    m_lastError = message;
+    if (!std::exchange(capture.hasFailed, true)) {
+        qCWarning(
+            lcAppModel, "A copy could not be saved, and is tried again: %s",
+            qUtf8Printable(message));
+        showBanner(message, BannerKind::error);
+        m_isLastErrorUnseen = !m_isPanelPresented;
+    }
+    m_unsaved.push_back(std::move(capture));
+    if (m_unsaved.size() > unsavedAtMost) {
+        m_unsaved.pop_front();
+        qCWarning(lcAppModel, "A copy was not recorded: the history could not take it.");
+    }
+    m_saveRetry = m_dependencies.clock.after(saveRetryDelay, [this] { saveUnsaved(); });
+}
+
+void AppModel::saveUnsaved()
+{
+    m_saveRetry.reset();
+    for (Capture& capture : std::exchange(m_unsaved, {})) {
+        save(this, std::move(capture));
+    }
+}
+
+QCoro::Task<> AppModel::settle()
+{
+    return clipboardMonitor().settle(settleTimeout);
+}
+
+QCoro::Task<> AppModel::settleForGood()
+{
+    const QPointer<AppModel> self(this);
+    co_await clipboardMonitor().settle(lastSettleTimeout);
+    if (!self) {
+        co_return;
+    }
+    saveUnsaved();
+    try {
+        // The store does one thing after the other: the saves are done by then.
+        co_await m_dependencies.store.statistics();
+    } catch (const std::exception& error) {
+        qCWarning(lcAppModel, "The history does not answer at the end: %s", error.what());
+    }
+    if (self && !m_unsaved.empty()) {
+        qCWarning(
+            lcAppModel, "%d copies were not recorded: %s", int(m_unsaved.size()),
+            qUtf8Printable(m_lastError.value_or(QString())));
     }
 }
 

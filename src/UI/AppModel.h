@@ -15,6 +15,7 @@
 #include <QPointer>
 
 #include <chrono>
+#include <deque>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -114,6 +115,8 @@ public:
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
     void copySelected(PasteStyle style);
+    /// Puts a text on the pasteboard that is no entry. False if there is nothing in it.
+    bool copyText(const QString& text);
     void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
     /// The selected clip if none is given.
     void togglePin(const Clip* clip = nullptr);
@@ -129,6 +132,14 @@ public:
     void openAutomaticPasteSettings();
     void refreshAutomaticPasteAccess(bool retryIfNeeded);
 
+    /// Waits until what had been copied by the time of the call is on its way into the history, but
+    /// not long: its owner may hang.
+    QCoro::Task<> settle();
+    /// The same before the program ends: waits until it is in the history.
+    QCoro::Task<> settleForGood();
+    /// Why the last save failed, if no later one has succeeded.
+    [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
+
 Q_SIGNALS:
     void clipsChanged();
     void queryChanged();
@@ -141,13 +152,30 @@ Q_SIGNALS:
     void statisticsChanged();
 
 private:
+    /// What the monitor has handed on.
+    struct Capture
+    {
+        ClipPayload payload;
+        std::optional<QString> sourceAppName;
+        std::optional<QString> sourceBundleID;
+        /// Saving it has failed before.
+        bool hasFailed = false;
+    };
+
     /// How long after the last capture or trim what was dropped is wiped from the disk.
     static constexpr Clock::Duration scrubDelay = std::chrono::seconds(5);
 
     // Work that waits for the store holds the model weakly, and does nothing once it is gone.
-    static QCoro::Task<> captured(
-        QPointer<AppModel> self, ClipPayload payload, std::optional<QString> sourceAppName,
-        std::optional<QString> sourceBundleID);
+    void captured(Capture capture);
+    static QCoro::Task<> save(QPointer<AppModel> self, Capture capture);
+    void saveFailed(Capture capture, const QString& message);
+    void saveUnsaved();
+    static QCoro::Task<> pasteInTurn(
+        QPointer<AppModel> self, Clip clip, PasteStyle style,
+        std::shared_ptr<RunningApplication> target, ActionCompletion completion);
+    static QCoro::Task<> copyInTurn(
+        QPointer<AppModel> self, ClipPayload payload, PasteStyle style,
+        std::function<void(WriteTicket, bool isHeld)> done);
     static QCoro::Task<> fetch(
         QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop);
     static QCoro::Task<> finish(
@@ -183,6 +211,12 @@ private:
     std::unique_ptr<Clock::Timer> m_accessPoll;
     std::unique_ptr<Clock::Timer> m_scrubTimer;
     bool m_hasReloaded = false;
+    /// Those that could not be saved, the latest last.
+    std::deque<Capture> m_unsaved;
+    std::unique_ptr<Clock::Timer> m_saveRetry;
+    std::optional<QString> m_lastError;
+    /// It came while the panel was closed.
+    bool m_isLastErrorUnseen = false;
     std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
 };
 

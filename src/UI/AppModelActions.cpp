@@ -25,6 +25,11 @@ const QString notRestoredMessage = u"Could not restore that clipboard item."_s;
 const ActionOutcome copiedOnly = {
     ActionOutcome::Case::copiedOnly,
     u"Copied to the clipboard, but not pasted: no other application was in front."_s};
+const ActionOutcome copiedOver = {
+    ActionOutcome::Case::copiedOnly, u"Not pasted: another program has copied something since."_s};
+const ActionOutcome notCopied = {
+    ActionOutcome::Case::notRestored,
+    u"Not copied: another program has copied at the same time."_s};
 const ActionOutcome accessRefused = {
     ActionOutcome::Case::needsAccess,
     u"Not pasted: Tessly is not allowed to press keys in other applications."_s};
@@ -64,30 +69,47 @@ void AppModel::paste(
     if (closePanel) {
         closePanel();
     }
-    if (!pasteService.write(pasted.payload, style == PasteStyle::plainTextOnly)) {
-        showBanner(notRestoredMessage, BannerKind::error);
+    pasteInTurn(this, pasted, style, std::move(target), std::move(completion));
+}
+
+QCoro::Task<> AppModel::pasteInTurn(
+    QPointer<AppModel> self, Clip clip, PasteStyle style,
+    std::shared_ptr<RunningApplication> target, ActionCompletion completion)
+{
+    PasteService& pasteService = self->m_dependencies.pasteService;
+    const PasteService::Turn turn = co_await pasteService.turn();
+    if (!self) {
+        co_return;
+    }
+    // Writing puts an end to what is on the clipboard now.
+    co_await self->settle();
+    if (!self) {
+        co_return;
+    }
+    const WriteTicket ticket = pasteService.write(clip.payload, style == PasteStyle::plainTextOnly);
+    if (!ticket) {
+        self->showBanner(notRestoredMessage, BannerKind::error);
         tell(completion, notRestored);
-        return;
+        co_return;
     }
     if (!target || target->isTerminated() || target->bundleIdentifier() == ownBundleIdentifier) {
-        showBanner(copiedMessage, BannerKind::information);
+        self->showBanner(copiedMessage, BannerKind::information);
+        co_await pasteService.holds(ticket);
         tell(completion, copiedOnly);
-        return;
+        co_return;
     }
     if (!pasteService.checkAutomaticPasteAccess()) {
-        showBanner(needsAccessMessage, BannerKind::warning);
+        self->showBanner(needsAccessMessage, BannerKind::warning);
+        co_await pasteService.holds(ticket);
         tell(completion, copiedWithoutAccess);
-        return;
+        co_return;
     }
     target->activate();
-    pasteService.pasteWhenTargetIsReady(
-        target, pasteAttempts,
-        [self = QPointer(this), pasted,
-         completion = std::move(completion)](PasteService::Result result) {
-            if (self) {
-                self->pasteEnded(pasted, result, completion);
-            }
-        });
+    const PasteService::Result result =
+        co_await pasteService.pasteWhenTargetIsReady(target, pasteAttempts, ticket);
+    if (self) {
+        self->pasteEnded(clip, result, completion);
+    }
 }
 
 void AppModel::pasteEnded(
@@ -100,7 +122,7 @@ void AppModel::pasteEnded(
             tell(completion, copiedWithoutAccess);
         } else {
             showBanner(copiedMessage, BannerKind::information);
-            tell(completion, copiedOnly);
+            tell(completion, result.isReplaced ? copiedOver : copiedOnly);
         }
         break;
     case PasteService::Result::Case::pasted:
@@ -127,6 +149,11 @@ QCoro::Task<> AppModel::pastePosition(
     QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target)
 {
     try {
+        // The first is what was copied last, if that was only just now.
+        co_await self->settle();
+        if (!self) {
+            co_return;
+        }
         const std::vector<Clip> clips = co_await self->m_dependencies.store.search(
             {}, std::nullopt, positionCount, self->m_clips);
         if (!self) {
@@ -155,15 +182,47 @@ void AppModel::copySelected(PasteStyle style)
 
 void AppModel::copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion)
 {
-    if (!m_dependencies.pasteService.write(clip.payload, style == PasteStyle::plainTextOnly)) {
-        tell(completion, notRestored);
-        return;
+    copyInTurn(this, clip.payload, style, [this, completion](WriteTicket ticket, bool isHeld) {
+        if (!ticket) {
+            tell(completion, notRestored);
+            return;
+        }
+        if (closePanel) {
+            closePanel();
+        }
+        showBanner(copiedMessage, BannerKind::information);
+        tell(completion, isHeld ? ActionOutcome() : notCopied);
+    });
+}
+
+bool AppModel::copyText(const QString& text)
+{
+    if (text.isEmpty()) {
+        return false;
     }
-    if (closePanel) {
-        closePanel();
+    copyInTurn(this, ClipPayload({.plainText = text.toUtf8()}), PasteStyle::original, {});
+    return true;
+}
+
+/// `done` is told, unless the model goes before, of the write and whether it is there to be read.
+QCoro::Task<> AppModel::copyInTurn(
+    QPointer<AppModel> self, ClipPayload payload, PasteStyle style,
+    std::function<void(WriteTicket, bool isHeld)> done)
+{
+    PasteService& pasteService = self->m_dependencies.pasteService;
+    const PasteService::Turn turn = co_await pasteService.turn();
+    if (!self) {
+        co_return;
     }
-    showBanner(copiedMessage, BannerKind::information);
-    tell(completion, {});
+    co_await self->settle();
+    if (!self) {
+        co_return;
+    }
+    const WriteTicket ticket = pasteService.write(payload, style == PasteStyle::plainTextOnly);
+    const bool isHeld = ticket && co_await pasteService.holds(ticket);
+    if (self && done) {
+        done(ticket, isHeld);
+    }
 }
 
 /// Waits for a store operation and reloads, telling first of its success where there is something

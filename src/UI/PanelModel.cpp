@@ -220,9 +220,7 @@ void PanelModel::pasteIntoQuery()
 
 bool PanelModel::copyQueryText(const QString& text)
 {
-    PasteboardItem item;
-    item.plainText = text.toUtf8();
-    return !text.isEmpty() && m_dependencies.pasteboard.write({std::move(item)});
+    return m_dependencies.model.copyText(text);
 }
 
 void PanelModel::updateClips()

@@ -244,9 +244,7 @@ void SettingsModel::pasteText()
 
 bool SettingsModel::copyText(const QString& text)
 {
-    PasteboardItem item;
-    item.plainText = text.toUtf8();
-    return !text.isEmpty() && m_dependencies.pasteboard.write({std::move(item)});
+    return m_dependencies.model.copyText(text);
 }
 
 QCoro::Task<> SettingsModel::readText(qint64 changeCount)

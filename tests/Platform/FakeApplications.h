@@ -47,7 +47,7 @@ public:
             m_poster->gate().open();
         }
     }
-    void breakKeys() { m_poster->breakKeys(); }
+    void replaceContent() { m_poster->replaceContent(); }
 
 private:
     FakeWorkspace m_workspace;

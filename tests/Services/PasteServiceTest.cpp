@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -22,17 +24,28 @@ using Result = PasteService::Result;
 
 namespace {
 
-constexpr Result copiedOnly = {Result::Case::copiedOnly, false};
-constexpr Result pasted = {Result::Case::pasted, false};
-constexpr Result failed = {Result::Case::failed, false};
+constexpr Result copiedOnly = {.resultCase = Result::Case::copiedOnly};
+constexpr Result replaced = {.resultCase = Result::Case::copiedOnly, .isReplaced = true};
+constexpr Result pasted = {.resultCase = Result::Case::pasted};
+constexpr Result failed = {.resultCase = Result::Case::failed};
 
 class PasteServiceTest : public testing::Test
 {
 protected:
     void paste(int attempts)
     {
-        m_service->pasteWhenTargetIsReady(
-            m_target, attempts, [this](Result result) { m_results.push_back(result); });
+        m_service->pasteWhenTargetIsReady(m_target, attempts, m_ticket).then([this](Result result) {
+            m_results.push_back(result);
+        });
+    }
+
+    /// Asks for a turn; what is noted once it is there.
+    void takeTurn(const QString& name)
+    {
+        m_service->turn().then([this, name](const PasteService::Turn& turn) {
+            m_turnsTaken.append(name);
+            m_turns[name] = turn;
+        });
     }
 
     VirtualClock m_clock;
@@ -40,7 +53,10 @@ protected:
     FakeKeyEventPoster m_keys;
     std::shared_ptr<FakeRunningApplication> m_target =
         std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s);
+    WriteTicket m_ticket;
     std::vector<Result> m_results;
+    QStringList m_turnsTaken;
+    std::map<QString, PasteService::Turn> m_turns;
     std::unique_ptr<PasteService> m_service =
         std::make_unique<PasteService>(m_pasteboard, m_keys, m_clock, PasteService::Hooks{});
 };
@@ -201,26 +217,42 @@ TEST_F(PasteServiceTest, KeysThatCannotBeMadeAreAFailure)
     EXPECT_THAT(m_results, ElementsAre(failed));
 }
 
-TEST_F(PasteServiceTest, TwoPastesRunBesideEachOther)
+TEST_F(PasteServiceTest, WhatAnotherProgramCopiedSinceIsNotPasted)
 {
+    m_keys.setPasteboard(&m_pasteboard);
+    m_keys.gate().hold();
+    m_ticket = m_service->write(ClipPayload({.plainText = "own"}), false);
     m_target->setActive(true);
     paste(8);
-    m_clock.advance(30ms);
-    paste(8);
     m_clock.advance(60ms);
-    EXPECT_THAT(m_results, ElementsAre(pasted, pasted));
+    m_pasteboard.copyText("a password");
+    m_keys.gate().open();
+    m_clock.advance(0ms);
+    EXPECT_THAT(m_results, ElementsAre(replaced));
+    EXPECT_THAT(m_keys.pastes(), IsEmpty());
 }
 
-TEST_F(PasteServiceTest, NothingHappensOnceTheServiceIsGone)
+TEST_F(PasteServiceTest, OnlyWhatWasWrittenForThePasteIsPasted)
+{
+    m_keys.setPasteboard(&m_pasteboard);
+    m_ticket = m_service->write(ClipPayload({.plainText = "first"}), false);
+    static_cast<void>(m_service->write(ClipPayload({.plainText = "second"}), false));
+    m_target->setActive(true);
+    paste(8);
+    m_clock.advance(60ms);
+    EXPECT_THAT(m_results, ElementsAre(replaced));
+}
+
+TEST_F(PasteServiceTest, APasteHasFailedOnceTheServiceIsGone)
 {
     paste(8);
     m_service.reset();
-    EXPECT_EQ(m_clock.pending(), 0U);
     m_clock.advance(1s);
-    EXPECT_THAT(m_results, IsEmpty());
+    EXPECT_THAT(m_results, ElementsAre(failed));
+    EXPECT_THAT(m_keys.pastes(), IsEmpty());
 }
 
-TEST_F(PasteServiceTest, NothingIsReportedOnceTheServiceIsGone)
+TEST_F(PasteServiceTest, APasteWhoseKeysArePressedIsReportedThoughTheServiceIsGone)
 {
     m_keys.gate().hold();
     m_target->setActive(true);
@@ -229,17 +261,87 @@ TEST_F(PasteServiceTest, NothingIsReportedOnceTheServiceIsGone)
     m_service.reset();
     m_keys.gate().open();
     m_clock.advance(0ms);
-    EXPECT_THAT(m_results, IsEmpty());
+    EXPECT_THAT(m_results, ElementsAre(pasted));
 }
 
-TEST_F(PasteServiceTest, ACompletionMayEndTheService)
+// Turns
+
+TEST_F(PasteServiceTest, TurnsComeOneAfterAnotherInTheOrderOfTheCalls)
 {
-    m_service->pasteWhenTargetIsReady(m_target, 1, [this](Result result) {
-        m_results.push_back(result);
-        m_service.reset();
-    });
-    m_clock.advance(1s);
-    EXPECT_THAT(m_results, ElementsAre(copiedOnly));
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s}) {
+        takeTurn(name);
+    }
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s}));
+    m_clock.advance(10s);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s}));
+    m_turns.erase(u"a"_s);
+    m_clock.advance(0ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s, u"b"_s}));
+    m_turns.erase(u"b"_s);
+    m_clock.advance(0ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s, u"b"_s, u"c"_s}));
+    m_turns.erase(u"c"_s);
+    takeTurn(u"d"_s);
+    EXPECT_EQ(m_turnsTaken.size(), 4);
+}
+
+TEST_F(PasteServiceTest, WhatWasPastedIsFetchedBeforeTheNextTurn)
+{
+    m_target->setActive(true);
+    takeTurn(u"a"_s);
+    paste(8);
+    m_clock.advance(60ms);
+    ASSERT_THAT(m_results, ElementsAre(pasted));
+    m_turns.clear();
+    takeTurn(u"b"_s);
+    m_clock.advance(100ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s}));
+    m_pasteboard.fetch();
+    m_clock.advance(10ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s, u"b"_s}));
+}
+
+TEST_F(PasteServiceTest, WhatIsNotFetchedIsWaitedForNotLong)
+{
+    m_target->setActive(true);
+    paste(8);
+    m_clock.advance(60ms);
+    takeTurn(u"b"_s);
+    m_clock.advance(299ms);
+    EXPECT_TRUE(m_turnsTaken.isEmpty());
+    m_clock.advance(10ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"b"_s}));
+}
+
+TEST_F(PasteServiceTest, WhatWasFetchedBeforeTheKeysDoesNotCount)
+{
+    m_target->setActive(true);
+    paste(8);
+    m_pasteboard.fetch();
+    m_clock.advance(60ms);
+    takeTurn(u"b"_s);
+    m_clock.advance(100ms);
+    EXPECT_TRUE(m_turnsTaken.isEmpty());
+}
+
+TEST_F(PasteServiceTest, APasteThatPressedNoKeysIsNotWaitedFor)
+{
+    m_keys.breakKeys();
+    m_target->setActive(true);
+    paste(8);
+    m_clock.advance(60ms);
+    takeTurn(u"b"_s);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"b"_s}));
+}
+
+TEST_F(PasteServiceTest, ATurnMayOutliveTheService)
+{
+    takeTurn(u"a"_s);
+    takeTurn(u"b"_s);
+    m_service.reset();
+    m_clock.advance(0ms);
+    m_turns.clear();
+    m_clock.advance(0ms);
 }
 
 // Access

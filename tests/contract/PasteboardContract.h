@@ -117,6 +117,54 @@ TEST_P(PasteboardContract, everyCopyOfAnotherProgramHasAChangeCountOfItsOwn)
     EXPECT_EQ(pasteboard().changeCount(), second);
 }
 
+TEST_P(PasteboardContract, tellsOfEveryCopyThatIsNotFollowedByAnother)
+{
+    int told = 0;
+    pasteboard().setChanged([&told] { ++told; });
+    EXPECT_TRUE(pasteboard().notifiesOfChanges());
+    for (int copies = 1; copies <= 3; ++copies) {
+        copied({.plainText = "text"});
+        EXPECT_TRUE(waitUntil([&] { return told >= copies; }));
+    }
+    pasteboard().setChanged({});
+    copied({.plainText = "text"});
+    EXPECT_EQ(told, 3);
+}
+
+TEST_P(PasteboardContract, onceCaughtUpTheChangeCountIsThatOfTheLastCopy)
+{
+    for (int round = 0; round < 20; ++round) {
+        const qint64 before = pasteboard().changeCount();
+        world().copy({.plainText = "text"});
+        await(pasteboard().catchUp());
+        EXPECT_NE(pasteboard().changeCount(), before) << round;
+    }
+}
+
+TEST_P(PasteboardContract, holdsAWriteUntilSomethingElseIsThere)
+{
+    EXPECT_FALSE(await(pasteboard().holds({})));
+    const WriteTicket first = pasteboard().write(textItem("first"));
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(await(pasteboard().holds(first)));
+    const WriteTicket second = pasteboard().write(textItem("second"));
+    EXPECT_NE(first, second);
+    EXPECT_FALSE(await(pasteboard().holds(first)));
+    EXPECT_TRUE(await(pasteboard().holds(second)));
+    copied({.plainText = "another's"});
+    EXPECT_FALSE(await(pasteboard().holds(second)));
+}
+
+TEST_P(PasteboardContract, itemsThatAreTakenBackAreNotOfferedWhenTheOwnerLeaves)
+{
+    const qint64 count = copied({.plainText = "text"});
+    pasteboard().keepWhenOwnerLeaves(count, textItem("text"));
+    pasteboard().keepWhenOwnerLeaves(count, {});
+    world().ownerLeaves();
+    EXPECT_TRUE(isPasted(std::nullopt));
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
 TEST_P(PasteboardContract, anOwnerThatLeavesIsNotACopy)
 {
     const qint64 count = copied({.plainText = "text"});

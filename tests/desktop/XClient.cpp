@@ -132,6 +132,13 @@ xcb_window_t XClient::ownerOf(const std::string& selection)
         ->owner;
 }
 
+void XClient::own(const std::string& selection, xcb_window_t window)
+{
+    xcb_set_selection_owner(
+        m_connection, window != XCB_WINDOW_NONE ? window : m_screen->root, atom(selection), time());
+    sync();
+}
+
 const std::vector<XClient::Key>& XClient::keys()
 {
     sync();

@@ -83,6 +83,8 @@ public:
 
     /// The window that owns a selection.
     [[nodiscard]] xcb_window_t ownerOf(const std::string& selection);
+    /// Makes a window the owner of a selection; the root window if none is named. Serves nobody.
+    void own(const std::string& selection, xcb_window_t window = XCB_WINDOW_NONE);
 
     /// What the server's clock says, in milliseconds.
     [[nodiscard]] xcb_timestamp_t time();

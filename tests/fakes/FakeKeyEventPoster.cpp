@@ -11,7 +11,8 @@ bool FakeKeyEventPoster::requestAccess()
     return m_isAllowed;
 }
 
-QCoro::Task<PostResult> FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target)
+QCoro::Task<PostResult>
+FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content)
 {
     const std::weak_ptr<bool> alive = m_alive;
     ++m_posts;
@@ -21,6 +22,10 @@ QCoro::Task<PostResult> FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApp
     }
     if (!target->isActive()) {
         co_return PostResult::targetNotInFront;
+    }
+    const bool isHeld = !m_pasteboard || co_await m_pasteboard->holds(content);
+    if (!isHeld || m_isReplaced) {
+        co_return PostResult::contentReplaced;
     }
     m_pastes.push_back(target);
     co_return PostResult::posted;

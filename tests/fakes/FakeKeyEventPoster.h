@@ -17,6 +17,10 @@ public:
     void setGrantsRequests(bool grants) { m_grantsRequests = grants; }
     /// The keys cannot be made from now on.
     void breakKeys() { m_isBroken = true; }
+    /// Whose content is looked at before the keys; none: it is not.
+    void setPasteboard(Pasteboard* pasteboard) { m_pasteboard = pasteboard; }
+    /// What was written is not there to be pasted from now on.
+    void replaceContent() { m_isReplaced = true; }
 
     [[nodiscard]] int accessRequests() const { return m_accessRequests; }
     /// The applications that got the paste keys, in order.
@@ -32,12 +36,14 @@ public:
     [[nodiscard]] bool isAllowed() const override { return m_isAllowed; }
     [[nodiscard]] bool requestAccess() override;
     [[nodiscard]] QCoro::Task<PostResult>
-    postPaste(std::shared_ptr<RunningApplication> target) override;
+    postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content) override;
 
 private:
+    Pasteboard* m_pasteboard = nullptr;
     bool m_isAllowed = true;
     bool m_grantsRequests = false;
     bool m_isBroken = false;
+    bool m_isReplaced = false;
     int m_accessRequests = 0;
     int m_posts = 0;
     std::vector<std::shared_ptr<RunningApplication>> m_pastes;

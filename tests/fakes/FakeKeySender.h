@@ -50,13 +50,16 @@ public:
         co_return m_isReady;
     }
     [[nodiscard]] QCoro::Task<Sending>
-    send(PasteChord chord, std::shared_ptr<const PasteTarget>) override
+    send(PasteChord chord, std::shared_ptr<const PasteTarget>, IsThere isThere) override
     {
         if (chord == m_lacking) {
             co_return Sending::noKeys;
         }
         if (m_isTargetLost) {
             co_return Sending::notInFront;
+        }
+        if (!isThere()) {
+            co_return Sending::contentReplaced;
         }
         const bool isTaken = !m_isBroken;
         if (isTaken) {

@@ -139,15 +139,26 @@ FakePasteboard::readFileURLs(qint64 changeCount, qint64 byteLimit)
     co_return result;
 }
 
-bool FakePasteboard::write(std::vector<PasteboardItem> items)
+QCoro::Task<> FakePasteboard::catchUp()
+{
+    co_return;
+}
+
+WriteTicket FakePasteboard::write(std::vector<PasteboardItem> items)
 {
     std::erase_if(items, [](const PasteboardItem& item) { return item.isEmpty(); });
     if (items.empty() || m_refusesWrites) {
-        return false;
+        return {};
     }
     m_writes.push_back(items);
     own(std::move(items));
-    return true;
+    m_ticket = WriteTicket(++m_lastTicket);
+    return m_ticket;
+}
+
+QCoro::Task<bool> FakePasteboard::holds(WriteTicket ticket)
+{
+    co_return ticket&& ticket == m_ticket;
 }
 
 void FakePasteboard::clear()
@@ -161,10 +172,12 @@ void FakePasteboard::clear()
 void FakePasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
 {
     m_keeps.push_back({changeCount, items});
-    if (changeCount != m_changeCount || m_isOwn || items.empty()) {
+    if (changeCount != m_changeCount || m_isOwn) {
         return;
     }
-    if (m_ownerLeft) {
+    if (items.empty()) {
+        m_kept.reset();
+    } else if (m_ownerLeft) {
         own(std::move(items));
     } else {
         m_kept = Keep{changeCount, std::move(items)};
@@ -174,12 +187,16 @@ void FakePasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pastebo
 void FakePasteboard::change()
 {
     ++m_changeCount;
+    m_ticket = {};
     m_ownerLeft = false;
     m_hasDelivered = false;
     m_isSilent = false;
     m_kept.reset();
     // What waits belongs to an older content now, and hears so at once.
     m_gate.releaseWaiting();
+    if (m_changed) {
+        m_changed();
+    }
 }
 
 void FakePasteboard::own(std::vector<PasteboardItem> items)

@@ -67,6 +67,15 @@ public:
     void setAccess(PasteboardAccess access) { m_access = access; }
     /// The desktop refuses writes from now on.
     void refuseWrites() { m_refusesWrites = true; }
+    /// The desktop tells of no change, so that the program has to look. To be said before anybody
+    /// asks.
+    void stopNotifying() { m_notifies = false; }
+    /// The owner changes what it offers without copying anew.
+    void changeSilently(Content content) { m_content = std::move(content); }
+    /// Another program asks for content that the program offers.
+    void fetch() { ++m_fetchCount; }
+    /// How long the content has been there when its change is told of.
+    void setContentAge(Clock::Duration age) { m_contentAge = age; }
 
     [[nodiscard]] bool isEmpty() const { return !m_content; }
     /// Whether the program itself owns the content, by a write or by keeping another's.
@@ -97,13 +106,19 @@ public:
     [[nodiscard]] Gate& gate() { return m_gate; }
 
     [[nodiscard]] qint64 changeCount() const override { return m_changeCount; }
+    [[nodiscard]] Clock::Duration contentAge() const override { return m_contentAge; }
+    [[nodiscard]] bool notifiesOfChanges() const override { return m_notifies; }
+    void setChanged(std::function<void()> changed) override { m_changed = std::move(changed); }
+    [[nodiscard]] QCoro::Task<> catchUp() override;
     [[nodiscard]] PasteboardAccess access() const override { return m_access; }
     [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) override;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArray>>
     read(qint64 changeCount, Flavour flavour, qint64 byteLimit) override;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArrayList>>
     readFileURLs(qint64 changeCount, qint64 byteLimit) override;
-    [[nodiscard]] bool write(std::vector<PasteboardItem> items) override;
+    [[nodiscard]] WriteTicket write(std::vector<PasteboardItem> items) override;
+    [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) override;
+    [[nodiscard]] quint64 fetchCount() const override { return m_fetchCount; }
     void clear() override;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
@@ -115,6 +130,13 @@ private:
     void delivered();
 
     qint64 m_changeCount = 1;
+    bool m_notifies = true;
+    std::function<void()> m_changed;
+    Clock::Duration m_contentAge{};
+    quint64 m_fetchCount = 0;
+    quint64 m_lastTicket = 0;
+    /// That of the content; none if it is another's.
+    WriteTicket m_ticket;
     PasteboardAccess m_access = PasteboardAccess::available;
     bool m_refusesWrites = false;
     std::optional<Content> m_content;

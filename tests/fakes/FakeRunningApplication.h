@@ -24,6 +24,8 @@ public:
     void becomeActiveAfter(int count) { m_asksUntilActive = count; }
     /// What happens on the desktop when it comes to the front because it was asked to.
     void setComesToFront(std::function<void()> action) { m_comesToFront = std::move(action); }
+    /// What else the desktop calls it.
+    void setNames(const QStringList& names) { m_names = names; }
     void terminate();
     /// How often it was asked to come to the front.
     [[nodiscard]] int activations() const { return m_activations; }
@@ -33,6 +35,10 @@ public:
     {
         return m_bundleIdentifier;
     }
+    [[nodiscard]] QStringList names() const override
+    {
+        return m_names.isEmpty() ? RunningApplication::names() : m_names;
+    }
     [[nodiscard]] bool isActive() const override { return m_isActive; }
     [[nodiscard]] bool isTerminated() const override { return m_isTerminated; }
     void activate() override;
@@ -40,6 +46,7 @@ public:
 private:
     std::optional<QString> m_bundleIdentifier;
     std::optional<QString> m_localizedName;
+    QStringList m_names;
     bool m_isActive = false;
     bool m_isTerminated = false;
     int m_activations = 0;

@@ -9,6 +9,9 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
     if (m_frontmost) {
         m_frontmost->setActive(false);
     }
+    if (m_clock) {
+        m_past.push_back({m_frontmost, m_clock->now()});
+    }
     m_frontmost = std::move(application);
     if (m_frontmost) {
         m_frontmost->setActive(true);
@@ -20,6 +23,22 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
                 }
             });
     }
+    if (m_changed) {
+        m_changed();
+    }
+}
+
+QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+FakeWorkspace::inFrontDuring(Clock::Duration span)
+{
+    std::vector<std::shared_ptr<RunningApplication>> applications;
+    for (const Past& past : m_past) {
+        if (m_clock->now() - past.end <= std::chrono::duration<double>(span).count()) {
+            applications.push_back(past.application);
+        }
+    }
+    applications.push_back(frontmostApplication());
+    co_return applications;
 }
 
 bool FakeWorkspace::openURL(const QUrl& url)

@@ -11,6 +11,12 @@ namespace tessly::test {
 class FakeWorkspace final : public Workspace
 {
 public:
+    /// With the clock of the test it knows what was in front before.
+    explicit FakeWorkspace(const Clock* clock = nullptr)
+        : m_clock(clock)
+    {
+    }
+
     /// Brings an application (none: nothing) to the front; the one before loses the keyboard.
     void setFrontmost(std::shared_ptr<FakeRunningApplication> application);
     /// Whether there is a program for any URL. True at first.
@@ -22,10 +28,26 @@ public:
     {
         return m_frontmost && !m_frontmost->isTerminated() ? m_frontmost : nullptr;
     }
+    [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+    inFrontDuring(Clock::Duration span) override;
+    void setFrontmostChanged(std::function<void()> changed) override
+    {
+        m_changed = std::move(changed);
+    }
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
+    struct Past
+    {
+        std::shared_ptr<FakeRunningApplication> application;
+        /// When it ceased to be in front.
+        double end = 0;
+    };
+
+    const Clock* m_clock;
     std::shared_ptr<FakeRunningApplication> m_frontmost;
+    std::vector<Past> m_past;
+    std::function<void()> m_changed;
     bool m_opensURLs = true;
     std::vector<QUrl> m_openedURLs;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);

@@ -15,6 +15,8 @@ PostResult postResult(KeySender::Sending sending)
         return PostResult::posted;
     case KeySender::Sending::notInFront:
         return PostResult::targetNotInFront;
+    case KeySender::Sending::contentReplaced:
+        return PostResult::contentReplaced;
     case KeySender::Sending::noKeys:
     case KeySender::Sending::failed:
         return PostResult::failed;
@@ -42,7 +44,8 @@ bool FocusedKeyEventPoster::requestAccess()
     return m_sender.requestAccess();
 }
 
-QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target)
+QCoro::Task<PostResult>
+FocusedKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content)
 {
     const auto application = std::dynamic_pointer_cast<PasteTarget>(target);
     if (!application || !application->isActive()) {
@@ -58,7 +61,7 @@ QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<Running
         co_return PostResult::targetNotInFront;
     }
     const PasteChord chord = application->pasteChord();
-    const auto sending = co_await send(chord, application);
+    const auto sending = co_await send(chord, application, content);
     if (sending != KeySender::Sending::noKeys || chord == PasteChord::shiftInsert ||
         alive.expired()) {
         co_return postResult(sending);
@@ -66,20 +69,25 @@ QCoro::Task<PostResult> FocusedKeyEventPoster::postPaste(std::shared_ptr<Running
     // Where no layout has the letter, toolkits know no Ctrl+V, whoever presses it; where layouts
     // have it on different keys, one of them makes another command of it. The other chord needs no
     // letter; terminals paste PRIMARY by it.
-    co_return postResult(co_await send(PasteChord::shiftInsert, application));
+    co_return postResult(co_await send(PasteChord::shiftInsert, application, content));
 }
 
-QCoro::Task<KeySender::Sending>
-FocusedKeyEventPoster::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
+QCoro::Task<KeySender::Sending> FocusedKeyEventPoster::send(
+    PasteChord chord, std::shared_ptr<const PasteTarget> target, WriteTicket content)
 {
     const std::weak_ptr<bool> alive = m_alive;
-    // Keys that came first would paste what was on the clipboard before.
-    const bool hasWritten = m_clipboard.hasWritten && co_await m_clipboard.hasWritten();
-    if (!hasWritten || alive.expired()) {
+    // Keys that came before the content would paste what was on the clipboard before, and keys that
+    // come late what another program has copied since.
+    const bool isHeld = m_clipboard.holds && co_await m_clipboard.holds(content);
+    if (alive.expired()) {
         co_return KeySender::Sending::failed;
     }
+    if (!isHeld) {
+        co_return KeySender::Sending::contentReplaced;
+    }
     if (chord == PasteChord::shiftInsert) {
-        const bool isOffered = m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary();
+        const bool isOffered =
+            m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary(content);
         if (!isOffered || alive.expired()) {
             co_return KeySender::Sending::failed;
         }
@@ -87,7 +95,10 @@ FocusedKeyEventPoster::send(PasteChord chord, std::shared_ptr<const PasteTarget>
     if (!target->isActive()) {
         co_return KeySender::Sending::notInFront;
     }
-    co_return co_await m_sender.send(chord, target);
+    co_return co_await m_sender.send(
+        chord, target, [seemsToHold = m_clipboard.seemsToHold, content] {
+            return seemsToHold && seemsToHold(content);
+        });
 }
 
 } // namespace tessly

@@ -21,11 +21,11 @@ public:
     [[nodiscard]] bool requestAccess() override;
     /// A target that is no PasteTarget is never in front.
     [[nodiscard]] QCoro::Task<PostResult>
-    postPaste(std::shared_ptr<RunningApplication> target) override;
+    postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content) override;
 
 private:
     [[nodiscard]] QCoro::Task<KeySender::Sending>
-    send(PasteChord chord, std::shared_ptr<const PasteTarget> target);
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target, WriteTicket content);
 
     KeySender& m_sender;
     PasteClipboard m_clipboard;

@@ -4,6 +4,7 @@
 
 #include <QCoroTask>
 
+#include <functional>
 #include <memory>
 
 namespace tessly {
@@ -39,13 +40,19 @@ public:
         noKeys,
         /// The desktop tells that the target is not in front any more; it took none.
         notInFront,
+        /// There is something else to paste by now; it took none.
+        contentReplaced,
         /// It took none, or not all.
         failed,
     };
+    /// Whether what is to be pasted is still there. Any thread; does not wait.
+    using IsThere = std::function<bool()>;
+
     /// Presses and releases the keys of a chord so that nothing else is seen of them, whatever the
-    /// user holds down. They are meant for `target`.
+    /// user holds down. They are meant for `target`, and for what `isThere` tells of, which is
+    /// asked last thing before.
     [[nodiscard]] virtual QCoro::Task<Sending>
-    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) = 0;
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target, IsThere isThere) = 0;
 };
 
 } // namespace tessly

@@ -2,6 +2,16 @@
 
 namespace tessly {
 
+QCoro::Task<> NoPasteboard::catchUp()
+{
+    co_return;
+}
+
+QCoro::Task<bool> NoPasteboard::holds(WriteTicket)
+{
+    co_return false;
+}
+
 QCoro::Task<std::optional<QSet<QString>>> NoPasteboard::types(qint64)
 {
     co_return std::nullopt;

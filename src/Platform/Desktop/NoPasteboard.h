@@ -11,13 +11,19 @@ public:
     /// Another one each time: whether anything has been copied is not told, and whoever looks is to
     /// find that access is denied.
     [[nodiscard]] qint64 changeCount() const override { return ++m_looks; }
+    [[nodiscard]] Clock::Duration contentAge() const override { return {}; }
+    [[nodiscard]] bool notifiesOfChanges() const override { return false; }
+    void setChanged(std::function<void()>) override {}
+    [[nodiscard]] QCoro::Task<> catchUp() override;
     [[nodiscard]] PasteboardAccess access() const override { return PasteboardAccess::denied; }
     [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) override;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArray>>
     read(qint64 changeCount, Flavour flavour, qint64 byteLimit) override;
     [[nodiscard]] QCoro::Task<ReadResult<QByteArrayList>>
     readFileURLs(qint64 changeCount, qint64 byteLimit) override;
-    [[nodiscard]] bool write(std::vector<PasteboardItem>) override { return false; }
+    [[nodiscard]] WriteTicket write(std::vector<PasteboardItem>) override { return {}; }
+    [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) override;
+    [[nodiscard]] quint64 fetchCount() const override { return 0; }
     void clear() override {}
     void keepWhenOwnerLeaves(qint64, std::vector<PasteboardItem>) override {}
 

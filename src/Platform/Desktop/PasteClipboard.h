@@ -1,5 +1,7 @@
 #pragma once
 
+#include "LoopPasteboard.h"
+
 #include <QCoroTask>
 
 #include <functional>
@@ -10,10 +12,23 @@ namespace tessly {
 /// connections of their own, which it serves in any order.
 struct PasteClipboard
 {
-    /// True once what was written last is there to be pasted.
-    std::function<QCoro::Task<bool>()> hasWritten = {};
+    /// As those of LoopPasteboard, which must outlive what is returned.
+    [[nodiscard]] static PasteClipboard of(LoopPasteboard& pasteboard)
+    {
+        return {
+            .holds = [&pasteboard](WriteTicket ticket) { return pasteboard.holds(ticket); },
+            .offerAsPrimary =
+                [&pasteboard](WriteTicket ticket) { return pasteboard.offerAsPrimary(ticket); },
+            .seemsToHold =
+                [&pasteboard](WriteTicket ticket) { return pasteboard.seemsToHold(ticket); }};
+    }
+
+    /// Whether what was written with this ticket is there to be pasted.
+    std::function<QCoro::Task<bool>(WriteTicket)> holds = {};
     /// Offers it as PRIMARY too, for what pastes only that; false if it cannot be done.
-    std::function<QCoro::Task<bool>()> offerAsPrimary = {};
+    std::function<QCoro::Task<bool>(WriteTicket)> offerAsPrimary = {};
+    /// Whether it is still there, as far as has been heard. Any thread.
+    std::function<bool(WriteTicket)> seemsToHold = {};
 };
 
 } // namespace tessly

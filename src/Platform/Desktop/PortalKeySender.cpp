@@ -1,5 +1,6 @@
 #include "PortalKeySender.h"
 
+#include "Delay.h"
 #include "PasteTarget.h"
 
 #include <QCoroFuture>
@@ -50,15 +51,6 @@ constexpr int brokenStartsAtMost = 3;
 
 /// As in linux/input-event-codes.h: Shift, Alt, Meta and Control, each on the left and the right.
 constexpr std::array<quint32, 8> modifiers = {42, 54, 56, 100, 125, 126, 29, 97};
-
-/// A wait that may be awaited. Ends at once with the clock's timers.
-QCoro::Task<> moment(Clock& clock, Clock::Duration duration)
-{
-    const LoopAnswer<bool> waited(false);
-    const auto timer = clock.after(duration, [waited] { waited(true); });
-    const QFuture<bool> end = waited.future();
-    co_await end;
-}
 
 QVariant asObject(const PortalSession& session)
 {
@@ -339,9 +331,9 @@ QCoro::Task<bool> PortalKeySender::ready()
         }
     }
     if (self->m_heldKeys.hadModifiers()) {
-        co_await moment(self->m_portal.clock(), modifiersLater);
+        co_await delay(self->m_portal.clock(), modifiersLater);
     } else if (!isKnown) {
-        co_await moment(self->m_portal.clock(), unknownModifiersLater);
+        co_await delay(self->m_portal.clock(), unknownModifiersLater);
     }
     if (!self) {
         co_return false;
@@ -351,7 +343,7 @@ QCoro::Task<bool> PortalKeySender::ready()
 }
 
 QCoro::Task<KeySender::Sending>
-PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
+PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target, IsThere isThere)
 {
     const QPointer self(this);
     // No chord comes between the keys of another.
@@ -366,7 +358,8 @@ PortalKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> targe
         co_return Sending::noKeys;
     }
     const QString session = self->m_session->path();
-    const Sending sending = co_await press(self, std::move(*strokes), std::move(target));
+    const Sending sending =
+        co_await press(self, std::move(*strokes), std::move(target), std::move(isThere));
     if (sending == Sending::failed && self && self->m_session &&
         self->m_session->path() == session) {
         // With the session goes what is still pressed, and what the portal has not got to.
@@ -394,7 +387,8 @@ QCoro::Task<bool> PortalKeySender::lift(QPointer<PortalKeySender> self)
 }
 
 QCoro::Task<KeySender::Sending> PortalKeySender::press(
-    QPointer<PortalKeySender> self, KeyStrokes strokes, std::shared_ptr<const PasteTarget> target)
+    QPointer<PortalKeySender> self, KeyStrokes strokes, std::shared_ptr<const PasteTarget> target,
+    IsThere isThere)
 {
     const bool isLifted = co_await lift(self);
     if (!isLifted) {
@@ -403,16 +397,17 @@ QCoro::Task<KeySender::Sending> PortalKeySender::press(
     }
     // One after another: portals answer in threads, which overtake each other.
     KeyStrokes held;
-    bool hasLeft = false;
+    Sending sending = Sending::sent;
     while (!strokes.empty()) {
         const KeyStroke stroke = strokes.front();
         strokes.erase(strokes.begin());
         if (!self || !self->isAllowed()) {
             co_return Sending::failed;
         }
-        if (stroke.isPress && target && !target->isActive()) {
+        const bool hasLeft = target && !target->isActive();
+        if (stroke.isPress && (hasLeft || !isThere())) {
             // What is down already is let go, and that is all.
-            hasLeft = true;
+            sending = hasLeft ? Sending::notInFront : Sending::contentReplaced;
             strokes.assign(held.rbegin(), held.rend());
             continue;
         }
@@ -426,7 +421,7 @@ QCoro::Task<KeySender::Sending> PortalKeySender::press(
             held.push_back({.key = stroke.key, .isPress = false});
         }
     }
-    co_return hasLeft ? Sending::notInFront : Sending::sent;
+    co_return sending;
 }
 
 QFuture<QDBusMessage> PortalKeySender::notify(KeyStroke stroke)

@@ -63,7 +63,7 @@ public:
     [[nodiscard]] QCoro::Task<bool> ready() override;
     /// Fails as well where a key has not been taken within a few seconds.
     [[nodiscard]] QCoro::Task<Sending>
-    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) override;
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target, IsThere isThere) override;
 
 private:
     enum class Support { unknown, lacking, there };
@@ -85,7 +85,7 @@ private:
     static QCoro::Task<Ending> start(QPointer<PortalKeySender> self);
     static QCoro::Task<Sending> press(
         QPointer<PortalKeySender> self, KeyStrokes strokes,
-        std::shared_ptr<const PasteTarget> target);
+        std::shared_ptr<const PasteTarget> target, IsThere isThere);
     static QCoro::Task<bool> lift(QPointer<PortalKeySender> self);
     [[nodiscard]] QFuture<QDBusMessage> notify(KeyStroke stroke);
     void screenLocked(bool isLocked);

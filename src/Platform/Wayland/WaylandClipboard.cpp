@@ -81,6 +81,7 @@ void WaylandClipboard::attachSeat()
 void WaylandClipboard::detachSeat()
 {
     m_state.isWritable = false;
+    m_state.release();
     dropContent();
     m_kept.clear();
     m_written.clear();
@@ -97,14 +98,14 @@ void WaylandClipboard::selected(std::unique_ptr<WaylandDataOffer> offer)
     } else if (isOwn(*offer)) {
         ownSelected();
     } else {
-        if (!m_isStarting) {
-            ++m_state.changeCount;
-        }
         m_kept.clear();
         dropContent();
         m_owner = Owner::other;
         m_foreign = std::make_shared<WaylandClipboardContent>(
             m_loop, m_reader, m_deadlines, std::move(offer));
+        if (!m_isStarting) {
+            m_state.change();
+        }
     }
 }
 
@@ -124,11 +125,11 @@ void WaylandClipboard::ownSelected()
         return;
     }
     (*next)->isAnnounced = true;
-    ++m_state.changeCount;
     m_kept.clear();
     dropContent();
     m_owner = Owner::self;
     m_own = (*next)->offer;
+    m_state.change(m_own->ticket());
     // What came before it is replaced for good.
     m_written.erase(m_written.begin(), next);
 }
@@ -149,9 +150,9 @@ void WaylandClipboard::nothingSelected()
 void WaylandClipboard::cleared()
 {
     m_isClearing = false;
-    ++m_state.changeCount;
     m_kept.clear();
     dropContent();
+    m_state.change();
 }
 
 void WaylandClipboard::dropContent()
@@ -172,7 +173,7 @@ void WaylandClipboard::connectionLost()
 
 bool WaylandClipboard::isCurrent(qint64 changeCount) const
 {
-    return !m_isLost && changeCount == m_state.changeCount;
+    return !m_isLost && changeCount == m_state.changeCount();
 }
 
 void WaylandClipboard::types(qint64 changeCount, TypesDone done)
@@ -214,18 +215,27 @@ void WaylandClipboard::readFileURLs(qint64 changeCount, qint64 byteLimit, FileUR
     }
 }
 
-void WaylandClipboard::write(const std::vector<PasteboardItem>& items)
+void WaylandClipboard::catchUp(std::function<void()> done)
 {
-    if (m_device) {
-        m_kept.clear();
-        own(items);
+    if (m_isLost) {
+        done();
+    } else {
+        m_loop.awaitOtherPrograms(std::move(done));
     }
 }
 
-void WaylandClipboard::own(const std::vector<PasteboardItem>& items)
+void WaylandClipboard::write(const std::vector<PasteboardItem>& items, WriteTicket ticket)
 {
-    auto written =
-        std::make_unique<Written>(Written{.offer = std::make_shared<PasteboardOffer>(items)});
+    if (m_device) {
+        m_kept.clear();
+        own(items, ticket);
+    }
+}
+
+void WaylandClipboard::own(const std::vector<PasteboardItem>& items, WriteTicket ticket)
+{
+    auto written = std::make_unique<Written>(
+        Written{.offer = std::make_shared<PasteboardOffer>(items, ticket)});
     written->source =
         sourceOf(written->offer, [this, written = written.get()] { cancelled(written); });
     m_device->setSelection(written->source.get());
@@ -238,6 +248,7 @@ WaylandClipboard::sourceOf(const Offer& offer, std::function<void()> cancelled)
     return m_control->source(
         offer->names(), {.send =
                              [this, offer](const QByteArray& type, int file) {
+                                 ++m_state.fetchCount;
                                  m_writer.begin(file, offer->bytes(type).value_or(QByteArray()));
                              },
                          .cancelled = std::move(cancelled)});
@@ -253,23 +264,33 @@ void WaylandClipboard::cancelled(const Written* written)
     if (m_own == written->offer) {
         // What takes its place is told next.
         m_own.reset();
+        m_state.release();
     }
     m_written.erase(found);
 }
 
-void WaylandClipboard::awaitWrites(OwnDone done)
+void WaylandClipboard::holds(WriteTicket ticket, OwnDone done)
 {
-    m_loop.awaitRoundTrip([this, done = std::move(done)] { done(!m_written.empty()); });
+    m_loop.awaitOtherPrograms(
+        [this, ticket, done = std::move(done)] { done(offerOf(ticket) != nullptr); });
 }
 
-void WaylandClipboard::offerAsPrimary(OwnDone done)
+/// What was written with this ticket, if it is, or is about to become, the clipboard's content.
+WaylandClipboard::Offer WaylandClipboard::offerOf(WriteTicket ticket) const
 {
-    if (!m_device || m_written.empty() || m_isClearing) {
+    const bool isLast = ticket && !m_written.empty() && m_written.back()->offer->ticket() == ticket;
+    return isLast && !m_isClearing ? m_written.back()->offer : nullptr;
+}
+
+void WaylandClipboard::offerAsPrimary(WriteTicket ticket, OwnDone done)
+{
+    const Offer offer = m_device ? offerOf(ticket) : nullptr;
+    if (!offer) {
         done(false);
         return;
     }
     const auto number = ++m_primaryNumber;
-    auto source = sourceOf(m_written.back()->offer, [this, number] { primaryCancelled(number); });
+    auto source = sourceOf(offer, [this, number] { primaryCancelled(number); });
     m_device->setPrimarySelection(source.get());
     m_primary = std::move(source);
     m_loop.awaitRoundTrip([this, number, done = std::move(done)] {

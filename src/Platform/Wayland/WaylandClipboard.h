@@ -35,9 +35,10 @@ public:
     void types(qint64 changeCount, TypesDone done) override;
     void read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done) override;
     void readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done) override;
-    void write(const std::vector<PasteboardItem>& items) override;
-    void awaitWrites(OwnDone done) override;
-    void offerAsPrimary(OwnDone done) override;
+    void catchUp(std::function<void()> done) override;
+    void write(const std::vector<PasteboardItem>& items, WriteTicket ticket) override;
+    void holds(WriteTicket ticket, OwnDone done) override;
+    void offerAsPrimary(WriteTicket ticket, OwnDone done) override;
     void clear() override;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
@@ -65,7 +66,8 @@ private:
     void nothingSelected();
     void cleared();
     void dropContent();
-    void own(const std::vector<PasteboardItem>& items);
+    void own(const std::vector<PasteboardItem>& items, WriteTicket ticket = {});
+    [[nodiscard]] Offer offerOf(WriteTicket ticket) const;
     [[nodiscard]] std::unique_ptr<WaylandDataSource>
     sourceOf(const Offer& offer, std::function<void()> cancelled);
     void cancelled(const Written* written);

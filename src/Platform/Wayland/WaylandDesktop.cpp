@@ -159,9 +159,10 @@ std::optional<KeyStrokes> WaylandDesktop::strokes(PasteChord chord) const
 }
 
 QFuture<KeySender::Sending> WaylandDesktop::press(
-    WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target)
+    WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
+    KeySender::IsThere isThere)
 {
-    return m_connection->press(way, chord, std::move(target));
+    return m_connection->press(way, chord, std::move(target), std::move(isThere));
 }
 
 std::shared_ptr<WaylandToplevels> WaylandDesktop::toplevels() const

@@ -74,9 +74,11 @@ public:
     [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
 
     /// Presses and releases the keys of a chord, if the compositor says in time that this window is
-    /// in front (null: that no window is, as far as it tells of any).
-    [[nodiscard]] QFuture<KeySender::Sending>
-    press(WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target);
+    /// in front (null: that no window is, as far as it tells of any), and if `isThere` says then
+    /// that what is to be pasted still is.
+    [[nodiscard]] QFuture<KeySender::Sending> press(
+        WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
+        KeySender::IsThere isThere);
 
     /// Those of the connection that there is now.
     [[nodiscard]] std::shared_ptr<WaylandToplevels> toplevels() const;

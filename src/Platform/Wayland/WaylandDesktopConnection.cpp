@@ -84,12 +84,14 @@ void WaylandDesktopConnection::makeToplevels()
 }
 
 QFuture<KeySender::Sending> WaylandDesktopConnection::press(
-    WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target)
+    WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
+    KeySender::IsThere isThere)
 {
     using Sending = KeySender::Sending;
     return askLoop(
         m_loop, Sending::failed,
-        [this, way, chord, target = std::move(target)](const auto& answer) {
+        [this, way, chord, target = std::move(target),
+         isThere = std::move(isThere)](const auto& answer) {
             // Held by what waits for the compositor, so that the answer comes if that is dropped.
             const auto paste = std::make_shared<Paste>(Paste{.answer = answer});
             const auto deadline =
@@ -100,7 +102,7 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
                     }
                 });
             // What the user and other programs did by now may not be known here yet.
-            m_loop.awaitOtherPrograms([this, way, chord, target, paste, deadline] {
+            m_loop.awaitOtherPrograms([this, way, chord, target, isThere, paste, deadline] {
                 if (paste->isOver) {
                     return;
                 }
@@ -110,10 +112,12 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
                 };
                 const bool isInFront =
                     m_toplevels->front() == target && (!target || !target->isGone());
-                if (isInFront) {
-                    m_keyboard->press(way, chord, done);
-                } else {
+                if (!isInFront) {
                     done(Sending::notInFront);
+                } else if (!isThere()) {
+                    done(Sending::contentReplaced);
+                } else {
+                    m_keyboard->press(way, chord, done);
                 }
             });
         });

@@ -54,8 +54,9 @@ public:
     [[nodiscard]] const WaylandKeyboard& keyboard() const { return *m_keyboard; }
     [[nodiscard]] bool isConnected() const { return m_isConnected; }
     /// As WaylandDesktop's.
-    [[nodiscard]] QFuture<KeySender::Sending>
-    press(WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target);
+    [[nodiscard]] QFuture<KeySender::Sending> press(
+        WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
+        KeySender::IsThere isThere);
 
     /// Runs a job on its thread, which goes on after the end of the connection.
     void callAfter(std::chrono::milliseconds delay, std::function<void()> job);

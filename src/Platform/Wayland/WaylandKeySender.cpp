@@ -35,9 +35,9 @@ bool WaylandKeySender::requestAccess()
 }
 
 QCoro::Task<KeySender::Sending>
-WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target)
+WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> target, IsThere isThere)
 {
-    auto sending = m_desktop.press(m_way, chord, windowOf(target));
+    auto sending = m_desktop.press(m_way, chord, windowOf(target), std::move(isThere));
     co_return co_await sending;
 }
 

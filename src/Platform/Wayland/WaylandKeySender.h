@@ -15,7 +15,7 @@ public:
     [[nodiscard]] bool isAllowed() const final;
     [[nodiscard]] bool requestAccess() final;
     [[nodiscard]] QCoro::Task<Sending>
-    send(PasteChord chord, std::shared_ptr<const PasteTarget> target) final;
+    send(PasteChord chord, std::shared_ptr<const PasteTarget> target, IsThere isThere) final;
 
 protected:
     /// `desktop` must outlive this.

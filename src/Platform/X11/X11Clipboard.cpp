@@ -26,7 +26,7 @@ X11Clipboard::X11Clipboard(X11EventLoop& loop, const X11ClipboardDeadlines& dead
     , m_state(state)
     , m_window(createWindow(loop))
     , m_reader(loop, m_window)
-    , m_owner(loop, m_window, deadlines.reader)
+    , m_owner(loop, m_window, deadlines.reader, [&state] { ++state.fetchCount; })
 {
     m_loop.learnAtoms({"CLIPBOARD", "TESSLY_TIME"});
     m_clipboard = m_loop.atom("CLIPBOARD");
@@ -106,7 +106,6 @@ void X11Clipboard::ownerChanged(
         }
         return;
     }
-    ++m_state.changeCount;
     m_kept.clear();
     m_leftAt.reset();
     m_own.reset();
@@ -119,6 +118,7 @@ void X11Clipboard::ownerChanged(
         m_foreign =
             std::make_shared<X11ClipboardContent>(m_loop, m_reader, m_deadlines, event.timestamp);
     }
+    m_state.change(m_own ? m_own->ticket() : WriteTicket());
 }
 
 void X11Clipboard::connectionLost()
@@ -126,6 +126,7 @@ void X11Clipboard::connectionLost()
     m_isLost = true;
     m_kept.clear();
     m_own.reset();
+    m_state.release();
     if (const auto old = std::exchange(m_foreign, nullptr)) {
         old->end();
     }
@@ -135,7 +136,7 @@ void X11Clipboard::connectionLost()
 
 bool X11Clipboard::isCurrent(qint64 changeCount) const
 {
-    return !m_isLost && changeCount == m_state.changeCount;
+    return !m_isLost && changeCount == m_state.changeCount();
 }
 
 void X11Clipboard::types(qint64 changeCount, TypesDone done)
@@ -177,24 +178,41 @@ void X11Clipboard::readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDo
     }
 }
 
-void X11Clipboard::write(const std::vector<PasteboardItem>& items)
+void X11Clipboard::catchUp(std::function<void()> done)
 {
-    const auto offer = std::make_shared<PasteboardOffer>(items);
-    withServerTime([this, offer](xcb_timestamp_t time) {
-        m_owner.own(m_clipboard, offer, time, [this](bool isOwner) { m_hasWritten = isOwner; });
+    if (m_isLost) {
+        done();
+        return;
+    }
+    // Every event that the server sent before its reply has been handled by then.
+    m_loop.awaitReply<xcb_get_input_focus_reply_t>(
+        xcb_get_input_focus(m_loop.connection()),
+        [done = std::move(done)](const xcb_get_input_focus_reply_t*) { done(); });
+}
+
+void X11Clipboard::write(const std::vector<PasteboardItem>& items, WriteTicket ticket)
+{
+    const auto offer = std::make_shared<PasteboardOffer>(items, ticket);
+    withServerTime([this, offer](xcb_timestamp_t time) { m_owner.own(m_clipboard, offer, time); });
+}
+
+void X11Clipboard::holds(WriteTicket ticket, OwnDone done)
+{
+    // Times come and replies arrive in the order in which they were asked for.
+    withServerTime([this, ticket, done = std::move(done)](xcb_timestamp_t) {
+        m_loop.awaitReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus(m_loop.connection()),
+            [this, ticket, done](const xcb_get_input_focus_reply_t* reply) {
+                done(reply != nullptr && offerOf(ticket) != nullptr);
+            });
     });
 }
 
-void X11Clipboard::awaitWrites(OwnDone done)
+/// What was written with this ticket, if it is, or is about to become, the clipboard's content.
+X11SelectionOwner::Offer X11Clipboard::offerOf(WriteTicket ticket) const
 {
-    // Times come and replies arrive in the order in which they were asked for.
-    withServerTime([this, done = std::move(done)](xcb_timestamp_t) {
-        m_loop.awaitReply<xcb_get_input_focus_reply_t>(
-            xcb_get_input_focus(m_loop.connection()),
-            [this, done](const xcb_get_input_focus_reply_t* reply) {
-                done(reply != nullptr && m_hasWritten);
-            });
-    });
+    const auto offer = m_owner.latestOffer(m_clipboard);
+    return ticket && offer && offer->ticket() == ticket ? offer : nullptr;
 }
 
 void X11Clipboard::clear()
@@ -224,10 +242,10 @@ void X11Clipboard::offerKept()
     }
 }
 
-void X11Clipboard::offerAsPrimary(OwnDone done)
+void X11Clipboard::offerAsPrimary(WriteTicket ticket, OwnDone done)
 {
-    withServerTime([this, done = std::move(done)](xcb_timestamp_t time) {
-        if (const auto offer = m_owner.latestOffer(m_clipboard)) {
+    withServerTime([this, ticket, done = std::move(done)](xcb_timestamp_t time) {
+        if (const auto offer = offerOf(ticket)) {
             m_owner.own(XCB_ATOM_PRIMARY, offer, time, done);
         } else {
             done(false);

@@ -26,15 +26,19 @@ public:
     /// there is. Throws X11Error if the server lacks XFIXES.
     X11Clipboard(X11EventLoop& loop, const X11ClipboardDeadlines& deadlines, State& state);
 
+    /// What owns CLIPBOARD and PRIMARY for the program. Any thread.
+    [[nodiscard]] xcb_window_t window() const { return m_window; }
+
     void handle(const xcb_generic_event_t& event);
 
     void connectionLost() override;
     void types(qint64 changeCount, TypesDone done) override;
     void read(qint64 changeCount, Flavour flavour, qint64 byteLimit, ReadDone done) override;
     void readFileURLs(qint64 changeCount, qint64 byteLimit, FileURLsDone done) override;
-    void write(const std::vector<PasteboardItem>& items) override;
-    void awaitWrites(OwnDone done) override;
-    void offerAsPrimary(OwnDone done) override;
+    void catchUp(std::function<void()> done) override;
+    void write(const std::vector<PasteboardItem>& items, WriteTicket ticket) override;
+    void holds(WriteTicket ticket, OwnDone done) override;
+    void offerAsPrimary(WriteTicket ticket, OwnDone done) override;
     void clear() override;
     void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
 
@@ -46,6 +50,7 @@ private:
     void serverTimeCame(xcb_timestamp_t time);
     void withServerTime(TimeDone done);
     void offerKept();
+    [[nodiscard]] X11SelectionOwner::Offer offerOf(WriteTicket ticket) const;
     [[nodiscard]] bool isCurrent(qint64 changeCount) const;
 
     X11EventLoop& m_loop;
@@ -66,7 +71,6 @@ private:
     /// What to offer then.
     std::vector<PasteboardItem> m_kept;
     std::deque<TimeDone> m_awaitTime;
-    bool m_hasWritten = false;
     bool m_isLost = false;
 };
 

@@ -24,20 +24,23 @@ public:
         std::chrono::milliseconds releaseWait{1000};
     };
 
-    X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard, Options options);
-    X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard);
+    /// `owner` is the window that owns the selections for the program.
+    X11KeyEventPoster(
+        X11Desktop& desktop, Clipboard clipboard, xcb_window_t owner, Options options);
+    X11KeyEventPoster(X11Desktop& desktop, Clipboard clipboard, xcb_window_t owner);
 
     [[nodiscard]] bool isAllowed() const override { return true; }
     [[nodiscard]] bool requestAccess() override { return true; }
     [[nodiscard]] QCoro::Task<PostResult>
-    postPaste(std::shared_ptr<RunningApplication> target) override;
+    postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content) override;
 
 private:
     [[nodiscard]] QCoro::Task<X11Keyboard::Result>
-    press(PasteChord chord, std::shared_ptr<const X11Window> target);
+    press(PasteChord chord, std::shared_ptr<const X11Window> target, WriteTicket content);
 
     X11Desktop& m_desktop;
     Clipboard m_clipboard;
+    xcb_window_t m_owner;
     Options m_options;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };

@@ -77,6 +77,7 @@ X11Keyboard::~X11Keyboard() = default;
 
 void X11Keyboard::start()
 {
+    m_clipboard = m_loop.atom("CLIPBOARD");
     auto* const connection = m_loop.connection();
     const auto* test = xcb_get_extension_data(connection, &xcb_test_id);
     m_isUsable = test != nullptr && test->present != 0 &&
@@ -167,6 +168,9 @@ X11Keyboard::Result X11Keyboard::press()
     if (!m_windows.isInFrontNow(*paste.target)) {
         return Result::targetNotInFront;
     }
+    if (!isContentThere(paste)) {
+        return Result::contentReplaced;
+    }
     lift(heldKeys());
     const auto state = owned(
         xcb_xkb_get_state_reply(connection, xcb_xkb_get_state(connection, coreKeyboard), nullptr));
@@ -201,6 +205,25 @@ X11Keyboard::Result X11Keyboard::press()
     const auto done =
         owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
     return done ? Result::posted : Result::failed;
+}
+
+/// What another program has copied since may be a password. While the server serves no one else,
+/// nobody can copy; what the owner's window offers is asked after who owns the selections, since
+/// the program may have taken one back for another content meanwhile.
+bool X11Keyboard::isContentThere(const Paste& paste) const
+{
+    const bool owns =
+        selectionOwner(m_clipboard) == paste.owner &&
+        (paste.chord != PasteChord::shiftInsert || selectionOwner(XCB_ATOM_PRIMARY) == paste.owner);
+    return owns && paste.isThere && paste.isThere();
+}
+
+xcb_window_t X11Keyboard::selectionOwner(xcb_atom_t selection) const
+{
+    auto* const connection = m_loop.connection();
+    const auto reply = owned(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, selection), nullptr));
+    return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
 }
 
 std::optional<std::uint8_t> X11Keyboard::group() const

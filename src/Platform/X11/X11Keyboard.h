@@ -22,7 +22,8 @@ class X11WindowTracker;
 /// One paste after the other, each so: wait until the user holds no key and no grab keeps the
 /// keyboard away, both bounded; release by XTEST what is still held (it is never pressed again:
 /// nobody could tell whether the user still holds it); then, while the server serves no one else,
-/// make sure that the target has the keyboard, and press.
+/// make sure that the target has the keyboard and that the content is what was
+/// written for it, and press.
 class X11Keyboard
 {
 public:
@@ -31,6 +32,8 @@ public:
     enum class Result {
         posted,
         targetNotInFront,
+        /// Something else is to be pasted by now.
+        contentReplaced,
         /// No layout of the keyboard has the chord's letter.
         noLetter,
         failed,
@@ -64,6 +67,11 @@ public:
         PasteChord chord = PasteChord::controlV;
         std::shared_ptr<const X11Window> target;
         std::shared_ptr<Completion> completion;
+        /// The window that has to own the selections which the chord pastes when the keys are
+        /// pressed.
+        xcb_window_t owner = XCB_WINDOW_NONE;
+        /// Whether what that window offers is still what is to be pasted. Asked on the loop thread.
+        std::function<bool()> isThere;
         /// How long to wait for the user to let go.
         Milliseconds releaseWait{1000};
     };
@@ -95,6 +103,8 @@ private:
     void step();
     void finish(Result result);
     [[nodiscard]] Result press();
+    [[nodiscard]] bool isContentThere(const Paste& paste) const;
+    [[nodiscard]] xcb_window_t selectionOwner(xcb_atom_t selection) const;
     /// The layout in effect; none if the server is gone.
     [[nodiscard]] std::optional<std::uint8_t> group() const;
     [[nodiscard]] std::vector<xcb_keycode_t> heldKeys() const;
@@ -105,6 +115,7 @@ private:
 
     X11EventLoop& m_loop;
     X11WindowTracker& m_windows;
+    xcb_atom_t m_clipboard = XCB_ATOM_NONE;
     bool m_isUsable = false;
     std::deque<Paste> m_pastes;
     Phase m_phase = Phase::waitingForRelease;

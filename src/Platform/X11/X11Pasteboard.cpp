@@ -28,4 +28,9 @@ X11Pasteboard::~X11Pasteboard()
     m_clipboard.reset();
 }
 
+xcb_window_t X11Pasteboard::ownerWindow() const
+{
+    return m_clipboard->window();
+}
+
 } // namespace tessly

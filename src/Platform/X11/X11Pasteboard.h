@@ -28,6 +28,9 @@ public:
     /// What it owns is gone with it. Everything that is still awaited ends as unreadable.
     ~X11Pasteboard() override;
 
+    /// What owns CLIPBOARD and PRIMARY while the program does.
+    [[nodiscard]] xcb_window_t ownerWindow() const;
+
 private:
     X11EventLoop m_loop;
     std::unique_ptr<X11Clipboard> m_clipboard;

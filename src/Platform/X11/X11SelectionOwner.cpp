@@ -46,10 +46,12 @@ const QByteArrayList& X11SelectionOwner::protocolTargets()
 }
 
 X11SelectionOwner::X11SelectionOwner(
-    X11EventLoop& loop, xcb_window_t window, std::chrono::milliseconds readerDeadline)
+    X11EventLoop& loop, xcb_window_t window, std::chrono::milliseconds readerDeadline,
+    std::function<void()> fetched)
     : m_loop(loop)
     , m_window(window)
     , m_sends(loop, readerDeadline)
+    , m_fetched(std::move(fetched))
 {
     std::vector<std::string> names = offerableNames();
     for (const QByteArray& name : protocolTargets()) {
@@ -164,6 +166,9 @@ bool X11SelectionOwner::convert(
     });
     if (name == names.end()) {
         return false;
+    }
+    if (m_fetched) {
+        m_fetched();
     }
     const auto bytes = owned.offer->bytes(*name);
     const xcb_atom_t type = m_loop.atom(typeOf(name->toStdString()));

@@ -18,8 +18,11 @@ class X11SelectionOwner
 public:
     using Offer = std::shared_ptr<PasteboardOffer>;
 
+    /// `fetched` is called for each piece of content that a reader asks for (lists of types and the
+    /// like do not count).
     X11SelectionOwner(
-        X11EventLoop& loop, xcb_window_t window, std::chrono::milliseconds readerDeadline);
+        X11EventLoop& loop, xcb_window_t window, std::chrono::milliseconds readerDeadline,
+        std::function<void()> fetched = {});
 
     /// Takes a selection, as of a server time. `done` hears whether the server agreed, which it
     /// does not if a newer owner has taken the selection since.
@@ -78,6 +81,7 @@ private:
     X11EventLoop& m_loop;
     const xcb_window_t m_window;
     X11IncrementalSends m_sends;
+    std::function<void()> m_fetched;
     std::map<xcb_atom_t, Selection> m_selections;
 };
 

@@ -26,12 +26,15 @@ public:
     [[nodiscard]] PasteClipboard questions()
     {
         return {
-            .hasWritten = [this] { return write(); }, .offerAsPrimary = [this] { return offer(); }};
+            .holds = [this](WriteTicket) { return write(); },
+            .offerAsPrimary = [this](WriteTicket) { return offer(); },
+            .seemsToHold = [this](WriteTicket) { return !m_isReplaced; }};
     }
     Gate& writes() { return m_writes; }
     Gate& offers() { return m_offers; }
     void refuseToWrite() { m_canWrite = false; }
     void refuseToOffer() { m_canOffer = false; }
+    void replaceAfterTheAnswer() { m_isReplaced = true; }
     [[nodiscard]] int offersAsked() const { return m_offersAsked; }
 
 private:
@@ -52,6 +55,7 @@ private:
     Gate m_offers;
     bool m_canWrite = true;
     bool m_canOffer = true;
+    bool m_isReplaced = false;
     int m_offersAsked = 0;
 };
 
@@ -89,7 +93,7 @@ public:
     int pastesSeenBy(const QString& id) { return m_pastes[m_applications.at(id)]; }
     void holdKeys() { m_clipboard.writes().hold(); }
     void letKeysGo() { m_clipboard.writes().open(); }
-    void breakKeys() { m_sender.breakKeys(); }
+    void replaceContent() { m_clipboard.refuseToWrite(); }
 
 private:
     class FrontWorkspace final : public Workspace
@@ -146,7 +150,7 @@ TEST_F(FocusedKeyEventPosterTest, EachTargetGetsItsChord)
 {
     for (const auto chord :
          {PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert}) {
-        EXPECT_EQ(await(m_poster.postPaste(inFront(chord))), PostResult::posted);
+        EXPECT_EQ(await(m_poster.postPaste(inFront(chord), WriteTicket(1))), PostResult::posted);
     }
     EXPECT_THAT(
         m_sender.chords(),
@@ -158,41 +162,43 @@ TEST_F(FocusedKeyEventPosterTest, WhatCannotBePastedIntoIsNotInFront)
 {
     const auto application = std::make_shared<FakeRunningApplication>(u"Editor"_s);
     application->setActive(true);
-    EXPECT_EQ(await(m_poster.postPaste(application)), PostResult::targetNotInFront);
-    EXPECT_EQ(await(m_poster.postPaste(nullptr)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(m_poster.postPaste(application, WriteTicket(1))), PostResult::targetNotInFront);
+    EXPECT_EQ(await(m_poster.postPaste(nullptr, WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
 TEST_F(FocusedKeyEventPosterTest, NoKeysAreSentBeforeTheContentIsThere)
 {
     m_clipboard.writes().hold();
-    auto posting = m_poster.postPaste(inFront());
+    auto posting = m_poster.postPaste(inFront(), WriteTicket(1));
     ASSERT_TRUE(waitUntil([this] { return m_clipboard.writes().waiting() == 1; }));
     EXPECT_THAT(m_sender.chords(), IsEmpty());
     m_clipboard.writes().open();
     EXPECT_EQ(await(std::move(posting)), PostResult::posted);
 }
 
-TEST_F(FocusedKeyEventPosterTest, ContentThatTheDesktopDidNotTakeIsNotPasted)
+TEST_F(FocusedKeyEventPosterTest, ContentThatIsNotThereIsNotPasted)
 {
     m_clipboard.refuseToWrite();
-    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::failed);
+    EXPECT_EQ(await(m_poster.postPaste(inFront(), WriteTicket(1))), PostResult::contentReplaced);
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
 TEST_F(FocusedKeyEventPosterTest, WithoutAnOfferOfPrimaryItIsNotPastedFrom)
 {
     m_clipboard.refuseToOffer();
-    EXPECT_EQ(await(m_poster.postPaste(inFront(PasteChord::shiftInsert))), PostResult::failed);
+    EXPECT_EQ(
+        await(m_poster.postPaste(inFront(PasteChord::shiftInsert), WriteTicket(1))),
+        PostResult::failed);
     EXPECT_THAT(m_sender.chords(), IsEmpty());
-    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::posted);
+    EXPECT_EQ(await(m_poster.postPaste(inFront(), WriteTicket(1))), PostResult::posted);
 }
 
 TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontDuringTheOfferGetsNoKeys)
 {
     const auto target = inFront(PasteChord::shiftInsert);
     m_clipboard.offers().hold();
-    auto posting = m_poster.postPaste(target);
+    auto posting = m_poster.postPaste(target, WriteTicket(1));
     ASSERT_TRUE(waitUntil([this] { return m_clipboard.offers().waiting() == 1; }));
     target->setActive(false);
     m_clipboard.offers().open();
@@ -203,24 +209,31 @@ TEST_F(FocusedKeyEventPosterTest, ATargetThatLeavesTheFrontDuringTheOfferGetsNoK
 TEST_F(FocusedKeyEventPosterTest, ATargetThatTheDesktopTellsToHaveLeftIsNotInFront)
 {
     m_sender.loseTarget();
-    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::targetNotInFront);
+    EXPECT_EQ(await(m_poster.postPaste(inFront(), WriteTicket(1))), PostResult::targetNotInFront);
 }
 
 TEST_F(FocusedKeyEventPosterTest, WhatIsCopiedWhileKeysAreWaitedForIsNotPasted)
 {
     m_sender.held().hold();
-    auto posting = m_poster.postPaste(inFront());
+    auto posting = m_poster.postPaste(inFront(), WriteTicket(1));
     ASSERT_TRUE(waitUntil([this] { return m_sender.held().waiting() == 1; }));
     m_clipboard.refuseToWrite();
     m_sender.held().open();
-    EXPECT_EQ(await(std::move(posting)), PostResult::failed);
+    EXPECT_EQ(await(std::move(posting)), PostResult::contentReplaced);
+    EXPECT_THAT(m_sender.chords(), IsEmpty());
+}
+
+TEST_F(FocusedKeyEventPosterTest, WhatIsCopiedAtTheLastMomentIsNotPasted)
+{
+    m_clipboard.replaceAfterTheAnswer();
+    EXPECT_EQ(await(m_poster.postPaste(inFront(), WriteTicket(1))), PostResult::contentReplaced);
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
 TEST_F(FocusedKeyEventPosterTest, WithKeysHeldForTooLongNoneAreSent)
 {
     m_sender.setNeverReady();
-    EXPECT_EQ(await(m_poster.postPaste(inFront())), PostResult::targetNotInFront);
+    EXPECT_EQ(await(m_poster.postPaste(inFront(), WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_THAT(m_sender.chords(), IsEmpty());
 }
 
@@ -228,20 +241,22 @@ TEST_F(FocusedKeyEventPosterTest, WithoutKeysForTheChordTheOneThatNeedsNoLetterI
 {
     for (const PasteChord chord : {PasteChord::controlV, PasteChord::controlShiftV}) {
         m_sender.setLacking(chord);
-        EXPECT_EQ(await(m_poster.postPaste(inFront(chord))), PostResult::posted);
+        EXPECT_EQ(await(m_poster.postPaste(inFront(chord), WriteTicket(1))), PostResult::posted);
     }
     EXPECT_THAT(m_sender.chords(), ElementsAre(PasteChord::shiftInsert, PasteChord::shiftInsert));
     EXPECT_EQ(m_clipboard.offersAsked(), 2);
     m_sender.setLacking(PasteChord::shiftInsert);
-    EXPECT_EQ(await(m_poster.postPaste(inFront(PasteChord::shiftInsert))), PostResult::failed);
+    EXPECT_EQ(
+        await(m_poster.postPaste(inFront(PasteChord::shiftInsert), WriteTicket(1))),
+        PostResult::failed);
 }
 
 TEST_F(FocusedKeyEventPosterTest, KeysThatTheUserHoldsAreWaitedForAndTheTargetLookedAtThen)
 {
     const auto target = inFront();
     m_sender.held().hold();
-    auto first = m_poster.postPaste(target);
-    auto second = m_poster.postPaste(target);
+    auto first = m_poster.postPaste(target, WriteTicket(1));
+    auto second = m_poster.postPaste(target, WriteTicket(1));
     ASSERT_TRUE(waitUntil([this] { return m_sender.held().waiting() == 2; }));
     EXPECT_THAT(m_sender.chords(), IsEmpty());
     m_sender.held().releaseOne();
@@ -255,7 +270,7 @@ TEST_F(FocusedKeyEventPosterTest, KeysThatTheUserHoldsAreWaitedForAndTheTargetLo
 TEST_F(FocusedKeyEventPosterTest, APasteIsPostedOnceTheDesktopHasTheKeys)
 {
     m_sender.gate().hold();
-    auto posting = m_poster.postPaste(inFront());
+    auto posting = m_poster.postPaste(inFront(), WriteTicket(1));
     ASSERT_TRUE(waitUntil([this] { return m_sender.gate().waiting() == 1; }));
     EXPECT_FALSE(posting.isReady());
     m_sender.gate().open();

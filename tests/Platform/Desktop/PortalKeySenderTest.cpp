@@ -492,7 +492,8 @@ TEST_F(PortalKeySenderTest, AfterThePortalsDeathAccessComesBackWithIt)
     ASSERT_TRUE(becomesSaved(mock().lastToken()));
     mock().die();
     ASSERT_TRUE(becomesForbidden());
-    EXPECT_EQ(Sending::failed, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::failed, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     mock().come();
     EXPECT_TRUE(becomesAllowed());
     EXPECT_EQ(mock().questions(), 1);
@@ -574,7 +575,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(PortalKeySenderTest, EachChordIsPressedAndReleasedAfterWhatMayBeHeld)
 {
     startAllowed();
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     EXPECT_TRUE(
         areChords(mock().keys(), {{{control, true}, {v, true}, {v, false}, {control, false}}}));
 }
@@ -582,7 +584,9 @@ TEST_F(PortalKeySenderTest, EachChordIsPressedAndReleasedAfterWhatMayBeHeld)
 TEST_F(PortalKeySenderTest, TheTerminalsChord)
 {
     startAllowed();
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlShiftV, nullptr)));
+    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlShiftV, nullptr, [] {
+                  return true;
+              })));
     EXPECT_TRUE(areChords(
         mock().keys(), {{{control, true},
                          {shift, true},
@@ -595,7 +599,8 @@ TEST_F(PortalKeySenderTest, TheTerminalsChord)
 TEST_F(PortalKeySenderTest, TheChordOfOldTerminals)
 {
     startAllowed();
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::shiftInsert, nullptr)));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::shiftInsert, nullptr, [] { return true; })));
     EXPECT_TRUE(areChords(
         mock().keys(), {{{shift, true}, {insert, true}, {insert, false}, {shift, false}}}));
 }
@@ -604,15 +609,16 @@ TEST_F(PortalKeySenderTest, TheKeysOfAChordAreAskedForEachTime)
 {
     startAllowed();
     m_keyOfV = 52;
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     EXPECT_THAT(mock().keys(), testing::Contains(Key(52, true)));
 }
 
 TEST_F(PortalKeySenderTest, ChordsFollowOneAnother)
 {
     startAllowed();
-    auto first = sender().send(PasteChord::controlV, nullptr);
-    auto second = sender().send(PasteChord::shiftInsert, nullptr);
+    auto first = sender().send(PasteChord::controlV, nullptr, [] { return true; });
+    auto second = sender().send(PasteChord::shiftInsert, nullptr, [] { return true; });
     EXPECT_EQ(await(std::move(second)), Sending::sent);
     EXPECT_EQ(await(std::move(first)), Sending::sent);
     EXPECT_TRUE(areChords(
@@ -705,7 +711,7 @@ TEST_F(PortalKeySenderTest, ATargetThatLeftWhileKeysWereLiftedGetsNone)
     startAllowed();
     const auto target = std::make_shared<FakePasteTarget>(u"Editor"_s);
     target->setActive(true);
-    auto sending = sender().send(PasteChord::controlV, target);
+    auto sending = sender().send(PasteChord::controlV, target, [] { return true; });
     target->setActive(false);
     EXPECT_EQ(await(std::move(sending)), Sending::notInFront);
     EXPECT_TRUE(areChords(mock().keys(), {{}}));
@@ -722,7 +728,9 @@ TEST_F(PortalKeySenderTest, WhatIsDownWhenTheTargetLeavesIsLetGo)
             target->setActive(false);
         }
     };
-    EXPECT_EQ(await(sender().send(PasteChord::controlShiftV, target)), Sending::notInFront);
+    EXPECT_EQ(
+        await(sender().send(PasteChord::controlShiftV, target, [] { return true; })),
+        Sending::notInFront);
     EXPECT_TRUE(areChords(mock().keys(), {{{control, true}, {control, false}}}));
 }
 
@@ -730,16 +738,19 @@ TEST_F(PortalKeySenderTest, AKeyboardWithoutKeysForAChordIsToldSo)
 {
     startAllowed();
     m_keyOfV.reset();
-    EXPECT_EQ(await(sender().send(PasteChord::controlV, nullptr)), Sending::noKeys);
+    EXPECT_EQ(
+        await(sender().send(PasteChord::controlV, nullptr, [] { return true; })), Sending::noKeys);
     EXPECT_THAT(mock().keys(), IsEmpty());
     EXPECT_TRUE(sender().isAllowed());
-    EXPECT_EQ(await(sender().send(PasteChord::shiftInsert, nullptr)), Sending::sent);
+    EXPECT_EQ(
+        await(sender().send(PasteChord::shiftInsert, nullptr, [] { return true; })), Sending::sent);
 }
 
 TEST_F(PortalKeySenderTest, WithoutAccessNoKeyIsSent)
 {
     startSenderAndWait();
-    EXPECT_EQ(Sending::failed, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::failed, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     EXPECT_THAT(mock().keys(), IsEmpty());
 }
 
@@ -747,7 +758,8 @@ TEST_F(PortalKeySenderTest, APortalThatDiesBetweenTheKeysHasNotTakenThem)
 {
     startAllowed();
     mock().diesAtKey = 10;
-    EXPECT_EQ(Sending::failed, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::failed, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     EXPECT_THAT(mock().keys(), SizeIs(10));
     EXPECT_TRUE(becomesForbidden());
 }
@@ -757,8 +769,10 @@ TEST_F(PortalKeySenderTest, WhereNothingIsToBeLiftedTheChordCountsAlone)
     const LogCapture log;
     mock().refusesLifting = true;
     startAllowed();
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlV, nullptr)));
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::shiftInsert, nullptr)));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::shiftInsert, nullptr, [] { return true; })));
     EXPECT_THAT(
         mock().keys(),
         ElementsAre(
@@ -772,24 +786,27 @@ TEST_F(PortalKeySenderTest, KeysThatAreRefusedHaveNotBeenTakenAndAccessIsTakenUp
 {
     startAllowed();
     mock().failsAt = {u"RemoteDesktop.NotifyKeyboardKeycode"_s};
-    EXPECT_EQ(Sending::failed, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::failed, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     mock().failsAt.clear();
     ASSERT_TRUE(becomesAllowed());
     EXPECT_EQ(mock().questions(), 1);
-    EXPECT_EQ(Sending::sent, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::sent, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
 }
 
 TEST_F(PortalKeySenderTest, APortalThatHangsHasNothingToPressWhenItWakes)
 {
     startAllowed();
     mock().hangsAt = {u"RemoteDesktop.NotifyKeyboardKeycode"_s, u"RemoteDesktop.CreateSession"_s};
-    auto sending = sender().send(PasteChord::controlV, nullptr);
+    auto sending = sender().send(PasteChord::controlV, nullptr, [] { return true; });
     settle();
     EXPECT_FALSE(sending.isReady());
     m_clock.advance(3s);
     EXPECT_EQ(await(std::move(sending)), Sending::failed);
     EXPECT_FALSE(sender().isAllowed());
-    EXPECT_EQ(Sending::failed, await(sender().send(PasteChord::controlV, nullptr)));
+    EXPECT_EQ(
+        Sending::failed, await(sender().send(PasteChord::controlV, nullptr, [] { return true; })));
     settle();
     const auto calls = mock().calls(u"RemoteDesktop.NotifyKeyboardKeycode"_s);
     EXPECT_THAT(calls, SizeIs(releases().size()));
@@ -801,7 +818,7 @@ TEST_F(PortalKeySenderTest, APortalThatHangsHasNothingToPressWhenItWakes)
 TEST_F(PortalKeySenderTest, ItMayEndWhileKeysAreOnTheirWay)
 {
     startAllowed();
-    auto sending = sender().send(PasteChord::controlV, nullptr);
+    auto sending = sender().send(PasteChord::controlV, nullptr, [] { return true; });
     m_sender.reset();
     static_cast<void>(await(std::move(sending)));
     EXPECT_TRUE(waitUntil([this] { return mock().sessions() == 0; }))

@@ -146,8 +146,8 @@ TEST_F(SwayKeysTest, aTerminalPastesWhatIsOnTheClipboard)
     ASSERT_TRUE(hears("ready\n"));
     const auto target = inFront(u"foot"_s);
     EXPECT_EQ(target->pasteChord(), PasteChord::controlShiftV);
-    ASSERT_TRUE(pasteboard.write({{.plainText = "pasted text\n"}}));
-    ASSERT_TRUE(await(pasteboard.hasWritten()));
+    const WriteTicket ticket = pasteboard.write({{.plainText = "pasted text\n"}});
+    ASSERT_TRUE(await(pasteboard.holds(ticket)));
     EXPECT_TRUE(send(target->pasteChord()));
     EXPECT_TRUE(hears("ready\npasted text\n"));
     terminal->kill();

@@ -150,7 +150,7 @@ protected:
     bool send(PasteChord chord = PasteChord::controlV)
     {
         VirtualKeyboardSender sender(desktop());
-        return await(sender.send(chord, front())) == KeySender::Sending::sent;
+        return await(sender.send(chord, front(), [] { return true; })) == KeySender::Sending::sent;
     }
     template <typename Ask>
     auto keyboards(Ask ask)
@@ -224,10 +224,14 @@ TEST(WaylandDesktopStart, aCompositorMayHaveNothingOfIt)
     }
     VirtualKeyboardSender virtualKeys(desktop);
     EXPECT_FALSE(virtualKeys.requestAccess());
-    EXPECT_NE(await(virtualKeys.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
+    EXPECT_NE(
+        await(virtualKeys.send(PasteChord::controlV, nullptr, [] { return true; })),
+        KeySender::Sending::sent);
     FakeInputSender fakeKeys(desktop);
     EXPECT_FALSE(fakeKeys.isAllowed());
-    EXPECT_NE(await(fakeKeys.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
+    EXPECT_NE(
+        await(fakeKeys.send(PasteChord::controlV, nullptr, [] { return true; })),
+        KeySender::Sending::sent);
 }
 
 TEST_F(WaylandDesktopTest, tellsWhatTheCompositorHas)
@@ -403,7 +407,9 @@ TEST_F(WaylandDesktopTest, untilAConnectionIsMadeAgainTheLastWindowCountsAsInFro
     EXPECT_EQ(front(), application);
     EXPECT_FALSE(application->isActive());
     VirtualKeyboardSender sender(desktop());
-    EXPECT_NE(await(sender.send(PasteChord::controlV, application)), KeySender::Sending::sent);
+    EXPECT_NE(
+        await(sender.send(PasteChord::controlV, application, [] { return true; })),
+        KeySender::Sending::sent);
     compositor().thaw();
     EXPECT_TRUE(waitUntil([&] { return front() != application; }));
     EXPECT_TRUE(inFront(u"editor"_s)->isActive());
@@ -452,7 +458,7 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     const auto application = inFront(u"editor"_s);
     compositor().freeze();
     VirtualKeyboardSender sender(desktop());
-    auto sending = sender.send(PasteChord::controlV, nullptr);
+    auto sending = sender.send(PasteChord::controlV, nullptr, [] { return true; });
     compositor().end();
     EXPECT_NE(await(std::move(sending)), KeySender::Sending::sent);
     EXPECT_TRUE(waitUntil([&] { return application->isTerminated(); }));
@@ -463,7 +469,9 @@ TEST_F(WaylandDesktopTest, theCompositorsEndEndsWhatIsAwaited)
     EXPECT_FALSE(desktop().hasVirtualKeyboard());
     EXPECT_FALSE(sender.isAllowed());
     EXPECT_FALSE(sender.requestAccess());
-    EXPECT_NE(await(sender.send(PasteChord::controlV, nullptr)), KeySender::Sending::sent);
+    EXPECT_NE(
+        await(sender.send(PasteChord::controlV, nullptr, [] { return true; })),
+        KeySender::Sending::sent);
     EXPECT_TRUE(waitUntil([&] { return log.lines(logCategory).size() == 1; }));
 }
 
@@ -478,7 +486,7 @@ TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd
     std::vector<QCoro::Task<KeySender::Sending>> sendings;
     for (int number = 0; number < 2000; ++number) {
         application->activate();
-        sendings.push_back(sender.send(PasteChord::controlV, nullptr));
+        sendings.push_back(sender.send(PasteChord::controlV, nullptr, [] { return true; }));
     }
     EXPECT_FALSE(sendings.front().isReady());
     endDesktop();
@@ -628,14 +636,18 @@ TEST_F(WaylandDesktopTest, noKeysArePressedOnceAnotherWindowIsInFront)
     const auto target = inFront(u"target"_s);
     VirtualKeyboardSender sender(desktop());
     freeze([](auto& toplevels) { toplevels.open("other", true); });
-    auto sending = sender.send(PasteChord::controlV, target);
+    auto sending = sender.send(PasteChord::controlV, target, [] { return true; });
     EXPECT_TRUE(target->isActive()) << "as far as is known";
     compositor().thaw();
     EXPECT_EQ(await(std::move(sending)), KeySender::Sending::notInFront);
     inFront(u"other"_s);
     EXPECT_THAT(keys(), IsEmpty());
-    EXPECT_EQ(await(sender.send(PasteChord::controlV, target)), KeySender::Sending::notInFront);
-    EXPECT_EQ(await(sender.send(PasteChord::controlV, nullptr)), KeySender::Sending::notInFront);
+    EXPECT_EQ(
+        await(sender.send(PasteChord::controlV, target, [] { return true; })),
+        KeySender::Sending::notInFront);
+    EXPECT_EQ(
+        await(sender.send(PasteChord::controlV, nullptr, [] { return true; })),
+        KeySender::Sending::notInFront);
     EXPECT_THAT(keys(), IsEmpty());
     EXPECT_TRUE(send());
 }
@@ -646,7 +658,7 @@ TEST_F(WaylandDesktopTest, noKeysArePressedForATargetThatHasClosed)
     const auto target = inFront(u"target"_s);
     VirtualKeyboardSender sender(desktop());
     freeze([window](auto& toplevels) { toplevels.close(window); });
-    auto sending = sender.send(PasteChord::controlV, target);
+    auto sending = sender.send(PasteChord::controlV, target, [] { return true; });
     compositor().thaw();
     EXPECT_EQ(await(std::move(sending)), KeySender::Sending::notInFront);
     EXPECT_THAT(keys(), IsEmpty());
@@ -659,7 +671,9 @@ TEST_F(WaylandDesktopTest, whatAFrozenCompositorDoesNotGetToInTimeIsNotPressedLa
     const auto target = inFront(u"target"_s);
     VirtualKeyboardSender sender(desktop());
     compositor().freeze();
-    EXPECT_EQ(await(sender.send(PasteChord::controlV, target)), KeySender::Sending::failed);
+    EXPECT_EQ(
+        await(sender.send(PasteChord::controlV, target, [] { return true; })),
+        KeySender::Sending::failed);
     compositor().thaw();
     // By then it has got to what was asked of it before.
     EXPECT_TRUE(send());

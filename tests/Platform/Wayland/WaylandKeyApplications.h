@@ -32,7 +32,7 @@ public:
     }
     void holdKeys() { m_writes.hold(); }
     void letKeysGo() { m_writes.open(); }
-    void breakKeys() { m_canWrite = false; }
+    void replaceContent() { m_canWrite = false; }
 
 private:
     // No lambda: the poster may go, and what it captures with it, while it waits.
@@ -46,7 +46,9 @@ private:
     Gate m_writes;
     bool m_canWrite = true;
     std::unique_ptr<KeyEventPoster> m_poster = std::make_unique<FocusedKeyEventPoster>(
-        *m_sender, PasteClipboard{.hasWritten = [this] { return write(); }});
+        *m_sender, PasteClipboard{
+                       .holds = [this](WriteTicket) { return write(); },
+                       .seemsToHold = [](WriteTicket) { return true; }});
 };
 
 } // namespace tessly::test

@@ -38,11 +38,12 @@ protected:
     WaylandWindows& windows() { return m_applications.windows(); }
     [[nodiscard]] bool send(PasteChord chord)
     {
-        return await(m_applications.sender().send(chord, front())) == KeySender::Sending::sent;
+        return await(m_applications.sender().send(chord, front(), [] { return true; })) ==
+               KeySender::Sending::sent;
     }
     [[nodiscard]] PostResult paste(const std::shared_ptr<PasteTarget>& target)
     {
-        return await(m_applications.poster().postPaste(target));
+        return await(m_applications.poster().postPaste(target, WriteTicket(1)));
     }
 
     std::shared_ptr<PasteTarget> front()

@@ -75,7 +75,7 @@ TEST_F(WaylandPasteboardCompositorTest, itsEndIsToldOnceAndEndsWhatIsAwaited)
     EXPECT_EQ(read(count).status, ReadStatus::unreadable);
     EXPECT_EQ(await(pasteboard().readFileURLs(count, noLimit)).status, ReadStatus::unreadable);
     EXPECT_FALSE(pasteboard().write({{.plainText = "own"}}));
-    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
     pasteboard().clear();
     pasteboard().keepWhenOwnerLeaves(count, {{.plainText = "kept"}});
     EXPECT_EQ(types(count), std::nullopt);
@@ -89,7 +89,7 @@ TEST_F(WaylandPasteboardCompositorTest, oneThatFreezesHoldsUpNeitherTheMainThrea
     // More than its socket takes.
     const PasteboardItem item = {.plainText = "own"};
     for (int number = 0; number < 2000; ++number) {
-        EXPECT_TRUE(pasteboard().write({item}));
+        EXPECT_TRUE(m_ticket = pasteboard().write({item}));
     }
     pasteboard().clear();
     EXPECT_EQ(read(count).status, ReadStatus::unreadable);
@@ -102,8 +102,8 @@ TEST_F(WaylandPasteboardCompositorTest, oneThatFreezesHoldsUpNeitherTheMainThrea
 TEST_F(WaylandPasteboardCompositorTest, theEndOfOneThatWasFrozenEndsTheWaitForIt)
 {
     compositor().freeze();
-    ASSERT_TRUE(pasteboard().write({{.plainText = "own"}}));
-    auto hasWritten = pasteboard().hasWritten();
+    ASSERT_TRUE(m_ticket = pasteboard().write({{.plainText = "own"}}));
+    auto hasWritten = pasteboard().holds(m_ticket);
     compositor().end();
     EXPECT_FALSE(await(std::move(hasWritten)));
 }

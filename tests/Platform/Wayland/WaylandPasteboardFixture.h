@@ -70,7 +70,7 @@ protected:
     }
     qint64 written(const PasteboardItem& item)
     {
-        return changed([&] { EXPECT_TRUE(pasteboard().write({item})); });
+        return changed([&] { EXPECT_TRUE(m_ticket = pasteboard().write({item})); });
     }
 
     [[nodiscard]] ReadResult<QByteArray>
@@ -91,6 +91,9 @@ protected:
         EXPECT_EQ(text.status, ReadStatus::read);
         EXPECT_EQ(text.value, "the next copy");
     }
+
+    /// Of the last write.
+    WriteTicket m_ticket;
 
 private:
     TestCompositor m_compositor;

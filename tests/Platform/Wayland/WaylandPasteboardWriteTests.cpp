@@ -79,7 +79,7 @@ TEST_F(WaylandPasteboardWriteTest, everyFlavourIsOfferedUnderEveryNameAndServed)
          .png = "\x89PNG\r\n\x1a\n",
          .fileURL = "file:///a"},
         {.fileURL = "file:///b%20c"}};
-    changed([&] { EXPECT_TRUE(pasteboard().write(items)); });
+    changed([&] { EXPECT_TRUE(m_ticket = pasteboard().write(items)); });
     PasteboardOffer offer(items);
     EXPECT_EQ(program().types(), offer.names());
     EXPECT_TRUE(offer.names().contains(Pasteboard::markerType.toUtf8()));
@@ -102,13 +102,13 @@ TEST_F(WaylandPasteboardWriteTest, ownContentIsNotReadThroughAPipe)
 
 TEST_F(WaylandPasteboardWriteTest, onceWrittenItIsWhatOthersPaste)
 {
-    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
     copied({{"UTF8_STRING", "another's"}});
-    ASSERT_TRUE(pasteboard().write({{.plainText = "own"}}));
-    EXPECT_TRUE(await(pasteboard().hasWritten()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({{.plainText = "own"}}));
+    EXPECT_TRUE(await(pasteboard().holds(m_ticket)));
     EXPECT_EQ(program().paste(), "own");
     copied({{"UTF8_STRING", "another's"}});
-    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
 }
 
 TEST_F(WaylandPasteboardWriteTest, theMarkerOfAnotherIsNotTakenForItsOwn)
@@ -123,7 +123,7 @@ TEST_F(WaylandPasteboardWriteTest, ofManyWritesAtOnceTheLastRemains)
 {
     const qint64 before = pasteboard().changeCount();
     for (int number = 1; number <= 50; ++number) {
-        ASSERT_TRUE(pasteboard().write({{.plainText = QByteArray::number(number)}}));
+        ASSERT_TRUE(m_ticket = pasteboard().write({{.plainText = QByteArray::number(number)}}));
     }
     ASSERT_TRUE(waitUntil([&] { return pasteboard().changeCount() == before + 50; }));
     EXPECT_EQ(read(before + 50).value, "50");
@@ -133,9 +133,9 @@ TEST_F(WaylandPasteboardWriteTest, ofManyWritesAtOnceTheLastRemains)
 TEST_F(WaylandPasteboardWriteTest, ofWritesAndCopiesAtOnceTheLastIsReadAsWhatItIs)
 {
     for (int round = 0; round < 20; ++round) {
-        ASSERT_TRUE(pasteboard().write({{.plainText = "own"}}));
+        ASSERT_TRUE(m_ticket = pasteboard().write({{.plainText = "own"}}));
         program().copyText("another's");
-        ASSERT_TRUE(pasteboard().write({{.plainText = "own again"}}));
+        ASSERT_TRUE(m_ticket = pasteboard().write({{.plainText = "own again"}}));
         // Whichever came last: what is read is what others paste.
         ASSERT_TRUE(waitUntil([this] {
             const auto text = read(pasteboard().changeCount());
@@ -295,11 +295,12 @@ TEST_F(WaylandPasteboardWriteTest, nothingIsKeptThatIsEmpty)
 TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramTakesIt)
 {
     // At once, before the write has reached the compositor.
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text", .html = "<b>"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(
+        m_ticket = pasteboard().write({PasteboardItem{.plainText = "text", .html = "<b>"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(program().pastePrimary(), "text");
     EXPECT_EQ(program().pastePrimary("text/html"), "<b>");
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary())) << "also a second time";
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket))) << "also a second time";
     EXPECT_EQ(program().pastePrimary(), "text");
     program().copyAsPrimary("other");
     EXPECT_EQ(program().pastePrimary(), "other");
@@ -308,42 +309,42 @@ TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramT
 
 TEST_F(WaylandPasteboardWriteTest, primaryIsTheLastWrite)
 {
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "first"}}));
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "second"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "first"}}));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "second"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(program().pastePrimary(), "second");
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "third"}}));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "third"}}));
     EXPECT_EQ(program().pastePrimary(), "second");
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(program().pastePrimary(), "third");
 }
 
 TEST_F(WaylandPasteboardWriteTest, primaryOutlivesTheLossOfTheClipboard)
 {
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     copied({{"UTF8_STRING", "other"}});
     EXPECT_EQ(program().pastePrimary(), "text");
 }
 
 TEST_F(WaylandPasteboardWriteTest, primaryIsNotOfferedWithoutTheClipboard)
 {
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
     written({.plainText = "text"});
     copied({{"UTF8_STRING", "other"}});
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(program().pastePrimary(), std::nullopt);
 }
 
 TEST_F(WaylandPasteboardWriteTest, clearingGivesUpPrimaryTooButNotAnothers)
 {
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     changed([this] { pasteboard().clear(); });
     EXPECT_EQ(program().pastePrimary(), std::nullopt);
 
     written({.plainText = "text"});
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     program().copyAsPrimary("other");
     changed([this] { pasteboard().clear(); });
     EXPECT_EQ(program().pastePrimary(), "other");
@@ -361,19 +362,19 @@ TEST(WaylandPasteboardPrimary, withoutPrimaryNothingIsOfferedThere)
 {
     TestCompositor compositor({.hasPrimary = false});
     WaylandPasteboard pasteboard({.display = compositor.display(), .deadlines = {}});
-    ASSERT_TRUE(pasteboard.write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_TRUE(await(pasteboard.hasWritten()));
-    EXPECT_FALSE(await(pasteboard.offerAsPrimary()));
+    const WriteTicket ticket = pasteboard.write({PasteboardItem{.plainText = "text"}});
+    EXPECT_TRUE(await(pasteboard.holds(ticket)));
+    EXPECT_FALSE(await(pasteboard.offerAsPrimary(ticket)));
 }
 
 TEST_F(WaylandPasteboardWriteTest, primaryIsNotOfferedOnceTheCompositorIsGone)
 {
     written({.plainText = "text"});
     compositor().freeze();
-    auto waiting = pasteboard().offerAsPrimary();
+    auto waiting = pasteboard().offerAsPrimary(m_ticket);
     compositor().end();
     EXPECT_FALSE(await(std::move(waiting)));
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
 }
 
 TEST_F(WaylandPasteboardWriteTest, whatItOwnsIsGoneWithIt)

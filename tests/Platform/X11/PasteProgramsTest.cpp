@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 #include "X11Desktop.h"
 #include "X11KeyEventPoster.h"
+#include "X11Pasteboard.h"
 #include "X11Workspace.h"
 #include "XClient.h"
 #include "XSession.h"
@@ -10,10 +11,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
-#include <map>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -78,62 +77,26 @@ protected:
             20s));
     }
 
-    /// Owns a selection until it is owned anew.
-    void own(const QString& selection, const QByteArray& text)
-    {
-        m_owners.erase(selection);
-        auto owner = m_session.program(u"xclip"_s, {u"-selection"_s, selection, u"-quiet"_s});
-        // Where it reports every reader.
-        owner->setProcessChannelMode(QProcess::SeparateChannels);
-        owner->start();
-        owner->write(text);
-        owner->closeWriteChannel();
-        ASSERT_TRUE(waitUntil([&] {
-            const auto reader =
-                m_session.start(u"xclip"_s, {u"-selection"_s, selection, u"-out"_s});
-            reader->waitForFinished();
-            return reader->readAllStandardOutput() == text;
-        }));
-        m_owners[selection] = {.process = std::move(owner)};
-    }
-
-    /// Whether anyone else has read what is owned, since it is.
-    bool isRead()
-    {
-        // They say what they wait for: first the read above, then the one that is asked about.
-        return waitUntil([this] {
-            return std::ranges::any_of(m_owners, [](auto& entry) {
-                Owner& owner = entry.second;
-                owner.report += owner.process->readAllStandardError();
-                return owner.report.contains("request number 3");
-            });
-        });
-    }
-
-    PostResult paste()
+    PostResult paste(WriteTicket content)
     {
         X11KeyEventPoster poster(
-            m_desktop,
-            {.hasWritten = []() -> QCoro::Task<bool> { co_return true; },
-             .offerAsPrimary = [this]() -> QCoro::Task<bool> {
-                 own(u"primary"_s, m_text);
-                 co_return true;
-             }},
+            m_desktop, PasteClipboard::of(m_pasteboard), m_pasteboard.ownerWindow(),
             {.releaseWait = 50ms});
-        return await(poster.postPaste(m_workspace.frontmostApplication()));
+        return await(poster.postPaste(m_workspace.frontmostApplication(), content));
     }
 
     void pasteIn(const Situation& situation)
     {
-        m_text = situation.name.toUtf8() + '\n';
-        m_owners.clear();
-        own(u"clipboard"_s, m_text);
+        const WriteTicket content =
+            m_pasteboard.write({{.plainText = situation.name.toUtf8() + '\n'}});
+        ASSERT_TRUE(content);
         m_session.run(u"setxkbmap"_s, situation.layout);
         m_client.lock(situation.lockedMods, situation.group);
         for (const auto key : situation.heldKeys) {
             m_client.pressOnKeyboard(key);
         }
-        EXPECT_EQ(paste(), PostResult::posted);
+        const quint64 fetches = m_pasteboard.fetchCount();
+        EXPECT_EQ(paste(content), PostResult::posted);
         const auto state = m_client.keyboardState();
         EXPECT_EQ(state.lockedMods, situation.lockedMods);
         EXPECT_EQ(state.lockedGroup, situation.group);
@@ -142,7 +105,7 @@ protected:
             m_client.releaseOnKeyboard(key);
         }
         // Programs look keys up in the layout that is there when they get to it.
-        EXPECT_TRUE(isRead());
+        EXPECT_TRUE(waitUntil([&] { return m_pasteboard.fetchCount() > fetches; }));
         m_client.lock(0, 0);
         m_session.run(u"setxkbmap"_s, {u"us"_s});
     }
@@ -178,16 +141,9 @@ private:
     XClient m_client{m_session.display()};
     X11Desktop m_desktop{m_session.display().toStdString()};
     X11Workspace m_workspace{m_desktop};
+    X11Pasteboard m_pasteboard{{.display = m_session.display().toStdString(), .deadlines = {}}};
     QTemporaryDir m_folder;
     std::unique_ptr<QProcess> m_program;
-    struct Owner
-    {
-        std::unique_ptr<QProcess> process;
-        QByteArray report = {};
-    };
-    /// By the selection that is owned.
-    std::map<QString, Owner> m_owners;
-    QByteArray m_text;
 };
 
 TEST_F(PasteProgramsTest, gtk)

@@ -42,7 +42,7 @@ public:
     }
     void holdKeys() { client().pressOnKeyboard(leftAlt); }
     void letKeysGo() { client().releaseOnKeyboard(leftAlt); }
-    void breakKeys() { m_canWrite = false; }
+    void replaceContent() { m_canWrite = false; }
 
 private:
     static constexpr xcb_keycode_t leftAlt = 64;
@@ -55,8 +55,11 @@ private:
     std::unique_ptr<X11KeyEventPoster> m_poster = std::make_unique<X11KeyEventPoster>(
         m_desktop.desktop(),
         X11KeyEventPoster::Clipboard{
-            .hasWritten = [this]() -> QCoro::Task<bool> { co_return m_canWrite; },
-            .offerAsPrimary = []() -> QCoro::Task<bool> { co_return true; }},
+            .holds = [this](WriteTicket) -> QCoro::Task<bool> { co_return m_canWrite; },
+            .offerAsPrimary = [](WriteTicket) -> QCoro::Task<bool> { co_return true; },
+            .seemsToHold = [](WriteTicket) { return true; }},
+        // Nobody owns the clipboard here.
+        xcb_window_t{XCB_WINDOW_NONE},
         X11KeyEventPoster::Options{.releaseWait = std::chrono::seconds(20)});
 };
 

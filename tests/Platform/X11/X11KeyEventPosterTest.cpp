@@ -87,9 +87,10 @@ protected:
         m_poster = std::make_unique<X11KeyEventPoster>(
             m_desktop.desktop(),
             X11KeyEventPoster::Clipboard{
-                .hasWritten = [this] { return write(); },
-                .offerAsPrimary = [this] { return offer(); }},
-            X11KeyEventPoster::Options{.releaseWait = releaseWait});
+                .holds = [this](WriteTicket) { return write(); },
+                .offerAsPrimary = [this](WriteTicket) { return offer(); },
+                .seemsToHold = [this](WriteTicket) { return m_isThere; }},
+            m_owner, X11KeyEventPoster::Options{.releaseWait = releaseWait});
         return *m_poster;
     }
     // No lambdas: the poster may go, and what they capture with it, while they wait.
@@ -106,6 +107,8 @@ protected:
         co_return m_canOffer;
     }
     void endPoster() { m_poster.reset(); }
+    /// Which window is to own the clipboard when the keys are pressed.
+    void setOwner(xcb_window_t owner) { m_owner = owner; }
     /// What is to be pasted is not on the clipboard until the gate is opened.
     Gate& holdWrites()
     {
@@ -143,6 +146,9 @@ private:
     std::shared_ptr<RunningApplication> m_target;
     xcb_window_t m_window = XCB_WINDOW_NONE;
     std::unique_ptr<X11KeyEventPoster> m_poster;
+    /// Nobody owns the clipboard here unless a test says so.
+    xcb_window_t m_owner = XCB_WINDOW_NONE;
+    std::atomic<bool> m_isThere = true;
     Gate m_writes;
     bool m_holdsWrites = false;
     bool m_canWrite = true;
@@ -158,7 +164,7 @@ TEST_F(X11KeyEventPosterTest, needsNoPermission)
 
 TEST_F(X11KeyEventPosterTest, theTargetSeesExactlyControlV)
 {
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(strokes(), controlV());
     EXPECT_TRUE(client().heldKeys().empty());
     EXPECT_EQ(offers(), 0);
@@ -167,7 +173,7 @@ TEST_F(X11KeyEventPosterTest, theTargetSeesExactlyControlV)
 TEST_F(X11KeyEventPosterTest, whenItReportsTheKeysAreThere)
 {
     for (int count = 0; count < 20; ++count) {
-        ASSERT_EQ(await(poster().postPaste(target())), PostResult::posted);
+        ASSERT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
         ASSERT_EQ(strokes(), controlV());
         client().forgetKeys();
     }
@@ -176,8 +182,8 @@ TEST_F(X11KeyEventPosterTest, whenItReportsTheKeysAreThere)
 TEST_F(X11KeyEventPosterTest, pastesFollowOneAnother)
 {
     auto& keys = poster();
-    auto first = keys.postPaste(target());
-    auto second = keys.postPaste(target());
+    auto first = keys.postPaste(target(), WriteTicket(1));
+    auto second = keys.postPaste(target(), WriteTicket(1));
     EXPECT_EQ(await(std::move(first)), PostResult::posted);
     EXPECT_EQ(await(std::move(second)), PostResult::posted);
     auto twice = controlV();
@@ -191,7 +197,7 @@ TEST_F(X11KeyEventPosterTest, theKeysGoToTheWindowInsideTheTargetThatHasTheFocus
     inner.parent = window();
     const auto child = client().show(inner);
     client().focus(child);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(strokes(), controlV());
     EXPECT_EQ(client().keys().front().window, child);
 }
@@ -201,7 +207,7 @@ TEST_F(X11KeyEventPosterTest, theKeysGoToTheWindowInsideTheTargetThatHasTheFocus
 TEST_F(X11KeyEventPosterTest, noKeyComesBeforeTheContent)
 {
     Gate& writes = holdWrites();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     letTimePass();
     EXPECT_EQ(strokes(), Strokes());
     writes.open();
@@ -212,14 +218,48 @@ TEST_F(X11KeyEventPosterTest, noKeyComesBeforeTheContent)
 TEST_F(X11KeyEventPosterTest, noKeyComesWithoutTheContent)
 {
     refuseToWrite();
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::contentReplaced);
     EXPECT_EQ(strokes(), Strokes());
+}
+
+TEST_F(X11KeyEventPosterTest, noKeyComesForWhatAnotherProgramHasCopiedSince)
+{
+    setOwner(window());
+    client().own("CLIPBOARD", window());
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
+    client().forgetKeys();
+    client().own("CLIPBOARD");
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::contentReplaced);
+    EXPECT_EQ(strokes(), Strokes());
+}
+
+TEST_F(X11KeyEventPosterTest, noKeyComesForWhatTheProgramItselfOffersInItsPlace)
+{
+    m_isThere = false;
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::contentReplaced);
+    EXPECT_EQ(strokes(), Strokes());
+}
+
+TEST_F(X11KeyEventPosterTest, whatIsCopiedWhileTheUserHoldsKeysIsNotPasted)
+{
+    setOwner(window());
+    client().own("CLIPBOARD", window());
+    client().pressOnKeyboard(leftAlt);
+    client().forgetKeys();
+    auto task = poster().postPaste(target(), WriteTicket(1));
+    letTimePass();
+    client().own("CLIPBOARD");
+    client().releaseOnKeyboard(leftAlt);
+    EXPECT_EQ(await(std::move(task)), PostResult::contentReplaced);
+    for (const Stroke& stroke : strokes()) {
+        EXPECT_EQ(stroke.code, leftAlt);
+    }
 }
 
 TEST_F(X11KeyEventPosterTest, mayGoBeforeTheContentComes)
 {
     Gate& writes = holdWrites();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     endPoster();
     writes.open();
     EXPECT_EQ(await(std::move(task)), PostResult::failed);
@@ -231,7 +271,7 @@ TEST_F(X11KeyEventPosterTest, mayGoBeforeTheContentComes)
 TEST_F(X11KeyEventPosterTest, aTerminalSeesControlShiftV)
 {
     show("term", "Term");
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(
         strokes(), (Strokes{
                        pressed(leftControl, 0), pressed(leftShift, control),
@@ -244,7 +284,7 @@ TEST_F(X11KeyEventPosterTest, aTerminalSeesControlShiftV)
 TEST_F(X11KeyEventPosterTest, xtermSeesShiftInsertAndFindsThePrimarySelection)
 {
     show("xterm", "XTerm");
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(offers(), 1);
     EXPECT_EQ(
         strokes(), (Strokes{
@@ -256,12 +296,12 @@ TEST_F(X11KeyEventPosterTest, withoutThePrimarySelectionXtermGetsNoKeys)
 {
     show("xterm", "XTerm");
     refuseToOffer();
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::failed);
     EXPECT_EQ(offers(), 1);
     EXPECT_EQ(strokes(), Strokes());
 
-    X11KeyEventPoster withoutClipboard(desktop().desktop(), {});
-    EXPECT_EQ(await(withoutClipboard.postPaste(target())), PostResult::failed);
+    X11KeyEventPoster withoutClipboard(desktop().desktop(), {}, {});
+    EXPECT_EQ(await(withoutClipboard.postPaste(target(), WriteTicket(1))), PostResult::failed);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -270,7 +310,7 @@ TEST_F(X11KeyEventPosterTest, doesNotTouchThePrimarySelectionForATargetThatIsNot
     show("xterm", "XTerm");
     const auto xterm = target();
     show("b", "B");
-    EXPECT_EQ(await(poster().postPaste(xterm)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(xterm, WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_EQ(offers(), 0);
 }
 
@@ -279,7 +319,7 @@ TEST_F(X11KeyEventPosterTest, aKeyboardWithoutTheKeyCannotPaste)
     show("xterm", "XTerm");
     desktop().session().run(u"xmodmap"_s, {u"-e"_s, u"keycode 118 = NoSymbol"_s});
     client().forgetKeys();
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::failed);
     EXPECT_EQ(strokes(), Strokes());
     EXPECT_TRUE(client().heldKeys().empty());
 }
@@ -292,7 +332,7 @@ TEST_F(X11KeyEventPosterTest, waitsUntilTheUserLetsGo)
     client().pressOnKeyboard(leftShift);
     client().sync();
     client().forgetKeys();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     letTimePass();
     EXPECT_EQ(strokes(), Strokes());
     client().releaseOnKeyboard(leftAlt);
@@ -314,7 +354,7 @@ TEST_F(X11KeyEventPosterTest, liftsWhatTheUserDoesNotLetGoOf)
     client().pressOnKeyboard(leftShift);
     client().sync();
     client().forgetKeys();
-    EXPECT_EQ(await(poster(impatient).postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster(impatient).postPaste(target(), WriteTicket(1))), PostResult::posted);
 
     Strokes expected = {released(leftShift, alt | shift), released(leftAlt, alt)};
     const auto chord = controlV();
@@ -337,7 +377,7 @@ TEST_F(X11KeyEventPosterTest, liftsKeysThatOtherProgramsHold)
     desktop().session().run(u"xdotool"_s, {u"keydown"_s, u"alt"_s, u"keydown"_s, u"shift"_s});
     client().sync();
     client().forgetKeys();
-    EXPECT_EQ(await(poster(impatient).postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster(impatient).postPaste(target(), WriteTicket(1))), PostResult::posted);
     const auto seen = strokes();
     ASSERT_EQ(seen.size(), 6U);
     EXPECT_EQ(Strokes(seen.begin() + 2, seen.end()), controlV());
@@ -351,7 +391,7 @@ TEST_F(X11KeyEventPosterTest, aHeldHotKeyDoesNotSwallowTheKeys)
     client().pressOnKeyboard(leftAlt);
     client().pressOnKeyboard(leftShift);
     client().pressOnKeyboard(digit3);
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     // The modifiers go first, the key is still held.
     client().releaseOnKeyboard(leftAlt);
     client().releaseOnKeyboard(leftShift);
@@ -374,7 +414,7 @@ TEST_F(X11KeyEventPosterTest, aHotKeyThatIsHeldForEverDoesNotSwallowTheKeys)
     client().pressOnKeyboard(leftAlt);
     client().pressOnKeyboard(leftShift);
     client().pressOnKeyboard(digit3);
-    EXPECT_EQ(await(poster(impatient).postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster(impatient).postPaste(target(), WriteTicket(1))), PostResult::posted);
     const auto seen = strokes();
     ASSERT_GE(seen.size(), 4U);
     EXPECT_EQ(Strokes(seen.end() - 4, seen.end()), controlV());
@@ -388,11 +428,12 @@ TEST_F(X11KeyEventPosterTest, whoeverHasGrabbedTheKeyboardGetsNoKeys)
 {
     XClient other(desktop().session().display());
     other.grabKeyboard();
-    EXPECT_EQ(await(poster(impatient).postPaste(target())), PostResult::targetNotInFront);
+    EXPECT_EQ(
+        await(poster(impatient).postPaste(target(), WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_TRUE(other.keys().empty());
     EXPECT_EQ(strokes(), Strokes());
 
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     letTimePass();
     other.ungrabKeyboard();
     EXPECT_EQ(await(std::move(task)), PostResult::posted);
@@ -405,7 +446,7 @@ TEST_F(X11KeyEventPosterTest, whoeverHasGrabbedTheKeyboardGetsNoKeys)
 TEST_F(X11KeyEventPosterTest, locksDoNotMatterAndStay)
 {
     client().lock(capsLock | numLock, 0);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(strokes(), controlV(usualV, capsLock | numLock));
     EXPECT_EQ(client().keyboardState().lockedMods, capsLock | numLock);
 }
@@ -413,7 +454,7 @@ TEST_F(X11KeyEventPosterTest, locksDoNotMatterAndStay)
 TEST_F(X11KeyEventPosterTest, lockedModifiersAreTakenOffForTheTimeOfThePaste)
 {
     client().lock(alt | shift | numLock, 0);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     const auto seen = strokes();
     ASSERT_EQ(seen.size(), 4U);
     EXPECT_EQ(seen[1], pressed(usualV, control | numLock));
@@ -425,7 +466,7 @@ TEST_F(X11KeyEventPosterTest, latchedModifiersDoNotJoinIn)
 {
     client().latch(shift);
     ASSERT_EQ(client().keyboardState().latchedMods, shift);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     const auto seen = strokes();
     ASSERT_EQ(seen.size(), 4U);
     EXPECT_EQ(seen[1], pressed(usualV, control));
@@ -448,7 +489,7 @@ TEST_F(X11KeyEventPosterTest, findsTheLetterOnEveryLayout)
     };
     for (const auto& [layout, key] : cases) {
         setLayout(layout);
-        EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+        EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
         EXPECT_EQ(strokes(), controlV(key)) << layout.join(u' ').toStdString();
         EXPECT_TRUE(client().heldKeys().empty());
     }
@@ -459,7 +500,7 @@ TEST_F(X11KeyEventPosterTest, withoutTheLetterOnAnyLayoutTheTargetSeesShiftInser
     int offersBefore = 0;
     for (const QStringList& layout : {QStringList{u"ru"_s}, QStringList{u"gr,ru"_s}}) {
         setLayout(layout);
-        EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+        EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
         EXPECT_EQ(
             strokes(), (Strokes{
                            pressed(leftShift, 0), pressed(insertKey, shift),
@@ -470,7 +511,7 @@ TEST_F(X11KeyEventPosterTest, withoutTheLetterOnAnyLayoutTheTargetSeesShiftInser
         client().forgetKeys();
     }
     refuseToOffer();
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::failed);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::failed);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -478,7 +519,7 @@ TEST_F(X11KeyEventPosterTest, pastesByTheLayoutThatHasTheLetterAndLeavesTheUsers
 {
     setLayout({u"us,ru"_s});
     client().lock(0, 1);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(
         strokes(), (Strokes{
                        pressed(leftControl, secondGroup), pressed(usualV, control),
@@ -491,7 +532,7 @@ TEST_F(X11KeyEventPosterTest, staysInTheLayoutThatHasTheLetter)
 {
     setLayout({u"ru,us"_s, u"-variant"_s, u",dvorak"_s});
     client().lock(0, 1);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(strokes(), controlV(dvorakV, secondGroup));
     EXPECT_EQ(client().keyboardState().lockedGroup, 1);
 }
@@ -500,7 +541,7 @@ TEST_F(X11KeyEventPosterTest, modifiersThatSwitchLayoutsLeaveTheUsersActive)
 {
     setLayout({u"us,ru"_s, u"-option"_s, u"grp:ctrl_shift_toggle"_s});
     show("term", "Term");
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(client().keyboardState().group, 0);
     EXPECT_EQ(client().keyboardState().lockedMods, 0);
     const auto seen = strokes();
@@ -521,7 +562,7 @@ TEST_F(X11KeyEventPosterTest, theLayoutOfTheUsersKeyboardMayBeAnotherThanThatOfT
     client().releaseOnKeyboard(digit3);
     client().sync();
     client().forgetKeys();
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::posted);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::posted);
     EXPECT_EQ(strokes(), controlV(usualV)) << "where the layout of test keys has the letter";
 }
 
@@ -531,7 +572,7 @@ TEST_F(X11KeyEventPosterTest, aTargetThatIsNotInFrontGetsNoKeysNorDoesAnyoneElse
 {
     const auto first = target();
     show("b", "B");
-    EXPECT_EQ(await(poster().postPaste(first)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(first, WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -539,7 +580,7 @@ TEST_F(X11KeyEventPosterTest, anotherWindowOfTheTargetGetsNoKeys)
 {
     const auto first = target();
     show("a", "A");
-    EXPECT_EQ(await(poster().postPaste(first)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(first, WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -547,7 +588,7 @@ TEST_F(X11KeyEventPosterTest, noKeysAreSentWhenTheTargetLeavesTheFrontMeanwhile)
 {
     client().pressOnKeyboard(leftAlt);
     client().sync();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     letTimePass();
     show("b", "B");
     client().releaseOnKeyboard(leftAlt);
@@ -564,7 +605,7 @@ TEST_F(X11KeyEventPosterTest, noKeysAreSentWhenTheFocusIsElsewhereThoughTheManag
     const auto popup = client().show(unmanaged);
     // At once, before the news can have arrived.
     client().focus(popup);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -572,19 +613,19 @@ TEST_F(X11KeyEventPosterTest, noKeysAreSentWhenTheTargetIsDestroyed)
 {
     client().pressOnKeyboard(leftAlt);
     client().sync();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     client().destroy(window());
     EXPECT_EQ(await(std::move(task)), PostResult::targetNotInFront);
     client().releaseOnKeyboard(leftAlt);
-    EXPECT_EQ(await(poster().postPaste(target())), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::targetNotInFront);
 }
 
 TEST_F(X11KeyEventPosterTest, onlyWindowsOfThisDesktopAreTargets)
 {
     const auto other = std::make_shared<FakeRunningApplication>(u"other"_s);
     other->setActive(true);
-    EXPECT_EQ(await(poster().postPaste(other)), PostResult::targetNotInFront);
-    EXPECT_EQ(await(poster().postPaste(nullptr)), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(other, WriteTicket(1))), PostResult::targetNotInFront);
+    EXPECT_EQ(await(poster().postPaste(nullptr, WriteTicket(1))), PostResult::targetNotInFront);
     EXPECT_EQ(strokes(), Strokes());
 }
 
@@ -595,18 +636,18 @@ TEST_F(X11KeyEventPosterTest, failsWhenTheServerGoes)
     client().pressOnKeyboard(leftAlt);
     client().sync();
     auto& keys = poster();
-    auto waiting = keys.postPaste(target());
-    auto queued = keys.postPaste(target());
+    auto waiting = keys.postPaste(target(), WriteTicket(1));
+    auto queued = keys.postPaste(target(), WriteTicket(1));
     desktop().session().killServer();
     EXPECT_EQ(await(std::move(waiting)), PostResult::failed);
     EXPECT_EQ(await(std::move(queued)), PostResult::failed);
-    EXPECT_NE(await(keys.postPaste(target())), PostResult::posted);
+    EXPECT_NE(await(keys.postPaste(target(), WriteTicket(1))), PostResult::posted);
 }
 
 TEST_F(X11KeyEventPosterTest, waitsForAServerThatServesSomeoneElseWithoutHoldingAnybody)
 {
     client().grabServer();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     // The event loop runs on.
     bool hasRun = false;
     QMetaObject::invokeMethod(
@@ -622,7 +663,7 @@ TEST_F(X11KeyEventPosterTest, mayGoWhileAPasteIsUnderWay)
 {
     client().pressOnKeyboard(leftAlt);
     client().sync();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     endPoster();
     letTimePass();
     client().releaseOnKeyboard(leftAlt);
@@ -633,7 +674,7 @@ TEST_F(X11KeyEventPosterTest, failsWhenTheDesktopEndsMeanwhile)
 {
     client().pressOnKeyboard(leftAlt);
     client().sync();
-    auto task = poster().postPaste(target());
+    auto task = poster().postPaste(target(), WriteTicket(1));
     letTimePass();
     endPoster();
     desktop().endDesktop();

@@ -63,6 +63,9 @@ protected:
     /// Copies an ordinary text by another program, and expects that it is read.
     void expectThatTheNextCopyIsRead();
 
+    /// Of the last write.
+    WriteTicket m_ticket;
+
 private:
     XSession m_session{XSession::WindowManager::none};
     std::unique_ptr<X11Pasteboard> m_pasteboard;

@@ -48,8 +48,8 @@ TEST_F(X11PasteboardServerTest, itsEndIsToldOnceAndEverythingIsUnreadableFromThe
     EXPECT_EQ(read(count, Flavour::plainText).status, ReadStatus::unreadable);
     EXPECT_EQ(readFiles(count).status, ReadStatus::unreadable);
     EXPECT_FALSE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_FALSE(await(pasteboard().hasWritten()));
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
     pasteboard().clear();
     pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "text"}});
     EXPECT_EQ(types(count), std::nullopt);
@@ -64,7 +64,7 @@ TEST_F(X11PasteboardServerTest, itsEndMayComeInTheMiddleOfATransfer)
         u"/usr/bin/python3"_s,
         {desktopScript(u"reader.py"_s), u"--stall"_s, u"2"_s, u"UTF8_STRING"_s});
     ASSERT_TRUE(waitUntil([&] { return slow->canReadLine(); }));
-    auto primary = pasteboard().offerAsPrimary();
+    auto primary = pasteboard().offerAsPrimary(m_ticket);
     session().killServer();
     EXPECT_TRUE(
         waitUntil([this] { return !pasteboard().write({PasteboardItem{.plainText = "text"}}); }));
@@ -85,8 +85,8 @@ TEST_F(X11PasteboardServerTest, deadlinesHoldWhileAnotherProgramHasItGrabbed)
     elapsed.start();
     auto offered = pasteboard().types(count);
     auto text = pasteboard().read(count, Flavour::plainText, noLimit);
-    EXPECT_TRUE(pasteboard().write({PasteboardItem{.plainText = "own"}}));
-    auto primary = pasteboard().offerAsPrimary();
+    EXPECT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "own"}}));
+    auto primary = pasteboard().offerAsPrimary(m_ticket);
     EXPECT_LT(elapsed.elapsed(), 250) << "the calls themselves wait for nobody";
     EXPECT_EQ(await(std::move(offered)), std::nullopt);
     EXPECT_EQ(await(std::move(text)).status, ReadStatus::unreadable);
@@ -117,7 +117,7 @@ TEST_F(X11PasteboardServerTest, endingThePasteboardEndsWhatIsAwaited)
     auto offered = pasteboard().types(count);
     auto text = pasteboard().read(count, Flavour::plainText, noLimit);
     auto files = pasteboard().readFileURLs(count, noLimit);
-    auto primary = pasteboard().offerAsPrimary();
+    auto primary = pasteboard().offerAsPrimary(m_ticket);
     endPasteboard();
     EXPECT_EQ(await(std::move(offered)), std::nullopt);
     EXPECT_EQ(await(std::move(text)).status, ReadStatus::unreadable);

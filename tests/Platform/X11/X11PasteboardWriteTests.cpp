@@ -62,8 +62,10 @@ TEST_F(X11PasteboardWriteTest, stringIsNotOfferedForTextBeyondLatin1)
 TEST_F(X11PasteboardWriteTest, filesAreOfferedToEveryFileManager)
 {
     changed([this] {
-        EXPECT_TRUE(pasteboard().write(
-            {PasteboardItem{.fileURL = "file:///a"}, PasteboardItem{.fileURL = "file:///b%20c"}}));
+        EXPECT_TRUE(
+            m_ticket = pasteboard().write(
+                {PasteboardItem{.fileURL = "file:///a"},
+                 PasteboardItem{.fileURL = "file:///b%20c"}}));
     });
     EXPECT_EQ(xclip(u"text/uri-list"_s), "file:///a\r\nfile:///b%20c\r\n");
     EXPECT_EQ(xclip(u"x-special/gnome-copied-files"_s), "copy\nfile:///a\nfile:///b%20c");
@@ -191,7 +193,9 @@ TEST_F(X11PasteboardWriteTest, contentIsServedWithoutCopiesAndFreedWithTheClipbo
 TEST_F(X11PasteboardWriteTest, theLastOfManyWritesIsTheContent)
 {
     for (int number = 0; number < 50; ++number) {
-        EXPECT_TRUE(pasteboard().write({PasteboardItem{.plainText = QByteArray::number(number)}}));
+        EXPECT_TRUE(
+            m_ticket =
+                pasteboard().write({PasteboardItem{.plainText = QByteArray::number(number)}}));
     }
     EXPECT_TRUE(waitUntil([&] { return xclip(u"UTF8_STRING"_s) == "49"; }));
     EXPECT_EQ(readText(pasteboard().changeCount()), "49");
@@ -265,11 +269,12 @@ TEST_F(X11PasteboardWriteTest, contentThatWasNotKeptIsNotBroughtBack)
 
 TEST_F(X11PasteboardWriteTest, isOnTheClipboardOnceItSaysSo)
 {
-    EXPECT_FALSE(await(pasteboard().hasWritten())) << "nothing was";
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket))) << "nothing was";
     XClient other(session().display());
     for (int write = 0; write < 20; ++write) {
-        ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = filling(1'000'000)}}));
-        EXPECT_TRUE(await(pasteboard().hasWritten()));
+        ASSERT_TRUE(
+            m_ticket = pasteboard().write({PasteboardItem{.plainText = filling(1'000'000)}}));
+        EXPECT_TRUE(await(pasteboard().holds(m_ticket)));
         EXPECT_NE(other.ownerOf("CLIPBOARD"), xcb_window_t{XCB_WINDOW_NONE}) << write;
         pasteboard().clear();
         ASSERT_TRUE(waitUntil(
@@ -277,18 +282,55 @@ TEST_F(X11PasteboardWriteTest, isOnTheClipboardOnceItSaysSo)
     }
 }
 
-TEST_F(X11PasteboardWriteTest, wasOnTheClipboardAlsoIfAnotherProgramHasCopiedSince)
+TEST_F(X11PasteboardWriteTest, isNotOnTheClipboardOnceSomethingElseHasBeenCopied)
 {
     written({.plainText = "text"});
+    EXPECT_TRUE(pasteboard().seemsToHold(m_ticket));
     copied({u"--text"_s, u"other"_s});
-    EXPECT_TRUE(await(pasteboard().hasWritten()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
+    EXPECT_FALSE(pasteboard().seemsToHold(m_ticket));
+}
+
+TEST_F(X11PasteboardWriteTest, onlyTheLastWriteIsOnTheClipboard)
+{
+    written({.plainText = "first"});
+    const WriteTicket first = m_ticket;
+    written({.plainText = "second"});
+    EXPECT_FALSE(await(pasteboard().holds(first)));
+    EXPECT_FALSE(pasteboard().seemsToHold(first));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(first)));
+    EXPECT_TRUE(await(pasteboard().holds(m_ticket)));
+    EXPECT_TRUE(pasteboard().seemsToHold(m_ticket));
+}
+
+TEST_F(X11PasteboardWriteTest, whatIsBroughtBackIsNoWrite)
+{
+    written({.plainText = "first"});
+    const qint64 count = copied({u"--text"_s, u"kept"_s});
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "kept"}});
+    changed([this] { owner().leave(); });
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "kept");
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
+    EXPECT_FALSE(pasteboard().seemsToHold(m_ticket));
+    EXPECT_FALSE(await(pasteboard().holds({})));
+}
+
+TEST_F(X11PasteboardWriteTest, countsWhatOtherProgramsFetchButNotTheirQuestionsForTypes)
+{
+    written({.plainText = "text"});
+    EXPECT_EQ(pasteboard().fetchCount(), 0U);
+    EXPECT_NE(xclip(u"TARGETS"_s), std::nullopt);
+    EXPECT_EQ(pasteboard().fetchCount(), 0U);
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "text");
+    EXPECT_EQ(pasteboard().fetchCount(), 1U);
 }
 
 TEST_F(X11PasteboardWriteTest, primaryIsOwnedOnRequestUntilAnotherProgramTakesIt)
 {
     // At once, before the write has reached the server.
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text", .html = "<b>"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(
+        m_ticket = pasteboard().write({PasteboardItem{.plainText = "text", .html = "<b>"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(xclip(u"UTF8_STRING"_s, u"primary"_s), "text");
     EXPECT_EQ(xclip(u"text/html"_s, u"primary"_s), "<b>");
     ClipboardOwner other(session(), {u"--selection"_s, u"PRIMARY"_s, u"--text"_s, u"other"_s});
@@ -298,25 +340,25 @@ TEST_F(X11PasteboardWriteTest, primaryIsOwnedOnRequestUntilAnotherProgramTakesIt
 
 TEST_F(X11PasteboardWriteTest, primaryOutlivesTheLossOfTheClipboard)
 {
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     copied({u"--text"_s, u"other"_s});
     EXPECT_EQ(xclip(u"UTF8_STRING"_s, u"primary"_s), "text");
 }
 
 TEST_F(X11PasteboardWriteTest, primaryIsNotOfferedWithoutTheClipboard)
 {
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
     written({.plainText = "text"});
     copied({u"--text"_s, u"other"_s});
-    EXPECT_FALSE(await(pasteboard().offerAsPrimary()));
+    EXPECT_FALSE(await(pasteboard().offerAsPrimary(m_ticket)));
     EXPECT_EQ(xclip(u"UTF8_STRING"_s, u"primary"_s), std::nullopt);
 }
 
 TEST_F(X11PasteboardWriteTest, clearingGivesUpPrimaryToo)
 {
-    ASSERT_TRUE(pasteboard().write({PasteboardItem{.plainText = "text"}}));
-    EXPECT_TRUE(await(pasteboard().offerAsPrimary()));
+    ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "text"}}));
+    EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket)));
     changed([this] { pasteboard().clear(); });
     EXPECT_TRUE(waitUntil([&] { return xclip(u"UTF8_STRING"_s, u"primary"_s) == std::nullopt; }));
 }

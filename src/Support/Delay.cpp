@@ -1,0 +1,31 @@
+#include "Delay.h"
+
+#include <QCoroFuture>
+#include <QPromise>
+
+namespace tessly {
+
+namespace {
+
+struct End
+{
+    End() { promise.start(); }
+    End(const End&) = delete;
+    End& operator=(const End&) = delete;
+    ~End() { promise.finish(); }
+
+    QPromise<void> promise;
+};
+
+} // namespace
+
+QCoro::Task<> delay(Clock& clock, Clock::Duration duration)
+{
+    // The timer's callback holds it, and lets it go by being called or dropped.
+    auto end = std::make_shared<End>();
+    QFuture<void> ended = end->promise.future();
+    const auto timer = clock.after(duration, [end = std::move(end)]() mutable { end.reset(); });
+    co_await ended;
+}
+
+} // namespace tessly
