@@ -8,6 +8,7 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
 {
     if (m_frontmost) {
         m_frontmost->setActive(false);
+        m_before.push_back(m_frontmost);
     }
     m_frontmost = std::move(application);
     if (m_frontmost) {
@@ -20,6 +21,22 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
                 }
             });
     }
+    if (m_changed) {
+        m_changed();
+    }
+}
+
+QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+FakeWorkspace::inFrontDuring(Clock::Duration /*span*/)
+{
+    auto inFront = std::exchange(m_before, {});
+    const auto now = frontmostApplication();
+    if (m_frontmost && m_frontmost != now) {
+        inFront.push_back(m_frontmost);
+    }
+    std::erase(inFront, now);
+    inFront.push_back(now);
+    co_return inFront;
 }
 
 bool FakeWorkspace::openURL(const QUrl& url)

@@ -3,6 +3,8 @@
 #include "FakeRunningApplication.h"
 #include "Workspace.h"
 
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace tessly::test {
@@ -22,9 +24,18 @@ public:
     {
         return m_frontmost && !m_frontmost->isTerminated() ? m_frontmost : nullptr;
     }
+    /// Everything that was set since this was last asked, newest last: time does not pass here.
+    [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+    inFrontDuring(Clock::Duration span) override;
+    void setFrontmostChanged(std::function<void()> changed) override
+    {
+        m_changed = std::move(changed);
+    }
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
+    std::vector<std::shared_ptr<RunningApplication>> m_before;
+    std::function<void()> m_changed;
     std::shared_ptr<FakeRunningApplication> m_frontmost;
     bool m_opensURLs = true;
     std::vector<QUrl> m_openedURLs;
