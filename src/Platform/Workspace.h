@@ -30,11 +30,11 @@ public:
     /// anew, since some programs name themselves only after their window has been shown. Answers
     /// from memory where the desktop does not.
     [[nodiscard]] virtual QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
-    inFrontDuring(Clock::Duration span);
+    inFrontDuring(Clock::Duration span) = 0;
 
     /// `changed` is called on the main thread each time that another window comes to the front, or
     /// none is in front any more. Replaces the one given before; empty: nobody is called.
-    virtual void setFrontmostChanged(std::function<void()> changed);
+    virtual void setFrontmostChanged(std::function<void()> changed) = 0;
 
     /// Opens a URL with the program the desktop has for it; false if there is none.
     [[nodiscard]] virtual bool openURL(const QUrl& url) = 0;

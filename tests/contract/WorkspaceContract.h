@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 namespace tessly::test {
 
@@ -39,6 +40,12 @@ protected:
     {
         m_subject.show(id);
         return inFront(id);
+    }
+
+    /// What was in front in the last hour, the earliest first.
+    std::vector<Application> inFrontLately()
+    {
+        return await(workspace().inFrontDuring(std::chrono::hours(1)));
     }
 
     const QString editor = QStringLiteral("Editor");
@@ -115,6 +122,52 @@ TYPED_TEST_P(WorkspaceContract, AnApplicationMayEndBehindAnother)
     EXPECT_TRUE(sketcher->isActive());
 }
 
+TYPED_TEST_P(WorkspaceContract, WhatWasInFrontLatelyIsTold)
+{
+    const auto editor = this->shown(this->editor);
+    EXPECT_EQ(this->inFrontLately(), std::vector({editor}));
+    const auto sketcher = this->shown(this->sketcher);
+    EXPECT_EQ(this->inFrontLately(), std::vector({editor, sketcher}));
+    EXPECT_TRUE(sketcher->names().contains(this->sketcher));
+}
+
+TYPED_TEST_P(WorkspaceContract, WhatIsInFrontAgainIsToldLast)
+{
+    const auto editor = this->shown(this->editor);
+    const auto sketcher = this->shown(this->sketcher);
+    this->m_subject.bringToFront(this->editor);
+    this->inFront(this->editor);
+    EXPECT_EQ(this->inFrontLately(), std::vector({sketcher, editor}));
+}
+
+TYPED_TEST_P(WorkspaceContract, WhatWasInFrontIsToldAlsoOnceItHasEnded)
+{
+    const auto editor = this->shown(this->editor);
+    this->m_subject.close(this->editor);
+    ASSERT_TRUE(waitUntil([&] { return !this->workspace().frontmostApplication(); }));
+    EXPECT_EQ(
+        this->inFrontLately(), (std::vector<std::shared_ptr<RunningApplication>>{editor, nullptr}));
+}
+
+TYPED_TEST_P(WorkspaceContract, TellsWhenAnotherComesToTheFront)
+{
+    int changes = 0;
+    this->workspace().setFrontmostChanged([&] { ++changes; });
+    const auto editor = this->shown(this->editor);
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+    this->shown(this->sketcher);
+    changes = 0;
+    this->m_subject.bringToFront(this->editor);
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+    this->inFront(this->editor);
+
+    this->workspace().setFrontmostChanged({});
+    changes = 0;
+    this->m_subject.bringToFront(this->sketcher);
+    this->inFront(this->sketcher);
+    EXPECT_EQ(changes, 0);
+}
+
 TYPED_TEST_P(WorkspaceContract, WhatNothingOpensIsRefused)
 {
     EXPECT_FALSE(this->workspace().openURL(this->m_subject.urlWithoutProgram()));
@@ -124,6 +177,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     WorkspaceContract, NothingIsInFrontWithoutApplications,
     TheApplicationInFrontIsActiveAndStaysTheSame, AnotherThatComesToTheFrontTakesItsPlace,
     AnApplicationThatIsAskedToComesToTheFront, AnApplicationWhoseWindowClosesHasEnded,
-    AnApplicationMayEndBehindAnother, WhatNothingOpensIsRefused);
+    AnApplicationMayEndBehindAnother, WhatWasInFrontLatelyIsTold, WhatIsInFrontAgainIsToldLast,
+    WhatWasInFrontIsToldAlsoOnceItHasEnded, TellsWhenAnotherComesToTheFront,
+    WhatNothingOpensIsRefused);
 
 } // namespace tessly::test

@@ -3,6 +3,7 @@
 #include "PasteChord.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <atomic>
 #include <mutex>
@@ -22,6 +23,8 @@ public:
         std::optional<QString> name;
         /// As `RunningApplication::bundleIdentifier` has it.
         std::optional<QString> applicationID;
+        /// As `RunningApplication::names` has them.
+        QStringList names;
         PasteChord chord = PasteChord::controlV;
     };
 

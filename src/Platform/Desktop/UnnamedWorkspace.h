@@ -12,14 +12,19 @@ class UnnamedWorkspace final : public Workspace
 {
 public:
     /// `told` knows some of the applications and must outlive this; null if there is no such thing.
-    explicit UnnamedWorkspace(const Workspace* told);
+    explicit UnnamedWorkspace(Workspace* told);
     ~UnnamedWorkspace() override;
 
     [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override;
+    /// That the unnamed one was in front is not told; that it is now is.
+    [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+    inFrontDuring(Clock::Duration span) override;
+    /// Between applications that are not told, nothing is told either.
+    void setFrontmostChanged(std::function<void()> changed) override;
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
-    const Workspace* m_told;
+    Workspace* m_told;
     std::shared_ptr<RunningApplication> m_unnamed;
 };
 

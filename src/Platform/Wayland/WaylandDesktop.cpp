@@ -15,15 +15,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcDesktop, "com.brackmoor.tessly.WaylandDesktop")
 
-WaylandDesktopConnection::Options connectionOptions(const WaylandDesktop::Options& options)
-{
-    return {
-        .display = options.display,
-        .entries = options.entries,
-        .deadline = options.deadline,
-        .patience = options.patience};
-}
-
 } // namespace
 
 WaylandDesktop::WaylandDesktop()
@@ -34,7 +25,7 @@ WaylandDesktop::WaylandDesktop()
 WaylandDesktop::WaylandDesktop(const Options& options)
     : m_options(options)
     , m_mainThread(std::make_unique<QObject>())
-    , m_connection(std::make_shared<WaylandDesktopConnection>(connectionOptions(options)))
+    , m_connection(connect())
     , m_since(std::chrono::steady_clock::now())
 {
     m_connection->start([this, connection = m_connection.get()] {
@@ -44,6 +35,17 @@ WaylandDesktop::WaylandDesktop(const Options& options)
 }
 
 WaylandDesktop::~WaylandDesktop() = default;
+
+WaylandDesktop::Connection WaylandDesktop::connect() const
+{
+    return std::make_shared<WaylandDesktopConnection>(WaylandDesktopConnection::Options{
+        .display = m_options.display,
+        .entries = m_options.entries,
+        .deadline = m_options.deadline,
+        .patience = m_options.patience,
+        .history = m_history,
+        .frontChanged = m_frontChanged.request()});
+}
 
 void WaylandDesktop::postToMainThread(std::function<void()> job)
 {
@@ -94,7 +96,7 @@ void WaylandDesktop::connectLater()
     m_connection->callAfter(m_delay, [this] {
         Connection next;
         try {
-            next = std::make_shared<WaylandDesktopConnection>(connectionOptions(m_options));
+            next = connect();
         } catch (const WaylandError&) {
             // Nobody is there, yet: tried again.
         }
@@ -129,7 +131,12 @@ void WaylandDesktop::ready(const WaylandDesktopConnection* connection)
         connectLater();
         return;
     }
+    if (const auto front = m_connection->toplevels()->front()) {
+        // The record of the same window, or of one that went meanwhile: it counted as in front.
+        m_history->add(front);
+    }
     m_connection = std::exchange(m_next, nullptr);
+    m_frontChanged.request()();
     m_since = std::chrono::steady_clock::now();
 }
 
@@ -168,6 +175,16 @@ QFuture<KeySender::Sending> WaylandDesktop::press(
 std::shared_ptr<WaylandToplevels> WaylandDesktop::toplevels() const
 {
     return m_connection->toplevels();
+}
+
+QFuture<bool> WaylandDesktop::catchUp()
+{
+    return m_connection->catchUp();
+}
+
+void WaylandDesktop::setFrontChanged(std::function<void()> changed)
+{
+    m_frontChanged.setCallback(std::move(changed));
 }
 
 } // namespace tessly

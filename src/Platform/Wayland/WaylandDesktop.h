@@ -3,9 +3,11 @@
 #include "DesktopEntries.h"
 #include "KeySender.h"
 #include "KeyStroke.h"
+#include "MainThreadCall.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeyboard.h"
+#include "WaylandToplevels.h"
 
 #include <QFuture>
 
@@ -22,7 +24,6 @@ class QObject;
 namespace tessly {
 
 class WaylandDesktopConnection;
-class WaylandToplevels;
 
 /// The connection to the compositor over which windows and keys go, and its thread. It can be made
 /// wherever there is a compositor; what that lets a program do is asked afterwards.
@@ -44,8 +45,8 @@ public:
         DesktopEntries entries = {};
         /// For each of the compositor's answers when the connection is made at first.
         std::chrono::milliseconds deadline{5000};
-        /// For the compositor to get to the keys of a paste: what it gets to later is not expected
-        /// any more.
+        /// For the compositor to get to the keys of a paste, or to tell what is in front: what it
+        /// gets to later is not expected any more.
         std::chrono::milliseconds patience{3000};
         /// Before the connection is made again; doubled each time it fails or does not last, up to
         /// a bound.
@@ -82,10 +83,23 @@ public:
 
     /// Those of the connection that there is now.
     [[nodiscard]] std::shared_ptr<WaylandToplevels> toplevels() const;
+    /// What was in front lately, on any connection.
+    [[nodiscard]] std::shared_ptr<const WaylandToplevels::History> history() const
+    {
+        return m_history;
+    }
+    /// Finished once it is known what the user and other programs did by now, as far as the
+    /// compositor tells; also when it does not in time, or the connection ends.
+    [[nodiscard]] QFuture<bool> catchUp();
+    /// `changed` is called on the main thread each time that another window comes to the front, or
+    /// none is any more. Replaces the one given before; empty: nobody is called.
+    void setFrontChanged(std::function<void()> changed);
 
 private:
     using Connection = std::shared_ptr<WaylandDesktopConnection>;
 
+    /// Connects. Any thread. Throws WaylandError.
+    [[nodiscard]] Connection connect() const;
     void connectLater();
     void connected(Connection next);
     void ready(const WaylandDesktopConnection* connection);
@@ -100,6 +114,9 @@ private:
     std::mutex m_mutex;
     /// For the main thread; guarded by the mutex.
     std::vector<std::function<void()>> m_jobs;
+    const std::shared_ptr<WaylandToplevels::History> m_history =
+        std::make_shared<WaylandToplevels::History>();
+    MainThreadCall m_frontChanged;
     Connection m_connection;
     /// Whether the first one told of windows.
     bool m_hasToplevels = false;

@@ -19,6 +19,12 @@ struct Paste
     bool isOver = false;
 };
 
+/// Another one.
+struct CatchUp
+{
+    LoopAnswer<bool> answer;
+};
+
 } // namespace
 
 WaylandDesktopConnection::WaylandDesktopConnection(const Options& options)
@@ -80,7 +86,9 @@ void WaylandDesktopConnection::makeSeat()
 void WaylandDesktopConnection::makeToplevels()
 {
     m_toplevels = std::make_shared<WaylandToplevels>(
-        m_loop, m_registry, *m_seat, m_options.entries, [this] { tellEnd(); });
+        m_loop, m_registry, *m_seat, m_options.entries, m_options.history,
+        WaylandToplevels::Events{
+            .frontChanged = m_options.frontChanged, .ended = [this] { tellEnd(); }});
 }
 
 QFuture<KeySender::Sending> WaylandDesktopConnection::press(
@@ -121,6 +129,24 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
                 }
             });
         });
+}
+
+QFuture<bool> WaylandDesktopConnection::catchUp()
+{
+    return askLoop(m_loop, false, [this](const auto& answer) {
+        // Held by what waits for the compositor, so that the answer comes if that is dropped.
+        const auto question = std::make_shared<CatchUp>(CatchUp{.answer = answer});
+        const auto deadline =
+            m_loop.callAfter(m_options.patience, [late = std::weak_ptr<CatchUp>(question)] {
+                if (const auto question = late.lock()) {
+                    question->answer(false);
+                }
+            });
+        m_loop.awaitOtherPrograms([this, question, deadline] {
+            m_loop.cancel(deadline);
+            question->answer(true);
+        });
+    });
 }
 
 void WaylandDesktopConnection::callAfter(std::chrono::milliseconds delay, std::function<void()> job)

@@ -7,6 +7,7 @@
 #include "WaylandKeyboard.h"
 #include "WaylandRegistry.h"
 #include "WaylandSeat.h"
+#include "WaylandToplevels.h"
 
 #include <QFuture>
 
@@ -17,8 +18,6 @@
 #include <string>
 
 namespace tessly {
-
-class WaylandToplevels;
 
 /// One connection of WaylandDesktop, with its thread, from its making to its end.
 class WaylandDesktopConnection
@@ -32,6 +31,10 @@ public:
         std::chrono::milliseconds deadline{};
         /// For the compositor to get to the keys of a paste.
         std::chrono::milliseconds patience{};
+        /// What was in front lately, on this connection or one before it.
+        std::shared_ptr<WaylandToplevels::History> history = {};
+        /// Another window has come to the front, or none is any more. On the connection's thread.
+        std::function<void()> frontChanged = {};
     };
 
     /// Connects; does not wait for the compositor. Throws WaylandError.
@@ -57,6 +60,9 @@ public:
     [[nodiscard]] QFuture<KeySender::Sending> press(
         WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
         KeySender::IsThere isThere);
+
+    /// As WaylandDesktop's.
+    [[nodiscard]] QFuture<bool> catchUp();
 
     /// Runs a job on its thread, which goes on after the end of the connection.
     void callAfter(std::chrono::milliseconds delay, std::function<void()> job);

@@ -23,6 +23,11 @@ std::optional<QString> WaylandRunningApplication::bundleIdentifier() const
     return m_window->owner().applicationID;
 }
 
+QStringList WaylandRunningApplication::names() const
+{
+    return m_window->owner().names;
+}
+
 bool WaylandRunningApplication::isActive() const
 {
     const auto windows = m_windows.lock();

@@ -25,11 +25,12 @@ bool isOwnName(const QString& name)
 
 WaylandToplevels::WaylandToplevels(
     WaylandEventLoop& loop, const WaylandRegistry& registry, const WaylandSeat& seat,
-    DesktopEntries entries, std::function<void()> ended)
+    DesktopEntries entries, std::shared_ptr<History> history, Events events)
     : m_loop(loop)
     , m_seat(seat)
     , m_entries(std::move(entries))
-    , m_ended(std::move(ended))
+    , m_history(std::move(history))
+    , m_events(std::move(events))
     , m_manager(WaylandToplevelManager::find(
           registry, {.changed = [this](WaylandToplevelHandle& handle) { changed(handle); },
                      .closed = [this](WaylandToplevelHandle& handle) { closed(handle); },
@@ -104,7 +105,7 @@ void WaylandToplevels::finished()
 {
     // Of the windows that there are more would be told, but not of those that take their place.
     lost();
-    m_ended();
+    m_events.ended();
 }
 
 void WaylandToplevels::lost()
@@ -119,8 +120,17 @@ void WaylandToplevels::lost()
 void WaylandToplevels::publish()
 {
     Window front = m_activated.empty() ? nullptr : m_known.at(m_activated.back()).window;
-    const std::scoped_lock lock(m_mutex);
-    std::swap(m_front, front);
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (front == m_front) {
+            return;
+        }
+        if (m_front) {
+            m_history->add(m_front);
+        }
+        std::swap(m_front, front);
+    }
+    m_events.frontChanged();
 }
 
 TrackedWindow::Owner WaylandToplevels::ownerOf(const QByteArray& appID)
@@ -135,6 +145,11 @@ TrackedWindow::Owner WaylandToplevels::ownerOf(const QByteArray& appID)
         owner.applicationID = entry->id;
     } else if (!told.isEmpty()) {
         owner.applicationID = told;
+    }
+    for (const auto& name : {owner.applicationID.value_or(QString()), told}) {
+        if (!name.isEmpty() && !owner.names.contains(name)) {
+            owner.names.append(name);
+        }
     }
     owner.name = entry && !entry->name.isEmpty() ? std::optional(entry->name)
                  : !told.isEmpty()               ? std::optional(told)

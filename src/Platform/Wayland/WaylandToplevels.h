@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DesktopEntries.h"
+#include "FrontHistory.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
 #include "WaylandToplevelManager.h"
@@ -24,13 +25,21 @@ class WaylandToplevels
 public:
     /// What has been in front keeps its record for as long as it is open.
     using Window = std::shared_ptr<const TrackedWindow>;
+    using History = FrontHistory<TrackedWindow>;
 
-    /// Loop thread, or before the loop is started. The windows are told of once it is. `ended` is
-    /// called on the loop thread if the compositor does not tell of windows any more. References
-    /// live longer.
+    struct Events
+    {
+        /// Another window has come to the front, or none is any more.
+        std::function<void()> frontChanged;
+        /// The compositor does not tell of windows any more.
+        std::function<void()> ended;
+    };
+
+    /// Loop thread, or before the loop is started. The windows are told of once it is. What was in
+    /// front is noted in `history`. The events come on the loop thread. References live longer.
     WaylandToplevels(
         WaylandEventLoop& loop, const WaylandRegistry& registry, const WaylandSeat& seat,
-        DesktopEntries entries, std::function<void()> ended);
+        DesktopEntries entries, std::shared_ptr<History> history, Events events);
     ~WaylandToplevels();
     WaylandToplevels(const WaylandToplevels&) = delete;
     WaylandToplevels& operator=(const WaylandToplevels&) = delete;
@@ -64,7 +73,8 @@ private:
     WaylandEventLoop& m_loop;
     const WaylandSeat& m_seat;
     DesktopEntries m_entries;
-    std::function<void()> m_ended;
+    const std::shared_ptr<History> m_history;
+    const Events m_events;
     std::atomic<bool> m_isTold = false;
     /// Those that are in front or have been.
     std::map<WaylandToplevelHandle*, Known> m_known;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "TrackedWindow.h"
+#include "WaylandRunningApplication.h"
+#include "WindowApplications.h"
 #include "Workspace.h"
 
 #include <memory>
@@ -7,23 +10,29 @@
 namespace tessly {
 
 class WaylandDesktop;
-class WaylandRunningApplication;
+class WaylandToplevels;
 
 /// The desktop of a Wayland session whose compositor tells of windows.
 class WaylandWorkspace final : public Workspace
 {
 public:
-    /// `desktop` must outlive this.
-    explicit WaylandWorkspace(const WaylandDesktop& desktop);
+    /// `desktop` must outlive this, and is told by nobody else whom to call when the front changes.
+    explicit WaylandWorkspace(WaylandDesktop& desktop);
     ~WaylandWorkspace() override;
 
     [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+    inFrontDuring(Clock::Duration span) override;
+    void setFrontmostChanged(std::function<void()> changed) override;
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
-    const WaylandDesktop& m_desktop;
-    /// What was in front when last asked. It is asked for three times a second and seldom changes.
-    mutable std::shared_ptr<WaylandRunningApplication> m_last;
+    using Applications =
+        WindowApplications<WaylandRunningApplication, TrackedWindow, WaylandToplevels>;
+
+    WaylandDesktop& m_desktop;
+    /// Gone with this: questions that are under way see that by it.
+    std::shared_ptr<Applications> m_applications = std::make_shared<Applications>();
 };
 
 } // namespace tessly

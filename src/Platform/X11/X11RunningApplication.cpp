@@ -23,6 +23,11 @@ std::optional<QString> X11RunningApplication::bundleIdentifier() const
     return m_window->owner().applicationID;
 }
 
+QStringList X11RunningApplication::names() const
+{
+    return m_window->owner().names;
+}
+
 bool X11RunningApplication::isActive() const
 {
     const auto windows = m_windows.lock();

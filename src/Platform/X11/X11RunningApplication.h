@@ -23,6 +23,7 @@ public:
 
     [[nodiscard]] std::optional<QString> localizedName() const override;
     [[nodiscard]] std::optional<QString> bundleIdentifier() const override;
+    [[nodiscard]] QStringList names() const override;
     [[nodiscard]] bool isActive() const override;
     [[nodiscard]] bool isTerminated() const override;
     void activate() override;

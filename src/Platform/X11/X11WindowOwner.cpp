@@ -103,7 +103,8 @@ X11Window::Owner ownerOf(xcb_window_t window, X11EventLoop& loop, DesktopEntries
     Process process(window, loop);
 
     const QString toldID = textOf(gtkID.bytes());
-    QString entryID = toldID.isEmpty() ? textOf(kdeFile.bytes()) : toldID;
+    const QString toldFile = textOf(kdeFile.bytes());
+    QString entryID = toldID.isEmpty() ? toldFile : toldID;
     const WindowClass windowClass(classProperty.bytes());
     const auto processID = process.localID();
 
@@ -125,6 +126,13 @@ X11Window::Owner ownerOf(xcb_window_t window, X11EventLoop& loop, DesktopEntries
         owner.applicationID = entry->id;
     } else {
         owner.applicationID = presentOnly(toldID.isEmpty() ? windowClass.name : toldID);
+    }
+    for (const auto& name :
+         {owner.applicationID.value_or(QString()), toldID, toldFile, windowClass.instance,
+          windowClass.name}) {
+        if (!name.isEmpty() && !owner.names.contains(name)) {
+            owner.names.append(name);
+        }
     }
     owner.name = presentOnly(entry ? entry->name : QString());
     if (!owner.name) {

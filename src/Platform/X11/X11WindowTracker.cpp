@@ -1,5 +1,6 @@
 #include "X11WindowTracker.h"
 
+#include "LoopAnswer.h"
 #include "X11Property.h"
 #include "X11WindowOwner.h"
 #include "XcbReply.h"
@@ -19,6 +20,7 @@ constexpr auto activeWindowName = "_NET_ACTIVE_WINDOW";
 constexpr auto managerCheckName = "_NET_SUPPORTING_WM_CHECK";
 constexpr auto supportedName = "_NET_SUPPORTED";
 constexpr auto classNameProperty = "WM_CLASS";
+constexpr auto applicationIDProperty = "_GTK_APPLICATION_ID";
 constexpr auto currentDesktopName = "_NET_CURRENT_DESKTOP";
 constexpr std::uint32_t onAllDesktops = 0xffffffff;
 constexpr auto clockName = "_TESSLY_CLOCK";
@@ -40,10 +42,36 @@ X11WindowTracker::Front X11WindowTracker::front() const
     return m_front;
 }
 
+void X11WindowTracker::setFrontChanged(std::function<void()> changed)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_frontChanged = std::move(changed);
+}
+
+QFuture<bool> X11WindowTracker::catchUp(History::TimePoint since)
+{
+    return askLoop(m_loop, false, [this, since](const auto& answer) {
+        // Whatever is asked: what the server has sent before its answer is handled before that.
+        m_loop.awaitReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus(m_loop.connection()),
+            [this, since, answer](const xcb_get_input_focus_reply_t* reply) {
+                if (reply != nullptr) {
+                    refresh();
+                    identifyAgain(m_history->since(since));
+                    if (m_candidate) {
+                        identifyAgain(*m_candidate);
+                    }
+                }
+                answer(reply != nullptr);
+            });
+    });
+}
+
 void X11WindowTracker::start()
 {
     m_loop.learnAtoms(
-        {activeWindowName, managerCheckName, supportedName, currentDesktopName, clockName});
+        {activeWindowName, managerCheckName, supportedName, currentDesktopName, clockName,
+         applicationIDProperty});
     auto* const connection = m_loop.connection();
     // The last is for the system tray's sake: one that starts says so to whom these events go.
     const std::uint32_t rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE |
@@ -105,9 +133,9 @@ void X11WindowTracker::handleProperty(const xcb_property_notify_event_t& event)
         }
     } else if (
         m_candidate && event.window == m_candidate->id() &&
-        event.atom == m_loop.atom(classNameProperty)) {
-        m_candidate->setOwner(ownerOf(event.window, m_loop, m_entries));
-        watch(event.window, true);
+        (event.atom == m_loop.atom(classNameProperty) ||
+         event.atom == m_loop.atom(applicationIDProperty))) {
+        identifyAgain(*m_candidate);
     }
 }
 
@@ -210,11 +238,17 @@ void X11WindowTracker::refresh()
     }
     // Asked after the window is watched: one that goes from now on is noticed.
     const auto state = m_candidate ? mapState(m_candidate->id()) : std::nullopt;
+    const bool isViewable = state && state != XCB_MAP_STATE_UNMAPPED;
+    if (m_candidate && m_candidate != before && !isViewable &&
+        !m_candidate->owner().names.empty()) {
+        // It was in front for a moment, and is hidden again by now.
+        m_history->add(m_candidate);
+    }
     if (m_candidate && !state) {
         handleGone(m_candidate->id());
         m_candidate.reset();
     }
-    if (m_candidate && state != XCB_MAP_STATE_UNMAPPED) {
+    if (m_candidate && isViewable) {
         publish(m_candidate, hasFocus(m_candidate->id()));
     } else {
         publish(nullptr, false);
@@ -225,7 +259,38 @@ void X11WindowTracker::publish(std::shared_ptr<X11Window> window, bool hasFocus)
 {
     Front front = {.window = std::move(window), .hasFocus = hasFocus};
     const std::scoped_lock lock(m_mutex);
+    if (front.window == m_front.window) {
+        m_front.hasFocus = hasFocus;
+        return;
+    }
+    if (m_front.window) {
+        m_history->add(m_front.window);
+    }
     std::swap(m_front, front);
+    if (m_frontChanged) {
+        m_frontChanged();
+    }
+}
+
+void X11WindowTracker::identifyAgain(const History::Windows& windows)
+{
+    for (const auto& window : windows) {
+        const auto known = m_watched.find(window->id());
+        const auto record = known == m_watched.end() ? nullptr : known->second.lock();
+        if (record == window) {
+            identifyAgain(*record);
+        }
+    }
+}
+
+void X11WindowTracker::identifyAgain(X11Window& window)
+{
+    auto owner = ownerOf(window.id(), m_loop, m_entries);
+    // One that has gone tells nothing; what is known of it stays known.
+    if (!owner.names.empty()) {
+        window.setOwner(std::move(owner));
+        watch(window.id(), m_candidate.get() == &window);
+    }
 }
 
 xcb_window_t X11WindowTracker::candidate()

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "DesktopEntries.h"
+#include "FrontHistory.h"
 #include "X11EventLoop.h"
 #include "X11Window.h"
 
+#include <QFuture>
+
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -31,11 +35,22 @@ public:
         /// Whether keys go to it or to a window inside it (grabs apart).
         bool hasFocus = false;
     };
+    using History = FrontHistory<X11Window>;
 
     X11WindowTracker(X11EventLoop& loop, DesktopEntries entries);
 
     /// Any thread. A read of memory.
     [[nodiscard]] Front front() const;
+    /// What was in front before that. Any thread; outlives this.
+    [[nodiscard]] const std::shared_ptr<History>& history() const { return m_history; }
+    /// `changed` is called each time that another window comes to the front, or none is any more:
+    /// on the loop thread, and under a lock, so that it must only pass the news on. Replaces the
+    /// one given before; empty: nobody is called. Any thread.
+    void setFrontChanged(std::function<void()> changed);
+    /// Finished once all that the server sent by now is known, and the windows that were in front
+    /// at that moment or later have been looked at anew. Also when the server goes away, or the
+    /// loop ends. Any thread.
+    [[nodiscard]] QFuture<bool> catchUp(History::TimePoint since);
     /// Asks that this window come to the front, also when it is minimised or on another workspace.
     /// Any thread.
     void requestActivation(std::shared_ptr<const X11Window> window);
@@ -61,6 +76,9 @@ private:
     void findWindowManager();
     void refresh();
     void publish(std::shared_ptr<X11Window> window, bool hasFocus);
+    /// Asks again whose windows these are: some programs tell it only after they are shown.
+    void identifyAgain(const History::Windows& windows);
+    void identifyAgain(X11Window& window);
     [[nodiscard]] xcb_window_t candidate();
     [[nodiscard]] std::shared_ptr<X11Window> watched(xcb_window_t window);
     void watch(xcb_window_t window, bool isCandidate);
@@ -89,6 +107,8 @@ private:
 
     mutable std::mutex m_mutex;
     Front m_front;
+    std::function<void()> m_frontChanged;
+    const std::shared_ptr<History> m_history = std::make_shared<History>();
 };
 
 } // namespace tessly

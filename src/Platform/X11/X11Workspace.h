@@ -1,13 +1,16 @@
 #pragma once
 
+#include "MainThreadCall.h"
+#include "WindowApplications.h"
 #include "Workspace.h"
+#include "X11RunningApplication.h"
+#include "X11Window.h"
 
 #include <memory>
 
 namespace tessly {
 
 class X11Desktop;
-class X11RunningApplication;
 class X11WindowTracker;
 
 /// The desktop of an X11 session.
@@ -18,12 +21,18 @@ public:
     ~X11Workspace() override;
 
     [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override;
+    [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+    inFrontDuring(Clock::Duration span) override;
+    void setFrontmostChanged(std::function<void()> changed) override;
     [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
+    using Applications = WindowApplications<X11RunningApplication, X11Window, X11WindowTracker>;
+
     std::weak_ptr<X11WindowTracker> m_windows;
-    /// What was in front when last asked. It is asked for three times a second and seldom changes.
-    mutable std::shared_ptr<X11RunningApplication> m_last;
+    /// Questions that are under way keep it.
+    std::shared_ptr<Applications> m_applications = std::make_shared<Applications>();
+    MainThreadCall m_frontmostChanged;
 };
 
 } // namespace tessly

@@ -105,6 +105,12 @@ private:
         {
             return front;
         }
+        [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
+        inFrontDuring(Clock::Duration /*span*/) override
+        {
+            co_return {front};
+        }
+        void setFrontmostChanged(std::function<void()> /*changed*/) override {}
         [[nodiscard]] bool openURL(const QUrl& /*url*/) override { return false; }
     };
 

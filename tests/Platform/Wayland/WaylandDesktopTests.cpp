@@ -15,6 +15,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <linux/input-event-codes.h>
 #include <memory>
@@ -142,6 +143,17 @@ protected:
             return application && application->bundleIdentifier() == id;
         })) << id.value_or(u"none"_s).toStdString();
         return application;
+    }
+    /// What was in front in the last hour.
+    QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>> inFrontLately()
+    {
+        front();
+        return m_workspace->inFrontDuring(std::chrono::hours(1));
+    }
+    void setFrontmostChanged(std::function<void()> changed)
+    {
+        front();
+        m_workspace->setFrontmostChanged(std::move(changed));
     }
     bool nothingComesToFront()
     {
@@ -495,6 +507,108 @@ TEST_F(WaylandDesktopTest, aFrozenCompositorHoldsUpNeitherTheMainThreadNorItsEnd
     }
     compositor().thaw();
     EXPECT_THAT(keys(), IsEmpty());
+}
+
+// What was in front lately.
+
+TEST_F(WaylandDesktopTest, allNamesOfAnApplicationAreKnown)
+{
+    install(u"prompt"_s, "Name=Prompt\nStartupWMClass=Prompter\n");
+    open("Prompter");
+    EXPECT_EQ(inFront(u"prompt"_s)->names(), QStringList({u"prompt"_s, u"Prompter"_s}));
+    open("unknown");
+    EXPECT_EQ(inFront(u"unknown"_s)->names(), QStringList(u"unknown"_s));
+    open({});
+    EXPECT_EQ(inFront(std::nullopt)->names(), QStringList());
+}
+
+TEST_F(WaylandDesktopTest, aWindowThatWasInFrontForAMomentIsKnown)
+{
+    const auto editor = open("editor");
+    const auto application = inFront(u"editor"_s);
+    freeze([editor](auto& toplevels) {
+        toplevels.setActivated(editor, false);
+        const auto keeper = toplevels.open("keeper", true);
+        toplevels.close(keeper);
+        toplevels.setActivated(editor, true);
+    });
+    auto answer = inFrontLately();
+    EXPECT_FALSE(answer.isReady());
+    compositor().thaw();
+    const auto applications = await(std::move(answer));
+    ASSERT_EQ(applications.size(), 2U);
+    EXPECT_EQ(applications[0]->bundleIdentifier(), u"keeper"_s);
+    EXPECT_EQ(applications[1], application);
+}
+
+TEST_F(WaylandDesktopTest, untilAConnectionIsMadeAgainTheAnswerComesFromMemory)
+{
+    const auto keeper = open("keeper");
+    const auto first = inFront(u"keeper"_s);
+    close(keeper);
+    open("editor");
+    const auto second = inFront(u"editor"_s);
+    compositor().run([this] { toplevels().disconnect(); });
+    compositor().freeze();
+    ASSERT_TRUE(waitUntil([&] { return second->isTerminated(); }));
+    const std::vector<std::shared_ptr<RunningApplication>> known = {first, second};
+    EXPECT_EQ(await(inFrontLately()), known);
+    int changes = 0;
+    setFrontmostChanged([&] { ++changes; });
+    compositor().thaw();
+    ASSERT_TRUE(waitUntil([&] { return front() != second; }));
+    const std::vector<std::shared_ptr<RunningApplication>> now = {first, second, front()};
+    EXPECT_EQ(await(inFrontLately()), now) << "what was known before is still known";
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+}
+
+TEST_F(WaylandDesktopTest, aConnectionThatEndsIsAnAnswer)
+{
+    open("editor");
+    const auto application = inFront(u"editor"_s);
+    compositor().freeze();
+    auto answer = inFrontLately();
+    compositor().end();
+    EXPECT_EQ(await(std::move(answer)).back(), application) << "the last that is known";
+}
+
+TEST_F(WaylandDesktopTest, aCompositorThatDoesNotAnswerInTimeIsNotWaitedFor)
+{
+    m_patience = std::chrono::milliseconds(300);
+    open("editor");
+    const auto application = inFront(u"editor"_s);
+    compositor().freeze();
+    EXPECT_EQ(await(inFrontLately()).back(), application);
+    compositor().thaw();
+}
+
+TEST_F(WaylandDesktopTest, aQuestionMayOutliveTheDesktop)
+{
+    open("editor");
+    inFront(u"editor"_s);
+    setFrontmostChanged([] { FAIL() << "called though it is gone"; });
+    compositor().freeze();
+    auto answer = inFrontLately();
+    endDesktop();
+    EXPECT_EQ(await(std::move(answer)).back(), nullptr);
+    compositor().thaw();
+}
+
+TEST_F(WaylandDesktopTest, whoWantsToHearOfTheFrontIsCalledOnTheMainThread)
+{
+    int changes = 0;
+    setFrontmostChanged([&, main = QThread::currentThread()] {
+        EXPECT_EQ(QThread::currentThread(), main);
+        ++changes;
+    });
+    const auto window = open("editor");
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+    changes = 0;
+    setAppID(window, "other");
+    inFront(u"other"_s);
+    EXPECT_EQ(changes, 0) << "the same window";
+    close(window);
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
 }
 
 // Seats.

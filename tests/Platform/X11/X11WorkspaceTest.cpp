@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <unistd.h>
 
@@ -106,6 +107,22 @@ TEST(X11WorkspaceTest, hearsAClassThatIsToldLate)
     desktop.client().setWindowClass(window, XClient::windowClass("x", "Example-browser"));
     EXPECT_TRUE(waitUntil([&] { return application->bundleIdentifier() == u"browser"_s; }));
     EXPECT_EQ(desktop.front(), application);
+}
+
+TEST(X11WorkspaceTest, knowsAllNamesOfAnApplication)
+{
+    TestDesktop desktop;
+    auto told = look("navigator", "Example-browser");
+    EXPECT_EQ(
+        desktop.show(told)->names(),
+        QStringList({u"browser"_s, u"navigator"_s, u"Example-browser"_s}));
+    told.gtkApplicationID = "org.example.Editor";
+    EXPECT_EQ(
+        desktop.show(told)->names(),
+        QStringList({u"org.example.Editor"_s, u"navigator"_s, u"Example-browser"_s}));
+    EXPECT_EQ(desktop.show(look("Tool", "Tool"))->names(), QStringList(u"Tool"_s));
+    EXPECT_EQ(desktop.show({})->names(), QStringList());
+    EXPECT_TRUE(desktop.show(look("tessly", "Tessly"))->names().contains(ownBundleIdentifier));
 }
 
 TEST(X11WorkspaceTest, theProgramsOwnWindowsBearItsOwnID)
@@ -222,6 +239,118 @@ TEST(X11WorkspaceTest, theFocusMayBeInsideTheWindow)
     desktop.client().focus(child);
     EXPECT_TRUE(waitUntil([&] { return application->isActive(); }));
     EXPECT_EQ(desktop.front(), application);
+}
+
+// What was in front lately.
+
+using Applications = std::vector<std::shared_ptr<RunningApplication>>;
+
+QCoro::Task<Applications> inFrontLately(TestDesktop& desktop)
+{
+    return desktop.workspace().inFrontDuring(std::chrono::hours(1));
+}
+
+TEST(X11WorkspaceTest, aClassThatChangesLaterIsKnownWhenItIsAskedFor)
+{
+    TestDesktop desktop;
+    xcb_window_t first = XCB_WINDOW_NONE;
+    const auto browser = desktop.show(look("soffice", "Soffice"), &first);
+    xcb_window_t second = XCB_WINDOW_NONE;
+    const auto writer = desktop.show(look("soffice", "Soffice"), &second);
+    EXPECT_EQ(writer->bundleIdentifier(), u"Soffice"_s);
+    // It has been in front already, and a window is not watched for every change of its properties.
+    desktop.client().setWindowClass(first, XClient::windowClass("x", "Example-browser"));
+    desktop.client().setWindowClass(second, XClient::windowClass("libreoffice", "painter"));
+    EXPECT_EQ(await(inFrontLately(desktop)), Applications({browser, writer}));
+    EXPECT_EQ(browser->bundleIdentifier(), u"browser"_s);
+    EXPECT_EQ(writer->bundleIdentifier(), u"painter"_s);
+    EXPECT_EQ(writer->localizedName(), u"Painter"_s);
+    EXPECT_EQ(writer->names(), QStringList({u"painter"_s, u"libreoffice"_s}));
+}
+
+TEST(X11WorkspaceTest, aWindowThatWasInFrontForAMomentIsKnown)
+{
+    TestDesktop desktop(noManager);
+    desktop.client().manage();
+    const auto first = desktop.client().show(look("a", "A"));
+    const auto brief = desktop.client().show(look("b", "B"));
+    desktop.client().nameActive(first);
+    ASSERT_TRUE(desktop.comesToFront(u"A"_s));
+    desktop.client().nameActive(brief);
+    desktop.client().unmap(brief);
+    const auto applications = await(inFrontLately(desktop));
+    ASSERT_EQ(applications.size(), 3U);
+    EXPECT_EQ(applications[0]->bundleIdentifier(), u"A"_s);
+    EXPECT_EQ(applications[1]->bundleIdentifier(), u"B"_s);
+    EXPECT_EQ(applications[2], nullptr);
+}
+
+TEST(X11WorkspaceTest, aServerThatServesSomeoneElseIsWaitedForWithoutHoldingAnyone)
+{
+    TestDesktop desktop;
+    const auto first = desktop.show(look("a", "A"));
+    const auto second = desktop.show(look("b", "B"));
+    desktop.client().grabServer();
+    auto answer = inFrontLately(desktop);
+    EXPECT_FALSE(answer.isReady());
+    desktop.client().ungrabServer();
+    EXPECT_EQ(await(std::move(answer)), Applications({first, second}));
+}
+
+TEST(X11WorkspaceTest, theEndOfTheDesktopIsAnAnswer)
+{
+    TestDesktop desktop;
+    const auto application = desktop.show(look("a", "A"));
+    desktop.client().grabServer();
+    auto answer = inFrontLately(desktop);
+    desktop.endDesktop();
+    EXPECT_EQ(await(std::move(answer)).back(), nullptr);
+    desktop.client().ungrabServer();
+    EXPECT_EQ(await(inFrontLately(desktop)), Applications({nullptr}));
+    desktop.workspace().setFrontmostChanged({});
+}
+
+TEST(X11WorkspaceTest, theEndOfTheServerIsAnAnswer)
+{
+    TestDesktop desktop;
+    const auto application = desktop.show(look("a", "A"));
+    int changes = 0;
+    desktop.workspace().setFrontmostChanged([&] { ++changes; });
+    auto before = inFrontLately(desktop);
+    desktop.session().killServer();
+    EXPECT_EQ(await(std::move(before)).front(), application);
+    EXPECT_EQ(await(inFrontLately(desktop)), Applications({application, nullptr}));
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+}
+
+TEST(X11WorkspaceTest, aQuestionMayOutliveTheWorkspace)
+{
+    QCoro::Task<Applications> answer;
+    {
+        TestDesktop desktop;
+        desktop.show(look("a", "A"));
+        desktop.workspace().setFrontmostChanged([] { FAIL() << "called though it is gone"; });
+        desktop.client().show(look("b", "B"));
+        desktop.client().grabServer();
+        answer = inFrontLately(desktop);
+    }
+    EXPECT_EQ(await(std::move(answer)).back(), nullptr);
+}
+
+TEST(X11WorkspaceTest, whoWantsToHearOfTheFrontIsCalledOnTheMainThread)
+{
+    TestDesktop desktop;
+    int changes = 0;
+    desktop.workspace().setFrontmostChanged([&, main = QThread::currentThread()] {
+        EXPECT_EQ(QThread::currentThread(), main);
+        ++changes;
+    });
+    xcb_window_t window = XCB_WINDOW_NONE;
+    desktop.show(look("a", "A"), &window);
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
+    changes = 0;
+    desktop.client().destroy(window);
+    EXPECT_TRUE(waitUntil([&] { return changes > 0; }));
 }
 
 // What only some window managers do.
