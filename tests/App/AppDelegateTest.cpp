@@ -429,7 +429,7 @@ TEST_F(AppDelegateTest, TheMenuOpensPanelAndSettingsAndQuits)
     openTrayMenu();
     EXPECT_EQ(m_quits, 0);
     m_views.menu->choose(u"Quit Tessly"_s);
-    EXPECT_EQ(m_quits, 1);
+    EXPECT_TRUE(waitUntil([this] { return m_quits == 1; }));
 }
 
 TEST_F(AppDelegateTest, AMenuThatTheTrayShowsDoesTheSame)
@@ -490,6 +490,41 @@ TEST_F(AppDelegateTest, TheEndOfTheSessionQuits)
     start();
     QEvent quit(QEvent::Quit);
     QCoreApplication::sendEvent(qGuiApp, &quit);
+    EXPECT_TRUE(waitUntil([this] { return m_quits == 1; }));
+}
+
+TEST_F(AppDelegateTest, WhatWasJustCopiedIsInTheHistoryBeforeTheProgramEnds)
+{
+    start();
+    m_desktop.pasteboard.copyText("just copied");
+    m_delegate->quitApplication();
+    EXPECT_TRUE(waitUntil([this] { return m_quits == 1; }));
+    stop();
+    start();
+    ASSERT_TRUE(listBecomes(1));
+    EXPECT_EQ(model().clips().front().payload.plainText(), "just copied");
+}
+
+TEST_F(AppDelegateTest, AnOwnerThatHangsHoldsUpTheEndNotForLong)
+{
+    start();
+    m_desktop.pasteboard.gate().hold();
+    m_desktop.pasteboard.copyText("hangs");
+    m_delegate->quitApplication();
+    m_clock.advance(999ms);
+    EXPECT_EQ(m_quits, 0);
+    m_clock.advance(1ms);
+    EXPECT_TRUE(waitUntil([this] { return m_quits == 1; }));
+}
+
+TEST_F(AppDelegateTest, WhoQuitsTwiceDoesNotWait)
+{
+    start();
+    m_desktop.pasteboard.gate().hold();
+    m_desktop.pasteboard.copyText("hangs");
+    m_delegate->quitApplication();
+    EXPECT_EQ(m_quits, 0);
+    m_delegate->quitApplication();
     EXPECT_EQ(m_quits, 1);
 }
 

@@ -138,5 +138,14 @@ TEST(CommandOutput, TheJSONOfTheStatusIsOneObjectWithEveryKey)
         "keys  no\ntray      yes\n");
 }
 
+TEST(CommandOutput, TheStatusTellsOfASaveThatFailed)
+{
+    const StatusReport report{.lastError = u"The disk is \"full\"."_s};
+    EXPECT_TRUE(statusJSON(report).endsWith(
+        ",\"protocols\":[],\"lastError\":\"The disk is \\\"full\\\".\"}\n"));
+    EXPECT_TRUE(statusText(report).endsWith(
+        u"\nThe last copy could not be saved: The disk is \"full\".\n"_s));
+}
+
 } // namespace
 } // namespace tessly

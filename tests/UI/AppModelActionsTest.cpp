@@ -187,6 +187,7 @@ TEST_F(AppModelActionsTest, APasteAsPlainTextWritesPlainTextAlone)
     run();
     m_model->paste(clip(0), PasteStyle::plainTextOnly, m_editor);
     EXPECT_EQ(m_pasteboard.ownItems(), plainTextItems(clip(0).payload));
+    pass(1s);
     m_model->paste(clip(0), PasteStyle::original, m_editor);
     EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(clip(0).payload));
 }
@@ -316,6 +317,114 @@ TEST_F(AppModelActionsTest, KeysThatCannotBeMadeAreReported)
     m_model->paste(clip(0), PasteStyle::original, m_editor);
     pass(60ms);
     expectBanner(u"Could not restore that clipboard item."_s, BannerKind::error);
+}
+
+TEST_F(AppModelActionsTest, PastesInARowEachPasteTheirOwnClip)
+{
+    // Nothing is pasted but what was written for it.
+    m_keys.setPasteboard(&m_pasteboard);
+    m_keys.gate().hold();
+    for (const std::size_t index : {1U, 2U, 0U}) {
+        m_model->paste(clip(index), PasteStyle::original, m_editor);
+    }
+    pass(60ms);
+    EXPECT_THAT(m_pasteboard.writes(), SizeIs(1)) << "the others wait for the keys of the first";
+    m_keys.gate().open();
+    for (int pastes = 1; pastes <= 3; ++pastes) {
+        pass(60ms);
+        EXPECT_THAT(m_keys.pastes(), SizeIs(pastes));
+        EXPECT_THAT(m_pasteboard.writes(), SizeIs(pastes)) << "it has not been fetched yet";
+        m_pasteboard.fetch();
+        pass(10ms);
+    }
+    EXPECT_EQ(
+        m_pasteboard.writes(),
+        (std::vector{
+            pasteboardItems(clip(1).payload), pasteboardItems(clip(2).payload),
+            pasteboardItems(clip(0).payload)}));
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelActionsTest, ACopyDoesNotReplaceWhatIsBeingPasted)
+{
+    m_keys.setPasteboard(&m_pasteboard);
+    m_keys.gate().hold();
+    m_model->paste(clip(1), PasteStyle::original, m_editor);
+    m_model->copy(clip(0), PasteStyle::original);
+    pass(1s);
+    EXPECT_EQ(written(), "two");
+    m_keys.gate().open();
+    pass(1s);
+    EXPECT_THAT(m_keys.pastes(), SizeIs(1));
+    EXPECT_EQ(written(), "one");
+}
+
+TEST_F(AppModelActionsTest, WhatAnotherProgramCopiesMeanwhileIsNotPastedAndNoUse)
+{
+    m_settings.setMoveUsedItemsToTop(true);
+    m_keys.setPasteboard(&m_pasteboard);
+    m_keys.gate().hold();
+    std::optional<ActionOutcome> outcome;
+    m_model->paste(clip(2), PasteStyle::original, m_editor, [&](const ActionOutcome& told) {
+        outcome = told;
+    });
+    pass(60ms);
+    m_pasteboard.copyText("a password");
+    m_keys.gate().open();
+    pass(1s);
+    EXPECT_THAT(m_keys.pastes(), IsEmpty());
+    expectBanner(u"Copied to the clipboard."_s, BannerKind::information);
+    EXPECT_THAT(texts(), ElementsAre("one", "two", "three"));
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_EQ(outcome->resultCase, ActionOutcome::Case::copiedOnly);
+    EXPECT_EQ(outcome->message, u"Not pasted: another program has copied something since."_s);
+}
+
+TEST_F(AppModelActionsTest, WhatWasJustCopiedIsRecordedBeforeItIsReplaced)
+{
+    m_model->clipboardMonitor().start();
+    m_pasteboard.copyText("just copied");
+    m_model->copy(clip(0), PasteStyle::original);
+    run();
+    EXPECT_EQ(written(), "one");
+    EXPECT_THAT(texts(), ElementsAre("just copied", "one", "two", "three"));
+}
+
+TEST_F(AppModelActionsTest, TheFirstPositionIsWhatWasJustCopied)
+{
+    m_model->clipboardMonitor().start();
+    m_pasteboard.copyText("just copied");
+    m_model->pasteGlobalPosition(1);
+    run();
+    pass(60ms);
+    EXPECT_EQ(written(), "just copied");
+    EXPECT_THAT(m_keys.pastes(), SizeIs(1));
+}
+
+TEST_F(AppModelActionsTest, AnOwnerThatHangsHoldsUpAPasteNotForLong)
+{
+    m_model->clipboardMonitor().start();
+    m_pasteboard.gate().hold();
+    m_pasteboard.copyText("hangs");
+    m_model->paste(clip(0), PasteStyle::original, m_editor);
+    pass(499ms);
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+    pass(1ms);
+    EXPECT_EQ(written(), "one");
+    m_pasteboard.gate().open();
+}
+
+TEST_F(AppModelActionsTest, ATextOfTheProgramsOwnFieldsIsWrittenInItsTurn)
+{
+    EXPECT_FALSE(m_model->copyText({}));
+    m_keys.gate().hold();
+    m_model->paste(clip(1), PasteStyle::original, m_editor);
+    EXPECT_TRUE(m_model->copyText(u"typed"_s));
+    EXPECT_EQ(written(), "two");
+    pass(60ms);
+    m_keys.gate().open();
+    pass(1s);
+    EXPECT_EQ(written(), "typed");
 }
 
 TEST_F(AppModelActionsTest, APasteInAHistoryThatChangesWhenThePanelClosesPastesWhatWasMeant)

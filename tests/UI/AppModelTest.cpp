@@ -199,6 +199,118 @@ TEST_F(AppModelTest, ACaptureThatCannotBeSavedShowsTheStoresErrorAndReloadsNothi
     EXPECT_EQ(m_model->statistics().totalItems, 1);
 }
 
+/// A store that fails for as long as the test says so.
+class AppModelSaveTest : public AppModelTest
+{
+protected:
+    AppModelSaveTest() { m_model->clipboardMonitor().start(); }
+
+    void hideTable() { executeSQL("ALTER TABLE clips RENAME TO hidden"); }
+    void bringTableBack() { executeSQL("ALTER TABLE hidden RENAME TO clips"); }
+    static std::vector<QString> linesOf(const LogCapture& log)
+    {
+        std::vector<QString> lines;
+        for (const auto& line : log.lines(u"com.brackmoor.tessly.AppModel"_s)) {
+            lines.push_back(line.text);
+        }
+        return lines;
+    }
+};
+
+TEST_F(AppModelSaveTest, ACopyThatCouldNotBeSavedIsTriedAgainAfterFiveSeconds)
+{
+    hideTable();
+    const LogCapture log;
+    copy("first");
+    run();
+    ASSERT_TRUE(m_model->lastError().has_value());
+    EXPECT_EQ(message(), *m_model->lastError());
+    ASSERT_THAT(linesOf(log), SizeIs(1));
+    EXPECT_TRUE(linesOf(log).front().startsWith(
+        u"A copy could not be saved, and is tried again: Clipboard database operation failed: "_s));
+    EXPECT_FALSE(linesOf(log).front().contains(u"first"_s));
+    pass(4s);
+    bringTableBack();
+    pass(999ms);
+    EXPECT_THAT(texts(), IsEmpty());
+    pass(1ms);
+    EXPECT_THAT(texts(), ElementsAre("first"));
+    EXPECT_FALSE(m_model->lastError().has_value());
+    EXPECT_THAT(linesOf(log), SizeIs(1));
+}
+
+TEST_F(AppModelSaveTest, TheNextCopyBringsTheOnesBeforeAlong)
+{
+    hideTable();
+    copy("first");
+    run();
+    copy("second");
+    run();
+    bringTableBack();
+    copy("third");
+    run();
+    EXPECT_THAT(texts(), ElementsAre("third", "second", "first"));
+    EXPECT_FALSE(m_model->lastError().has_value());
+}
+
+TEST_F(AppModelSaveTest, ThreeCopiesAreHeldAtTheMost)
+{
+    hideTable();
+    const LogCapture log;
+    for (const char* text : {"first", "second", "third", "fourth"}) {
+        copy(text);
+        run();
+    }
+    EXPECT_THAT(
+        linesOf(log),
+        testing::Contains(u"A copy was not recorded: the history could not take it."_s).Times(1));
+    bringTableBack();
+    pass(5s);
+    EXPECT_THAT(texts(), ElementsAre("fourth", "third", "second"));
+}
+
+TEST_F(AppModelSaveTest, AFailureWhileThePanelWasClosedIsShownWhenItOpens)
+{
+    hideTable();
+    copy("first");
+    run();
+    pass(4s);
+    EXPECT_FALSE(m_model->banner().has_value());
+    m_model->setPanelPresented(true);
+    EXPECT_EQ(message(), *m_model->lastError());
+    EXPECT_EQ(bannerKind(), BannerKind::error);
+    pass(4s);
+    m_model->setPanelPresented(false);
+    m_model->setPanelPresented(true);
+    EXPECT_FALSE(m_model->banner().has_value()) << "it has been seen";
+}
+
+TEST_F(AppModelSaveTest, AFailureThatIsOverIsNotShown)
+{
+    hideTable();
+    copy("first");
+    run();
+    bringTableBack();
+    pass(5s);
+    m_model->setPanelPresented(true);
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelSaveTest, SettlingForGoodSavesWhatWasCopiedAndWhatHadFailed)
+{
+    hideTable();
+    copy("first");
+    run();
+    bringTableBack();
+    m_pasteboard.copyText("second");
+    bool isSettled = false;
+    m_model->settleForGood().then([&] { isSettled = true; });
+    EXPECT_FALSE(isSettled);
+    run();
+    EXPECT_TRUE(isSettled);
+    EXPECT_THAT(stored(), SizeIs(2));
+}
+
 TEST_F(AppModelTest, ACaptureIsSavedEvenIfTheModelGoesMeanwhile)
 {
     m_model->clipboardMonitor().start();

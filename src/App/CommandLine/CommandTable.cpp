@@ -59,9 +59,11 @@ constexpr std::array programCommands = {
         "pinned, how many bytes they take on disk, the type of the session, which protocols of the "
         "desktop were found, and what works here: recording copies, pasting into other windows, "
         "the keys for the first ten entries, the icon in the tray.\n\n"
+        "Where the last copy could not be saved, it also says why.\n\n"
         "Also works while Tessly is not running, when none of these does.\n\n"
         "With --json it is one object with the keys running, paused, items, pinned, bytes, "
-        "session (\"x11\" or \"wayland\"), capture, paste, hotKeys, tray and protocols."},
+        "session (\"x11\" or \"wayland\"), capture, paste, hotKeys, tray and protocols, "
+        "and lastError, which is only there if the last copy could not be saved."},
     CommandDescription{
         CommandID::pause,
         "pause",
