@@ -79,9 +79,8 @@ int LoopTimers::pollTimeout(Time clock)
     return static_cast<int>(std::chrono::ceil<Milliseconds>(left).count());
 }
 
-void LoopTimers::beginWait(Time clock, int timeout)
+void LoopTimers::beginWait(int timeout)
 {
-    advance(clock);
     m_wait = timeout < 0 ? std::nullopt : std::optional(Milliseconds(timeout));
 }
 

@@ -51,7 +51,7 @@ public:
     /// How long the loop may wait for events, in the form of poll(2).
     [[nodiscard]] int pollTimeout(Time clock);
     /// The loop is about to wait that long, in the form of poll(2).
-    void beginWait(Time clock, int timeout);
+    void beginWait(int timeout);
 
 private:
     /// When it is due, and the older first.
