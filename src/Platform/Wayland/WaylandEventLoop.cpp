@@ -254,6 +254,12 @@ void WaylandEventLoop::runPostedJobs()
         const std::scoped_lock lock(m_mutex);
         jobs.swap(m_posted);
     }
+    if (!jobs.empty() && !m_isLost) {
+        // What the compositor has said since it was last listened to is older than the last of
+        // these jobs may be.
+        pollfd file = {.fd = wl_display_get_fd(m_display), .events = POLLIN, .revents = 0};
+        dispatch(poll(&file, 1, 0) > 0);
+    }
     for (const auto& job : jobs) {
         job();
     }

@@ -211,6 +211,37 @@ TEST_F(WaylandEventLoopTest, aRoundTripComesAfterWhatTheCompositorSaidBefore)
     loop().stop();
 }
 
+TEST_F(WaylandEventLoopTest, aJobComesAfterWhatTheCompositorSaidBeforeItWasPosted)
+{
+    WaylandRegistry registry(loop());
+    loop().roundTrip(10s);
+    compositor().removeSeat();
+    loop().roundTrip(10s);
+    int added = 0;
+    registry.setChanges({.added = [&](auto, const auto&) { ++added; }, .removed = {}});
+    std::array<int, 2> pipe = {};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    std::promise<int> known;
+    start();
+    loop().post([&] {
+        const auto watch = std::make_shared<WaylandEventLoop::WatchID>();
+        // Files are served after the compositor has been listened to, and jobs after files.
+        *watch = loop().watch(pipe[0], POLLIN, [&, watch](short) {
+            loop().unwatch(*watch);
+            compositor().addSeat();
+            pollfd file = {
+                .fd = wl_display_get_fd(loop().display()), .events = POLLIN, .revents = 0};
+            EXPECT_EQ(poll(&file, 1, 10'000), 1);
+            loop().post([&] { known.set_value(added); });
+        });
+        EXPECT_EQ(write(pipe[1], "a", 1), 1);
+    });
+    EXPECT_EQ(known.get_future().get(), 1);
+    loop().stop();
+    close(pipe[0]);
+    close(pipe[1]);
+}
+
 TEST_F(WaylandEventLoopTest, anUnansweredRoundTripIsAnError)
 {
     compositor().freeze();
