@@ -16,7 +16,11 @@ Lines on standard input steer it while it runs:
     release      give the selection up; it has no owner afterwards
     go           answer what was withheld by "hold"
     replace TEXT as one step that no other program can come into: destroy the window that owns the
-                 selection, and offer this text from a new one
+                 selection, and offer this text from a new one, in the same moment of the server's
+                 clock as far as that can be had
+    again TEXT   as "replace", but with the time at which the old window had taken the selection
+    remember     note the server's time
+    late TEXT    offer this text and take the selection with the time that was noted
     counts       print how often each target was asked for
     quit         end, as a program that was closed
 
@@ -25,6 +29,7 @@ Behaviours (--behave NAME BEHAVIOUR, NAME "*" for all but TARGETS):
     answer       the ordinary way (the default)
     refuse       say no
     silent       never answer
+    silent-once  answer each request but the first
     hold         answer once "go" is read
     vanish       end at the request, without an answer
     no-property  say yes, but store nothing
@@ -131,24 +136,22 @@ class Owner:
                 return got.time
             self.handle(got)
 
-    def replace(self, text):
-        old = self.window
-        self.window = self.new_window()
-        self.display.grab_server()
-        old.destroy()
-        self.display.sync()
-        # Times are whole milliseconds: the new one must be later than the window's end.
-        end = self.server_time()
-        while self.server_time() == end:
-            pass
+    def replace(self, text, at=X.CurrentTime):
         self.values.clear()
         self.offer_text(text)
-        self.own()
+        old = self.window
+        self.window = self.new_window()
+        self.time = at
+        # Nothing of this waits for an answer: the server gets it in one piece.
+        self.display.grab_server()
+        old.destroy()
+        self.window.set_selection_owner(self.selection, at)
         self.display.ungrab_server()
         self.display.sync()
+        say("owns")
 
-    def own(self):
-        self.time = self.server_time()
+    def own(self, at=None):
+        self.time = self.server_time() if at is None else at
         self.window.set_selection_owner(self.selection, self.time)
         self.display.sync()
         if self.display.get_selection_owner(self.selection) != self.window:
@@ -199,7 +202,7 @@ class Owner:
         if behaviour is None and name not in ("TARGETS", "TIMESTAMP"):
             behaviour = self.behaviours.get("*")
         behaviour = behaviour or "answer"
-        if behaviour == "silent":
+        if behaviour == "silent" or (behaviour == "silent-once" and self.counts[name] == 1):
             return
         if behaviour == "vanish":
             self.leave()
@@ -302,6 +305,15 @@ class Owner:
             self.own()
         elif word == "replace":
             self.replace(rest)
+        elif word == "again":
+            self.replace(rest, self.time)
+        elif word == "remember":
+            self.remembered = self.server_time()
+            say("remembered")
+        elif word == "late":
+            self.values.clear()
+            self.offer_text(rest)
+            self.own(self.remembered)
         elif word == "release":
             # python-xlib has no method of its own for giving a selection up.
             protocol.request.SetSelectionOwner(

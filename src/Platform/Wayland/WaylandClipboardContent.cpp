@@ -26,7 +26,7 @@ struct WaylandClipboardContent::Search
     /// Still to be tried, the wanted one first.
     std::deque<QByteArray> candidates;
     qint64 byteLimit;
-    std::chrono::steady_clock::time_point deadline;
+    LoopTimers::Time deadline;
     /// None once it is answered.
     Accept accept;
     std::optional<WaylandPipeReader::ReadID> reading = {};
@@ -120,7 +120,7 @@ void WaylandClipboardContent::search(
     const auto search = std::make_shared<Search>(Search{
         .candidates = {},
         .byteLimit = byteLimit,
-        .deadline = std::chrono::steady_clock::now() + m_deadlines.read,
+        .deadline = m_loop.now() + m_deadlines.read,
         .accept = std::move(accept)});
     m_searches.insert(search);
     if (m_offer) {

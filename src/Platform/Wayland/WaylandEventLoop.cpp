@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <memory>
 #include <poll.h>
@@ -16,14 +15,15 @@ namespace tessly {
 
 namespace {
 
-// Readings of the socket before files, jobs and timers get their turn, so that a compositor that
-// floods starves none of them. One reading takes 4 KB.
+// Readings of the socket before files and jobs get their turn, so that a compositor that floods
+// starves none of them. One reading takes 4 KB.
 constexpr int readingsPerTurn = 64;
 
 } // namespace
 
 WaylandEventLoop::WaylandEventLoop(const std::string& display)
     : m_display(wl_display_connect(display.empty() ? nullptr : display.c_str()))
+    , m_timers(std::chrono::steady_clock::now())
 {
     if (m_display != nullptr) {
         m_wakeFD = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
@@ -49,14 +49,13 @@ void WaylandEventLoop::roundTrip(Milliseconds deadline)
     // The answer may come after this call has given up.
     const auto isDone = std::make_shared<bool>(false);
     awaitRoundTrip([isDone] { *isDone = true; });
-    const auto end = std::chrono::steady_clock::now() + deadline;
+    const auto end = now() + deadline;
     while (!*isDone && !m_isLost) {
-        const auto left =
-            std::chrono::ceil<Milliseconds>(end - std::chrono::steady_clock::now()).count();
-        if (left <= 0) {
+        const auto left = std::chrono::ceil<Milliseconds>(end - now());
+        if (left <= Milliseconds(0)) {
             throw WaylandError("The Wayland compositor does not answer.");
         }
-        turn(static_cast<int>(left));
+        turn(static_cast<int>(std::min(left, LoopTimers::longestWait).count()));
     }
     if (!*isDone) {
         throw WaylandError("The Wayland compositor went away.");
@@ -104,17 +103,20 @@ void WaylandEventLoop::wake() const
     [[maybe_unused]] const auto written = write(m_wakeFD, &one, sizeof one);
 }
 
+LoopTimers::Time WaylandEventLoop::now()
+{
+    return m_timers.now(std::chrono::steady_clock::now());
+}
+
 WaylandEventLoop::TimerID
 WaylandEventLoop::callAfter(Milliseconds delay, std::function<void()> callback)
 {
-    const TimerID id = m_nextTimer++;
-    m_timers.emplace(id, Timer{std::chrono::steady_clock::now() + delay, std::move(callback)});
-    return id;
+    return m_timers.callAfter(std::chrono::steady_clock::now(), delay, std::move(callback));
 }
 
 void WaylandEventLoop::cancel(TimerID timer)
 {
-    m_timers.erase(timer);
+    m_timers.cancel(timer);
 }
 
 WaylandEventLoop::WatchID
@@ -166,16 +168,16 @@ void WaylandEventLoop::loop()
     for (;;) {
         const bool isStopping = m_isStopping;
         runPostedJobs();
-        runDueTimers();
         if (isStopping) {
             [[maybe_unused]] const bool isMore = flush();
             return;
         }
-        turn(pollTimeout());
+        const auto arrived = turn(m_timers.pollTimeout(std::chrono::steady_clock::now()));
+        m_timers.runDue(std::chrono::steady_clock::now(), arrived);
     }
 }
 
-void WaylandEventLoop::turn(int timeout)
+LoopTimers::Arrived WaylandEventLoop::turn(int timeout)
 {
     const bool isMoreToSend = flush();
     if (wl_display_get_error(m_display) != 0 && !m_isLossTold) {
@@ -194,9 +196,10 @@ void WaylandEventLoop::turn(int timeout)
         files.push_back({.fd = watch.file, .events = watch.events, .revents = 0});
         reports.emplace_back(id, short{0});
     }
+    m_timers.beginWait(timeout);
     if (poll(files.data(), files.size(), timeout) < 0) {
-        // Only a signal, which is none of this thread's business.
-        return;
+        // Only a signal, which is none of this thread's business. What there is, is not known.
+        return LoopTimers::Arrived::something;
     }
     if ((files[0].revents & POLLIN) != 0) {
         std::uint64_t count = 0;
@@ -205,8 +208,12 @@ void WaylandEventLoop::turn(int timeout)
     for (std::size_t index = 0; index < reports.size(); ++index) {
         reports[index].second = files[own + index].revents;
     }
-    dispatch((files[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0);
+    const bool isReadable = (files[1].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
+    dispatch(isReadable);
     callWatches(reports);
+    const bool isReported =
+        std::ranges::any_of(reports, [](const auto& report) { return report.second != 0; });
+    return isReadable || isReported ? LoopTimers::Arrived::something : LoopTimers::Arrived::nothing;
 }
 
 void WaylandEventLoop::dispatch(bool isReadable)
@@ -247,39 +254,15 @@ void WaylandEventLoop::runPostedJobs()
         const std::scoped_lock lock(m_mutex);
         jobs.swap(m_posted);
     }
+    if (!jobs.empty() && !m_isLost) {
+        // What the compositor has said since it was last listened to is older than the last of
+        // these jobs may be.
+        pollfd file = {.fd = wl_display_get_fd(m_display), .events = POLLIN, .revents = 0};
+        dispatch(poll(&file, 1, 0) > 0);
+    }
     for (const auto& job : jobs) {
         job();
     }
-}
-
-void WaylandEventLoop::runDueTimers()
-{
-    const auto now = std::chrono::steady_clock::now();
-    // The callbacks may add and cancel timers: look for each anew. What they add is not due by
-    // then.
-    for (auto timer = earliestTimer(); timer != m_timers.end() && timer->second.due <= now;
-         timer = earliestTimer()) {
-        const auto callback = std::move(timer->second.callback);
-        m_timers.erase(timer);
-        callback();
-    }
-}
-
-WaylandEventLoop::Timers::iterator WaylandEventLoop::earliestTimer()
-{
-    return std::ranges::min_element(
-        m_timers, {}, [](const auto& entry) { return entry.second.due; });
-}
-
-int WaylandEventLoop::pollTimeout()
-{
-    const auto earliest = earliestTimer();
-    if (earliest == m_timers.end()) {
-        return -1;
-    }
-    const auto left = earliest->second.due - std::chrono::steady_clock::now();
-    return static_cast<int>(
-        std::clamp<std::int64_t>(std::chrono::ceil<Milliseconds>(left).count(), 0, INT_MAX));
 }
 
 bool WaylandEventLoop::flush()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "LoopTimers.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -31,12 +33,14 @@ public:
 /// thread" is called from callbacks and from posted jobs only; destroy on the thread that
 /// constructed. Jobs, timers and files are served on after the compositor went away. Within one
 /// turn of the loop, what the compositor has sent is handled before files and jobs are, so that a
-/// job sees the news from before it was posted.
+/// job sees the news from before it was posted. What has arrived, also in files, comes before
+/// timers that are due, and time during which the thread did not run does not count for them:
+/// neither is a reason to give up on another program.
 class WaylandEventLoop
 {
 public:
     using Milliseconds = std::chrono::milliseconds;
-    using TimerID = std::uint64_t;
+    using TimerID = LoopTimers::ID;
     using WatchID = std::uint64_t;
 
     /// Connects to `display` (as $WAYLAND_DISPLAY names it, or a path; empty: $WAYLAND_DISPLAY
@@ -64,6 +68,9 @@ public:
     [[nodiscard]] wl_display* display() const { return m_display; }
 
     // Loop thread:
+
+    /// The time that timers go by, and deadlines that end in timers: see LoopTimers.
+    [[nodiscard]] LoopTimers::Time now();
     TimerID callAfter(Milliseconds delay, std::function<void()> callback);
     void cancel(TimerID timer);
 
@@ -81,14 +88,6 @@ public:
     void awaitOtherPrograms(std::function<void()> callback);
 
 private:
-    struct Timer
-    {
-        std::chrono::steady_clock::time_point due;
-        std::function<void()> callback;
-    };
-
-    using Timers = std::map<TimerID, Timer>;
-
     struct Watch
     {
         int file;
@@ -99,13 +98,11 @@ private:
     static void roundTripDone(void* data, wl_callback* callback, std::uint32_t serial);
 
     void loop();
-    void turn(int timeout);
+    /// Waits for what arrives, and handles it.
+    LoopTimers::Arrived turn(int timeout);
     void dispatch(bool isReadable);
     void callWatches(const std::vector<std::pair<WatchID, short>>& reports);
     void runPostedJobs();
-    void runDueTimers();
-    [[nodiscard]] int pollTimeout();
-    [[nodiscard]] Timers::iterator earliestTimer();
     /// Sends what is to be sent; whether there is more than the socket takes now.
     [[nodiscard]] bool flush();
     void noticeLoss();
@@ -115,8 +112,7 @@ private:
     wl_display* m_display = nullptr;
     int m_wakeFD = -1;
     std::function<void()> m_lost;
-    Timers m_timers;
-    TimerID m_nextTimer = 1;
+    LoopTimers m_timers;
     std::map<WatchID, Watch> m_watches;
     WatchID m_nextWatch = 1;
     std::map<wl_callback*, std::function<void()>> m_roundTrips;

@@ -17,6 +17,10 @@ constexpr qint64 maximumDrain = qint64{256} << 20;
 // Pipes open at the same time. Those that nobody waits for any more give way to new ones.
 constexpr std::size_t maximumReads = 64;
 
+// A compositor that takes longer than this for a question that it can answer by itself has served
+// the writer no better.
+constexpr std::chrono::milliseconds promptAnswer(100);
+
 } // namespace
 
 WaylandPipeReader::WaylandPipeReader(WaylandEventLoop& loop)
@@ -42,8 +46,7 @@ WaylandPipeReader::ReadID WaylandPipeReader::begin(int file, const Bounds& bound
     Read& read = m_reads.emplace(id, Read{.file = file, .bounds = bounds, .done = std::move(done)})
                      .first->second;
     read.watch = m_loop.watch(file, POLLIN, [this, id](short) { readable(id); });
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-        bounds.deadline - std::chrono::steady_clock::now());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(bounds.deadline - m_loop.now());
     startStallTimer(id, read);
     startOverallTimer(id, read, std::max(left, std::chrono::milliseconds(0)));
     return id;
@@ -130,8 +133,25 @@ void WaylandPipeReader::close(ReadID id)
 
 void WaylandPipeReader::startStallTimer(ReadID id, Read& read)
 {
-    read.stallTimer =
-        m_loop.callAfter(read.bounds.stall, [this, id] { answer(id, End::timedOut); });
+    read.stallTimer = m_loop.callAfter(read.bounds.stall, [this, id] { stalled(id); });
+}
+
+void WaylandPipeReader::stalled(ReadID id)
+{
+    const auto timer = m_reads.at(id).stallTimer;
+    // Should the compositor go away instead of answering, whoever asked gives up by himself.
+    m_loop.awaitRoundTrip([this, id, timer, asked = m_loop.now()] {
+        const auto found = m_reads.find(id);
+        // It may have been answered, or its writer have shown itself, meanwhile.
+        if (found == m_reads.end() || !found->second.done || found->second.stallTimer != timer) {
+            return;
+        }
+        if (m_loop.now() - asked <= promptAnswer) {
+            answer(id, End::timedOut);
+        } else {
+            startStallTimer(id, found->second);
+        }
+    });
 }
 
 void WaylandPipeReader::startOverallTimer(ReadID id, Read& read, std::chrono::milliseconds delay)

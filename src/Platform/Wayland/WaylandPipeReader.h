@@ -42,10 +42,11 @@ public:
     struct Bounds
     {
         qint64 byteLimit;
-        /// The longest wait for the writer's next sign of life.
+        /// The longest wait for the writer's next sign of life. Does not pass while the compositor
+        /// does nothing: it may not have passed the question on.
         std::chrono::milliseconds stall;
-        /// When all of it must be over.
-        std::chrono::steady_clock::time_point deadline;
+        /// When all of it must be over, whoever is to blame; in the loop's time.
+        LoopTimers::Time deadline;
         /// How long the rest is taken of what nobody wants any more.
         std::chrono::milliseconds drain;
     };
@@ -82,6 +83,7 @@ private:
     void answer(ReadID id, End end);
     void close(ReadID id);
     void startStallTimer(ReadID id, Read& read);
+    void stalled(ReadID id);
     void startOverallTimer(ReadID id, Read& read, std::chrono::milliseconds delay);
 
     WaylandEventLoop& m_loop;

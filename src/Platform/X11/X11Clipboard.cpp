@@ -100,14 +100,15 @@ void X11Clipboard::ownerChanged(
     if (event.subtype != XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER) {
         // Nobody has copied anything: the program that owned it has ended.
         if (m_foreign) {
-            m_leftAt = event.timestamp;
+            m_hasOwnerLeft = true;
             m_foreign->ownerLeft();
             offerKept();
         }
         return;
     }
     m_kept.clear();
-    m_leftAt.reset();
+    m_hasOwnerLeft = false;
+    m_takenAt = event.selection_timestamp;
     m_own.reset();
     if (const auto old = std::exchange(m_foreign, nullptr)) {
         old->end();
@@ -235,11 +236,26 @@ void X11Clipboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pasteboar
 
 void X11Clipboard::offerKept()
 {
-    if (m_leftAt && !m_kept.empty()) {
-        // The time of the end, so that the server refuses if somebody has copied since.
-        m_owner.own(
-            m_clipboard, std::make_shared<PasteboardOffer>(std::exchange(m_kept, {})), *m_leftAt);
+    if (!m_hasOwnerLeft || !m_takenAt || m_kept.empty()) {
+        return;
     }
+    // The server accepts a claim with the time of the last one, and refuses earlier ones. So with
+    // the time at which the old owner copied, whatever was copied since remains; with any later
+    // time, a copy made in the same millisecond would be lost, and a program that copies with the
+    // time of a key pressed before would be refused. What was copied with the very same time is
+    // found by asking first.
+    m_loop.awaitReply<xcb_get_selection_owner_reply_t>(
+        xcb_get_selection_owner(m_loop.connection(), m_clipboard),
+        [this](const xcb_get_selection_owner_reply_t* reply) {
+            // An own write may be on its way by now.
+            const bool isOwned =
+                reply == nullptr || reply->owner != XCB_WINDOW_NONE || m_owner.owns(m_clipboard);
+            if (!isOwned && m_hasOwnerLeft && m_takenAt && !m_kept.empty()) {
+                m_owner.own(
+                    m_clipboard, std::make_shared<PasteboardOffer>(std::exchange(m_kept, {})),
+                    *m_takenAt);
+            }
+        });
 }
 
 void X11Clipboard::offerAsPrimary(WriteTicket ticket, OwnDone done)

@@ -66,8 +66,10 @@ private:
     // The current content is another program's, the program's own, or, with both null, nothing.
     std::shared_ptr<X11ClipboardContent> m_foreign;
     X11SelectionOwner::Offer m_own;
-    /// When the other program left, if it has.
-    std::optional<xcb_timestamp_t> m_leftAt;
+    /// When the other program took the selection, in the server's time; not known of one that had
+    /// it before this program came.
+    std::optional<xcb_timestamp_t> m_takenAt;
+    bool m_hasOwnerLeft = false;
     /// What to offer then.
     std::vector<PasteboardItem> m_kept;
     std::deque<TimeDone> m_awaitTime;

@@ -23,6 +23,9 @@ constexpr qint64 maximumTargets = 4096;
 // Line ends, comments and the line with the operation take room that is not counted to the URLs.
 constexpr qint64 fileListOverhead = 4096;
 
+// A program that is busy for a moment when it has copied misses one deadline, a hung one both.
+constexpr int targetsAttempts = 2;
+
 const std::array<std::string, 4> textTypes = {
     "UTF8_STRING", "STRING", "text/plain", "text/plain;charset=utf-8"};
 
@@ -33,7 +36,7 @@ struct X11ClipboardContent::Search
     /// Still to be tried, the wanted one first.
     std::deque<Target> candidates;
     qint64 byteLimit;
-    std::chrono::steady_clock::time_point deadline;
+    LoopTimers::Time deadline;
     Accept accept;
 };
 
@@ -132,10 +135,15 @@ void X11ClipboardContent::targets(TargetsDone done)
         return;
     }
     m_awaitTargets.push_back(std::move(done));
-    if (m_awaitTargets.size() > 1) {
-        return;
+    if (m_awaitTargets.size() == 1) {
+        m_targetsDeadline = m_loop.now() + m_deadlines.read;
+        askForTargets();
     }
-    const auto deadline = std::chrono::steady_clock::now() + m_deadlines.targets;
+}
+
+void X11ClipboardContent::askForTargets()
+{
+    ++m_targetsAsked;
     m_reader.convert(
         {.selection = m_loop.atom("CLIPBOARD"),
          .target = m_loop.atom("TARGETS"),
@@ -145,7 +153,8 @@ void X11ClipboardContent::targets(TargetsDone done)
          .format = 32,
          .byteLimit = maximumTargets * 4,
          .stallDeadline = m_deadlines.targets,
-         .deadline = deadline,
+         .patience = X11Conversion::Patience::once,
+         .deadline = m_targetsDeadline,
          .drainDeadline = m_deadlines.drain},
         [weak = weak_from_this()](const X11Conversion::Result& result) {
             if (const auto content = weak.lock()) {
@@ -156,6 +165,11 @@ void X11ClipboardContent::targets(TargetsDone done)
 
 void X11ClipboardContent::targetsConverted(const X11Conversion::Result& result)
 {
+    if (result.end == X11Conversion::End::timedOut && m_targetsAsked < targetsAttempts &&
+        m_loop.now() < m_targetsDeadline) {
+        askForTargets();
+        return;
+    }
     if (result.end != X11Conversion::End::converted) {
         targetsKnown(std::nullopt);
         return;
@@ -200,7 +214,7 @@ void X11ClipboardContent::search(
             }
             const auto search = std::make_shared<Search>();
             search->byteLimit = byteLimit;
-            search->deadline = std::chrono::steady_clock::now() + m_deadlines.read;
+            search->deadline = m_loop.now() + m_deadlines.read;
             search->accept = accept;
             for (const QByteArrayView name : names) {
                 for (const Target& target : *targets) {

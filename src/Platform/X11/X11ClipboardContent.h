@@ -16,8 +16,9 @@
 namespace tessly {
 
 /// One content of CLIPBOARD that another program owns, from that program's copy until it leaves or
-/// another copies. Asks for the list of types first, once, and then only for what is wanted and
-/// offered. Every question is answered once. Loop thread only.
+/// another copies. Asks for the list of types first, once (and once more if the owner misses its
+/// deadline), and then only for what is wanted and offered. Every question is answered once. Loop
+/// thread only.
 class X11ClipboardContent : public std::enable_shared_from_this<X11ClipboardContent>
 {
 public:
@@ -59,6 +60,7 @@ private:
     using Accept = std::function<void(Found)>;
 
     void targets(TargetsDone done);
+    void askForTargets();
     void targetsConverted(const X11Conversion::Result& result);
     void targetsKnown(std::optional<std::vector<Target>> targets);
     void search(std::span<const QByteArrayView> names, qint64 byteLimit, Accept accept);
@@ -73,6 +75,8 @@ private:
     /// Once they are known, also if they cannot be had.
     std::optional<std::optional<std::vector<Target>>> m_targets;
     std::vector<TargetsDone> m_awaitTargets;
+    int m_targetsAsked = 0;
+    LoopTimers::Time m_targetsDeadline;
     bool m_isServed = false;
     /// It served something and then let a deadline pass: it is not waited for again.
     bool m_isSilent = false;

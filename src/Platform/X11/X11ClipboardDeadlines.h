@@ -4,10 +4,11 @@
 
 namespace tessly {
 
-/// How long other programs are waited for.
+/// How long other programs are waited for. Neither a server that is held by one of them nor a pause
+/// of this program counts as waiting for the owner; the whole of a read includes the former.
 struct X11ClipboardDeadlines
 {
-    /// The whole of the list of types.
+    /// The whole of the list of types, each time that it is asked for.
     std::chrono::milliseconds targets{1000};
     /// The next sign of life of an owner that delivers content.
     std::chrono::milliseconds stall{5000};

@@ -1,6 +1,5 @@
 #include "X11EventLoop.h"
 
-#include <algorithm>
 #include <array>
 #include <poll.h>
 #include <pthread.h>
@@ -14,7 +13,7 @@ namespace tessly {
 
 namespace {
 
-// Events handled before jobs and timers get their turn, so that a flood of events starves neither.
+// Events handled before jobs get their turn, so that a flood of events does not starve them.
 constexpr int eventsPerTurn = 256;
 
 // Any client can make up atoms: beyond this many, they are asked for again.
@@ -44,6 +43,7 @@ std::string nameOf(const xcb_get_atom_name_reply_t& reply)
 } // namespace
 
 X11EventLoop::X11EventLoop(const std::string& display)
+    : m_timers(std::chrono::steady_clock::now())
 {
     int screenNumber = 0;
     m_connection = xcb_connect(display.empty() ? nullptr : display.c_str(), &screenNumber);
@@ -188,16 +188,19 @@ void X11EventLoop::remember(xcb_atom_t atom, const std::string& name)
     }
 }
 
+LoopTimers::Time X11EventLoop::now()
+{
+    return m_timers.now(std::chrono::steady_clock::now());
+}
+
 X11EventLoop::TimerID X11EventLoop::callAfter(Milliseconds delay, std::function<void()> callback)
 {
-    const TimerID id = m_nextTimer++;
-    m_timers.emplace(id, Timer{std::chrono::steady_clock::now() + delay, std::move(callback)});
-    return id;
+    return m_timers.callAfter(std::chrono::steady_clock::now(), delay, std::move(callback));
 }
 
 void X11EventLoop::cancel(TimerID timer)
 {
-    m_timers.erase(timer);
+    m_timers.cancel(timer);
 }
 
 void X11EventLoop::loop()
@@ -205,15 +208,17 @@ void X11EventLoop::loop()
     for (;;) {
         const bool stopping = m_isStopping;
         runPostedJobs();
-        runDueTimers();
         const bool wasBusy = dispatch();
+        const bool hasTimerRun = m_timers.runDue(
+            std::chrono::steady_clock::now(),
+            wasBusy ? LoopTimers::Arrived::something : LoopTimers::Arrived::nothing);
         if (stopping) {
             xcb_flush(m_connection);
             return;
         }
         // xcb may read events while it writes or waits for a reply, and poll(2) does not see those:
         // sleep only after a turn that wrote nothing new and found nothing.
-        if (!wasBusy) {
+        if (!wasBusy && !hasTimerRun) {
             sleep();
         }
     }
@@ -225,7 +230,9 @@ void X11EventLoop::sleep()
         {.fd = m_wakeFD, .events = POLLIN, .revents = 0},
         {.fd = xcb_get_file_descriptor(m_connection), .events = POLLIN, .revents = 0},
     }};
-    poll(files.data(), m_isLost ? 1 : 2, pollTimeout());
+    const int timeout = m_timers.pollTimeout(std::chrono::steady_clock::now());
+    m_timers.beginWait(timeout);
+    poll(files.data(), m_isLost ? 1 : 2, timeout);
     if ((files[0].revents & POLLIN) != 0) {
         std::uint64_t count = 0;
         [[maybe_unused]] const auto bytes = read(m_wakeFD, &count, sizeof count);
@@ -242,33 +249,6 @@ void X11EventLoop::runPostedJobs()
     for (const auto& job : jobs) {
         job();
     }
-}
-
-void X11EventLoop::runDueTimers()
-{
-    const auto now = std::chrono::steady_clock::now();
-    for (auto timer = m_timers.begin(); timer != m_timers.end();) {
-        if (timer->second.due > now) {
-            ++timer;
-            continue;
-        }
-        // The callback may add and cancel timers: take this one out first, then begin anew.
-        const auto callback = std::move(timer->second.callback);
-        m_timers.erase(timer);
-        callback();
-        timer = m_timers.begin();
-    }
-}
-
-int X11EventLoop::pollTimeout() const
-{
-    if (m_timers.empty()) {
-        return -1;
-    }
-    const auto earliest =
-        std::ranges::min_element(m_timers, {}, [](const auto& entry) { return entry.second.due; });
-    const auto left = earliest->second.due - std::chrono::steady_clock::now();
-    return std::max(0, static_cast<int>(std::chrono::ceil<Milliseconds>(left).count()));
 }
 
 bool X11EventLoop::dispatch()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LoopTimers.h"
 #include "XcbReply.h"
 
 #include <xcb/xcb.h>
@@ -34,7 +35,9 @@ public:
 ///
 /// Life: construct; `start` with the callbacks; everything marked "loop thread" is called from the
 /// callbacks and from posted jobs only; destroy on the thread that constructed. Jobs and timers run
-/// on after the server went away, with a dead connection.
+/// on after the server went away, with a dead connection. What the server has sent is handled
+/// before timers that are due, and time during which the thread did not run does not count for
+/// them: neither is a reason to give up on another program.
 class X11EventLoop
 {
 public:
@@ -46,7 +49,7 @@ public:
         std::function<void()> lost;
     };
     using Milliseconds = std::chrono::milliseconds;
-    using TimerID = std::uint64_t;
+    using TimerID = LoopTimers::ID;
 
     /// Connects to `display` (as $DISPLAY names it; empty: $DISPLAY itself). Throws X11Error.
     explicit X11EventLoop(const std::string& display = {});
@@ -77,6 +80,9 @@ public:
     [[nodiscard]] std::string atomName(xcb_atom_t atom);
 
     // Loop thread:
+
+    /// The time that timers go by, and deadlines that end in timers: see LoopTimers.
+    [[nodiscard]] LoopTimers::Time now();
     TimerID callAfter(Milliseconds delay, std::function<void()> callback);
     void cancel(TimerID timer);
 
@@ -98,12 +104,6 @@ public:
         std::function<void(std::vector<std::string>)> callback);
 
 private:
-    struct Timer
-    {
-        std::chrono::steady_clock::time_point due;
-        std::function<void()> callback;
-    };
-
     struct AwaitedReply
     {
         unsigned int sequence;
@@ -112,9 +112,7 @@ private:
 
     void loop();
     void runPostedJobs();
-    void runDueTimers();
     void sleep();
-    [[nodiscard]] int pollTimeout() const;
     [[nodiscard]] bool dispatch();
     [[nodiscard]] bool dispatchReply();
     void noticeLoss();
@@ -127,8 +125,7 @@ private:
     Handlers m_handlers;
     std::map<std::string, xcb_atom_t> m_atoms;
     std::map<xcb_atom_t, std::string> m_atomNames;
-    std::map<TimerID, Timer> m_timers;
-    TimerID m_nextTimer = 1;
+    LoopTimers m_timers;
     std::deque<AwaitedReply> m_awaited;
     bool m_isLost = false;
     std::mutex m_mutex;

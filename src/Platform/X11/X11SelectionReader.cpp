@@ -33,8 +33,8 @@ X11SelectionReader::X11SelectionReader(X11EventLoop& loop, xcb_window_t window)
 
 void X11SelectionReader::convert(X11Conversion conversion, X11Conversion::Done done)
 {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-        conversion.deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(conversion.deadline - m_loop.now());
     const auto entry =
         m_waiting.insert(m_waiting.end(), {std::move(conversion), std::move(done), 0});
     entry->timer = m_loop.callAfter(left, [this, entry] {

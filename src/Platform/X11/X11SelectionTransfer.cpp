@@ -10,6 +10,10 @@ namespace {
 // A value is fetched in pieces of this size, so that one that is too large is never held whole.
 constexpr std::uint32_t pieceBytes = 1U << 20;
 
+// A server that takes longer than this for a question that it can answer by itself has served the
+// owner no better.
+constexpr std::chrono::milliseconds promptAnswer(100);
+
 qint64 byteCount(const xcb_get_property_reply_t& reply)
 {
     return static_cast<qint64>(reply.value_len) * (reply.format / 8);
@@ -37,13 +41,14 @@ X11SelectionTransfer::~X11SelectionTransfer()
 
 void X11SelectionTransfer::begin()
 {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-        m_conversion.deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(m_conversion.deadline - m_loop.now());
     xcb_delete_property(m_loop.connection(), m_window, m_property);
     xcb_convert_selection(
         m_loop.connection(), m_window, m_conversion.selection, m_conversion.target, m_property,
         m_conversion.time);
-    startDeadlines(std::max(left, std::chrono::milliseconds(0)));
+    startOverallDeadline(std::max(left, std::chrono::milliseconds(0)));
+    awaitServer([this](bool) { startStallDeadline(); });
 }
 
 void X11SelectionTransfer::notified(const xcb_selection_notify_event_t& event)
@@ -237,26 +242,70 @@ void X11SelectionTransfer::progress()
         startDeadlines(m_conversion.drainDeadline);
         return;
     }
-    if (m_stallTimer) {
-        m_loop.cancel(*m_stallTimer);
+    const bool isRenewed =
+        isAnswered() || m_conversion.patience == X11Conversion::Patience::renewed;
+    if (isRenewed && (m_stallTimer || m_awaitsServer)) {
         startStallDeadline();
     }
 }
 
+void X11SelectionTransfer::stalled()
+{
+    stopDeadlines();
+    answer(X11Conversion::End::timedOut);
+    setPhase(Phase::stuck);
+}
+
 void X11SelectionTransfer::startStallDeadline()
 {
+    stopStallDeadline();
     m_stallTimer = m_loop.callAfter(m_conversion.stallDeadline, [this] {
         m_stallTimer.reset();
-        stopDeadlines();
-        answer(X11Conversion::End::timedOut);
-        setPhase(Phase::stuck);
+        // Another client may have had the server for itself all along.
+        awaitServer([this](bool isPrompt) {
+            if (isPrompt) {
+                stalled();
+            } else {
+                startStallDeadline();
+            }
+        });
     });
+}
+
+void X11SelectionTransfer::stopStallDeadline()
+{
+    if (m_stallTimer) {
+        m_loop.cancel(*m_stallTimer);
+        m_stallTimer.reset();
+    }
+    m_awaitsServer = false;
+}
+
+void X11SelectionTransfer::awaitServer(std::function<void(bool isPrompt)> callback)
+{
+    m_awaitsServer = true;
+    m_loop.awaitReply<xcb_get_input_focus_reply_t>(
+        xcb_get_input_focus(m_loop.connection()),
+        [weak = weak_from_this(), question = ++m_question, asked = m_loop.now(),
+         callback = std::move(callback)](const xcb_get_input_focus_reply_t* reply) {
+            const auto transfer = weak.lock();
+            if (transfer && transfer->m_awaitsServer && transfer->m_question == question) {
+                transfer->m_awaitsServer = false;
+                // A server that is gone answers at once, and nothing more will come.
+                callback(reply == nullptr || transfer->m_loop.now() - asked <= promptAnswer);
+            }
+        });
 }
 
 void X11SelectionTransfer::startDeadlines(std::chrono::milliseconds overall)
 {
     startStallDeadline();
-    m_overallTimer = m_loop.callAfter(overall, [this] {
+    startOverallDeadline(overall);
+}
+
+void X11SelectionTransfer::startOverallDeadline(std::chrono::milliseconds delay)
+{
+    m_overallTimer = m_loop.callAfter(delay, [this] {
         m_overallTimer.reset();
         if (isAnswered()) {
             stopDeadlines();
@@ -269,11 +318,10 @@ void X11SelectionTransfer::startDeadlines(std::chrono::milliseconds overall)
 
 void X11SelectionTransfer::stopDeadlines()
 {
-    for (auto* timer : {&m_stallTimer, &m_overallTimer}) {
-        if (*timer) {
-            m_loop.cancel(**timer);
-            timer->reset();
-        }
+    stopStallDeadline();
+    if (m_overallTimer) {
+        m_loop.cancel(*m_overallTimer);
+        m_overallTimer.reset();
     }
 }
 

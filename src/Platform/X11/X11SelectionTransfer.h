@@ -36,6 +36,13 @@ struct X11Conversion
         QByteArray bytes = {};
     };
     using Done = std::function<void(Result)>;
+    /// What a sign of life of the owner does to its deadline.
+    enum class Patience {
+        /// It starts anew.
+        renewed,
+        /// Nothing: all must have been said by then.
+        once,
+    };
 
     xcb_atom_t selection;
     xcb_atom_t target;
@@ -45,10 +52,12 @@ struct X11Conversion
     std::vector<xcb_atom_t> types;
     std::uint8_t format = 8;
     qint64 byteLimit;
-    /// The longest wait for the owner's next sign of life.
+    /// The longest wait for the owner. It begins when the server has passed the question on, and
+    /// does not pass while the server serves nobody (or another client only).
     std::chrono::milliseconds stallDeadline;
-    /// When all of it must be over.
-    std::chrono::steady_clock::time_point deadline;
+    Patience patience = Patience::renewed;
+    /// When all of it must be over, whoever is to blame; in the loop's time.
+    LoopTimers::Time deadline;
     /// How long the rest of a transfer that nobody wants any more is taken and thrown away.
     std::chrono::milliseconds drainDeadline;
 };
@@ -106,8 +115,14 @@ private:
     void answer(X11Conversion::End end);
     void finish(X11Conversion::End end);
     void progress();
+    void stalled();
     void startStallDeadline();
+    void stopStallDeadline();
+    void startOverallDeadline(std::chrono::milliseconds delay);
     void startDeadlines(std::chrono::milliseconds overall);
+    /// Calls back once the server has done all that was asked of it by now, and has told of it;
+    /// not if the stall deadline is stopped or starts anew before.
+    void awaitServer(std::function<void(bool isPrompt)> callback);
     void stopDeadlines();
     void setPhase(Phase phase);
 
@@ -131,6 +146,9 @@ private:
     QByteArray m_bytes;
     xcb_atom_t m_type = XCB_ATOM_NONE;
     std::optional<X11EventLoop::TimerID> m_stallTimer;
+    bool m_awaitsServer = false;
+    /// Of the questions to the server, so that the answer to an old one is known as such.
+    int m_question = 0;
     std::optional<X11EventLoop::TimerID> m_overallTimer;
 };
 

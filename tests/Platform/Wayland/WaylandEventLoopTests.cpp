@@ -36,6 +36,13 @@ protected:
         return future.get();
     }
 
+    static void keepBusy(std::chrono::milliseconds time)
+    {
+        const auto end = std::chrono::steady_clock::now() + time;
+        while (std::chrono::steady_clock::now() < end) {
+        }
+    }
+
     [[nodiscard]] TestCompositor& compositor() { return m_compositor; }
     [[nodiscard]] WaylandEventLoop& loop() { return m_loop; }
     [[nodiscard]] int losses() const { return m_losses; }
@@ -92,12 +99,70 @@ TEST_F(WaylandEventLoopTest, timersThatAreLateRunInTheOrderInWhichTheyWereDue)
         });
         loop().callAfter(20ms, [&] { order.push_back(1); });
         loop().callAfter(40ms, [&] { order.push_back(2); });
-        const auto allDue = std::chrono::steady_clock::now() + 61ms;
-        while (std::chrono::steady_clock::now() < allDue) {
-        }
+        keepBusy(61ms);
     });
     done.get_future().wait();
     EXPECT_EQ(onLoop([&] { return order; }), (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(WaylandEventLoopTest, whatHasArrivedInAFileComesBeforeTimersThatAreDue)
+{
+    std::array<int, 2> pipe = {};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    start();
+    std::string order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(1ms, [&] {
+            order += 't';
+            done.set_value();
+        });
+        // Takes its bytes one at a time: all that are there come first.
+        loop().watch(pipe[0], POLLIN, [&](short) {
+            char byte = 0;
+            EXPECT_EQ(read(pipe[0], &byte, 1), 1);
+            order += byte;
+        });
+        EXPECT_EQ(write(pipe[1], "abc", 3), 3);
+        keepBusy(2ms);
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), "abct");
+    loop().stop();
+    close(pipe[0]);
+    close(pipe[1]);
+}
+
+TEST_F(WaylandEventLoopTest, aFileThatAlwaysHasMoreDoesNotStopTimers)
+{
+    start();
+    const int endless = open("/dev/zero", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(endless, 0);
+    std::promise<void> done;
+    loop().post([&] {
+        loop().watch(endless, POLLIN, [](short) {});
+        loop().callAfter(10ms, [&] { done.set_value(); });
+    });
+    EXPECT_EQ(done.get_future().wait_for(10s), std::future_status::ready);
+    loop().stop();
+    close(endless);
+}
+
+TEST_F(WaylandEventLoopTest, timersDoNotMissWhatPassedWhileTheLoopStoodStill)
+{
+    start();
+    std::string order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(400ms, [&] {
+            order += 'b';
+            done.set_value();
+        });
+        keepBusy(500ms);
+        loop().callAfter(100ms, [&] { order += 'a'; });
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), "ab");
 }
 
 TEST_F(WaylandEventLoopTest, filesAreWatchedUntilTheyAreNot)
@@ -144,6 +209,37 @@ TEST_F(WaylandEventLoopTest, aRoundTripComesAfterWhatTheCompositorSaidBefore)
     loop().post([&] { loop().awaitRoundTrip([&] { count.set_value(added); }); });
     EXPECT_EQ(count.get_future().get(), 1);
     loop().stop();
+}
+
+TEST_F(WaylandEventLoopTest, aJobComesAfterWhatTheCompositorSaidBeforeItWasPosted)
+{
+    WaylandRegistry registry(loop());
+    loop().roundTrip(10s);
+    compositor().removeSeat();
+    loop().roundTrip(10s);
+    int added = 0;
+    registry.setChanges({.added = [&](auto, const auto&) { ++added; }, .removed = {}});
+    std::array<int, 2> pipe = {};
+    ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK), 0);
+    std::promise<int> known;
+    start();
+    loop().post([&] {
+        const auto watch = std::make_shared<WaylandEventLoop::WatchID>();
+        // Files are served after the compositor has been listened to, and jobs after files.
+        *watch = loop().watch(pipe[0], POLLIN, [&, watch](short) {
+            loop().unwatch(*watch);
+            compositor().addSeat();
+            pollfd file = {
+                .fd = wl_display_get_fd(loop().display()), .events = POLLIN, .revents = 0};
+            EXPECT_EQ(poll(&file, 1, 10'000), 1);
+            loop().post([&] { known.set_value(added); });
+        });
+        EXPECT_EQ(write(pipe[1], "a", 1), 1);
+    });
+    EXPECT_EQ(known.get_future().get(), 1);
+    loop().stop();
+    close(pipe[0]);
+    close(pipe[1]);
 }
 
 TEST_F(WaylandEventLoopTest, anUnansweredRoundTripIsAnError)

@@ -99,6 +99,19 @@ TEST_F(WaylandPasteboardCompositorTest, oneThatFreezesHoldsUpNeitherTheMainThrea
     expectThatTheNextCopyIsRead();
 }
 
+TEST_F(WaylandPasteboardCompositorTest, theTimeForWhichItIsFrozenIsNotTheOwners)
+{
+    using std::chrono::milliseconds;
+    usePasteboard({.stall = milliseconds(500)});
+    const qint64 count = copied({{"UTF8_STRING", "text"}});
+    compositor().freeze();
+    auto text = pasteboard().read(count, Flavour::plainText, noLimit);
+    const QDeadlineTimer longerThanTheStall(milliseconds(1500));
+    ASSERT_TRUE(waitUntil([&] { return longerThanTheStall.hasExpired(); }));
+    compositor().thaw();
+    EXPECT_EQ(await(std::move(text)).value, "text");
+}
+
 TEST_F(WaylandPasteboardCompositorTest, theEndOfOneThatWasFrozenEndsTheWaitForIt)
 {
     compositor().freeze();

@@ -16,10 +16,45 @@ namespace {
 class X11EventLoopTest : public testing::Test
 {
 protected:
-    void start()
+    /// The handler of events runs on the loop thread.
+    void start(std::function<void()> event = [] {})
     {
         m_loop.start(
-            "test", {.event = [this](const auto&) { ++m_events; }, .lost = [this] { ++m_losses; }});
+            "test", {.event = [event = std::move(event)](const auto&) { event(); },
+                     .lost = [this] { ++m_losses; }});
+    }
+
+    // Loop thread:
+
+    /// A window whose changes are events.
+    [[nodiscard]] xcb_window_t makeWindow()
+    {
+        const xcb_window_t window = xcb_generate_id(m_loop.connection());
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_create_window(
+            m_loop.connection(), 0, window, m_loop.root(), 0, 0, 1, 1, 0,
+            XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+        return window;
+    }
+    /// Makes an event, which is only asked for: the server is not waited for.
+    void change(xcb_window_t window)
+    {
+        xcb_change_property(
+            m_loop.connection(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING,
+            8, 0, nullptr);
+    }
+    /// Waits until all that was asked for has arrived. Nothing of it is handled yet.
+    void fetch()
+    {
+        xcb_connection_t* const connection = m_loop.connection();
+        EXPECT_TRUE(
+            owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr)));
+    }
+    static void keepBusy(std::chrono::milliseconds time)
+    {
+        const auto end = std::chrono::steady_clock::now() + time;
+        while (std::chrono::steady_clock::now() < end) {
+        }
     }
 
     /// Runs on the loop thread and waits for it.
@@ -39,7 +74,6 @@ protected:
 private:
     XSession m_session{XSession::WindowManager::none};
     X11EventLoop m_loop{m_session.display().toStdString()};
-    std::atomic<int> m_events = 0;
     std::atomic<int> m_losses = 0;
 };
 
@@ -75,6 +109,87 @@ TEST_F(X11EventLoopTest, timersRunWhenDueAndNotOnceCancelled)
     });
     done.get_future().wait();
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST_F(X11EventLoopTest, timersThatAreLateRunInTheOrderInWhichTheyWereDue)
+{
+    start();
+    std::vector<int> order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(60ms, [&] {
+            order.push_back(3);
+            done.set_value();
+        });
+        loop().callAfter(20ms, [&] { order.push_back(1); });
+        loop().callAfter(40ms, [&] { order.push_back(2); });
+        keepBusy(61ms);
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(X11EventLoopTest, whatHasArrivedComesBeforeTimersThatAreDue)
+{
+    std::string order;
+    std::promise<void> done;
+    start([&order] { order += 'e'; });
+    loop().post([&] {
+        loop().callAfter(1ms, [&] {
+            order += 't';
+            done.set_value();
+        });
+        const xcb_window_t window = makeWindow();
+        for (int event = 0; event < 500; ++event) {
+            change(window);
+        }
+        loop().awaitReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus(loop().connection()), [&order](const auto*) { order += 'r'; });
+        fetch();
+        keepBusy(2ms);
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), std::string(500, 'e') + "rt");
+}
+
+TEST_F(X11EventLoopTest, aFloodOfEventsDoesNotStopTimers)
+{
+    std::atomic<bool> isOver = false;
+    xcb_window_t window = XCB_WINDOW_NONE;
+    // Each event has the next one there before the loop can run out of them.
+    start([&] {
+        if (!isOver) {
+            change(window);
+            fetch();
+        }
+    });
+    std::promise<void> done;
+    loop().post([&] {
+        window = makeWindow();
+        change(window);
+        fetch();
+        loop().callAfter(10ms, [&] { done.set_value(); });
+    });
+    EXPECT_EQ(done.get_future().wait_for(10s), std::future_status::ready);
+    isOver = true;
+    loop().stop();
+}
+
+TEST_F(X11EventLoopTest, timersDoNotMissWhatPassedWhileTheLoopStoodStill)
+{
+    start();
+    std::string order;
+    std::promise<void> done;
+    loop().post([&] {
+        loop().callAfter(400ms, [&] {
+            order += 'b';
+            done.set_value();
+        });
+        keepBusy(500ms);
+        loop().callAfter(100ms, [&] { order += 'a'; });
+    });
+    done.get_future().wait();
+    EXPECT_EQ(onLoop([&] { return order; }), "ab");
 }
 
 TEST_F(X11EventLoopTest, atomsAreFoundByNameAndBack)

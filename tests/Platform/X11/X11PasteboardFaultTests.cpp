@@ -152,6 +152,12 @@ const Fault faults[] = {
      megabyte, ReadStatus::unreadable},
     {"listsManyTypes", text + QStringList{u"--extra-targets"_s, u"1000"_s}, Flavour::plainText,
      megabyte, ReadStatus::read},
+    {"dribblesItsTypes",
+     text +
+         QStringList{
+             u"--behave"_s, u"TARGETS"_s, u"incr-lie"_s, u"--chunk"_s, u"4"_s, u"--delay"_s,
+             u"300"_s},
+     Flavour::plainText, megabyte, ReadStatus::unreadable},
     {"listsItsTypesIncrementally", text + QStringList{u"--behave"_s, u"TARGETS"_s, u"incr-lie"_s},
      Flavour::plainText, megabyte, ReadStatus::read},
 };
@@ -179,6 +185,36 @@ TEST_F(X11PasteboardFaultTest, noTypesAreKnownOfAnOwnerThatHangs)
     EXPECT_EQ(types(count), std::nullopt);
     EXPECT_EQ(read(count, Flavour::plainText).status, ReadStatus::unreadable);
     expectThatTheNextCopyIsRead();
+}
+
+TEST_F(X11PasteboardFaultTest, anOwnerThatMissesTheFirstQuestionForItsTypesIsAskedOnceMore)
+{
+    const qint64 count = copied(text + QStringList{u"--behave"_s, u"TARGETS"_s, u"silent-once"_s});
+    const auto offered = types(count);
+    ASSERT_TRUE(offered);
+    EXPECT_TRUE(offered->contains(u"UTF8_STRING"_s));
+    owner().command("counts");
+    EXPECT_TRUE(owner().waitForLine("count TARGETS 2"));
+    EXPECT_EQ(readText(count), "text");
+}
+
+TEST_F(X11PasteboardFaultTest, anOwnerIsAskedForItsTypesNoMoreThanTwice)
+{
+    const qint64 count = copied(text + QStringList{u"--behave"_s, u"TARGETS"_s, u"silent"_s});
+    EXPECT_EQ(types(count), std::nullopt);
+    EXPECT_EQ(types(count), std::nullopt);
+    EXPECT_EQ(read(count, Flavour::plainText).status, ReadStatus::unreadable);
+    owner().command("counts");
+    EXPECT_TRUE(owner().waitForLine("count TARGETS 2"));
+}
+
+TEST_F(X11PasteboardFaultTest, anOwnerThatRefusesItsTypesIsNotAskedAgain)
+{
+    const qint64 count = copied(text + QStringList{u"--behave"_s, u"TARGETS"_s, u"refuse"_s});
+    EXPECT_EQ(types(count), std::nullopt);
+    EXPECT_EQ(types(count), std::nullopt);
+    owner().command("counts");
+    EXPECT_TRUE(owner().waitForLine("count TARGETS 1"));
 }
 
 TEST_F(X11PasteboardFaultTest, atomsWithoutANameAreNoTypes)

@@ -1,4 +1,5 @@
 #include "X11PasteboardFixture.h"
+#include "XClient.h"
 
 #include <QElapsedTimer>
 
@@ -22,6 +23,21 @@ protected:
         EXPECT_TRUE(waitUntil([&] { return process->canReadLine(); }));
         EXPECT_EQ(process->readLine(), "grabbed\n");
         return process;
+    }
+
+    /// Has the server for itself for so long, by the server's clock, and does something meanwhile.
+    template <typename Action>
+    void whileGrabbed(std::chrono::milliseconds time, Action action)
+    {
+        XClient grabber(session().display());
+        grabber.grabServer();
+        grabber.sync();
+        const xcb_timestamp_t start = grabber.time();
+        action();
+        EXPECT_TRUE(
+            waitUntil([&] { return std::chrono::milliseconds(grabber.time() - start) >= time; }));
+        grabber.ungrabServer();
+        grabber.sync();
     }
 
     static void endGrab(QProcess& process)
@@ -96,6 +112,25 @@ TEST_F(X11PasteboardServerTest, deadlinesHoldWhileAnotherProgramHasItGrabbed)
     EXPECT_TRUE(await(std::move(primary)));
     EXPECT_EQ(xclip(u"UTF8_STRING"_s), "own");
     EXPECT_EQ(readText(pasteboard().changeCount()), "own");
+}
+
+TEST_F(X11PasteboardServerTest, theTimeForWhichAnotherProgramHasItGrabbedIsNotTheOwners)
+{
+    usePasteboard({.stall = std::chrono::seconds(1)});
+    const qint64 count = copied({u"--text"_s, u"text"_s, u"--behave"_s, u"*"_s, u"hold"_s});
+    // Long enough for two lists of types.
+    std::optional<QCoro::Task<std::optional<QSet<QString>>>> offered;
+    whileGrabbed(std::chrono::seconds(3), [&] { offered.emplace(pasteboard().types(count)); });
+    const auto types = await(std::move(*offered));
+    ASSERT_TRUE(types);
+    EXPECT_TRUE(types->contains(u"UTF8_STRING"_s));
+    owner().command("counts");
+    EXPECT_TRUE(owner().waitForLine("count TARGETS 1"));
+
+    auto text = pasteboard().read(count, Flavour::plainText, noLimit);
+    ASSERT_TRUE(owner().waitForLine("request UTF8_STRING"));
+    whileGrabbed(std::chrono::seconds(3), [&] { owner().command("go"); });
+    EXPECT_EQ(await(std::move(text)).value, "text");
 }
 
 TEST_F(X11PasteboardServerTest, theMiddleOfAReadMayMeetAGrab)

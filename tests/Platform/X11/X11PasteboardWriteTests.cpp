@@ -7,7 +7,17 @@ namespace tessly::test {
 
 namespace {
 
-using X11PasteboardWriteTest = X11PasteboardTest;
+class X11PasteboardWriteTest : public X11PasteboardTest
+{
+protected:
+    /// Returns once what happens is later than what has happened, by the server's clock.
+    void waitForLaterTime()
+    {
+        XClient clock(session().display());
+        const xcb_timestamp_t before = clock.time();
+        EXPECT_TRUE(waitUntil([&] { return clock.time() > before; }));
+    }
+};
 
 constexpr auto markerName = "com.brackmoor.tessly.internal-origin";
 
@@ -167,7 +177,8 @@ TEST_F(X11PasteboardWriteTest, aTransferOutlivesTheLossOfTheClipboard)
     EXPECT_EQ(slow->readLine(), "stalled\n");
     copied({u"--text"_s, u"other"_s});
     slow->write("\n");
-    ASSERT_TRUE(waitUntil([&] { return slow->state() == QProcess::NotRunning; }));
+    ASSERT_TRUE(
+        waitUntil([&] { return slow->state() == QProcess::NotRunning; }, std::chrono::seconds(30)));
     EXPECT_EQ(slow->readLine().trimmed(), readerLine("UTF8_STRING", "UTF8_STRING", 8, text));
 }
 
@@ -237,6 +248,77 @@ TEST_F(X11PasteboardWriteTest, theTakeoverNeverOverrunsANewerCopy)
     EXPECT_EQ(readText(newer), "newer");
     EXPECT_EQ(xclip(u"UTF8_STRING"_s), "newer");
     EXPECT_EQ(pasteboard().changeCount(), newer);
+}
+
+TEST_F(X11PasteboardWriteTest, theTakeoverNeverOverrunsACopyWithTheTimeOfTheOneBefore)
+{
+    const qint64 count = copied({u"--text"_s, u"older"_s});
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "older"}});
+    const qint64 newer = changed([this] { owner().command("again newer"); });
+    EXPECT_EQ(readText(newer), "newer");
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "newer");
+    EXPECT_EQ(pasteboard().changeCount(), newer);
+}
+
+TEST_F(X11PasteboardWriteTest, aCopyWithATimeFromBeforeTheOldOwnersEndSucceedsAfterTheTakeover)
+{
+    ClipboardOwner late(session(), {u"--text"_s, u"first"_s});
+    const qint64 count = copied({u"--text"_s, u"older"_s});
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "older"}});
+    late.command("remember");
+    ASSERT_TRUE(late.waitForLine("remembered"));
+    // The end is later, also by the server's clock.
+    waitForLaterTime();
+    changed([this] { owner().leave(); });
+    ASSERT_EQ(xclip(u"UTF8_STRING"_s), "older");
+    const qint64 newer = changed([&] { late.command("late newer"); });
+    EXPECT_EQ(readText(newer), "newer");
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "newer");
+}
+
+TEST_F(X11PasteboardWriteTest, theTakeoverHasTheTimeAtWhichTheOldOwnerHadCopied)
+{
+    const qint64 count = copied({u"--text"_s, u"older"_s});
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "older"}});
+    const auto time = xclip(u"TIMESTAMP"_s);
+    ASSERT_TRUE(time);
+    waitForLaterTime();
+    changed([this] { owner().leave(); });
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "older");
+    EXPECT_EQ(xclip(u"TIMESTAMP"_s), time);
+}
+
+TEST_F(X11PasteboardWriteTest, aProgramThatIsKilledLeavesItsContentToBeKept)
+{
+    const auto program =
+        session().program(u"xclip"_s, {u"-quiet"_s, u"-selection"_s, u"clipboard"_s});
+    const qint64 count = changed([&] {
+        program->start();
+        program->write("older");
+        program->closeWriteChannel();
+    });
+    ASSERT_EQ(readText(count), "older");
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "kept"}});
+    const qint64 kept = changed([&] { program->kill(); });
+    EXPECT_EQ(xclip(u"UTF8_STRING"_s), "kept");
+    EXPECT_EQ(readText(kept), "kept");
+    EXPECT_TRUE(waitUntil([&] { return program->state() == QProcess::NotRunning; }));
+}
+
+TEST_F(X11PasteboardWriteTest, anOwnerFromBeforeTheStartIsNotTakenOverFor)
+{
+    copied({u"--text"_s, u"older"_s});
+    usePasteboard({});
+    const qint64 count = pasteboard().changeCount();
+    ASSERT_EQ(readText(count), "older");
+    pasteboard().keepWhenOwnerLeaves(count, {PasteboardItem{.plainText = "older"}});
+    owner().leave();
+    XClient other(session().display());
+    ASSERT_TRUE(waitUntil(
+        [&other] { return other.ownerOf("CLIPBOARD") == xcb_window_t{XCB_WINDOW_NONE}; }));
+    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    EXPECT_EQ(other.ownerOf("CLIPBOARD"), xcb_window_t{XCB_WINDOW_NONE});
+    EXPECT_EQ(pasteboard().changeCount(), count);
 }
 
 TEST_F(X11PasteboardWriteTest, aTakeoverThatCameTooLateLetsGoOfTheBytes)

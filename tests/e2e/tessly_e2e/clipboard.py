@@ -102,6 +102,10 @@ class Offer:
     def wait_for_request(self, target):
         wait_until(lambda: target in self.requests(), f"the owner is asked for {target}")
 
+    def wait_until_served(self, target):
+        wait_until(lambda: any(line.startswith(f"served {target} ") for line in self._lines()),
+                   f"the owner has answered {target}")
+
     def has_ended(self):
         return self.process.poll() is not None
 
