@@ -31,6 +31,18 @@ waitUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::se
     return true;
 }
 
+/// Calls `done` with a task's result, if it has one, once that is there. Does not wait for it.
+template <typename Result, typename Done>
+QCoro::Task<> whenDone(QCoro::Task<Result> task, Done done)
+{
+    if constexpr (std::is_void_v<Result>) {
+        co_await task;
+        done();
+    } else {
+        done(co_await task);
+    }
+}
+
 /// The result of a task, with the event loop running meanwhile; throws what the task threw.
 // QCoro's own waitFor never returns from a task that throws.
 template <typename Result>

@@ -313,6 +313,12 @@ bool ClipboardMonitor::isWanted(const Reading& reading) const
     return m_unfinished.contains(reading.number);
 }
 
+/// Whether a newer content has come, which the monitor may not have looked at yet.
+bool ClipboardMonitor::isOvertaken(const Reading& reading) const
+{
+    return reading.changeCount != m_dependencies.pasteboard.changeCount();
+}
+
 ClipboardMonitor::Reading ClipboardMonitor::beginReading(qint64 changeCount)
 {
     m_reading = Reading{.number = ++m_readings, .changeCount = changeCount};
@@ -393,7 +399,7 @@ QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading 
         co_return;
     }
     if (!types) {
-        log(typesUnreadable);
+        log(self->isOvertaken(reading) ? overtaken : typesUnreadable);
     }
     if (!types || types->isEmpty() || isMarked(*types) || self->isAnyIgnored(applications)) {
         self->finish(reading);
@@ -478,7 +484,8 @@ ClipboardMonitor::payload(QPointer<ClipboardMonitor> self, Reading reading)
         content.loss = nothingReadable;
     }
     if (content.loss && (content.isDropped || payload.isEmpty())) {
-        log(content.loss);
+        const bool isOvertaken = content.loss == unreadable && self->isOvertaken(reading);
+        log(isOvertaken ? overtaken : content.loss);
     }
     co_return content.isDropped || payload.isEmpty() ? std::nullopt : std::optional(payload);
 }

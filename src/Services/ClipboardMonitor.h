@@ -126,6 +126,7 @@ private:
     [[nodiscard]] bool isInFront(const Source& source) const;
     [[nodiscard]] qint64 byteLimit() const;
     [[nodiscard]] bool isWanted(const Reading& reading) const;
+    [[nodiscard]] bool isOvertaken(const Reading& reading) const;
     Reading beginReading(qint64 changeCount);
     void finish(const Reading& reading);
     void finishAll();

@@ -6,6 +6,7 @@
 #include "FakeWorkspace.h"
 #include "LogCapture.h"
 #include "PasteboardItems.h"
+#include "TestSupport.h"
 #include "VirtualClock.h"
 
 #include <gmock/gmock.h>
@@ -1127,7 +1128,7 @@ TEST_F(NotifiedMonitorTest, SettlingReadsAtOnceWhatWasCopied)
     m_monitor->start();
     m_pasteboard.copyText("hello");
     bool isSettled = false;
-    m_monitor->settle(1s).then([&] { isSettled = true; });
+    whenDone(m_monitor->settle(1s), [&] { isSettled = true; });
     settle();
     EXPECT_TRUE(isSettled);
     EXPECT_THAT(texts(), ElementsAre("hello"));
@@ -1140,7 +1141,7 @@ TEST_F(NotifiedMonitorTest, SettlingWaitsForWhatIsBeingRead)
     m_pasteboard.copy({.otherImage = FakeImageConverter::image("1")});
     tick();
     std::size_t capturesThen = 0;
-    m_monitor->settle(1s).then([&] { capturesThen = m_captures.size(); });
+    whenDone(m_monitor->settle(1s), [&] { capturesThen = m_captures.size(); });
     settle();
     EXPECT_EQ(capturesThen, 0U);
     m_converter.gate().open();
@@ -1154,7 +1155,7 @@ TEST_F(NotifiedMonitorTest, SettlingDoesNotWaitForAnOwnerThatHangs)
     m_pasteboard.gate().hold();
     m_pasteboard.copyText("hello");
     bool isSettled = false;
-    m_monitor->settle(1s).then([&] { isSettled = true; });
+    whenDone(m_monitor->settle(1s), [&] { isSettled = true; });
     m_clock.advance(999ms);
     EXPECT_FALSE(isSettled);
     m_clock.advance(1ms);
@@ -1167,13 +1168,13 @@ TEST_F(NotifiedMonitorTest, SettlingDoesNotWaitForAnOwnerThatHangs)
 TEST_P(ClipboardMonitorTest, SettlingEndsAtOnceWhereNothingIsRecorded)
 {
     bool isSettled = false;
-    m_monitor->settle(1s).then([&] { isSettled = true; });
+    whenDone(m_monitor->settle(1s), [&] { isSettled = true; });
     EXPECT_TRUE(isSettled);
     m_monitor->start();
     m_monitor->togglePaused();
     m_pasteboard.copyText("hello");
     isSettled = false;
-    m_monitor->settle(1s).then([&] { isSettled = true; });
+    whenDone(m_monitor->settle(1s), [&] { isSettled = true; });
     EXPECT_TRUE(isSettled);
     EXPECT_THAT(m_pasteboard.requests(), IsEmpty());
 }
@@ -1184,7 +1185,7 @@ TEST_F(NotifiedMonitorTest, SettlingEndsWhenTheMonitorStops)
     m_pasteboard.gate().hold();
     m_pasteboard.copyText("hello");
     bool isSettled = false;
-    m_monitor->settle(1s).then([&] { isSettled = true; });
+    whenDone(m_monitor->settle(1s), [&] { isSettled = true; });
     settle();
     const LogCapture log;
     m_monitor->stop();

@@ -34,15 +34,15 @@ class PasteServiceTest : public testing::Test
 protected:
     void paste(int attempts)
     {
-        m_service->pasteWhenTargetIsReady(m_target, attempts, m_ticket).then([this](Result result) {
-            m_results.push_back(result);
-        });
+        whenDone(
+            m_service->pasteWhenTargetIsReady(m_target, attempts, m_ticket),
+            [this](Result result) { m_results.push_back(result); });
     }
 
     /// Asks for a turn; what is noted once it is there.
     void takeTurn(const QString& name)
     {
-        m_service->turn().then([this, name](const PasteService::Turn& turn) {
+        whenDone(m_service->turn(), [this, name](const PasteService::Turn& turn) {
             m_turnsTaken.append(name);
             m_turns[name] = turn;
         });
@@ -133,6 +133,7 @@ TEST_F(PasteServiceTest, ATargetInFrontIsPastedIntoAfterASettlingTime)
     EXPECT_THAT(m_keys.pastes(), ElementsAre(m_target));
     EXPECT_THAT(m_results, ElementsAre(pasted));
     EXPECT_EQ(m_target->activations(), 0);
+    m_clock.advance(300ms);
     EXPECT_EQ(m_clock.pending(), 0U);
 }
 

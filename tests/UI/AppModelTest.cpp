@@ -304,7 +304,7 @@ TEST_F(AppModelSaveTest, SettlingForGoodSavesWhatWasCopiedAndWhatHadFailed)
     bringTableBack();
     m_pasteboard.copyText("second");
     bool isSettled = false;
-    m_model->settleForGood().then([&] { isSettled = true; });
+    whenDone(m_model->settleForGood(), [&] { isSettled = true; });
     EXPECT_FALSE(isSettled);
     run();
     EXPECT_TRUE(isSettled);

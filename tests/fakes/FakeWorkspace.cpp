@@ -31,9 +31,12 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
 QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
 FakeWorkspace::inFrontDuring(Clock::Duration span)
 {
+    // Times are seconds since 1970, of which a double does not hold every nanosecond.
+    constexpr double rounding = 1e-6;
     std::vector<std::shared_ptr<RunningApplication>> applications;
     for (const Past& past : m_past) {
-        if (m_clock->now() - past.end <= std::chrono::duration<double>(span).count()) {
+        const double age = m_clock->now() - past.end;
+        if (age <= std::chrono::duration<double>(span).count() + rounding) {
             applications.push_back(past.application);
         }
     }
