@@ -15,7 +15,8 @@ class PasteboardOffer
 {
 public:
     /// Goes through the text once, to tell whether it fits STRING. Of several items with the same
-    /// flavour the first counts; files are put together into one list.
+    /// flavour the first counts; files are put together into one list, and where there is no text,
+    /// their paths are it.
     explicit PasteboardOffer(const std::vector<PasteboardItem>& items);
 
     /// Every name once, the most telling ones first.
@@ -29,6 +30,7 @@ public:
     [[nodiscard]] ReadResult<QByteArrayList> readFileURLs(qint64 byteLimit);
 
 private:
+    void addText(const QByteArray& text);
     void add(QByteArrayView name, const QByteArray& bytes);
 
     QByteArrayList m_names;
