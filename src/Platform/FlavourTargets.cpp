@@ -20,11 +20,56 @@ constexpr auto otherImageTargets = std::to_array<QByteArrayView>(
 constexpr auto fileTargets = std::to_array<QByteArrayView>(
     {"text/uri-list", "x-special/gnome-copied-files", "x-special/mate-copied-files"});
 
+constexpr QByteArrayView fileScheme = "file:";
+
 bool isAbsoluteFileURL(const QByteArray& line)
 {
-    constexpr QByteArrayView scheme = "file:/";
-    return line.size() > scheme.size() &&
-           line.first(scheme.size()).compare(scheme, Qt::CaseInsensitive) == 0;
+    return line.size() > fileScheme.size() + 1 && line[fileScheme.size()] == '/' &&
+           line.first(fileScheme.size()).compare(fileScheme, Qt::CaseInsensitive) == 0;
+}
+
+bool isHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+/// Whether RFC 3986 has this character in a path as it stands.
+bool isPathCharacter(char c)
+{
+    const bool isLetterOrDigit =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    return isLetterOrDigit || QByteArrayView("/-._~!$&'()*+,;=:@").contains(c);
+}
+
+/// A `file:` URL as RFC 3986 has it. Programs leave in the path what they find legible: Qt "[" and
+/// "]", others blanks and letters beyond ASCII.
+QByteArray mendedFileURL(const QByteArray& url)
+{
+    qsizetype pathStart = fileScheme.size();
+    if (url.indexOf("//", pathStart) == pathStart) {
+        pathStart = url.indexOf('/', pathStart + 2);
+    }
+    if (pathStart < 0) {
+        return url;
+    }
+    QByteArray mended = url.first(pathStart);
+    mended.reserve(url.size());
+    bool isFragment = false;
+    for (qsizetype index = pathStart; index < url.size(); ++index) {
+        const char c = url[index];
+        const bool isEscape = c == '%' && index + 2 < url.size() && isHexDigit(url[index + 1]) &&
+                              isHexDigit(url[index + 2]);
+        // A query or a fragment may follow. Nobody can tell it from a name with these characters,
+        // which whoever writes a URL escapes.
+        const bool isDelimiter = c == '?' || (c == '#' && !isFragment);
+        isFragment = isFragment || c == '#';
+        if (isPathCharacter(c) || isEscape || isDelimiter) {
+            mended += c;
+        } else {
+            mended += '%' + QByteArray(1, c).toHex().toUpper();
+        }
+    }
+    return mended;
 }
 
 } // namespace
@@ -97,9 +142,9 @@ QByteArrayList fileURLs(QByteArrayView target, const QByteArray& list)
             isOperation = false;
             continue;
         }
-        // What is no file, comments among it, is skipped.
-        if (isAbsoluteFileURL(line)) {
-            urls.append(line.trimmed());
+        // What is no file, comments among it, is skipped. No file has a NUL in its name.
+        if (isAbsoluteFileURL(line) && !line.contains('\0')) {
+            urls.append(mendedFileURL(line.trimmed()));
         }
     }
     return urls;

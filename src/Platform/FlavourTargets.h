@@ -32,8 +32,8 @@ namespace tessly {
 /// password manager asks for it.
 [[nodiscard]] QSet<QString> typeNames(const QByteArrayList& offered);
 
-/// The URLs of a file list, offered under this name: the absolute `file:` ones, in order, as they
-/// stand.
+/// The URLs of a file list, offered under this name: the absolute `file:` ones, in order. What
+/// RFC 3986 does not allow in a path, programs write all the same: it is percent-encoded.
 [[nodiscard]] QByteArrayList fileURLs(QByteArrayView target, const QByteArray& list);
 
 /// The URLs as the result of a read: absent if there are none, too large if they have more than

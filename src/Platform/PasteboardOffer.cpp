@@ -1,6 +1,8 @@
 #include "PasteboardOffer.h"
 
+#include "FileURL.h"
 #include "FlavourTargets.h"
+#include "MendedUTF8.h"
 #include "PasteboardText.h"
 
 using namespace Qt::StringLiterals;
@@ -20,20 +22,27 @@ first(const std::vector<PasteboardItem>& items, std::optional<QByteArray> Pasteb
     return std::nullopt;
 }
 
+/// The paths of the files, one a line.
+QByteArray pathsOf(const std::vector<PasteboardItem>& items)
+{
+    QByteArrayList paths;
+    for (const PasteboardItem& item : items) {
+        if (const auto file = item.fileURL ? FileURL::parse(*item.fileURL) : std::nullopt) {
+            // A path may hold any bytes, and readers refuse a text that is not UTF-8 as a whole.
+            paths << mendedUTF8(file->path);
+        }
+    }
+    return paths.join('\n');
+}
+
 } // namespace
 
 PasteboardOffer::PasteboardOffer(const std::vector<PasteboardItem>& items, WriteTicket ticket)
     : m_ticket(ticket)
 {
-    if (const auto text = first(items, &PasteboardItem::plainText)) {
-        const bool fitsString = fitsLatin1(*text);
-        for (const char* name : {"text/plain;charset=utf-8", "text/plain", "UTF8_STRING"}) {
-            add(name, *text);
-        }
-        if (fitsString) {
-            add("STRING", *text);
-        }
-        add("TEXT", *text);
+    const auto text = first(items, &PasteboardItem::plainText);
+    if (text) {
+        addText(*text);
     }
     if (const auto html = first(items, &PasteboardItem::html)) {
         add("text/html", *html);
@@ -60,6 +69,10 @@ PasteboardOffer::PasteboardOffer(const std::vector<PasteboardItem>& items, Write
         // File managers on GNOME paste from this one; a final line feed would be one more file.
         add("x-special/gnome-copied-files", copiedFiles);
         add("application/x-kde-cutselection", "0"_ba);
+        if (const QByteArray paths = pathsOf(items); !text && !paths.isEmpty()) {
+            // For terminals and editors. Behind the lists: who knows both takes what comes first.
+            addText(paths);
+        }
     }
 
     add(Pasteboard::markerType.toUtf8(), "1"_ba);
@@ -100,6 +113,17 @@ ReadResult<QByteArrayList> PasteboardOffer::readFileURLs(qint64 byteLimit)
         return {.status = ReadStatus::absent};
     }
     return limitedFileURLs(fileURLs(target, *list), byteLimit);
+}
+
+void PasteboardOffer::addText(const QByteArray& text)
+{
+    for (const char* name : {"text/plain;charset=utf-8", "text/plain", "UTF8_STRING"}) {
+        add(name, text);
+    }
+    if (fitsLatin1(text)) {
+        add("STRING", text);
+    }
+    add("TEXT", text);
 }
 
 void PasteboardOffer::add(QByteArrayView name, const QByteArray& bytes)

@@ -15,8 +15,8 @@ class PasteboardOffer
 {
 public:
     /// Goes through the text once, to tell whether it fits STRING. Of several items with the same
-    /// flavour the first counts; files are put together into one list.
-    /// `ticket` is that of the write, if it is one.
+    /// flavour the first counts; files are put together into one list, and where there is no text,
+    /// their paths are it. `ticket` is that of the write, if it is one.
     explicit PasteboardOffer(const std::vector<PasteboardItem>& items, WriteTicket ticket = {});
 
     [[nodiscard]] WriteTicket ticket() const { return m_ticket; }
@@ -32,6 +32,7 @@ public:
     [[nodiscard]] ReadResult<QByteArrayList> readFileURLs(qint64 byteLimit);
 
 private:
+    void addText(const QByteArray& text);
     void add(QByteArrayView name, const QByteArray& bytes);
 
     const WriteTicket m_ticket;

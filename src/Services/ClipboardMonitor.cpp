@@ -274,7 +274,7 @@ bool ClipboardMonitor::isAnyIgnored(const Applications& applications) const
 {
     const QSet<QString> ignored = m_dependencies.settings.ignoredBundleIDs();
     return std::ranges::any_of(applications, [&ignored](const auto& application) {
-        return application && isIgnored(application->names(), ignored);
+        return application && isIgnoredApplication(application->names(), ignored);
     });
 }
 

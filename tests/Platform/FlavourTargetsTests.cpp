@@ -1,5 +1,7 @@
 #include "FlavourTargets.h"
 
+#include "FileURL.h"
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -49,6 +51,67 @@ TEST(FlavourTargets, aURIListMayEndItsLinesWithLFAndItselfWithNUL)
         QByteArrayList({"file:///a", "file:///b"}));
     EXPECT_EQ(fileURLs("text/uri-list", "file:///a\r\n\0"_ba), QByteArrayList({"file:///a"}));
     EXPECT_EQ(fileURLs("text/uri-list", "file:///a\0"_ba), QByteArrayList({"file:///a"}));
+}
+
+TEST(FlavourTargets, whatIsNotAllowedInAPathIsEscaped)
+{
+    const auto url = [](const QByteArray& line) {
+        return fileURLs("text/uri-list", line + "\r\n").value(0);
+    };
+    EXPECT_EQ(url("file:///Song [live].mp3"), "file:///Song%20%5Blive%5D.mp3");
+    EXPECT_EQ(url("file:///Song%20[live].mp3"), "file:///Song%20%5Blive%5D.mp3");
+    EXPECT_EQ(url("file:///caf\xC3\xA9"), "file:///caf%C3%A9");
+    EXPECT_EQ(url("file:///caf\xE9"), "file:///caf%E9") << "a name in another encoding";
+    EXPECT_EQ(url("file:///\x01\t\x7F"), "file:///%01%09%7F");
+    EXPECT_EQ(url("file:///a\"<>\\^`{|}b"), "file:///a%22%3C%3E%5C%5E%60%7B%7C%7Db");
+    EXPECT_EQ(url("file:/a b"), "file:/a%20b");
+    EXPECT_EQ(url("FILE://host/a b"), "FILE://host/a%20b");
+    EXPECT_EQ(url("file://[::1]/[b]"), "file://[::1]/%5Bb%5D") << "a host may have brackets";
+}
+
+TEST(FlavourTargets, aPercentSignThatIsNoEscapeIsEscaped)
+{
+    const auto url = [](const QByteArray& line) {
+        return fileURLs("text/uri-list", line).value(0);
+    };
+    EXPECT_EQ(url("file:///100%"), "file:///100%25");
+    EXPECT_EQ(url("file:///100%2"), "file:///100%252");
+    EXPECT_EQ(url("file:///100%g0"), "file:///100%25g0");
+    EXPECT_EQ(url("file:///100%0g"), "file:///100%250g");
+    EXPECT_EQ(url("file:///100%%20"), "file:///100%25%20");
+    EXPECT_EQ(url("file:///%5b%5D%25"), "file:///%5b%5D%25");
+}
+
+TEST(FlavourTargets, whatIsAURLStaysAsItIs)
+{
+    for (const char* line :
+         {"file:///a-._~!$&'()*+,;=:@b/c//d/", "file:///a?query", "file:///a#fragment?more",
+          "file:///a%20b%E2%82%AC", "file://host", "file://host/", "file://user@host:80/a"}) {
+        EXPECT_EQ(fileURLs("text/uri-list", line), QByteArrayList({line})) << line;
+    }
+    EXPECT_EQ(fileURLs("text/uri-list", "file:///a#b#c"), QByteArrayList({"file:///a#b%23c"}));
+}
+
+TEST(FlavourTargets, noFileHasANULInItsName)
+{
+    EXPECT_EQ(
+        fileURLs("text/uri-list", "file:///a\0b\r\nfile:///c\r\n"_ba),
+        QByteArrayList({"file:///c"}));
+}
+
+TEST(FlavourTargets, escapedNamesAreThoseOfTheFiles)
+{
+    const QByteArrayList names = {"Song [live].mp3", "100%",  "caf\xC3\xA9 {draft}",
+                                  "a^b|c",           "50%25", "x%zz"};
+    for (const QByteArray& name : names) {
+        QByteArray written = name;
+        // What has the look of an escape is one.
+        written.replace("%25", "%2525");
+        const auto parsed =
+            FileURL::parse(fileURLs("text/uri-list", "file:///" + written).value(0));
+        ASSERT_TRUE(parsed) << name.toStdString();
+        EXPECT_EQ(parsed->lastPathComponent, name);
+    }
 }
 
 TEST(FlavourTargets, copiedFilesBeginAfterTheOperation)

@@ -68,10 +68,44 @@ TEST(PasteboardOffer, filesAreOneListForEachKindOfFileManager)
     EXPECT_EQ(
         offer.names(), QByteArrayList(
                            {"text/uri-list", "x-special/gnome-copied-files",
-                            "application/x-kde-cutselection", markerName}));
+                            "application/x-kde-cutselection", "text/plain;charset=utf-8",
+                            "text/plain", "UTF8_STRING", "STRING", "TEXT", markerName}))
+        << "file managers take what comes first";
     EXPECT_EQ(offer.bytes("text/uri-list"), "file:///a\r\nfile:///b\r\n");
     EXPECT_EQ(offer.bytes("x-special/gnome-copied-files"), "copy\nfile:///a\nfile:///b");
     EXPECT_EQ(offer.bytes("application/x-kde-cutselection"), "0");
+}
+
+TEST(PasteboardOffer, filesAreOfferedAsTextByTheirPaths)
+{
+    PasteboardOffer offer(
+        {PasteboardItem{.fileURL = "file:///tmp/b%20c.png"},
+         PasteboardItem{.fileURL = "file://host/caf%C3%A9/"},
+         PasteboardItem{.fileURL = "file:///Song%20%5Blive%5D.mp3?x#y"}});
+    const QByteArray paths = "/tmp/b c.png\n/caf\xC3\xA9\n/Song [live].mp3";
+    for (const char* name : {"text/plain;charset=utf-8", "text/plain", "UTF8_STRING", "TEXT"}) {
+        EXPECT_EQ(offer.bytes(name), paths) << name;
+    }
+    EXPECT_EQ(offer.bytes("STRING"), "/tmp/b c.png\n/caf\xE9\n/Song [live].mp3");
+    EXPECT_EQ(offer.read(Flavour::plainText, 1000).value, paths);
+    EXPECT_EQ(offer.readFileURLs(1000).value.size(), 3);
+}
+
+TEST(PasteboardOffer, pathsAreValidTextWhateverTheirBytes)
+{
+    PasteboardOffer odd({PasteboardItem{.fileURL = "file:///a%E9"}});
+    EXPECT_EQ(odd.bytes("UTF8_STRING"), "/a\xEF\xBF\xBD");
+    EXPECT_FALSE(odd.names().contains("STRING"));
+    PasteboardOffer none({PasteboardItem{.fileURL = "no URL"}});
+    EXPECT_FALSE(none.names().contains("UTF8_STRING"));
+}
+
+TEST(PasteboardOffer, textBesideFilesStandsForItself)
+{
+    PasteboardOffer offer(
+        {PasteboardItem{.fileURL = "file:///a"}, PasteboardItem{.plainText = "text"}});
+    EXPECT_EQ(offer.bytes("UTF8_STRING"), "text");
+    EXPECT_EQ(offer.names().count("UTF8_STRING"), 1);
 }
 
 TEST(PasteboardOffer, ofSeveralItemsWithOneFlavourTheFirstCounts)

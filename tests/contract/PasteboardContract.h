@@ -335,6 +335,7 @@ TEST_P(PasteboardContract, filesAreWrittenAsOneList)
     EXPECT_EQ(
         await(pasteboard().readFileURLs(count, noLimit)).value,
         QByteArrayList({"file:///a", "file:///b"}));
+    EXPECT_EQ(read(count, Flavour::plainText).value, "/a\n/b") << "for who knows no files";
 }
 
 TEST_P(PasteboardContract, writingNothingIsRefusedAndLeavesTheContent)

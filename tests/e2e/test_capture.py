@@ -79,6 +79,15 @@ class Copies(TesslyCase):
         self.assertEqual(json.loads(clip.file_urls), urls)
         self.assertEqual(clip.preview, "a.txt, b c.png")
 
+    def test_files_whose_urls_are_written_as_qt_and_others_do_are_recorded_by_their_names(self):
+        # Brackets as Qt leaves them, blanks and letters as careless programs do.
+        self.clipboard.offer({"text/uri-list": (
+            "file:///tmp/Song%20[live].mp3\r\nfile:///tmp/größe 100%.txt\r\n").encode()})
+        clip = self.history.wait_for_kind("files")
+        self.assertEqual(json.loads(clip.file_urls), [
+            "file:///tmp/Song%20%5Blive%5D.mp3", "file:///tmp/gr%C3%B6%C3%9Fe%20100%25.txt"])
+        self.assertEqual(clip.preview, "Song [live].mp3, größe 100%.txt")
+
     def test_what_stood_on_the_clipboard_at_the_start_is_not_recorded(self):
         self.tessly.stop()
         self.clipboard.copy("there before")

@@ -2,6 +2,7 @@
 
 #include "FlavourTargets.h"
 #include "MendedUTF8.h"
+#include "PasteboardOffer.h"
 
 #include <algorithm>
 #include <utility>
@@ -203,13 +204,13 @@ void FakePasteboard::own(std::vector<PasteboardItem> items)
 {
     Content content;
     content.extraTypes.insert(markerType);
+    const auto takeFirst = [](std::optional<QByteArray>& flavour,
+                              const std::optional<QByteArray>& offer) {
+        if (!flavour) {
+            flavour = offer;
+        }
+    };
     for (const PasteboardItem& item : items) {
-        const auto takeFirst = [](std::optional<QByteArray>& flavour,
-                                  const std::optional<QByteArray>& offer) {
-            if (!flavour) {
-                flavour = offer;
-            }
-        };
         takeFirst(content.plainText, item.plainText);
         takeFirst(content.rtf, item.rtf);
         takeFirst(content.html, item.html);
@@ -217,6 +218,9 @@ void FakePasteboard::own(std::vector<PasteboardItem> items)
         if (item.fileURL) {
             content.fileURLs.append(*item.fileURL);
         }
+    }
+    if (!content.fileURLs.isEmpty()) {
+        takeFirst(content.plainText, PasteboardOffer(items).bytes("UTF8_STRING"));
     }
     m_content = std::move(content);
     m_isOwn = true;

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace tessly {
 
 namespace {
 
-// Both tables: application ids and window classes in lower case.
+// In the tables: application ids and window classes, in lower case.
 
-/// Shift+Insert pastes, Ctrl+Shift+V does not.
+/// Terminals to which Ctrl+Shift+V means nothing.
 constexpr std::array<std::string_view, 20> xtermKin = {
     "aterm",        "debian-uxterm",
     "debian-xterm", "eterm",
@@ -22,6 +23,13 @@ constexpr std::array<std::string_view, 20> xtermKin = {
     "rxvt-xterm",   "urxvt",
     "uxterm",       "wterm",
     "xiterm",       "xterm",
+};
+
+/// Editors to which Ctrl+V is a command of theirs, in windows of their own. In a terminal's window
+/// it is the terminal that pastes.
+constexpr std::array<std::string_view, 7> commandEditors = {
+    // By any of these its menu entries and its windows are known.
+    "emacs", "emacsclient", "gview", "gvim", "gvimdiff", "nvim-qt", "xemacs",
 };
 
 /// Terminals that paste by Ctrl+Shift+V, for those whose desktop entry is missing or does not say
@@ -78,14 +86,28 @@ constexpr std::array<std::string_view, 48> terminals = {
 };
 
 static_assert(std::ranges::is_sorted(xtermKin));
+static_assert(std::ranges::is_sorted(commandEditors));
 static_assert(std::ranges::is_sorted(terminals));
 
-template <std::size_t count>
-bool holds(const std::array<std::string_view, count>& table, const QString& name)
+struct Family
+{
+    std::span<const std::string_view> names;
+    PasteChord chord;
+};
+
+/// What is known by name.
+constexpr std::array families = {
+    Family{xtermKin, PasteChord::shiftInsert},
+    Family{commandEditors, PasteChord::shiftInsert},
+    Family{terminals, PasteChord::controlShiftV},
+};
+
+bool holds(const Family& family, const QString& name)
 {
     const QByteArray folded = name.toLower().toUtf8();
     return std::ranges::binary_search(
-        table, std::string_view(folded.constData(), static_cast<std::size_t>(folded.size())));
+        family.names,
+        std::string_view(folded.constData(), static_cast<std::size_t>(folded.size())));
 }
 
 } // namespace
@@ -93,14 +115,13 @@ bool holds(const std::array<std::string_view, count>& table, const QString& name
 PasteChord
 pasteChord(const QString& applicationID, const QString& windowClass, bool isTerminalEmulator)
 {
-    // xterm's entry is in the terminals' category as well, so its kin come first.
-    if (holds(xtermKin, windowClass) || holds(xtermKin, applicationID)) {
-        return PasteChord::shiftInsert;
+    // Names come first: xterm's entry is in the terminals' category, too.
+    for (const Family& family : families) {
+        if (holds(family, windowClass) || holds(family, applicationID)) {
+            return family.chord;
+        }
     }
-    if (isTerminalEmulator || holds(terminals, windowClass) || holds(terminals, applicationID)) {
-        return PasteChord::controlShiftV;
-    }
-    return PasteChord::controlV;
+    return isTerminalEmulator ? PasteChord::controlShiftV : PasteChord::controlV;
 }
 
 } // namespace tessly

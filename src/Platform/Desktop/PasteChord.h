@@ -9,7 +9,8 @@ enum class PasteChord {
     controlV,
     /// Terminals, to which Ctrl+V is a character.
     controlShiftV,
-    /// xterm and its kin, which have no key for the clipboard: this one pastes PRIMARY there.
+    /// xterm and its kin, which have no key for the clipboard: this one pastes PRIMARY there. Emacs
+    /// and Vim, to which Ctrl+V is a command: the former pastes the clipboard, the latter PRIMARY.
     shiftInsert,
 };
 

@@ -38,6 +38,17 @@ TEST(PasteChordTest, xtermAndItsKinPasteByShiftInsertThoughTheyAreTerminals)
     EXPECT_EQ(pasteChord(u"debian-xterm"_s, u"MyTerm"_s, true), PasteChord::shiftInsert);
 }
 
+TEST(PasteChordTest, editorsToWhichControlVIsACommandPasteByShiftInsert)
+{
+    for (const auto& name : {u"Emacs"_s, u"Gvim"_s, u"nvim-qt"_s, u"XEmacs"_s}) {
+        EXPECT_EQ(pasteChord({}, name, false), PasteChord::shiftInsert) << name.toStdString();
+        EXPECT_EQ(pasteChord(name, {}, false), PasteChord::shiftInsert) << name.toStdString();
+    }
+    EXPECT_EQ(pasteChord(u"emacsclient"_s, u"Emacs"_s, false), PasteChord::shiftInsert);
+    EXPECT_EQ(pasteChord(u"vim"_s, u"foot"_s, true), PasteChord::controlShiftV)
+        << "in a terminal it is the terminal that pastes";
+}
+
 TEST(PasteChordTest, aNameThatOnlyContainsATerminalsNameIsNoTerminal)
 {
     EXPECT_EQ(pasteChord(u"org.example.footnotes"_s, u"xtermlike"_s, false), PasteChord::controlV);

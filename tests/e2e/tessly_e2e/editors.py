@@ -275,6 +275,51 @@ class QtEditor(_Editor):
         return {"QT_QPA_PLATFORM": {"x11": "xcb"}.get(self._backend, self._backend)}
 
 
+class _CommandEditor(_Program):
+    """An editor to which Control+V is a command of its own. It is told to write its file at each
+    change, so that no key need be pressed to see what is in it, and another once it is ready."""
+
+    def _arguments(self):
+        raise NotImplementedError
+
+    def start(self):
+        with open(self.path, "w"):
+            pass
+        self._start(self._arguments())
+        wait_until(lambda: os.path.exists(self.path + ".ready"), "the editor shows its file")
+        wait_until(self.is_in_front, "the editor is in front")
+        return self
+
+    def text(self):
+        with open(self.path) as file:
+            return file.read()
+
+    def wait_for_text(self, expected, timeout=PATIENCE):
+        wait_until(lambda: self.text().rstrip("\n") == expected,
+                   lambda: f"the editor got “{expected}”, it has “{self.text()}”", timeout)
+
+
+class Emacs(_CommandEditor):
+    def __init__(self, desktop, name="emacs.txt"):
+        super().__init__(desktop, name)
+
+    def _arguments(self):
+        return ["emacs", "-Q", self.path, "--eval", """(progn
+            (add-hook 'after-change-functions
+                (lambda (&rest _) (write-region nil nil buffer-file-name nil 'quiet)) nil t)
+            (write-region "" nil (concat buffer-file-name ".ready") nil 'quiet))"""]
+
+
+class GVim(_CommandEditor):
+    def __init__(self, desktop, name="gvim.txt"):
+        super().__init__(desktop, name)
+
+    def _arguments(self):
+        return ["gvim", "-f", "-n", "-i", "NONE",
+                "-c", "autocmd TextChanged,TextChangedI * silent write",
+                "-c", "call writefile([], expand('%') . '.ready')", self.path]
+
+
 class SeenEditor(_Program):
     """A GTK editor seen through assistive technology, where no other way tells what is in front.
     Its desktop has to have `accessibility`."""
