@@ -2,32 +2,17 @@
 that records, and `make`, which starts what is pasted into."""
 
 import signal
-import time
 
 from tessly_e2e import procfs, wait_until
 from tessly_e2e.bus_calls import BusCalls
 from tessly_e2e.commands import DONE, Expecting
+from tessly_e2e.hand import pace, pause
 from tessly_e2e.waiting import holds_for, settled
 
-# How long a hand takes from one key to the next.
-BETWEEN_KEYS = 0.35
 # How long a program may take to fetch what is pasted into it.
 LAZINESS = 0.15
 # All that was in front this long ago counts for a copy, in seconds, and a little.
 REMEMBERED = 0.5
-
-
-def pause(seconds):
-    """What a hand does between two actions."""
-    time.sleep(seconds)
-
-
-def pace(seconds, count):
-    """The numbers up to `count`, one every so many seconds, as near as the machine gets to it."""
-    start = time.monotonic()
-    for number in range(count):
-        time.sleep(max(0.0, start + number * seconds - time.monotonic()))
-        yield number
 
 
 class PasteOrder(Expecting):

@@ -3,11 +3,11 @@
 import unittest
 
 import shared_tests
-from shared_tests import BETWEEN_KEYS, pace, pause
 from tessly_e2e import wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.commands import FAILED
 from tessly_e2e.editors import GtkEditor, Terminal
+from tessly_e2e.hand import BETWEEN_KEYS, pace, pause
 from tessly_e2e.waiting import holds_for
 
 

@@ -3,10 +3,10 @@
 import unittest
 
 import shared_tests
-from shared_tests import pause
 from tessly_e2e import wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.editors import Terminal
+from tessly_e2e.hand import pause
 from tessly_e2e.waiting import holds_for
 
 # How long after its window is there an application gives it the names that it keeps.

@@ -6,10 +6,10 @@ import random
 import signal
 import time
 
-from shared_tests import BETWEEN_KEYS, pause
 from tessly_e2e import png, procfs, wait_until
 from tessly_e2e.commands import DONE, FAILED, Expecting
 from tessly_e2e.editors import GtkEditor, QtEditor
+from tessly_e2e.hand import BETWEEN_KEYS, pause
 from tessly_e2e.tessly import MARKER
 from tessly_e2e.wayland_case import Heartbeat
 from tessly_e2e.waiting import holds_for

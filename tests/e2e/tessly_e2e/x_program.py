@@ -106,6 +106,9 @@ class XProgram:
     def content_requests(self):
         return [name for name in self.requests() if name != "TARGETS"]
 
+    def forget_requests(self):
+        self._serving.do(self._requests.clear)
+
     # The window
 
     def show(self, class_name, instance="window"):
