@@ -253,3 +253,34 @@ class IgnoredInFront:
         clip = self.history.wait_for_text("no secret")
         self.assertEqual((clip.source_app_name, clip.source_bundle_id),
                          (self.front.source_name, self.front.source_id))
+
+
+class Renaming:
+    """An application that gives its window other names once it is there."""
+
+    # How long after its window is there an application gives it the names that it keeps.
+    UNTIL_RENAMED = 0.1
+
+    def setUp(self):
+        super().setUp()
+        self.program = self.enterContext(self.desktop.program())
+        self.program.show("Starter")
+        wait_until(self.program.is_in_front, "the window is in front")
+        pause(self.UNTIL_RENAMED)
+        self.program.rename("Real")
+
+
+class Renamed(Renaming):
+    def test_a_copy_is_credited_to_the_name_that_the_window_has_now(self):
+        self.program.copy("from a renamed window")
+        clip = self.history.wait_for_text("from a renamed window")
+        self.assertEqual((clip.source_app_name, clip.source_bundle_id), ("Real", "Real"))
+
+
+class RenamedAndIgnored(Renaming):
+    settings = {"ignoredBundleIDs": "real"}
+
+    def test_its_copies_are_neither_read_nor_recorded(self):
+        self.program.copy("secret")
+        self.assertTrue(holds_for(1, lambda: self.program.content_requests() == []))
+        self.assertEqual(self.recorded_texts(), [])

@@ -3,6 +3,7 @@
 import unittest
 
 import shared_tests
+import wayland_tests
 from tessly_e2e.editors import QtTerminal
 from tessly_e2e.kwin import KWin
 from tessly_e2e.wayland_case import WaylandCase
@@ -29,6 +30,19 @@ class IgnoredInFront(shared_tests.IgnoredInFront, WaylandCase):
     desktop_class = KWin
     accessible = True
     make = QtTerminal
+
+
+# sway does not tell that a window has another name now.
+class Renamed(shared_tests.Renamed, WaylandCase):
+    desktop_class = KWin
+
+
+class RenamedAndIgnored(shared_tests.RenamedAndIgnored, WaylandCase):
+    desktop_class = KWin
+
+
+class Leaving(wayland_tests.Leaving, WaylandCase):
+    desktop_class = KWin
 
 
 if __name__ == "__main__":

@@ -6,11 +6,7 @@ import shared_tests
 from tessly_e2e import wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.editors import Terminal
-from tessly_e2e.hand import pause
 from tessly_e2e.waiting import holds_for
-
-# How long after its window is there an application gives it the names that it keeps.
-UNTIL_RENAMED = 0.1
 
 
 class IgnoredInFront(shared_tests.IgnoredInFront, TesslyCase):
@@ -26,29 +22,13 @@ class SourceCase(TesslyCase):
         self.program.show(class_name, instance)
         wait_until(self.program.is_in_front, "the window is in front")
 
-    def show_and_rename(self):
-        self.show("Starter")
-        pause(UNTIL_RENAMED)
-        self.program.rename("Real")
+
+class Renamed(shared_tests.Renamed, TesslyCase):
+    pass
 
 
-class Renamed(SourceCase):
-    def test_a_copy_is_credited_to_the_name_that_the_window_has_now(self):
-        self.show_and_rename()
-        self.program.copy("from a renamed window")
-        clip = self.history.wait_for_text("from a renamed window")
-        self.assertEqual((clip.source_app_name, clip.source_bundle_id), ("Real", "Real"))
-
-
-class RenamedAndIgnored(SourceCase):
-    settings = {"ignoredBundleIDs": "real"}
-
-    def test_its_copies_are_neither_read_nor_recorded(self):
-        self.show_and_rename()
-        self.program.copy("secret")
-        wait_until(self.program.requests, "the names of what is offered are read")
-        self.assertTrue(holds_for(1, lambda: self.program.content_requests() == []))
-        self.assertEqual(self.recorded_texts(), [])
+class RenamedAndIgnored(shared_tests.RenamedAndIgnored, TesslyCase):
+    pass
 
 
 class Named(SourceCase):

@@ -3,6 +3,7 @@
 import unittest
 
 import shared_tests
+import wayland_tests
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
 from tessly_e2e.wayland_case import WaylandCase
@@ -25,6 +26,10 @@ class PendingCopies(shared_tests.PendingCopies, WaylandCase):
 class IgnoredInFront(shared_tests.IgnoredInFront, WaylandCase):
     desktop_class = Sway
     make = WaylandTerminal
+
+
+class Leaving(wayland_tests.Leaving, WaylandCase):
+    desktop_class = Sway
 
 
 if __name__ == "__main__":

@@ -328,6 +328,30 @@ class Overtaken:
                           if clip.plain_text != "a password"], ["newer entry", "older entry"])
 
 
+class Leaving:
+    """A copy that is made while the owner before it leaves is the newer one."""
+
+    def test_in_the_step_that_withdraws_the_old_one(self):
+        program = self.enterContext(self.desktop.program())
+        for number in range(6):
+            program.copy(f"offered first {number}")
+            self.history.wait_for_text(f"offered first {number}")
+            program.offer_anew({TEXT: b"offered next %d" % number})
+            self.history.wait_for_text(f"offered next {number}", 3)
+            self.assertTrue(program.owns_clipboard(), number)
+            self.assertEqual(self.clipboard.read(), b"offered next %d" % number)
+
+    def test_by_a_program_that_starts_as_the_other_is_killed(self):
+        for number in range(20):
+            process = self.clipboard.copy(f"the old one {number}")
+            self.history.wait_for_text(f"the old one {number}")
+            with open(self.clipboard.file(b"the new one %d" % number), "rb") as file:
+                process.kill()
+                self.desktop.start(["wl-copy", "--foreground"], stdin=file)
+            self.history.wait_for_text(f"the new one {number}", 3)
+            self.assertEqual(self.clipboard.read(), b"the new one %d" % number)
+
+
 class Hostile:
     """Owners of the clipboard that hang, flood or vanish. `show` and `hide` are of the module."""
 

@@ -56,6 +56,14 @@ class WaylandProgram:
             self._connection.roundtrip()
         self._serving.do(claim_all)
 
+    def offer_anew(self, flavours):
+        """In one step: what it offered is withdrawn, and this offered."""
+        def move():
+            self._source.destroy()
+            self._cancelled_sources.add(self._source)
+            self._claim(flavours)
+        self._serving.do(move)
+
     def copy_when_offered(self, type, text):
         """Copies as soon as another program offers this type."""
         self._serving.do(lambda: setattr(self, "_waits_for", (type, {self.TEXT: text.encode()})))
@@ -79,10 +87,14 @@ class WaylandProgram:
         """Shows a window of this application, which gets the keys."""
         self._window = Connection(self._desktop.socket)
         self._app_id = app_id
-        PlainWindow(self._window, app_id)
+        self._plain = PlainWindow(self._window, app_id)
 
     def is_in_front(self):
         return any(window.is_active for window in self._desktop.windows.visible(app_id=self._app_id))
+
+    def rename(self, app_id):
+        """Gives the window another application."""
+        self._plain.set_app_id(app_id)
 
     def hide(self):
         if self._window is not None:
