@@ -7,8 +7,10 @@ import signal
 import time
 
 from tessly_e2e import png, procfs, wait_until
-from tessly_e2e.commands import Expecting
+from tessly_e2e.commands import DONE, FAILED, Expecting
 from tessly_e2e.editors import GtkEditor, QtEditor
+from tessly_e2e.hand import BETWEEN_KEYS, pause
+from tessly_e2e.tessly import MARKER
 from tessly_e2e.wayland_case import Heartbeat
 from tessly_e2e.waiting import holds_for
 
@@ -288,6 +290,66 @@ class Into:
         self.tessly.command("paste", "2")
         program.wait_for_text("older entry")
         self.assertTrue(program.is_in_front())
+
+
+class HeldKeys:
+    """What a compositor's own key bindings start."""
+
+    def test_commands_started_while_modifiers_stay_down(self):
+        program = self.start_program()
+        commands = []
+        with self.keyboard.held("Alt", "Shift"):
+            for position in (2, 3, 4):
+                commands.append(
+                    self.desktop.start([self.tessly.program, "paste", str(position)]))
+                pause(BETWEEN_KEYS)
+        self.assertEqual([command.wait() for command in commands], [DONE] * 3)
+        self.expect_in(program, "two;", "three;", "four;")
+
+
+class Overtaken:
+    """Another program copies between the moment at which an entry is put on the clipboard and the
+    one at which the keys are pressed."""
+
+    settings = {"moveUsedItemsToTop": True}
+
+    def test_nothing_is_pasted_and_the_command_fails(self):
+        self.record("older entry")
+        self.record("newer entry")
+        terminal = self.make(self.desktop).start()
+        other = self.enterContext(self.desktop.program())
+        other.copy_when_offered(MARKER, "a password")
+        answer = self.tessly.command("paste", "2", check=False)
+        self.assertTrue(holds_for(1, lambda: terminal.text() == ""), terminal.text())
+        self.assertEqual(answer.returncode, FAILED)
+        self.assertEqual(len(answer.stderr.splitlines()), 1)
+        self.assertEqual(self.clipboard.read(), b"a password")
+        self.assertEqual([clip.plain_text for clip in self.history.clips()
+                          if clip.plain_text != "a password"], ["newer entry", "older entry"])
+
+
+class Leaving:
+    """A copy that is made while the owner before it leaves is the newer one."""
+
+    def test_in_the_step_that_withdraws_the_old_one(self):
+        program = self.enterContext(self.desktop.program())
+        for number in range(6):
+            program.copy(f"offered first {number}")
+            self.history.wait_for_text(f"offered first {number}")
+            program.offer_anew({TEXT: b"offered next %d" % number})
+            self.history.wait_for_text(f"offered next {number}", 3)
+            self.assertTrue(program.owns_clipboard(), number)
+            self.assertEqual(self.clipboard.read(), b"offered next %d" % number)
+
+    def test_by_a_program_that_starts_as_the_other_is_killed(self):
+        for number in range(20):
+            process = self.clipboard.copy(f"the old one {number}")
+            self.history.wait_for_text(f"the old one {number}")
+            with open(self.clipboard.file(b"the new one %d" % number), "rb") as file:
+                process.kill()
+                self.desktop.start(["wl-copy", "--foreground"], stdin=file)
+            self.history.wait_for_text(f"the new one {number}", 3)
+            self.assertEqual(self.clipboard.read(), b"the new one %d" % number)
 
 
 class Hostile:

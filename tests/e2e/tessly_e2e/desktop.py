@@ -11,6 +11,7 @@ from .screen import Screen
 from .session import Session
 from .waiting import Timeout, wait_until
 from .windows import Windows
+from .x_program import XProgram
 
 
 class Desktop(Session):
@@ -62,6 +63,10 @@ class Desktop(Session):
 
     def is_alive(self):
         return self.server.poll() is None
+
+    def program(self):
+        """A program that copies and shows a window the moment it is told to; for a `with`."""
+        return XProgram(self)
 
     def keyboard_state(self):
         """The keyboard's layout, its keys' symbols and the layout in use, to compare."""

@@ -34,6 +34,18 @@ class History:
             raise
         return [Clip(*row) for row in rows]
 
+    def contains(self, text):
+        """Whether there is an entry of this plain text, however many others there are."""
+        return self._number("SELECT EXISTS (SELECT 1 FROM clips WHERE plain_text = ?)", text) == 1
+
+    def count(self):
+        return self._number("SELECT count(*) FROM clips")
+
+    def _number(self, query, *values):
+        with closing(sqlite3.connect(f"file:{self.path}?mode=ro", uri=True,
+                                     timeout=5)) as connection:
+            return connection.execute(query, values).fetchone()[0]
+
     def find(self, text):
         """The entry with this plain text, or None."""
         return next((clip for clip in self.clips() if clip.plain_text == text), None)

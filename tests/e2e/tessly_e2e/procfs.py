@@ -40,6 +40,16 @@ def wakeups(pid):
                for text in _threads(pid, "status"))
 
 
+def switches(pid):
+    """How often each thread was switched away from, for whatever reason, by its number and name."""
+    found = {}
+    for text in _threads(pid, "status"):
+        fields = dict(line.split(":", 1) for line in text.splitlines())
+        found[fields["Pid"].strip(), fields["Name"].strip()] = (
+            int(fields["voluntary_ctxt_switches"]) + int(fields["nonvoluntary_ctxt_switches"]))
+    return found
+
+
 def activity(pid, seconds):
     """CPU share and wake-ups over a stretch of time, during which nothing else is done."""
     cpu, woken, start = cpu_seconds(pid), wakeups(pid), time.monotonic()

@@ -123,14 +123,14 @@ class Tessly:
             wait_until(lambda: self.desktop.bus_name_exists(BUS_NAME), "tessly is on the bus")
         return self
 
-    def launch(self, *, umask=-1):
+    def launch(self, *, umask=-1, before=None):
         """Starts the program and returns at once. Later starts find the settings as they were
-        left."""
+        left. `before` is called in the new process before it becomes the program."""
         if self.process is None:
             self.write_settings()
         self.started = time.monotonic()
         self.process = self.desktop.start([self.program], environment=self.environment,
-                                          name="tessly", umask=umask)
+                                          name="tessly", umask=umask, before=before)
 
     def stop(self):
         """Quits the program and expects it to end in order."""
@@ -151,6 +151,10 @@ class Tessly:
 
     def log(self):
         return read_log(self.process)
+
+    def remarks(self):
+        """The lines that it logged by itself."""
+        return [line for line in self.log().splitlines() if not line.startswith("trace: ")]
 
     def traces(self, name):
         """The marks of this name so far."""

@@ -275,6 +275,10 @@ class PlainWindow:
         connection.roundtrip()
         os.close(descriptor)
 
+    def set_app_id(self, app_id):
+        self._toplevel.set_app_id(app_id)
+        self._connection.roundtrip()
+
     def set_title(self, title):
         self._toplevel.set_title(title)
         self._connection.roundtrip()

@@ -11,6 +11,7 @@ from .processes import read_log
 from .session import Session
 from .waiting import wait_until
 from .wayland import Connection
+from .wayland_program import WaylandProgram
 from .windows import Windows
 
 # A window as the compositor tells it. Its place is that of its content, without the frame.
@@ -146,6 +147,10 @@ class WaylandSession(Session):
                 os.unlink(path)
             except FileNotFoundError:
                 pass
+
+    def program(self):
+        """A program that copies and shows a window the moment it is told to; for a `with`."""
+        return WaylandProgram(self)
 
     def clipboard_changes(self):
         """How often there was something new on the clipboard."""
