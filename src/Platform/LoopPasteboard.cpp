@@ -3,46 +3,17 @@
 #include "LoopAnswer.h"
 
 #include <QCoroFuture>
-#include <QObject>
 
 #include <utility>
 
 namespace tessly {
 
 LoopPasteboard::LoopPasteboard()
-    : m_mainThread(std::make_unique<QObject>())
 {
-    m_state.changed = [this] { postChanged(); };
+    m_state.changed = m_changed.request();
 }
 
 LoopPasteboard::~LoopPasteboard() = default;
-
-void LoopPasteboard::setConnectionLost(std::function<void()> callback)
-{
-    m_connectionLost = std::move(callback);
-}
-
-void LoopPasteboard::setChanged(std::function<void()> changed)
-{
-    m_changed = std::move(changed);
-}
-
-void LoopPasteboard::postChanged()
-{
-    if (m_isChangePosted.exchange(true)) {
-        return;
-    }
-    QMetaObject::invokeMethod(
-        m_mainThread.get(),
-        [this] {
-            // First: a change from now on is told of by another job.
-            m_isChangePosted = false;
-            if (const auto changed = m_changed) {
-                changed();
-            }
-        },
-        Qt::QueuedConnection);
-}
 
 void LoopPasteboard::start(LoopClipboard& clipboard, Post post)
 {
@@ -54,14 +25,7 @@ void LoopPasteboard::lost()
 {
     m_state.isWritable = false;
     m_clipboard->connectionLost();
-    QMetaObject::invokeMethod(
-        m_mainThread.get(),
-        [this] {
-            if (const auto callback = m_connectionLost) {
-                callback();
-            }
-        },
-        Qt::QueuedConnection);
+    m_connectionLost.request()();
 }
 
 template <typename Value, typename Ask>

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "LoopClipboard.h"
+#include "MainThreadCall.h"
 #include "Pasteboard.h"
 
-#include <atomic>
 #include <functional>
-#include <memory>
-
-class QObject;
+#include <utility>
 
 namespace tessly {
 
@@ -21,12 +19,18 @@ public:
 
     /// Called once, on the main thread, when the desktop has gone away: what is read from then on
     /// is unreadable, what is written is refused.
-    void setConnectionLost(std::function<void()> callback);
+    void setConnectionLost(std::function<void()> callback)
+    {
+        m_connectionLost.setCallback(std::move(callback));
+    }
 
     [[nodiscard]] qint64 changeCount() const final { return m_state.changeCount(); }
     [[nodiscard]] Clock::Duration contentAge() const final { return m_state.contentAge(); }
     [[nodiscard]] bool notifiesOfChanges() const final { return true; }
-    void setChanged(std::function<void()> changed) final;
+    void setChanged(std::function<void()> changed) final
+    {
+        m_changed.setCallback(std::move(changed));
+    }
     [[nodiscard]] QCoro::Task<> catchUp() final;
     [[nodiscard]] PasteboardAccess access() const final { return PasteboardAccess::available; }
     [[nodiscard]] QCoro::Task<std::optional<QSet<QString>>> types(qint64 changeCount) final;
@@ -72,16 +76,10 @@ private:
     template <typename Value, typename Ask>
     [[nodiscard]] QCoro::Task<Value> ask(Value fallback, Ask ask);
 
-    /// Any thread. Several calls in a row lead to one job.
-    void postChanged();
-
     LoopClipboard::State m_state;
-    std::atomic<bool> m_isChangePosted = false;
-    std::function<void()> m_changed;
-    std::function<void()> m_connectionLost;
+    MainThreadCall m_changed;
+    MainThreadCall m_connectionLost;
     quint64 m_lastTicket = 0;
-    /// Lives on the main thread; what is posted to it is dropped when it goes.
-    std::unique_ptr<QObject> m_mainThread;
     LoopClipboard* m_clipboard = nullptr;
     Loop m_loop;
 };
