@@ -39,6 +39,13 @@ protected:
             [this](Result result) { m_results.push_back(result); });
     }
 
+    /// What still waits refers to the test.
+    void TearDown() override
+    {
+        m_service.reset();
+        m_clock.advance(1s);
+    }
+
     /// Asks for a turn; what is noted once it is there.
     void takeTurn(const QString& name)
     {

@@ -316,7 +316,7 @@ TEST_F(X11PasteboardWriteTest, anOwnerFromBeforeTheStartIsNotTakenOverFor)
     XClient other(session().display());
     ASSERT_TRUE(waitUntil(
         [&other] { return other.ownerOf("CLIPBOARD") == xcb_window_t{XCB_WINDOW_NONE}; }));
-    EXPECT_FALSE(await(pasteboard().hasWritten()));
+    EXPECT_FALSE(await(pasteboard().holds(m_ticket)));
     EXPECT_EQ(other.ownerOf("CLIPBOARD"), xcb_window_t{XCB_WINDOW_NONE});
     EXPECT_EQ(pasteboard().changeCount(), count);
 }
