@@ -41,6 +41,7 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
     , m_connection(openToRead(m_path, access))
 {
     m_connection.setBusyTimeout(busyTimeout);
+    execute(schema::connectionSettings);
     validateIntegrity();
     m_ftsAvailable = hasUsableFullText();
 }
@@ -51,6 +52,7 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     , m_connection(open(m_path))
 {
     m_connection.setBusyTimeout(busyTimeout);
+    execute(schema::connectionSettings);
     // A file that is not ours to protect is still ours to use.
     for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
         makeFilePrivate(m_path + companion);

@@ -2,6 +2,8 @@
 
 namespace tessly::schema {
 
+const char* const connectionSettings = "PRAGMA temp_store = MEMORY;";
+
 const char* const newFile = "PRAGMA auto_vacuum = INCREMENTAL;";
 
 // Deleted content is overwritten (secure_delete), and its pages go back to the file system.

@@ -4,6 +4,10 @@
 
 namespace tessly::schema {
 
+/// For every connection, before it reads anything: what SQLite needs room for on the side (undoing
+/// a statement, sorting) is clipboard content, and would go to a file in /var/tmp.
+extern const char* const connectionSettings;
+
 /// For a new, empty file, before anything else: the write-ahead log fixes the file's format, after
 /// which the setting of the same name in `settingsAndTables` comes too late.
 extern const char* const newFile;
