@@ -1,5 +1,6 @@
 #include "ClipDatabase.h"
 
+#include "ClipDates.h"
 #include "ClipDecoder.h"
 #include "SQLiteResidue.h"
 
@@ -59,6 +60,8 @@ Clip ClipDatabase::saveInCurrentTransaction(
 {
     const double now = m_now();
     const QByteArray hash = payload.contentHash();
+    // Before the trimming, which would take the new clip for the oldest.
+    dateClipsBefore(now, m_connection);
 
     if (std::optional<Clip> known = clipWithHash(hash)) {
         prepare(R"sql(UPDATE clips
@@ -158,7 +161,10 @@ void ClipDatabase::markUsed(QUuid id, bool moveToTop)
         return;
     }
     requireFile();
-    prepare(R"sql(UPDATE clips
+    inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+        const double now = m_now();
+        dateClipsBefore(now, m_connection);
+        prepare(R"sql(UPDATE clips
 SET last_used_at = ?,
     pin_order = CASE
         WHEN is_pinned = 1 THEN (
@@ -169,9 +175,11 @@ SET last_used_at = ?,
         ELSE pin_order
     END
 WHERE id = ?;)sql")
-        .real(1, m_now())
-        .text(2, storedID(id))
-        .run(writeFailure);
+            .real(1, now)
+            .text(2, storedID(id))
+            .run(writeFailure);
+        return true;
+    });
 }
 
 void ClipDatabase::remove(QUuid id)
