@@ -51,9 +51,11 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
-    void scrub();
+    ClipStore::Upkeep scrub();
 
 private:
+    using Upkeep = ClipStore::Upkeep;
+
     // Another process holds a lock for a moment only; nobody else writes as a rule.
     static constexpr std::chrono::milliseconds busyTimeout{3000};
 
@@ -79,6 +81,10 @@ private:
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
 
     void requireFile() const;
+
+    // Upkeep.
+    void tidyUp();
+    [[nodiscard]] Upkeep wipe();
     [[nodiscard]] bool emptyLog();
 
     void execute(const char* sql);

@@ -2,13 +2,10 @@
 
 #include "ClipDates.h"
 #include "ClipDecoder.h"
-#include "SQLiteResidue.h"
 
 #include <QFileInfo>
-#include <QScopeGuard>
 
 #include <algorithm>
-#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -17,9 +14,6 @@ namespace tessly {
 namespace {
 
 const char* const writeFailure = "Could not update clipboard history";
-
-// Another process that lists the history is done sooner.
-constexpr std::chrono::milliseconds readerTimeout(200);
 
 // Fewer would not fill the panel.
 constexpr qint64 smallestHistory = 10;
@@ -187,8 +181,7 @@ void ClipDatabase::remove(QUuid id)
     requireFile();
     m_hasResidue = true;
     prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
-    execute("PRAGMA incremental_vacuum(32);");
-    scrub();
+    tidyUp();
 }
 
 void ClipDatabase::clear(bool includePinned)
@@ -196,39 +189,7 @@ void ClipDatabase::clear(bool includePinned)
     requireFile();
     m_hasResidue = true;
     execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
-    execute("PRAGMA incremental_vacuum(32);");
-    scrub();
-}
-
-void ClipDatabase::scrub()
-{
-    if (!m_hasResidue) {
-        return;
-    }
-    // A word of a deleted clip stays in the index until its part of the index is merged with the
-    // note that it is deleted.
-    if (m_ftsAvailable) {
-        execute("INSERT INTO clips_fts(clips_fts) VALUES ('optimize');");
-    }
-    // A deleted row's pages stay in the log as they were written once, and in the file until the
-    // log is copied back.
-    if (!emptyLog()) {
-        return;
-    }
-    try {
-        m_hasResidue = !eraseResidue(m_connection);
-    } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
-    }
-}
-
-bool ClipDatabase::emptyLog()
-{
-    // Who reads for long is not waited for: the log can be emptied another time.
-    m_connection.setBusyTimeout(readerTimeout);
-    const auto restore = qScopeGuard([this] { m_connection.setBusyTimeout(busyTimeout); });
-    ClipStatement checkpoint = prepare("PRAGMA wal_checkpoint(TRUNCATE);");
-    return checkpoint.next(writeFailure) && checkpoint.row().integer(0) == 0;
+    tidyUp();
 }
 
 ClipStore::Statistics ClipDatabase::statistics()

@@ -78,9 +78,9 @@ QCoro::Task<void> ClipStore::trimHistory(qint64 maximum)
     return m_actor.run([&database = *m_database, maximum] { database.trimHistory(maximum); });
 }
 
-QCoro::Task<void> ClipStore::scrub()
+QCoro::Task<ClipStore::Upkeep> ClipStore::scrub()
 {
-    return m_actor.run([&database = *m_database] { database.scrub(); });
+    return m_actor.run([&database = *m_database] { return database.scrub(); });
 }
 
 QCoro::Task<ClipStore::Statistics> ClipStore::statistics()

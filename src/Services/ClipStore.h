@@ -74,17 +74,26 @@ public:
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
     [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
     [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
-    /// When it returns, no byte of the content is left in the database's files.
+    /// When it returns, no byte of the content is left in the database's files; where wiping them
+    /// failed, or another process reads just then, the log says so, and `scrub` is to do it.
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);
-    /// When it returns, no byte of the contents is left in the database's files.
+    /// As `remove`.
     [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
     [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
 
-    /// Wipes from the database's files what saves and `trimHistory` have dropped from the history.
-    /// Rewrites the full-text index, which is too much for every save: call it a few seconds after
-    /// the last save or trim, and a while after the start. Does nothing where nothing was dropped.
-    /// If another process is reading just then, the wiping waits for the next call.
-    [[nodiscard]] QCoro::Task<void> scrub();
+    /// Where the upkeep of the files stands.
+    enum class Upkeep {
+        /// Nothing is left to do.
+        done,
+        /// Another process was reading the files, which is over as a rule when it is asked for
+        /// again.
+        hindered,
+    };
+    /// Wipes from the database's files what saves and `trimHistory` have dropped from the history,
+    /// and what `remove` and `clear` could not. Rewrites the full-text index, which is too much for
+    /// every save: call it a few seconds after the last write, and a while after the start. Does
+    /// nothing where nothing was dropped. What failed is tried again by the next call.
+    [[nodiscard]] QCoro::Task<Upkeep> scrub();
     [[nodiscard]] QCoro::Task<Statistics> statistics();
 
 private:

@@ -1,5 +1,6 @@
 #include "AppModelFixture.h"
 #include "LogCapture.h"
+#include "SQLiteConnection.h"
 
 #include <gmock/gmock.h>
 
@@ -11,8 +12,10 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 namespace tessly::test {
@@ -315,6 +318,45 @@ TEST_F(AppModelScrubTest, WipingThatFailsIsLoggedAndShowsNoBanner)
     pass(5s);
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.AppModel"_s), SizeIs(1));
     EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelScrubTest, WhatADeletionCouldNotWipeIsWipedLater)
+{
+    reload();
+    const LogCapture log;
+    {
+        SQLiteConnection reader(m_databasePath);
+        reader.execute("BEGIN; SELECT count(*) FROM clips");
+        m_model->deleteClip(m_model->clips().back());
+        run();
+        EXPECT_THAT(texts(), Not(Contains("text 0")));
+        pass(5s);
+        EXPECT_TRUE(isOnDisk("text 0")) << "the other program reads it still";
+    }
+    pass(59s);
+    EXPECT_TRUE(isOnDisk("text 0"));
+    pass(1s);
+    EXPECT_FALSE(isOnDisk("text 0"));
+    m_clock.advance(24h);
+    EXPECT_EQ(m_executor->pending(), 0U) << "nothing is left to do";
+}
+
+TEST_F(AppModelScrubTest, WipingThatKeepsFailingIsTriedEverLessOften)
+{
+    executeSQL("DROP TABLE clips_fts");
+    copy("new");
+    run();
+    m_model->clearHistory(true);
+    const LogCapture log;
+    run();
+    pass(5s);
+    for (const auto delay : {1min, 2min, 4min, 8min, 16min, 32min, 60min, 60min}) {
+        m_clock.advance(delay - 1ms);
+        EXPECT_EQ(m_executor->pending(), 0U);
+        m_clock.advance(1ms);
+        EXPECT_EQ(m_executor->pending(), 1U);
+        run();
+    }
 }
 
 TEST_F(AppModelTest, AccessIssuesBecomeBanners)
