@@ -4,7 +4,8 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
-#include <algorithm>
+#include <sqlite3.h>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -21,7 +22,7 @@ SQLiteConnection open(const QString& path)
     try {
         return SQLiteConnection(path);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
     }
 }
 
@@ -30,7 +31,7 @@ SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access
     try {
         return SQLiteConnection(path, access);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
     }
 }
 
@@ -38,18 +39,26 @@ SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access
 
 ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
     : m_path(std::move(path))
+    , m_isReadOnly(true)
     , m_connection(openToRead(m_path, access))
+    , m_index(m_connection)
 {
     m_connection.setBusyTimeout(busyTimeout);
     execute(schema::connectionSettings);
-    validateIntegrity();
-    m_ftsAvailable = hasUsableFullText();
+    const std::optional<QString> problem = integrityProblem();
+    if (problem && !m_index.areClipsSound()) {
+        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
+    }
+    if (!problem) {
+        m_index.attachToRead();
+    }
 }
 
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     : m_path(std::move(path))
     , m_now(std::move(now))
     , m_connection(open(m_path))
+    , m_index(m_connection)
 {
     m_connection.setBusyTimeout(busyTimeout);
     execute(schema::connectionSettings);
@@ -59,7 +68,7 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     }
     validateIntegrity();
     prepareTables();
-    m_ftsAvailable = prepareFullText();
+    m_index.attach();
     try {
         execute("PRAGMA optimize;");
     } catch (const ClipStoreError&) {
@@ -69,26 +78,50 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
 
 void ClipDatabase::validateIntegrity()
 {
+    const std::optional<QString> problem = integrityProblem();
+    if (!problem) {
+        return;
+    }
+    // What is wrong with the index alone is no reason to set the clips aside.
+    if (m_index.areClipsSound() && hasHistory()) {
+        m_index.remake(*problem, ClipIndex::Dropping::compacts);
+        if (!integrityProblem()) {
+            return;
+        }
+    }
+    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
+}
+
+std::optional<QString> ClipDatabase::integrityProblem()
+{
     // A damaged history is set aside. One that another process has locked, or that cannot be read
     // for want of room or rights, is not damaged: it stays where it is.
-    const auto failure = [this](const QString& message) {
-        return ClipStoreError(
-            m_connection.isHindered() ? ClipStoreError::Case::openDatabase
-                                      : ClipStoreError::Case::corruptedDatabase,
-            message);
+    const auto problem = [this](const QString& message) {
+        if (m_connection.isHindered()) {
+            throw ClipStoreError(
+                ClipStoreError::Case::openDatabase, message, m_connection.errorCode());
+        }
+        return message;
     };
     std::optional<SQLiteStatement> check;
     try {
         check.emplace(m_connection, "PRAGMA quick_check(1);");
     } catch (const SQLiteError& error) {
-        throw failure(error.message());
+        return problem(error.message());
     }
     if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
-        throw failure(m_connection.errorMessage());
+        return problem(m_connection.errorMessage());
     }
     const QString verdict = QString::fromUtf8(check->bytes(0));
-    if (verdict.compare(u"ok", Qt::CaseInsensitive) != 0) {
-        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, verdict);
+    return verdict.compare(u"ok", Qt::CaseInsensitive) == 0 ? std::nullopt : std::optional(verdict);
+}
+
+bool ClipDatabase::hasHistory()
+{
+    try {
+        return schema::exists(m_connection, "table", "clips");
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
 }
 
@@ -106,75 +139,20 @@ bool ClipDatabase::isNew()
     return pages.next("Could not read database size") && pages.row().integer(0) == 0;
 }
 
-bool ClipDatabase::prepareFullText()
+bool ClipDatabase::mendIndex(const ClipStoreError& error)
 {
-    try {
-        // In one transaction: an index that was created and not filled would pass for a full one at
-        // the next opening.
-        return inTransaction(SQLiteTransaction::Mode::immediate, [this] {
-            const bool isInStep = isFullTextInStep();
-            execute(schema::fullText);
-            execute(schema::tryFullText);
-            if (!isInStep) {
-                execute(schema::rebuildFullText);
-            }
-            return true;
-        });
-    } catch (const ClipStoreError&) {
-        // Searches do without the index.
-    }
-    try {
-        execute(schema::detachFullText);
-    } catch (const ClipStoreError&) {
-        // The saves will say what is wrong.
-    }
-    return false;
-}
-
-bool ClipDatabase::isFullTextInStep()
-{
-    // An index without its triggers was left by an SQLite that cannot keep it.
-    return exists("table", "clips_fts") &&
-           std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
-               return exists("trigger", trigger);
-           });
-}
-
-bool ClipDatabase::hasUsableFullText()
-{
-    if (!isFullTextInStep()) {
+    if (!m_index.isToBlame(error)) {
         return false;
     }
-    try {
-        execute(schema::tryFullText);
+    if (m_isReadOnly) {
+        m_index.giveUp();
         return true;
-    } catch (const ClipStoreError&) {
-        // Searches do without the index.
-        return false;
     }
-}
-
-bool ClipDatabase::exists(const QByteArray& type, const QByteArray& name)
-{
-    std::optional<SQLiteStatement> query;
-    try {
-        query.emplace(
-            m_connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;");
-    } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::prepare, error.message());
-    }
-    if (!query->bindText(1, type) || !query->bindText(2, name)) {
-        throw ClipStoreError(ClipStoreError::Case::bind, u"Table name"_s);
-    }
-    switch (query->step()) {
-    case SQLiteStatement::Step::row:
-        return true;
-    case SQLiteStatement::Step::done:
-        return false;
-    case SQLiteStatement::Step::failed:
-        break;
-    }
-    throw ClipStoreError(ClipStoreError::Case::execute, m_connection.errorMessage());
+    // What else the file has that is no clip may be damaged as well.
+    return m_index.remake(
+        error.message(), error.sqliteCode() == SQLITE_CORRUPT
+                             ? ClipIndex::Dropping::compacts
+                             : ClipIndex::Dropping::compactsIfNeeded);
 }
 
 void ClipDatabase::requireFile() const
@@ -191,7 +169,7 @@ void ClipDatabase::execute(const char* sql)
     try {
         m_connection.execute(sql);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
 }
 

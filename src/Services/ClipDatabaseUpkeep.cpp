@@ -23,7 +23,7 @@ void ClipDatabase::tidyUp()
     // The clips are gone from the history; what fails from here on does not bring them back, and
     // must not be taken for a deletion that failed.
     try {
-        execute("PRAGMA incremental_vacuum(32);");
+        withIndexMended([this] { execute("PRAGMA incremental_vacuum(32);"); });
         if (wipe() == Upkeep::done) {
             return;
         }
@@ -33,18 +33,48 @@ void ClipDatabase::tidyUp()
     }
 }
 
-ClipStore::Upkeep ClipDatabase::scrub()
+ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
 {
+    if (!m_isIndexChecked && !checkIndex(isHurried)) {
+        return Upkeep::hindered;
+    }
     return m_hasResidue ? wipe() : Upkeep::done;
+}
+
+bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
+{
+    std::optional<SQLiteConnection::StopWatch> watch;
+    if (isHurried) {
+        if (isHurried()) {
+            return false;
+        }
+        watch.emplace(m_connection, isHurried);
+    }
+    try {
+        if (m_index.isAvailable()) {
+            m_index.check();
+        }
+        m_isIndexChecked = true;
+    } catch (const ClipStoreError& error) {
+        watch.reset();
+        if (!mendIndex(error)) {
+            // It was interrupted, or something else stood in the way.
+            return false;
+        }
+        m_isIndexChecked = true;
+    }
+    return true;
 }
 
 ClipStore::Upkeep ClipDatabase::wipe()
 {
     // A word of a deleted clip stays in the index until its part of the index is merged with the
     // note that it is deleted.
-    if (m_ftsAvailable) {
-        execute("INSERT INTO clips_fts(clips_fts) VALUES ('optimize');");
-    }
+    withIndexMended([this] {
+        if (m_index.isAvailable()) {
+            m_index.optimize();
+        }
+    });
     // A deleted row's pages stay in the log as they were written once, and in the file until the
     // log is copied back.
     if (!emptyLog()) {
@@ -53,7 +83,7 @@ ClipStore::Upkeep ClipDatabase::wipe()
     try {
         m_hasResidue = !eraseResidue(m_connection);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
     return m_hasResidue ? Upkeep::hindered : Upkeep::done;
 }

@@ -38,8 +38,11 @@ Clip ClipDatabase::save(
     }
     requireFile();
     try {
-        return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
-            return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
+        return withIndexMended([&] {
+            return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+                return saveInCurrentTransaction(
+                    payload, sourceAppName, sourceBundleID, maximumHistory);
+            });
         });
     } catch (const ClipStoreError&) {
         // A large clip reaches the log before it is committed.
@@ -69,7 +72,7 @@ WHERE content_hash = ?;)sql")
             .text(3, sourceBundleID)
             .text(4, hash)
             .run(writeFailure);
-        trimHistory(maximumHistory);
+        trim(maximumHistory);
         known->lastUsedAt = now;
         known->sourceAppName = sourceAppName;
         known->sourceBundleID = sourceBundleID;
@@ -109,13 +112,18 @@ WHERE content_hash = ?;)sql")
         .text(13, sourceBundleID)
         .text(14, hash)
         .run(writeFailure);
-    trimHistory(maximumHistory);
+    trim(maximumHistory);
     return clip;
 }
 
 void ClipDatabase::trimHistory(qint64 maximum)
 {
     requireFile();
+    withIndexMended([&] { trim(maximum); });
+}
+
+void ClipDatabase::trim(qint64 maximum)
+{
     prepare(R"sql(DELETE FROM clips
 WHERE rowid IN (
     SELECT rowid
@@ -132,7 +140,8 @@ WHERE rowid IN (
 void ClipDatabase::setPinned(bool pinned, QUuid id)
 {
     requireFile();
-    prepare(R"sql(UPDATE clips
+    withIndexMended([&] {
+        prepare(R"sql(UPDATE clips
 SET is_pinned = ?,
     pin_order = CASE
         WHEN ? = 1 THEN (
@@ -143,10 +152,11 @@ SET is_pinned = ?,
         ELSE NULL
     END
 WHERE id = ?;)sql")
-        .integer(1, pinned ? 1 : 0)
-        .integer(2, pinned ? 1 : 0)
-        .text(3, storedID(id))
-        .run(writeFailure);
+            .integer(1, pinned ? 1 : 0)
+            .integer(2, pinned ? 1 : 0)
+            .text(3, storedID(id))
+            .run(writeFailure);
+    });
 }
 
 void ClipDatabase::markUsed(QUuid id, bool moveToTop)
@@ -155,7 +165,7 @@ void ClipDatabase::markUsed(QUuid id, bool moveToTop)
         return;
     }
     requireFile();
-    inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+    const auto use = [&] {
         const double now = m_now();
         dateClipsBefore(now, m_connection);
         prepare(R"sql(UPDATE clips
@@ -173,14 +183,17 @@ WHERE id = ?;)sql")
             .text(2, storedID(id))
             .run(writeFailure);
         return true;
-    });
+    };
+    withIndexMended([&] { return inTransaction(SQLiteTransaction::Mode::immediate, use); });
 }
 
 void ClipDatabase::remove(QUuid id)
 {
     requireFile();
     m_hasResidue = true;
-    prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
+    withIndexMended([&] {
+        prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
+    });
     tidyUp();
 }
 
@@ -188,7 +201,9 @@ void ClipDatabase::clear(bool includePinned)
 {
     requireFile();
     m_hasResidue = true;
-    execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
+    withIndexMended([&] {
+        execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
+    });
     tidyUp();
 }
 

@@ -51,7 +51,7 @@ void execute(SQLiteConnection& connection, const char* sql)
     try {
         connection.execute(sql);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <QCoroTask>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +46,7 @@ public:
     ClipStore(const ClipStore&) = delete;
     ClipStore& operator=(const ClipStore&) = delete;
 
-    /// Whether the full-text index serves searches. Decided when the store opened.
+    /// Whether the full-text index serves searches.
     [[nodiscard]] bool ftsAvailable() const;
 
     /// The clips that match, in list order, `limit` at the most (negative: all).
@@ -85,11 +86,14 @@ public:
     enum class Upkeep {
         /// Nothing is left to do.
         done,
-        /// Another process was reading the files, which is over as a rule when it is asked for
-        /// again.
+        /// Another process was reading the files, or other operations were waiting, which is over
+        /// as
+        /// a rule when it is asked for again.
         hindered,
     };
-    /// Wipes from the database's files what saves and `trimHistory` have dropped from the history,
+    /// First checks, once after the opening, whether the full-text index agrees with the clips, and
+    /// makes it again if not; the check gives way to other operations. Then wipes from the
+    /// database's files what saves and `trimHistory` have dropped from the history,
     /// and what `remove` and `clear` could not. Rewrites the full-text index, which is too much for
     /// every save: call it a few seconds after the last write, and a while after the start. Does
     /// nothing where nothing was dropped. What failed is tried again by the next call.
@@ -97,7 +101,19 @@ public:
     [[nodiscard]] QCoro::Task<Statistics> statistics();
 
 private:
+    /// Runs an operation on the worker, and counts it until it begins.
+    template <typename Operation>
+    auto run(Operation operation)
+    {
+        ++m_waiting;
+        return m_actor.run([this, operation = std::move(operation)]() mutable {
+            --m_waiting;
+            return operation();
+        });
+    }
+
     std::unique_ptr<ClipDatabase> m_database;
+    std::atomic_int m_waiting = 0;
     // Goes first, so that what was called has run before the database closes.
     Actor m_actor;
 };

@@ -48,7 +48,7 @@ void SQLiteConnection::open(const QByteArray& name, int flags)
     m_handle.reset(handle);
     if (result != SQLITE_OK) {
         const QString message = handle != nullptr ? errorMessage() : QString();
-        throw SQLiteError(message.isEmpty() ? u"Unknown SQLite error"_s : message);
+        throw SQLiteError(message.isEmpty() ? u"Unknown SQLite error"_s : message, result);
     }
 }
 
@@ -63,7 +63,7 @@ void SQLiteConnection::execute(const char* sql)
     const int result = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, &text);
     const std::unique_ptr<char, decltype(&sqlite3_free)> message(text, sqlite3_free);
     if (result != SQLITE_OK) {
-        throw SQLiteError(message ? QString::fromUtf8(message.get()) : errorMessage());
+        throw SQLiteError(message ? QString::fromUtf8(message.get()) : errorMessage(), errorCode());
     }
 }
 
@@ -72,10 +72,15 @@ QString SQLiteConnection::errorMessage() const
     return QString::fromUtf8(sqlite3_errmsg(m_handle.get()));
 }
 
+int SQLiteConnection::errorCode() const
+{
+    return sqlite3_extended_errcode(m_handle.get());
+}
+
 bool SQLiteConnection::isHindered() const
 {
     constexpr int primaryCode = 0xff;
-    const int code = sqlite3_extended_errcode(m_handle.get());
+    const int code = errorCode();
     switch (code & primaryCode) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

@@ -37,6 +37,9 @@ public:
     /// What SQLite says about the last call that failed.
     [[nodiscard]] QString errorMessage() const;
 
+    /// Its extended result code.
+    [[nodiscard]] int errorCode() const;
+
     /// Whether that call failed for what stands around the file (a lock, missing rights, no room on
     /// the disk or in memory), which says nothing of what is in it.
     [[nodiscard]] bool isHindered() const;

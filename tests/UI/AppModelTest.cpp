@@ -9,6 +9,8 @@
 #include <QSignalSpy>
 
 #include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -224,6 +226,30 @@ TEST_F(AppModelTest, AnUnchangedEntryKeepsItsContentInMemory)
 
 // Wiping what was dropped
 
+/// While it lives, no file of this process grows or is written to.
+class FullDisk
+{
+public:
+    FullDisk()
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_limit);
+        const rlimit none{0, m_limit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_limit);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_limit{};
+};
+
 class AppModelScrubTest : public AppModelTest
 {
 protected:
@@ -313,7 +339,7 @@ TEST_F(AppModelScrubTest, WipingThatFailsIsLoggedAndShowsNoBanner)
 {
     copy("new");
     run();
-    executeSQL("DROP TABLE clips_fts");
+    const FullDisk disk;
     const LogCapture log;
     pass(5s);
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.AppModel"_s), SizeIs(1));
@@ -343,12 +369,10 @@ TEST_F(AppModelScrubTest, WhatADeletionCouldNotWipeIsWipedLater)
 
 TEST_F(AppModelScrubTest, WipingThatKeepsFailingIsTriedEverLessOften)
 {
-    executeSQL("DROP TABLE clips_fts");
     copy("new");
     run();
-    m_model->clearHistory(true);
+    const FullDisk disk;
     const LogCapture log;
-    run();
     pass(5s);
     for (const auto delay : {1min, 2min, 4min, 8min, 16min, 32min, 60min, 60min}) {
         m_clock.advance(delay - 1ms);

@@ -340,24 +340,6 @@ TEST_F(ClipFaults, ofATruncatedFileAreADamagedDatabase)
     }
 }
 
-TEST_F(ClipFaults, ofAnIndexThatIsDroppedUnderTheStoreAreMendedByTheNextOpening)
-{
-    history.open();
-    fill(3);
-    history.execute("DROP TABLE clips_fts");
-    EXPECT_EQ(errorOf([this] { history.saveText("x"); }).errorCase(), Case::execute);
-    EXPECT_EQ(
-        errorOf([this] {
-            (void)history.database().search(u"text"_s, std::nullopt, 10);
-        }).description(),
-        u"Clipboard database operation failed: "
-        "SQL: SELECT rowid FROM clips_fts WHERE clips_fts MATCH ?: no such table: clips_fts"_s);
-    EXPECT_EQ(all().size(), 3U);
-    EXPECT_TRUE(history.open().ftsAvailable());
-    EXPECT_EQ(history.database().search(u"tex"_s, std::nullopt, 10).size(), 3U);
-    expectSound();
-}
-
 TEST_F(ClipFaults, ofAnSQLiteWithoutFullTextSearchCostOnlyTheIndex)
 {
     {
