@@ -4,15 +4,26 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
+#include <QLoggingCategory>
+
 #include <sqlite3.h>
 
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
+
+constexpr int primaryCode = 0xff;
+
+// How long an opening that the disk fails is tried again.
+constexpr auto patience = 2000ms;
+constexpr auto timeBetweenTries = 100ms;
 
 SQLiteConnection open(const QString& path)
 {
@@ -26,6 +37,24 @@ SQLiteConnection open(const QString& path)
     }
 }
 
+/// Takes a step of the opening, and takes it again while the disk fails it, for a moment: what a
+/// disk says of a file while it does not answer is not to be believed.
+template <typename Step>
+auto patiently(Step step)
+{
+    for (auto waited = 0ms;; waited += timeBetweenTries) {
+        try {
+            return step();
+        } catch (const ClipStoreError& error) {
+            if ((error.sqliteCode() & primaryCode) != SQLITE_IOERR || waited >= patience) {
+                throw;
+            }
+            qCInfo(lcStore, "Opening the history once more: %s", error.what());
+        }
+        sqlite3_sleep(static_cast<int>(timeBetweenTries.count()));
+    }
+}
+
 SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
 {
     try {
@@ -33,6 +62,32 @@ SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
     }
+}
+
+/// What is wrong inside the file; none if it is sound. Throws `openDatabase` if that cannot be
+/// found out.
+std::optional<QString> integrityProblem(const SQLiteConnection& connection)
+{
+    // A damaged history is set aside. One that another process has locked, or that cannot be read
+    // just now, is not damaged: it stays where it is.
+    const auto problem = [&connection](const QString& message) {
+        if (connection.isHindered()) {
+            throw ClipStoreError(
+                ClipStoreError::Case::openDatabase, message, connection.errorCode());
+        }
+        return message;
+    };
+    std::optional<SQLiteStatement> check;
+    try {
+        check.emplace(connection, "PRAGMA quick_check(1);");
+    } catch (const SQLiteError& error) {
+        return problem(error.message());
+    }
+    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
+        return problem(connection.errorMessage());
+    }
+    const QString verdict = QString::fromUtf8(check->bytes(0));
+    return verdict.compare(u"ok", Qt::CaseInsensitive) == 0 ? std::nullopt : std::optional(verdict);
 }
 
 } // namespace
@@ -45,7 +100,7 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
 {
     m_connection.setBusyTimeout(busyTimeout);
     execute(schema::connectionSettings);
-    const std::optional<QString> problem = integrityProblem();
+    const std::optional<QString> problem = integrityProblem(m_connection);
     if (problem && !m_index.areClipsSound()) {
         throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
     }
@@ -57,8 +112,18 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     : m_path(std::move(path))
     , m_now(std::move(now))
-    , m_connection(open(m_path))
+    , m_connection(patiently([this] { return open(m_path); }))
     , m_index(m_connection)
+{
+    patiently([this, isFirst = true]() mutable {
+        if (!std::exchange(isFirst, false)) {
+            m_connection = open(m_path);
+        }
+        makeReady();
+    });
+}
+
+void ClipDatabase::makeReady()
 {
     m_connection.setBusyTimeout(busyTimeout);
     execute(schema::connectionSettings);
@@ -78,42 +143,24 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
 
 void ClipDatabase::validateIntegrity()
 {
-    const std::optional<QString> problem = integrityProblem();
+    const std::optional<QString> problem = integrityProblem(m_connection);
     if (!problem) {
         return;
+    }
+    // A page that could not be read looks like one that is damaged.
+    SQLiteConnection other = open(m_path);
+    other.setBusyTimeout(busyTimeout);
+    if (!m_connection.isReadable() || !integrityProblem(other)) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
     }
     // What is wrong with the index alone is no reason to set the clips aside.
     if (m_index.areClipsSound() && hasHistory()) {
         m_index.remake(*problem, ClipIndex::Dropping::compacts);
-        if (!integrityProblem()) {
+        if (!integrityProblem(m_connection)) {
             return;
         }
     }
-    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
-}
-
-std::optional<QString> ClipDatabase::integrityProblem()
-{
-    // A damaged history is set aside. One that another process has locked, or that cannot be read
-    // for want of room or rights, is not damaged: it stays where it is.
-    const auto problem = [this](const QString& message) {
-        if (m_connection.isHindered()) {
-            throw ClipStoreError(
-                ClipStoreError::Case::openDatabase, message, m_connection.errorCode());
-        }
-        return message;
-    };
-    std::optional<SQLiteStatement> check;
-    try {
-        check.emplace(m_connection, "PRAGMA quick_check(1);");
-    } catch (const SQLiteError& error) {
-        return problem(error.message());
-    }
-    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
-        return problem(m_connection.errorMessage());
-    }
-    const QString verdict = QString::fromUtf8(check->bytes(0));
-    return verdict.compare(u"ok", Qt::CaseInsensitive) == 0 ? std::nullopt : std::optional(verdict);
+    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem, SQLITE_CORRUPT);
 }
 
 bool ClipDatabase::hasHistory()

@@ -64,11 +64,10 @@ private:
     static constexpr std::chrono::milliseconds busyTimeout{3000};
 
     // Opening.
+    void makeReady();
     void validateIntegrity();
     void prepareTables();
     [[nodiscard]] bool isNew();
-    /// What is wrong inside the file; none if it is sound. Throws if that cannot be found out.
-    [[nodiscard]] std::optional<QString> integrityProblem();
 
     // Reading.
     [[nodiscard]] std::vector<qint64>

@@ -63,6 +63,9 @@ void ClipIndex::attach()
         transaction.commit();
         m_isAvailable = true;
     } catch (const SQLiteError& error) {
+        if ((error.code() & primaryCode) == SQLITE_IOERR) {
+            throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+        }
         remake(error.message(), Dropping::compactsIfNeeded);
     }
 }

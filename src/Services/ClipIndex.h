@@ -17,7 +17,7 @@ public:
 
     /// Makes the index if there is none, fills it if it missed something, and makes it again if it
     /// cannot be used. Where SQLite cannot have one, takes its triggers away, so that clips can be
-    /// saved without it.
+    /// saved without it. Throws `execute` if the disk fails.
     void attach();
 
     /// For a connection that only reads: uses the index that is there, if it can be used.

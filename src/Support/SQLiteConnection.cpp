@@ -6,6 +6,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -91,14 +92,36 @@ bool SQLiteConnection::isHindered() const
     case SQLITE_PERM:
     case SQLITE_READONLY:
     case SQLITE_CANTOPEN:
-        return true;
     case SQLITE_IOERR:
-        // What cannot be read of the file is lost to it.
-        return code != SQLITE_IOERR_READ && code != SQLITE_IOERR_SHORT_READ &&
-               code != SQLITE_IOERR_CORRUPTFS && code != SQLITE_IOERR_DATA;
+        return true;
     default:
         return false;
     }
+}
+
+bool SQLiteConnection::isReadable() const
+{
+    QByteArray bytes(1024 * 1024, Qt::Uninitialized);
+    for (const int which : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(m_handle.get(), "main", which, static_cast<void*>(&file));
+        if (file == nullptr || file->pMethods == nullptr) {
+            continue;
+        }
+        sqlite3_int64 size = 0;
+        if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+            return false;
+        }
+        for (sqlite3_int64 offset = 0; offset < size; offset += bytes.size()) {
+            const auto length = std::min<sqlite3_int64>(bytes.size(), size - offset);
+            const int result =
+                file->pMethods->xRead(file, bytes.data(), static_cast<int>(length), offset);
+            if (result != SQLITE_OK && result != SQLITE_IOERR_SHORT_READ) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 bool SQLiteConnection::isInTransaction() const

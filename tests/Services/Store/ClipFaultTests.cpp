@@ -1,3 +1,4 @@
+#include "FaultVFS.h"
 #include "HistoryFile.h"
 #include "LogCapture.h"
 #include "OrdinaryUser.h"
@@ -113,6 +114,27 @@ TEST_F(ClipFaults, ofADiskThatIsFullAtTheOpeningAreNoDamage)
     EXPECT_EQ(error.errorCase(), Case::openDatabase) << error.what();
     history.open();
     EXPECT_EQ(all().size(), 3U);
+}
+
+TEST_F(ClipFaults, ofADiskThatCannotReadTheFileAreNoDamage)
+{
+    FaultVFS vfs;
+    history.open();
+    fill(60);
+    history.close();
+    const QByteArray before = bytes();
+    // In the middle of the check, and from its beginning.
+    for (const int call : {20, 1}) {
+        const qint64 slept = vfs.slept();
+        vfs.fail(FaultVFS::Call::read, FaultVFS::Fault::io, call, FaultVFS::Span::fromThenOn);
+        EXPECT_EQ(errorOf([this] { history.open(); }).errorCase(), Case::openDatabase);
+        EXPECT_EQ(vfs.slept() - slept, 2'000'000) << "tried again for two seconds";
+        vfs.failNothing();
+        EXPECT_EQ(bytes(), before);
+    }
+    history.open();
+    EXPECT_EQ(all().size(), 60U);
+    history.close();
 }
 
 TEST_F(ClipFaults, ofALockThatKeepsReadersOutAreNoDamage)

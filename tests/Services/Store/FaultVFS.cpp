@@ -155,6 +155,10 @@ FaultVFS::FaultVFS()
         sqlite3_vfs* const real = static_cast<FaultVFS*>(vfs->pAppData)->m_real;
         return real->xFullPathname(real, name, size, path);
     };
+    m_vfs.xSleep = [](sqlite3_vfs* vfs, int microseconds) {
+        static_cast<FaultVFS*>(vfs->pAppData)->m_slept += microseconds;
+        return microseconds;
+    };
     sqlite3_vfs_register(&m_vfs, 1);
 }
 

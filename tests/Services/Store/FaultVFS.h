@@ -32,6 +32,8 @@ public:
 
     /// The files that were opened, by their paths; one without a name is "".
     [[nodiscard]] const QByteArrayList& opened() const { return m_opened; }
+    /// How long SQLite was asked to wait, in microseconds. It does not, here.
+    [[nodiscard]] qint64 slept() const { return m_slept; }
     /// How much was written to all files.
     [[nodiscard]] qint64 bytesWritten() const { return m_bytesWritten; }
 
@@ -54,6 +56,7 @@ private:
     bool m_hasFailed = false;
     QByteArrayList m_opened;
     qint64 m_bytesWritten = 0;
+    qint64 m_slept = 0;
 };
 
 } // namespace tessly::test
