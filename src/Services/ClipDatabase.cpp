@@ -4,14 +4,26 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
-#include <algorithm>
+#include <QLoggingCategory>
+
+#include <sqlite3.h>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
+
+constexpr int primaryCode = 0xff;
+
+// How long an opening that the disk fails is tried again.
+constexpr auto patience = 2000ms;
+constexpr auto timeBetweenTries = 100ms;
 
 SQLiteConnection open(const QString& path)
 {
@@ -21,7 +33,25 @@ SQLiteConnection open(const QString& path)
     try {
         return SQLiteConnection(path);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
+    }
+}
+
+/// Takes a step of the opening, and takes it again while the disk fails it, for a moment: what a
+/// disk says of a file while it does not answer is not to be believed.
+template <typename Step>
+auto patiently(Step step)
+{
+    for (auto waited = 0ms;; waited += timeBetweenTries) {
+        try {
+            return step();
+        } catch (const ClipStoreError& error) {
+            if ((error.sqliteCode() & primaryCode) != SQLITE_IOERR || waited >= patience) {
+                throw;
+            }
+            qCInfo(lcStore, "Opening the history once more: %s", error.what());
+        }
+        sqlite3_sleep(static_cast<int>(timeBetweenTries.count()));
     }
 }
 
@@ -30,34 +60,80 @@ SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access
     try {
         return SQLiteConnection(path, access);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message());
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
     }
+}
+
+/// What is wrong inside the file; none if it is sound. Throws `openDatabase` if that cannot be
+/// found out.
+std::optional<QString> integrityProblem(const SQLiteConnection& connection)
+{
+    // A damaged history is set aside. One that another process has locked, or that cannot be read
+    // just now, is not damaged: it stays where it is.
+    const auto problem = [&connection](const QString& message) {
+        if (connection.isHindered()) {
+            throw ClipStoreError(
+                ClipStoreError::Case::openDatabase, message, connection.errorCode());
+        }
+        return message;
+    };
+    std::optional<SQLiteStatement> check;
+    try {
+        check.emplace(connection, "PRAGMA quick_check(1);");
+    } catch (const SQLiteError& error) {
+        return problem(error.message());
+    }
+    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
+        return problem(connection.errorMessage());
+    }
+    const QString verdict = QString::fromUtf8(check->bytes(0));
+    return verdict.compare(u"ok", Qt::CaseInsensitive) == 0 ? std::nullopt : std::optional(verdict);
 }
 
 } // namespace
 
 ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
     : m_path(std::move(path))
+    , m_isReadOnly(true)
     , m_connection(openToRead(m_path, access))
+    , m_index(m_connection)
 {
     m_connection.setBusyTimeout(busyTimeout);
-    validateIntegrity();
-    m_ftsAvailable = hasUsableFullText();
+    execute(schema::connectionSettings);
+    const std::optional<QString> problem = integrityProblem(m_connection);
+    if (problem && !m_index.areClipsSound()) {
+        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
+    }
+    if (!problem) {
+        m_index.attachToRead();
+    }
 }
 
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     : m_path(std::move(path))
     , m_now(std::move(now))
-    , m_connection(open(m_path))
+    , m_connection(patiently([this] { return open(m_path); }))
+    , m_index(m_connection)
+{
+    patiently([this, isFirst = true]() mutable {
+        if (!std::exchange(isFirst, false)) {
+            m_connection = open(m_path);
+        }
+        makeReady();
+    });
+}
+
+void ClipDatabase::makeReady()
 {
     m_connection.setBusyTimeout(busyTimeout);
+    execute(schema::connectionSettings);
     // A file that is not ours to protect is still ours to use.
     for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
         makeFilePrivate(m_path + companion);
     }
     validateIntegrity();
     prepareTables();
-    m_ftsAvailable = prepareFullText();
+    m_index.attach();
     try {
         execute("PRAGMA optimize;");
     } catch (const ClipStoreError&) {
@@ -67,26 +143,32 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
 
 void ClipDatabase::validateIntegrity()
 {
-    // A damaged history is set aside. One that another process has locked, or that cannot be read
-    // for want of room or rights, is not damaged: it stays where it is.
-    const auto failure = [this](const QString& message) {
-        return ClipStoreError(
-            m_connection.isHindered() ? ClipStoreError::Case::openDatabase
-                                      : ClipStoreError::Case::corruptedDatabase,
-            message);
-    };
-    std::optional<SQLiteStatement> check;
+    const std::optional<QString> problem = integrityProblem(m_connection);
+    if (!problem) {
+        return;
+    }
+    // A page that could not be read looks like one that is damaged.
+    SQLiteConnection other = open(m_path);
+    other.setBusyTimeout(busyTimeout);
+    if (!m_connection.isReadable() || !integrityProblem(other)) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
+    }
+    // What is wrong with the index alone is no reason to set the clips aside.
+    if (m_index.areClipsSound() && hasHistory()) {
+        m_index.remake(*problem, ClipIndex::Dropping::compacts);
+        if (!integrityProblem(m_connection)) {
+            return;
+        }
+    }
+    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem, SQLITE_CORRUPT);
+}
+
+bool ClipDatabase::hasHistory()
+{
     try {
-        check.emplace(m_connection, "PRAGMA quick_check(1);");
+        return schema::exists(m_connection, "table", "clips");
     } catch (const SQLiteError& error) {
-        throw failure(error.message());
-    }
-    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
-        throw failure(m_connection.errorMessage());
-    }
-    const QString verdict = QString::fromUtf8(check->bytes(0));
-    if (verdict.compare(u"ok", Qt::CaseInsensitive) != 0) {
-        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, verdict);
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
 }
 
@@ -104,75 +186,20 @@ bool ClipDatabase::isNew()
     return pages.next("Could not read database size") && pages.row().integer(0) == 0;
 }
 
-bool ClipDatabase::prepareFullText()
+bool ClipDatabase::mendIndex(const ClipStoreError& error)
 {
-    try {
-        // In one transaction: an index that was created and not filled would pass for a full one at
-        // the next opening.
-        return inTransaction(SQLiteTransaction::Mode::immediate, [this] {
-            const bool isInStep = isFullTextInStep();
-            execute(schema::fullText);
-            execute(schema::tryFullText);
-            if (!isInStep) {
-                execute(schema::rebuildFullText);
-            }
-            return true;
-        });
-    } catch (const ClipStoreError&) {
-        // Searches do without the index.
-    }
-    try {
-        execute(schema::detachFullText);
-    } catch (const ClipStoreError&) {
-        // The saves will say what is wrong.
-    }
-    return false;
-}
-
-bool ClipDatabase::isFullTextInStep()
-{
-    // An index without its triggers was left by an SQLite that cannot keep it.
-    return exists("table", "clips_fts") &&
-           std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
-               return exists("trigger", trigger);
-           });
-}
-
-bool ClipDatabase::hasUsableFullText()
-{
-    if (!isFullTextInStep()) {
+    if (!m_index.isToBlame(error)) {
         return false;
     }
-    try {
-        execute(schema::tryFullText);
+    if (m_isReadOnly) {
+        m_index.giveUp();
         return true;
-    } catch (const ClipStoreError&) {
-        // Searches do without the index.
-        return false;
     }
-}
-
-bool ClipDatabase::exists(const QByteArray& type, const QByteArray& name)
-{
-    std::optional<SQLiteStatement> query;
-    try {
-        query.emplace(
-            m_connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;");
-    } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::prepare, error.message());
-    }
-    if (!query->bindText(1, type) || !query->bindText(2, name)) {
-        throw ClipStoreError(ClipStoreError::Case::bind, u"Table name"_s);
-    }
-    switch (query->step()) {
-    case SQLiteStatement::Step::row:
-        return true;
-    case SQLiteStatement::Step::done:
-        return false;
-    case SQLiteStatement::Step::failed:
-        break;
-    }
-    throw ClipStoreError(ClipStoreError::Case::execute, m_connection.errorMessage());
+    // What else the file has that is no clip may be damaged as well.
+    return m_index.remake(
+        error.message(), error.sqliteCode() == SQLITE_CORRUPT
+                             ? ClipIndex::Dropping::compacts
+                             : ClipIndex::Dropping::compactsIfNeeded);
 }
 
 void ClipDatabase::requireFile() const
@@ -189,7 +216,7 @@ void ClipDatabase::execute(const char* sql)
     try {
         m_connection.execute(sql);
     } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
 }
 

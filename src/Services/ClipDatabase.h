@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ClipIndex.h"
 #include "ClipStatement.h"
 #include "ClipStore.h"
 #include "SQLiteConnection.h"
@@ -10,6 +11,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -30,9 +32,10 @@ public:
     ClipDatabase(QString path, SQLiteConnection::Access access);
 
     /// Whether the file holds a history at all; one that was just created does not yet.
-    [[nodiscard]] bool hasHistory() { return exists("table", "clips"); }
+    [[nodiscard]] bool hasHistory();
 
-    [[nodiscard]] bool ftsAvailable() const { return m_ftsAvailable; }
+    /// Any thread.
+    [[nodiscard]] bool ftsAvailable() const { return m_index.isAvailable(); }
 
     [[nodiscard]] std::vector<Clip> search(
         const QString& query, std::optional<ClipKind> kind, qint64 limit,
@@ -51,20 +54,20 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
-    void scrub();
+    /// `isHurried` tells whether other operations wait, to which what can wait gives way.
+    ClipStore::Upkeep scrub(const std::function<bool()>& isHurried = {});
 
 private:
+    using Upkeep = ClipStore::Upkeep;
+
     // Another process holds a lock for a moment only; nobody else writes as a rule.
     static constexpr std::chrono::milliseconds busyTimeout{3000};
 
     // Opening.
+    void makeReady();
     void validateIntegrity();
     void prepareTables();
     [[nodiscard]] bool isNew();
-    [[nodiscard]] bool prepareFullText();
-    [[nodiscard]] bool isFullTextInStep();
-    [[nodiscard]] bool hasUsableFullText();
-    [[nodiscard]] bool exists(const QByteArray& type, const QByteArray& name);
 
     // Reading.
     [[nodiscard]] std::vector<qint64>
@@ -78,11 +81,35 @@ private:
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
 
+    void trim(qint64 maximum);
     void requireFile() const;
+
+    // Upkeep.
+    void tidyUp();
+    [[nodiscard]] Upkeep wipe();
+    /// False if it has to be done another time.
+    [[nodiscard]] bool checkIndex(const std::function<bool()>& isHurried);
     [[nodiscard]] bool emptyLog();
 
     void execute(const char* sql);
     [[nodiscard]] ClipStatement prepare(const QByteArray& sql) { return {m_connection, sql}; }
+
+    /// Makes the index again if it is to blame for `error`. True if what failed can be repeated.
+    [[nodiscard]] bool mendIndex(const ClipStoreError& error);
+
+    /// Runs an operation, and once more if the index failed it and could be made again.
+    template <typename Operation>
+    auto withIndexMended(Operation operation)
+    {
+        try {
+            return operation();
+        } catch (const ClipStoreError& error) {
+            if (!mendIndex(error)) {
+                throw;
+            }
+        }
+        return operation();
+    }
 
     /// Runs `body` in a transaction, which is rolled back if anything is thrown.
     template <typename Body>
@@ -94,17 +121,20 @@ private:
             transaction.commit();
             return result;
         } catch (const SQLiteError& error) {
-            throw ClipStoreError(ClipStoreError::Case::execute, error.message());
+            throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
         }
     }
 
     QString m_path;
     ClipStore::Now m_now;
+    bool m_isReadOnly = false;
     SQLiteConnection m_connection;
-    bool m_ftsAvailable = false;
+    ClipIndex m_index;
     // Whether the files may hold bytes of content that is no longer in the history. At first, since
     // nobody knows how the last process ended.
     bool m_hasResidue = true;
+    // It is read as a whole for that: after the opening, when nothing else is to be done.
+    bool m_isIndexChecked = false;
 };
 
 } // namespace tessly

@@ -32,8 +32,10 @@ std::vector<Clip> ClipDatabase::search(
         watch.emplace(m_connection, [&stop] { return stop.stop_requested(); });
     }
     const QString trimmedQuery = QString::fromUtf8(trimmed(query.toUtf8()));
-    return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
-        return read(find(trimmedQuery, kind, limit), held);
+    return withIndexMended([&] {
+        return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
+            return read(find(trimmedQuery, kind, limit), held);
+        });
     });
 }
 
@@ -44,7 +46,7 @@ ClipDatabase::find(const QString& query, std::optional<ClipKind> kind, qint64 li
     if (query.isEmpty()) {
         return order.all(kind, limit);
     }
-    if (m_ftsAvailable) {
+    if (m_index.isAvailable()) {
         ClipOrder::Rows rows = order.matching(ftsQuery(query), kind, limit);
         if (!rows.empty()) {
             return rows;
@@ -111,7 +113,7 @@ std::vector<ClipSummary>
 ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint64 limit)
 {
     const QString trimmedQuery = QString::fromUtf8(trimmed(query.toUtf8()));
-    return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
+    const auto read = [&] {
         const ClipOrder::Rows rows = find(trimmedQuery, kind, limit);
         QHash<qint64, qint64> positions;
         for (const qint64 row : ClipOrder(m_connection).all(std::nullopt, -1)) {
@@ -119,16 +121,17 @@ ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint
         }
         ClipStatement statement =
             prepare(QByteArrayLiteral("SELECT") + summaryColumns + " FROM clips WHERE rowid = ?;");
-        std::vector<ClipSummary> summaries;
-        summaries.reserve(rows.size());
+        std::vector<ClipSummary> found;
+        found.reserve(rows.size());
         for (const qint64 row : rows) {
             statement.reset();
             if (statement.integer(1, row).next(readFailure)) {
-                summaries.push_back(decodeSummary(statement.row(), positions.value(row)));
+                found.push_back(decodeSummary(statement.row(), positions.value(row)));
             }
         }
-        return summaries;
-    });
+        return found;
+    };
+    return withIndexMended([&] { return inTransaction(SQLiteTransaction::Mode::deferred, read); });
 }
 
 std::optional<Clip> ClipDatabase::clipWithHash(const QByteArray& hash)

@@ -1,13 +1,11 @@
 #include "ClipDatabase.h"
 
+#include "ClipDates.h"
 #include "ClipDecoder.h"
-#include "SQLiteResidue.h"
 
 #include <QFileInfo>
-#include <QScopeGuard>
 
 #include <algorithm>
-#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -16,9 +14,6 @@ namespace tessly {
 namespace {
 
 const char* const writeFailure = "Could not update clipboard history";
-
-// Another process that lists the history is done sooner.
-constexpr std::chrono::milliseconds readerTimeout(200);
 
 // Fewer would not fill the panel.
 constexpr qint64 smallestHistory = 10;
@@ -43,8 +38,11 @@ Clip ClipDatabase::save(
     }
     requireFile();
     try {
-        return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
-            return saveInCurrentTransaction(payload, sourceAppName, sourceBundleID, maximumHistory);
+        return withIndexMended([&] {
+            return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+                return saveInCurrentTransaction(
+                    payload, sourceAppName, sourceBundleID, maximumHistory);
+            });
         });
     } catch (const ClipStoreError&) {
         // A large clip reaches the log before it is committed.
@@ -59,6 +57,8 @@ Clip ClipDatabase::saveInCurrentTransaction(
 {
     const double now = m_now();
     const QByteArray hash = payload.contentHash();
+    // Before the trimming, which would take the new clip for the oldest.
+    dateClipsBefore(now, m_connection);
 
     if (std::optional<Clip> known = clipWithHash(hash)) {
         prepare(R"sql(UPDATE clips
@@ -72,7 +72,7 @@ WHERE content_hash = ?;)sql")
             .text(3, sourceBundleID)
             .text(4, hash)
             .run(writeFailure);
-        trimHistory(maximumHistory);
+        trim(maximumHistory);
         known->lastUsedAt = now;
         known->sourceAppName = sourceAppName;
         known->sourceBundleID = sourceBundleID;
@@ -112,13 +112,18 @@ WHERE content_hash = ?;)sql")
         .text(13, sourceBundleID)
         .text(14, hash)
         .run(writeFailure);
-    trimHistory(maximumHistory);
+    trim(maximumHistory);
     return clip;
 }
 
 void ClipDatabase::trimHistory(qint64 maximum)
 {
     requireFile();
+    withIndexMended([&] { trim(maximum); });
+}
+
+void ClipDatabase::trim(qint64 maximum)
+{
     prepare(R"sql(DELETE FROM clips
 WHERE rowid IN (
     SELECT rowid
@@ -135,7 +140,8 @@ WHERE rowid IN (
 void ClipDatabase::setPinned(bool pinned, QUuid id)
 {
     requireFile();
-    prepare(R"sql(UPDATE clips
+    withIndexMended([&] {
+        prepare(R"sql(UPDATE clips
 SET is_pinned = ?,
     pin_order = CASE
         WHEN ? = 1 THEN (
@@ -146,10 +152,11 @@ SET is_pinned = ?,
         ELSE NULL
     END
 WHERE id = ?;)sql")
-        .integer(1, pinned ? 1 : 0)
-        .integer(2, pinned ? 1 : 0)
-        .text(3, storedID(id))
-        .run(writeFailure);
+            .integer(1, pinned ? 1 : 0)
+            .integer(2, pinned ? 1 : 0)
+            .text(3, storedID(id))
+            .run(writeFailure);
+    });
 }
 
 void ClipDatabase::markUsed(QUuid id, bool moveToTop)
@@ -158,7 +165,10 @@ void ClipDatabase::markUsed(QUuid id, bool moveToTop)
         return;
     }
     requireFile();
-    prepare(R"sql(UPDATE clips
+    const auto use = [&] {
+        const double now = m_now();
+        dateClipsBefore(now, m_connection);
+        prepare(R"sql(UPDATE clips
 SET last_used_at = ?,
     pin_order = CASE
         WHEN is_pinned = 1 THEN (
@@ -169,58 +179,32 @@ SET last_used_at = ?,
         ELSE pin_order
     END
 WHERE id = ?;)sql")
-        .real(1, m_now())
-        .text(2, storedID(id))
-        .run(writeFailure);
+            .real(1, now)
+            .text(2, storedID(id))
+            .run(writeFailure);
+        return true;
+    };
+    withIndexMended([&] { return inTransaction(SQLiteTransaction::Mode::immediate, use); });
 }
 
 void ClipDatabase::remove(QUuid id)
 {
     requireFile();
     m_hasResidue = true;
-    prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
-    execute("PRAGMA incremental_vacuum(32);");
-    scrub();
+    withIndexMended([&] {
+        prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
+    });
+    tidyUp();
 }
 
 void ClipDatabase::clear(bool includePinned)
 {
     requireFile();
     m_hasResidue = true;
-    execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
-    execute("PRAGMA incremental_vacuum(32);");
-    scrub();
-}
-
-void ClipDatabase::scrub()
-{
-    if (!m_hasResidue) {
-        return;
-    }
-    // A word of a deleted clip stays in the index until its part of the index is merged with the
-    // note that it is deleted.
-    if (m_ftsAvailable) {
-        execute("INSERT INTO clips_fts(clips_fts) VALUES ('optimize');");
-    }
-    // A deleted row's pages stay in the log as they were written once, and in the file until the
-    // log is copied back.
-    if (!emptyLog()) {
-        return;
-    }
-    try {
-        m_hasResidue = !eraseResidue(m_connection);
-    } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message());
-    }
-}
-
-bool ClipDatabase::emptyLog()
-{
-    // Who reads for long is not waited for: the log can be emptied another time.
-    m_connection.setBusyTimeout(readerTimeout);
-    const auto restore = qScopeGuard([this] { m_connection.setBusyTimeout(busyTimeout); });
-    ClipStatement checkpoint = prepare("PRAGMA wal_checkpoint(TRUNCATE);");
-    return checkpoint.next(writeFailure) && checkpoint.row().integer(0) == 0;
+    withIndexMended([&] {
+        execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
+    });
+    tidyUp();
 }
 
 ClipStore::Statistics ClipDatabase::statistics()

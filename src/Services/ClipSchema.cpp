@@ -1,6 +1,11 @@
 #include "ClipSchema.h"
 
+#include "SQLiteError.h"
+#include "SQLiteStatement.h"
+
 namespace tessly::schema {
+
+const char* const connectionSettings = "PRAGMA temp_store = MEMORY;";
 
 const char* const newFile = "PRAGMA auto_vacuum = INCREMENTAL;";
 
@@ -66,10 +71,29 @@ const char* const rebuildFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('r
 
 const char* const tryFullText = "SELECT rowid FROM clips_fts LIMIT 0;";
 
+const char* const checkFullText =
+    "INSERT INTO clips_fts(clips_fts, rank) VALUES ('integrity-check', 1);";
+
+const char* const optimizeFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('optimize');";
+
 const char* const detachFullText = R"sql(
 DROP TRIGGER IF EXISTS clips_after_insert;
 DROP TRIGGER IF EXISTS clips_after_delete;
 DROP TRIGGER IF EXISTS clips_after_update;
 )sql";
+
+bool exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name)
+{
+    SQLiteStatement query(
+        connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;");
+    if (!query.bindText(1, type) || !query.bindText(2, name)) {
+        throw SQLiteError(connection.errorMessage(), connection.errorCode());
+    }
+    const SQLiteStatement::Step step = query.step();
+    if (step == SQLiteStatement::Step::failed) {
+        throw SQLiteError(connection.errorMessage(), connection.errorCode());
+    }
+    return step == SQLiteStatement::Step::row;
+}
 
 } // namespace tessly::schema

@@ -1,8 +1,20 @@
 #pragma once
 
+#include "SQLiteConnection.h"
+
+#include <QByteArray>
+
 #include <array>
 
 namespace tessly::schema {
+
+/// Whether the file has a table, trigger, … (`type`) of that name. Throws SQLiteError.
+[[nodiscard]] bool
+exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name);
+
+/// For every connection, before it reads anything: what SQLite needs room for on the side (undoing
+/// a statement, sorting) is clipboard content, and would go to a file in /var/tmp.
+extern const char* const connectionSettings;
 
 /// For a new, empty file, before anything else: the write-ahead log fixes the file's format, after
 /// which the setting of the same name in `settingsAndTables` comes too late.
@@ -23,6 +35,12 @@ extern const char* const rebuildFullText;
 
 /// Fails where SQLite cannot use the index, although the file has one.
 extern const char* const tryFullText;
+
+/// Compares the index with the table; fails where they differ.
+extern const char* const checkFullText;
+
+/// Merges the parts of the index into one.
+extern const char* const optimizeFullText;
 
 /// For an SQLite that cannot keep the index in step: without this, no clip could be saved.
 extern const char* const detachFullText;

@@ -18,7 +18,7 @@ SQLiteStatement prepare(const SQLiteConnection& connection, const QByteArray& sq
     } catch (const SQLiteError& error) {
         throw ClipStoreError(
             ClipStoreError::Case::execute,
-            u"SQL: "_s + QString::fromUtf8(sql) + u": "_s + error.message());
+            u"SQL: "_s + QString::fromUtf8(sql) + u": "_s + error.message(), error.code());
     }
 }
 
@@ -101,7 +101,8 @@ void ClipStatement::fail(const char* failure) const
 {
     throw ClipStoreError(
         ClipStoreError::Case::execute,
-        QLatin1StringView(failure) + u": "_s + m_connection.errorMessage());
+        QLatin1StringView(failure) + u": "_s + m_connection.errorMessage(),
+        m_connection.errorCode());
 }
 
 } // namespace tessly

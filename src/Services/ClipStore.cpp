@@ -23,20 +23,20 @@ QCoro::Task<std::vector<Clip>> ClipStore::search(
     QString query, std::optional<ClipKind> kind, qint64 limit, std::vector<Clip> held,
     std::stop_token stop)
 {
-    return m_actor.run(
+    return run(
         [&database = *m_database, query = std::move(query), kind, limit, held = std::move(held),
          stop = std::move(stop)] { return database.search(query, kind, limit, held, stop); });
 }
 
 QCoro::Task<std::optional<Clip>> ClipStore::clip(qint64 position)
 {
-    return m_actor.run([&database = *m_database, position] { return database.clip(position); });
+    return run([&database = *m_database, position] { return database.clip(position); });
 }
 
 QCoro::Task<std::shared_ptr<const std::vector<ClipSummary>>>
 ClipStore::summaries(QString query, std::optional<ClipKind> kind, qint64 limit)
 {
-    return m_actor.run([&database = *m_database, query = std::move(query), kind, limit] {
+    return run([&database = *m_database, query = std::move(query), kind, limit] {
         return std::make_shared<const std::vector<ClipSummary>>(
             database.summaries(query, kind, limit));
     });
@@ -46,46 +46,45 @@ QCoro::Task<Clip> ClipStore::save(
     const ClipPayload& payload, std::optional<QString> sourceAppName,
     std::optional<QString> sourceBundleID, qint64 maximumHistory)
 {
-    return m_actor.run([&database = *m_database, payload, sourceAppName = std::move(sourceAppName),
-                        sourceBundleID = std::move(sourceBundleID), maximumHistory] {
+    return run([&database = *m_database, payload, sourceAppName = std::move(sourceAppName),
+                sourceBundleID = std::move(sourceBundleID), maximumHistory] {
         return database.save(payload, sourceAppName, sourceBundleID, maximumHistory);
     });
 }
 
 QCoro::Task<void> ClipStore::setPinned(bool pinned, QUuid id)
 {
-    return m_actor.run([&database = *m_database, pinned, id] { database.setPinned(pinned, id); });
+    return run([&database = *m_database, pinned, id] { database.setPinned(pinned, id); });
 }
 
 QCoro::Task<void> ClipStore::markUsed(QUuid id, bool moveToTop)
 {
-    return m_actor.run(
-        [&database = *m_database, id, moveToTop] { database.markUsed(id, moveToTop); });
+    return run([&database = *m_database, id, moveToTop] { database.markUsed(id, moveToTop); });
 }
 
 QCoro::Task<void> ClipStore::remove(QUuid id)
 {
-    return m_actor.run([&database = *m_database, id] { database.remove(id); });
+    return run([&database = *m_database, id] { database.remove(id); });
 }
 
 QCoro::Task<void> ClipStore::clear(bool includePinned)
 {
-    return m_actor.run([&database = *m_database, includePinned] { database.clear(includePinned); });
+    return run([&database = *m_database, includePinned] { database.clear(includePinned); });
 }
 
 QCoro::Task<void> ClipStore::trimHistory(qint64 maximum)
 {
-    return m_actor.run([&database = *m_database, maximum] { database.trimHistory(maximum); });
+    return run([&database = *m_database, maximum] { database.trimHistory(maximum); });
 }
 
-QCoro::Task<void> ClipStore::scrub()
+QCoro::Task<ClipStore::Upkeep> ClipStore::scrub()
 {
-    return m_actor.run([&database = *m_database] { database.scrub(); });
+    return run([this] { return m_database->scrub([this] { return m_waiting > 0; }); });
 }
 
 QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
 {
-    return m_actor.run([&database = *m_database] { return database.statistics(); });
+    return run([&database = *m_database] { return database.statistics(); });
 }
 
 } // namespace tessly

@@ -7,6 +7,7 @@
 
 #include <QCoroTask>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +46,7 @@ public:
     ClipStore(const ClipStore&) = delete;
     ClipStore& operator=(const ClipStore&) = delete;
 
-    /// Whether the full-text index serves searches. Decided when the store opened.
+    /// Whether the full-text index serves searches.
     [[nodiscard]] bool ftsAvailable() const;
 
     /// The clips that match, in list order, `limit` at the most (negative: all).
@@ -74,21 +75,45 @@ public:
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
     [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
     [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
-    /// When it returns, no byte of the content is left in the database's files.
+    /// When it returns, no byte of the content is left in the database's files; where wiping them
+    /// failed, or another process reads just then, the log says so, and `scrub` is to do it.
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);
-    /// When it returns, no byte of the contents is left in the database's files.
+    /// As `remove`.
     [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
     [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
 
-    /// Wipes from the database's files what saves and `trimHistory` have dropped from the history.
-    /// Rewrites the full-text index, which is too much for every save: call it a few seconds after
-    /// the last save or trim, and a while after the start. Does nothing where nothing was dropped.
-    /// If another process is reading just then, the wiping waits for the next call.
-    [[nodiscard]] QCoro::Task<void> scrub();
+    /// Where the upkeep of the files stands.
+    enum class Upkeep {
+        /// Nothing is left to do.
+        done,
+        /// Another process was reading the files, or other operations were waiting, which is over
+        /// as
+        /// a rule when it is asked for again.
+        hindered,
+    };
+    /// First checks, once after the opening, whether the full-text index agrees with the clips, and
+    /// makes it again if not; the check gives way to other operations. Then wipes from the
+    /// database's files what saves and `trimHistory` have dropped from the history,
+    /// and what `remove` and `clear` could not. Rewrites the full-text index, which is too much for
+    /// every save: call it a few seconds after the last write, and a while after the start. Does
+    /// nothing where nothing was dropped. What failed is tried again by the next call.
+    [[nodiscard]] QCoro::Task<Upkeep> scrub();
     [[nodiscard]] QCoro::Task<Statistics> statistics();
 
 private:
+    /// Runs an operation on the worker, and counts it until it begins.
+    template <typename Operation>
+    auto run(Operation operation)
+    {
+        ++m_waiting;
+        return m_actor.run([this, operation = std::move(operation)]() mutable {
+            --m_waiting;
+            return operation();
+        });
+    }
+
     std::unique_ptr<ClipDatabase> m_database;
+    std::atomic_int m_waiting = 0;
     // Goes first, so that what was called has run before the database closes.
     Actor m_actor;
 };

@@ -29,11 +29,12 @@ QString prefix(ClipStoreError::Case errorCase)
 
 } // namespace
 
-ClipStoreError::ClipStoreError(Case errorCase, QString message)
+ClipStoreError::ClipStoreError(Case errorCase, QString message, int sqliteCode)
     : m_case(errorCase)
     , m_message(std::move(message))
     , m_description(prefix(m_case) + m_message)
     , m_what(m_description.toUtf8())
+    , m_sqliteCode(sqliteCode)
 {
 }
 

@@ -13,10 +13,13 @@ class ClipStoreError final : public std::exception
 public:
     enum class Case { openDatabase, corruptedDatabase, prepare, execute, bind, decode };
 
-    ClipStoreError(Case errorCase, QString message);
+    /// `sqliteCode`: see below.
+    ClipStoreError(Case errorCase, QString message, int sqliteCode = 0);
 
     [[nodiscard]] Case errorCase() const { return m_case; }
     [[nodiscard]] const QString& message() const { return m_message; }
+    /// SQLite's extended result code, 0 where SQLite had no part in it.
+    [[nodiscard]] int sqliteCode() const { return m_sqliteCode; }
     /// The case's fixed prefix, followed by the message.
     [[nodiscard]] const QString& description() const { return m_description; }
     /// The description in UTF-8.
@@ -27,6 +30,7 @@ private:
     QString m_message;
     QString m_description;
     QByteArray m_what;
+    int m_sqliteCode;
 };
 
 } // namespace tessly

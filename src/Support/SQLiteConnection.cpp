@@ -6,6 +6,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -48,7 +49,7 @@ void SQLiteConnection::open(const QByteArray& name, int flags)
     m_handle.reset(handle);
     if (result != SQLITE_OK) {
         const QString message = handle != nullptr ? errorMessage() : QString();
-        throw SQLiteError(message.isEmpty() ? u"Unknown SQLite error"_s : message);
+        throw SQLiteError(message.isEmpty() ? u"Unknown SQLite error"_s : message, result);
     }
 }
 
@@ -63,7 +64,7 @@ void SQLiteConnection::execute(const char* sql)
     const int result = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, &text);
     const std::unique_ptr<char, decltype(&sqlite3_free)> message(text, sqlite3_free);
     if (result != SQLITE_OK) {
-        throw SQLiteError(message ? QString::fromUtf8(message.get()) : errorMessage());
+        throw SQLiteError(message ? QString::fromUtf8(message.get()) : errorMessage(), errorCode());
     }
 }
 
@@ -72,10 +73,15 @@ QString SQLiteConnection::errorMessage() const
     return QString::fromUtf8(sqlite3_errmsg(m_handle.get()));
 }
 
+int SQLiteConnection::errorCode() const
+{
+    return sqlite3_extended_errcode(m_handle.get());
+}
+
 bool SQLiteConnection::isHindered() const
 {
     constexpr int primaryCode = 0xff;
-    const int code = sqlite3_extended_errcode(m_handle.get());
+    const int code = errorCode();
     switch (code & primaryCode) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -86,14 +92,36 @@ bool SQLiteConnection::isHindered() const
     case SQLITE_PERM:
     case SQLITE_READONLY:
     case SQLITE_CANTOPEN:
-        return true;
     case SQLITE_IOERR:
-        // What cannot be read of the file is lost to it.
-        return code != SQLITE_IOERR_READ && code != SQLITE_IOERR_SHORT_READ &&
-               code != SQLITE_IOERR_CORRUPTFS && code != SQLITE_IOERR_DATA;
+        return true;
     default:
         return false;
     }
+}
+
+bool SQLiteConnection::isReadable() const
+{
+    QByteArray bytes(1024 * 1024, Qt::Uninitialized);
+    for (const int which : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(m_handle.get(), "main", which, static_cast<void*>(&file));
+        if (file == nullptr || file->pMethods == nullptr) {
+            continue;
+        }
+        sqlite3_int64 size = 0;
+        if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+            return false;
+        }
+        for (sqlite3_int64 offset = 0; offset < size; offset += bytes.size()) {
+            const auto length = std::min<sqlite3_int64>(bytes.size(), size - offset);
+            const int result =
+                file->pMethods->xRead(file, bytes.data(), static_cast<int>(length), offset);
+            if (result != SQLITE_OK && result != SQLITE_IOERR_SHORT_READ) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 bool SQLiteConnection::isInTransaction() const

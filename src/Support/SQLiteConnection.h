@@ -37,9 +37,15 @@ public:
     /// What SQLite says about the last call that failed.
     [[nodiscard]] QString errorMessage() const;
 
+    /// Its extended result code.
+    [[nodiscard]] int errorCode() const;
+
     /// Whether that call failed for what stands around the file (a lock, missing rights, no room on
-    /// the disk or in memory), which says nothing of what is in it.
+    /// the disk or in memory, a disk that does not answer), which says nothing of what is in it.
     [[nodiscard]] bool isHindered() const;
+
+    /// Whether the disk hands over the whole file and its log. Reads them from end to end.
+    [[nodiscard]] bool isReadable() const;
 
     [[nodiscard]] bool isInTransaction() const;
 

@@ -4,9 +4,10 @@
 
 namespace tessly {
 
-SQLiteError::SQLiteError(QString message)
+SQLiteError::SQLiteError(QString message, int code)
     : m_message(std::move(message))
     , m_what(m_message.toUtf8())
+    , m_code(code)
 {
 }
 

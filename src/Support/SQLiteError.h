@@ -7,18 +7,21 @@
 
 namespace tessly {
 
-/// SQLite refused a call. The message is SQLite's own.
+/// SQLite refused a call. The message is SQLite's own, and so is the code (an extended result
+/// code).
 class SQLiteError final : public std::exception
 {
 public:
-    explicit SQLiteError(QString message);
+    SQLiteError(QString message, int code);
 
     [[nodiscard]] const QString& message() const { return m_message; }
+    [[nodiscard]] int code() const { return m_code; }
     [[nodiscard]] const char* what() const noexcept override { return m_what.constData(); }
 
 private:
     QString m_message;
     QByteArray m_what;
+    int m_code;
 };
 
 } // namespace tessly

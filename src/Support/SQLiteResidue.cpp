@@ -53,7 +53,7 @@ sqlite3_file* file(const SQLiteConnection& connection, int which)
 void require(int result)
 {
     if (result != SQLITE_OK) {
-        throw SQLiteError(QString::fromUtf8(sqlite3_errstr(result)));
+        throw SQLiteError(QString::fromUtf8(sqlite3_errstr(result)), result);
     }
 }
 

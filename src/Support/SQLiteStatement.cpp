@@ -18,7 +18,7 @@ SQLiteStatement::SQLiteStatement(const SQLiteConnection& connection, const QByte
         connection.handle(), sql.constData(), static_cast<int>(sql.size()), &statement, nullptr);
     m_statement.reset(statement);
     if (result != SQLITE_OK) {
-        throw SQLiteError(connection.errorMessage());
+        throw SQLiteError(connection.errorMessage(), result);
     }
 }
 

@@ -25,6 +25,10 @@ constexpr std::size_t unsavedAtMost = 3;
 constexpr Clock::Duration settleTimeout = 500ms;
 constexpr Clock::Duration lastSettleTimeout = 1s;
 
+/// How long after a wiping that failed it is tried again; after each further one twice as long.
+constexpr Clock::Duration scrubRetryDelay = 1min;
+constexpr Clock::Duration longestScrubRetryDelay = 1h;
+
 Q_LOGGING_CATEGORY(lcAppModel, "com.brackmoor.tessly.AppModel")
 
 /// Whether a store operation failed because it was asked to stop.
@@ -35,23 +39,13 @@ bool isInterruption(const std::exception& error)
            storeError->message().contains("interrupted"_L1);
 }
 
-/// Wipes what the history has dropped. The user did not ask for it now, and the next call makes up
-/// for one that failed: the log hears of it, not the panel.
-QCoro::Task<> scrub(ClipStore& store)
-{
-    try {
-        co_await store.scrub();
-    } catch (const std::exception& error) {
-        qCWarning(lcAppModel, "Dropped clips are not wiped yet: %s", error.what());
-    }
-}
-
 } // namespace
 
 AppModel::AppModel(Dependencies dependencies, QObject* parent)
     : QObject(parent)
     , m_dependencies(dependencies)
     , m_automaticPasteAccessGranted(dependencies.pasteService.checkAutomaticPasteAccess())
+    , m_scrubRetryDelay(scrubRetryDelay)
 {
 }
 
@@ -273,9 +267,30 @@ void AppModel::scheduleScrub(Clock::Duration delay)
             scheduleScrub(scrubDelay);
         } else {
             m_scrubTimer.reset();
-            scrub(m_dependencies.store);
+            scrub(this);
         }
     });
+}
+
+/// Wipes what the history has dropped. The user did not ask for it now, and a later one makes up
+/// for one that failed: the log hears of it, not the panel.
+QCoro::Task<> AppModel::scrub(QPointer<AppModel> self)
+{
+    auto upkeep = ClipStore::Upkeep::hindered;
+    try {
+        upkeep = co_await self->m_dependencies.store.scrub();
+    } catch (const std::exception& error) {
+        qCWarning(lcAppModel, "Dropped clips are not wiped yet: %s", error.what());
+    }
+    if (!self) {
+        co_return;
+    }
+    if (upkeep == ClipStore::Upkeep::done) {
+        self->m_scrubRetryDelay = scrubRetryDelay;
+    } else if (!self->m_scrubTimer) {
+        self->scheduleScrub(self->m_scrubRetryDelay);
+        self->m_scrubRetryDelay = std::min(self->m_scrubRetryDelay * 2, longestScrubRetryDelay);
+    }
 }
 
 void AppModel::reload(Debounce debounce)

@@ -162,7 +162,7 @@ private:
         bool hasFailed = false;
     };
 
-    /// How long after the last capture or trim what was dropped is wiped from the disk.
+    /// How long after the last capture, trim or deletion what was dropped is wiped from the disk.
     static constexpr Clock::Duration scrubDelay = std::chrono::seconds(5);
 
     // Work that waits for the store holds the model weakly, and does nothing once it is gone.
@@ -183,6 +183,7 @@ private:
         ActionCompletion completion = {});
     static QCoro::Task<> pastePosition(
         QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target);
+    static QCoro::Task<> scrub(QPointer<AppModel> self);
     void scheduleScrub(Clock::Duration delay);
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
     void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
@@ -210,6 +211,7 @@ private:
     std::unique_ptr<Clock::Timer> m_bannerTimer;
     std::unique_ptr<Clock::Timer> m_accessPoll;
     std::unique_ptr<Clock::Timer> m_scrubTimer;
+    Clock::Duration m_scrubRetryDelay;
     bool m_hasReloaded = false;
     /// Those that could not be saved, the latest last.
     std::deque<Capture> m_unsaved;

@@ -274,6 +274,8 @@ void AppModel::deleteSelected()
 void AppModel::deleteClip(const Clip& clip, ActionCompletion completion)
 {
     finish(this, m_dependencies.store.remove(clip.id), {}, std::move(completion));
+    // For what could not be wiped at once.
+    scheduleScrub(scrubDelay);
 }
 
 void AppModel::clearHistory(bool includePinned, ActionCompletion completion)
@@ -281,6 +283,7 @@ void AppModel::clearHistory(bool includePinned, ActionCompletion completion)
     finish(
         this, m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s,
         std::move(completion));
+    scheduleScrub(scrubDelay);
 }
 
 void AppModel::setRecordingPaused(bool paused)

@@ -1,5 +1,6 @@
 #include "AppModelFixture.h"
 #include "LogCapture.h"
+#include "SQLiteConnection.h"
 
 #include <gmock/gmock.h>
 
@@ -8,11 +9,15 @@
 #include <QSignalSpy>
 
 #include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 namespace tessly::test {
@@ -333,6 +338,30 @@ TEST_F(AppModelTest, AnUnchangedEntryKeepsItsContentInMemory)
 
 // Wiping what was dropped
 
+/// While it lives, no file of this process grows or is written to.
+class FullDisk
+{
+public:
+    FullDisk()
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_limit);
+        const rlimit none{0, m_limit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FullDisk()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_limit);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_limit{};
+};
+
 class AppModelScrubTest : public AppModelTest
 {
 protected:
@@ -422,11 +451,48 @@ TEST_F(AppModelScrubTest, WipingThatFailsIsLoggedAndShowsNoBanner)
 {
     copy("new");
     run();
-    executeSQL("DROP TABLE clips_fts");
+    const FullDisk disk;
     const LogCapture log;
     pass(5s);
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.AppModel"_s), SizeIs(1));
     EXPECT_FALSE(m_model->banner().has_value());
+}
+
+TEST_F(AppModelScrubTest, WhatADeletionCouldNotWipeIsWipedLater)
+{
+    reload();
+    const LogCapture log;
+    {
+        SQLiteConnection reader(m_databasePath);
+        reader.execute("BEGIN; SELECT count(*) FROM clips");
+        m_model->deleteClip(m_model->clips().back());
+        run();
+        EXPECT_THAT(texts(), Not(Contains("text 0")));
+        pass(5s);
+        EXPECT_TRUE(isOnDisk("text 0")) << "the other program reads it still";
+    }
+    pass(59s);
+    EXPECT_TRUE(isOnDisk("text 0"));
+    pass(1s);
+    EXPECT_FALSE(isOnDisk("text 0"));
+    m_clock.advance(24h);
+    EXPECT_EQ(m_executor->pending(), 0U) << "nothing is left to do";
+}
+
+TEST_F(AppModelScrubTest, WipingThatKeepsFailingIsTriedEverLessOften)
+{
+    copy("new");
+    run();
+    const FullDisk disk;
+    const LogCapture log;
+    pass(5s);
+    for (const auto delay : {1min, 2min, 4min, 8min, 16min, 32min, 60min, 60min}) {
+        m_clock.advance(delay - 1ms);
+        EXPECT_EQ(m_executor->pending(), 0U);
+        m_clock.advance(1ms);
+        EXPECT_EQ(m_executor->pending(), 1U);
+        run();
+    }
 }
 
 TEST_F(AppModelTest, AccessIssuesBecomeBanners)

@@ -1,3 +1,4 @@
+#include "FaultVFS.h"
 #include "HistoryFile.h"
 #include "UI/QtPrinting.h"
 
@@ -159,6 +160,28 @@ TEST_F(ClipSecrets, waitForTheNextScrubWhileAnotherProcessReads)
     }
     history.database().scrub();
     EXPECT_EQ(filesWith(secret), QStringList());
+}
+
+// Where a file has no name, nobody wipes it and nobody knows who may read the disk it is on.
+TEST_F(ClipSecrets, areWrittenToNoFileButTheHistorysOwn)
+{
+    history.close();
+    const FaultVFS vfs;
+    history.open();
+    const auto large = [](int i) { return QByteArray::number(i) + QByteArray(200'000, 'x'); };
+    // Each of these would need more room for undoing one statement than SQLite keeps in memory.
+    for (int i = 0; i < 30; ++i) {
+        history.saveText(large(i));
+    }
+    history.saveText(large(30), 10);
+    history.database().trimHistory(10);
+    (void)history.database().search(u"nothing"_s, std::nullopt, -1);
+    history.database().clear(true);
+    history.close();
+    for (const QByteArray& file : vfs.opened()) {
+        EXPECT_TRUE(file.startsWith(QFile::encodeName(history.path()))) << file.constData();
+    }
+    EXPECT_FALSE(vfs.opened().isEmpty()) << "or it could not fail";
 }
 
 // Pages are split and merged in a history that grows and shrinks, and rows move between them.

@@ -1,0 +1,101 @@
+#include "ClipDatabase.h"
+
+#include "SQLiteResidue.h"
+
+#include <QLoggingCategory>
+#include <QScopeGuard>
+
+#include <chrono>
+
+namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
+
+// Another process that lists the history is done sooner.
+constexpr std::chrono::milliseconds readerTimeout(200);
+
+} // namespace
+
+void ClipDatabase::tidyUp()
+{
+    // The clips are gone from the history; what fails from here on does not bring them back, and
+    // must not be taken for a deletion that failed.
+    try {
+        withIndexMended([this] { execute("PRAGMA incremental_vacuum(32);"); });
+        if (wipe() == Upkeep::done) {
+            return;
+        }
+        qCInfo(lcStore, "Another process reads the history: deleted clips will be wiped later");
+    } catch (const ClipStoreError& error) {
+        qCWarning(lcStore, "Deleted clips are not wiped yet: %s", error.what());
+    }
+}
+
+ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
+{
+    if (!m_isIndexChecked && !checkIndex(isHurried)) {
+        return Upkeep::hindered;
+    }
+    return m_hasResidue ? wipe() : Upkeep::done;
+}
+
+bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
+{
+    std::optional<SQLiteConnection::StopWatch> watch;
+    if (isHurried) {
+        if (isHurried()) {
+            return false;
+        }
+        watch.emplace(m_connection, isHurried);
+    }
+    try {
+        if (m_index.isAvailable()) {
+            m_index.check();
+        }
+        m_isIndexChecked = true;
+    } catch (const ClipStoreError& error) {
+        watch.reset();
+        if (!mendIndex(error)) {
+            // It was interrupted, or something else stood in the way.
+            return false;
+        }
+        m_isIndexChecked = true;
+    }
+    return true;
+}
+
+ClipStore::Upkeep ClipDatabase::wipe()
+{
+    // A word of a deleted clip stays in the index until its part of the index is merged with the
+    // note that it is deleted.
+    withIndexMended([this] {
+        if (m_index.isAvailable()) {
+            m_index.optimize();
+        }
+    });
+    // A deleted row's pages stay in the log as they were written once, and in the file until the
+    // log is copied back.
+    if (!emptyLog()) {
+        return Upkeep::hindered;
+    }
+    try {
+        m_hasResidue = !eraseResidue(m_connection);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+    return m_hasResidue ? Upkeep::hindered : Upkeep::done;
+}
+
+bool ClipDatabase::emptyLog()
+{
+    // Who reads for long is not waited for: the log can be emptied another time.
+    m_connection.setBusyTimeout(readerTimeout);
+    const auto restore = qScopeGuard([this] { m_connection.setBusyTimeout(busyTimeout); });
+    ClipStatement checkpoint = prepare("PRAGMA wal_checkpoint(TRUNCATE);");
+    return checkpoint.next("Could not update clipboard history") &&
+           checkpoint.row().integer(0) == 0;
+}
+
+} // namespace tessly

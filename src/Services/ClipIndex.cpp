@@ -1,0 +1,273 @@
+#include "ClipIndex.h"
+
+#include "ClipSchema.h"
+#include "ClipStatement.h"
+#include "SQLiteError.h"
+#include "SQLiteTransaction.h"
+
+#include <QLoggingCategory>
+#include <QScopeGuard>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
+
+constexpr int primaryCode = 0xff;
+
+// The tables in which FTS5 keeps an index.
+constexpr std::array shadowTables = {
+    "clips_fts_data", "clips_fts_idx", "clips_fts_docsize", "clips_fts_config"};
+
+// Compacting copies the clips into memory once; a file that is larger is left to the next opening.
+constexpr qint64 largestToCompact = 64 * 1024 * 1024;
+
+qint64 number(const SQLiteConnection& connection, const char* pragma)
+{
+    ClipStatement statement(connection, pragma);
+    return statement.next("Could not read database size") ? statement.row().integer(0) : 0;
+}
+
+} // namespace
+
+ClipIndex::ClipIndex(SQLiteConnection& connection)
+    : m_connection(connection)
+{
+}
+
+void ClipIndex::attach()
+{
+    m_isAvailable = false;
+    if (!canBeHad()) {
+        detach();
+        return;
+    }
+    try {
+        // In one transaction: an index that was created and not filled would pass for a full one at
+        // the next opening.
+        SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+        const bool wasInStep = isInStep();
+        m_connection.execute(schema::fullText);
+        m_connection.execute(schema::tryFullText);
+        if (!wasInStep) {
+            m_connection.execute(schema::rebuildFullText);
+        }
+        transaction.commit();
+        m_isAvailable = true;
+    } catch (const SQLiteError& error) {
+        if ((error.code() & primaryCode) == SQLITE_IOERR) {
+            throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+        }
+        remake(error.message(), Dropping::compactsIfNeeded);
+    }
+}
+
+void ClipIndex::attachToRead()
+{
+    m_isAvailable = false;
+    try {
+        if (isInStep()) {
+            m_connection.execute(schema::tryFullText);
+            m_isAvailable = true;
+        }
+    } catch (const SQLiteError& error) {
+        qCInfo(lcStore, "Searching without the index: %s", error.what());
+    }
+}
+
+void ClipIndex::check()
+{
+    try {
+        m_connection.execute(schema::checkFullText);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+}
+
+void ClipIndex::optimize()
+{
+    try {
+        m_connection.execute(schema::optimizeFullText);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+}
+
+bool ClipIndex::isToBlame(const ClipStoreError& error)
+{
+    if (error.sqliteCode() == SQLITE_CORRUPT_VTAB) {
+        return true;
+    }
+    switch (error.sqliteCode() & primaryCode) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return areClipsSound();
+    case SQLITE_CONSTRAINT:
+        // Those of the clips name their column, or are somebody's trigger.
+        return error.sqliteCode() != SQLITE_CONSTRAINT_TRIGGER &&
+               !error.message().contains(": clips."_L1);
+    case SQLITE_ERROR:
+        // A table of it may be gone, or a trigger.
+        try {
+            if (!m_isAvailable || !schema::exists(m_connection, "table", "clips")) {
+                return false;
+            }
+            if (!isInStep()) {
+                return true;
+            }
+            check();
+            return false;
+        } catch (const std::exception&) {
+            return true;
+        }
+    default:
+        return false;
+    }
+}
+
+bool ClipIndex::remake(const QString& reason, Dropping dropping)
+{
+    m_isAvailable = false;
+    for (const bool byForce : {false, true}) {
+        if (!byForce && dropping == Dropping::compacts) {
+            continue;
+        }
+        try {
+            if (byForce) {
+                dropByForce(dropping);
+            } else {
+                drop();
+            }
+            make();
+            m_isAvailable = true;
+            qCWarning(lcStore, "The search index was made again: %s", qUtf8Printable(reason));
+            return true;
+        } catch (const SQLiteError& error) {
+            qCInfo(lcStore, "The search index could not be made again: %s", error.what());
+        }
+    }
+    qCWarning(lcStore, "Searching without an index: %s", qUtf8Printable(reason));
+    return detach();
+}
+
+void ClipIndex::make()
+{
+    SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+    m_connection.execute(schema::fullText);
+    m_connection.execute(schema::rebuildFullText);
+    transaction.commit();
+}
+
+void ClipIndex::drop()
+{
+    SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+    m_connection.execute(schema::detachFullText);
+    m_connection.execute("DROP TABLE IF EXISTS clips_fts;");
+    transaction.commit();
+}
+
+void ClipIndex::dropByForce(Dropping dropping)
+{
+    // FTS5 does not drop what it cannot make sense of, nor SQLite a table with a page that is no
+    // page any more. Their names can be taken out of the schema; the pages that then belong to
+    // nobody go when the file is compacted, or when the next opening finds them.
+    {
+        SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+        m_connection.execute(schema::detachFullText);
+        m_connection.execute("PRAGMA writable_schema = ON;");
+        const auto protect = qScopeGuard([this] {
+            try {
+                m_connection.execute("PRAGMA writable_schema = RESET;");
+            } catch (const SQLiteError& error) {
+                qCWarning(lcStore, "The schema was not read again: %s", error.what());
+            }
+        });
+        m_connection.execute(
+            "DELETE FROM sqlite_master WHERE type = 'table' AND name = 'clips_fts';");
+        m_connection.execute("PRAGMA writable_schema = RESET;");
+        transaction.commit();
+    }
+    bool isDropped = true;
+    for (const char* const table : shadowTables) {
+        try {
+            const QByteArray sql = QByteArrayLiteral("DROP TABLE IF EXISTS ") + table;
+            m_connection.execute(sql.constData());
+        } catch (const SQLiteError& error) {
+            if ((error.code() & primaryCode) != SQLITE_CORRUPT) {
+                throw;
+            }
+            isDropped = false;
+        }
+    }
+    const bool isTooLarge =
+        number(m_connection, "PRAGMA page_count;") * number(m_connection, "PRAGMA page_size;") >
+        largestToCompact;
+    if (isDropped && (isTooLarge || dropping == Dropping::compactsIfNeeded)) {
+        return;
+    }
+    if (isTooLarge) {
+        throw SQLiteError(u"the file is too large to be compacted in memory"_s, SQLITE_TOOBIG);
+    }
+    SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+    m_connection.execute("PRAGMA writable_schema = ON;");
+    m_connection.execute("DELETE FROM sqlite_master WHERE tbl_name IN ('clips_fts_data', "
+                         "'clips_fts_idx', 'clips_fts_docsize', 'clips_fts_config');");
+    m_connection.execute("PRAGMA writable_schema = RESET;");
+    transaction.commit();
+    m_connection.execute("VACUUM;");
+}
+
+bool ClipIndex::detach()
+{
+    try {
+        m_connection.execute(schema::detachFullText);
+        return true;
+    } catch (const SQLiteError& error) {
+        // The saves will say what is wrong.
+        qCWarning(lcStore, "The search index is still attached: %s", error.what());
+        return false;
+    }
+}
+
+bool ClipIndex::isInStep()
+{
+    // An index without its triggers was left by an SQLite that cannot keep it.
+    return schema::exists(m_connection, "table", "clips_fts") &&
+           std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
+               return schema::exists(m_connection, "trigger", trigger);
+           });
+}
+
+bool ClipIndex::canBeHad()
+{
+    try {
+        ClipStatement modules(
+            m_connection, "SELECT 1 FROM pragma_module_list WHERE name = 'fts5' LIMIT 1;");
+        return modules.next("Could not read the modules of SQLite");
+    } catch (const ClipStoreError&) {
+        // An SQLite that cannot tell has none.
+        return false;
+    }
+}
+
+bool ClipIndex::areClipsSound()
+{
+    try {
+        ClipStatement check(m_connection, "PRAGMA quick_check(clips);");
+        return check.next("Could not check the clips") &&
+               QString::fromUtf8(check.row().bytes(0)).compare(u"ok", Qt::CaseInsensitive) == 0;
+    } catch (const ClipStoreError&) {
+        // They cannot even be looked at.
+        return false;
+    }
+}
+
+} // namespace tessly

@@ -1,0 +1,270 @@
+#include "ClosedHistory.h"
+#include "HistoryFile.h"
+#include "LogCapture.h"
+#include "UI/QtPrinting.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly::test {
+
+namespace {
+
+/// Damages the index in many ways, from outside and behind the program's back. No clip may suffer.
+class ClipIndexDamage : public testing::Test
+{
+protected:
+    ClipIndexDamage()
+    {
+        history.open();
+        for (int i = 0; i < 60; ++i) {
+            m_last = history.saveText(
+                "secret" + QByteArray::number(i) + " word" + QByteArray::number(i * 7) + ' ' +
+                QByteArray(400, 'x'));
+        }
+        history.database().scrub();
+    }
+
+    std::vector<Clip> all() { return history.database().search({}, std::nullopt, -1); }
+    std::size_t found(const QString& query)
+    {
+        return history.database().search(query, std::nullopt, -1).size();
+    }
+
+    QByteArray bytes()
+    {
+        QFile file(history.path());
+        EXPECT_TRUE(file.open(QFile::ReadOnly));
+        return file.readAll();
+    }
+    void setBytes(const QByteArray& bytes)
+    {
+        history.close();
+        for (const QString& companion : {u"-wal"_s, u"-shm"_s}) {
+            QFile::remove(history.path() + companion);
+        }
+        QFile file(history.path());
+        ASSERT_TRUE(file.open(QFile::WriteOnly));
+        file.write(bytes);
+    }
+    void overwritePage(qsizetype page)
+    {
+        QFile file(history.path());
+        ASSERT_TRUE(file.open(QFile::ReadWrite));
+        file.seek(page * pageSize);
+        file.write(QByteArray(pageSize, '\x55'));
+    }
+    /// The pages without which the clips are whole.
+    std::vector<qsizetype> otherPages(const QByteArray& sound)
+    {
+        std::vector<qsizetype> pages;
+        for (qsizetype page = 1; page < sound.size() / pageSize; ++page) {
+            setBytes(sound);
+            overwritePage(page);
+            try {
+                if (history.ask("PRAGMA quick_check(clips)") == QByteArrayList({"ok"})) {
+                    pages.push_back(page);
+                }
+            } catch (const std::runtime_error&) {
+                // It cannot be done without this one.
+            }
+        }
+        EXPECT_GE(pages.size(), 5U);
+        return pages;
+    }
+
+    void expectSound()
+    {
+        EXPECT_EQ(history.ask("PRAGMA integrity_check"), QByteArrayList({"ok"}));
+        history.execute("INSERT INTO clips_fts (clips_fts, rank) VALUES ('integrity-check', 1)");
+    }
+
+    /// Everything a user does works, with the index.
+    void expectInUse()
+    {
+        EXPECT_EQ(all().size(), 60U);
+        const Clip added = history.saveText("added");
+        history.database().setPinned(true, added.id);
+        history.database().markUsed(m_last.id, true);
+        history.database().remove(m_last.id);
+        EXPECT_EQ(found(u"word413"_s), 0U);
+        EXPECT_EQ(found(u"added"_s), 1U);
+        EXPECT_EQ(all().size(), 60U);
+        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+        EXPECT_EQ(found(u"word7"_s), 3U);
+        history.database().clear(true);
+        EXPECT_TRUE(history.database().ftsAvailable());
+        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+        // What this connection has in memory may be better than what is in the file.
+        history.open();
+        EXPECT_TRUE(history.database().ftsAvailable());
+        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+        expectSound();
+        EXPECT_FALSE(bytes().contains("ecret")) << "what was cleared is gone";
+    }
+
+    std::vector<LogCapture::Line> warnings() const
+    {
+        std::vector<LogCapture::Line> lines = log.lines(u"com.brackmoor.tessly.ClipStore"_s);
+        std::erase_if(
+            lines, [](const LogCapture::Line& line) { return line.level != QtWarningMsg; });
+        return lines;
+    }
+
+    static constexpr qsizetype pageSize = 4096;
+    const LogCapture log;
+    HistoryFile history;
+    Clip m_last;
+};
+
+const QByteArrayList damages = {
+    // The averages and the structure.
+    "DELETE FROM clips_fts_data WHERE id = 1",
+    "UPDATE clips_fts_data SET block = zeroblob(length(block)) WHERE id = 1",
+    "DELETE FROM clips_fts_data WHERE id = 10",
+    "UPDATE clips_fts_data SET block = zeroblob(length(block)) WHERE id = 10",
+    // The words.
+    "UPDATE clips_fts_data SET block = zeroblob(length(block)) WHERE id > 10",
+    "DELETE FROM clips_fts_data WHERE id > 10",
+    "DELETE FROM clips_fts_docsize",
+    "DELETE FROM clips_fts_idx",
+    "UPDATE clips_fts_config SET v = 3 WHERE k = 'version'",
+    "DROP TABLE clips_fts_data",
+    "DROP TABLE clips_fts_docsize",
+    "DROP TABLE clips_fts",
+};
+
+} // namespace
+
+TEST_F(ClipIndexDamage, beforeTheOpeningCostsNothing)
+{
+    history.close();
+    const QByteArray sound = bytes();
+    for (const QByteArray& damage : damages) {
+        SCOPED_TRACE(damage.constData());
+        setBytes(sound);
+        history.execute(damage);
+        history.open();
+        expectInUse();
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(ClipIndexDamage, whileTheHistoryIsOpenCostsNothing)
+{
+    history.close();
+    const QByteArray sound = bytes();
+    for (const QByteArray& damage : damages) {
+        SCOPED_TRACE(damage.constData());
+        setBytes(sound);
+        history.open();
+        history.database().remove(history.saveText("before").id);
+        history.execute(damage);
+        expectInUse();
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(ClipIndexDamage, ofAnyPageCostsNothing)
+{
+    history.close();
+    const QByteArray sound = bytes();
+    for (const qsizetype page : otherPages(sound)) {
+        SCOPED_TRACE(page);
+        setBytes(sound);
+        overwritePage(page);
+        history.open();
+        expectInUse();
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(ClipIndexDamage, ofAnyPageWhileTheHistoryIsOpenCostsNothing)
+{
+    history.close();
+    const QByteArray sound = bytes();
+    for (const qsizetype page : otherPages(sound)) {
+        SCOPED_TRACE(page);
+        setBytes(sound);
+        history.open();
+        overwritePage(page);
+        expectInUse();
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
+TEST_F(ClipIndexDamage, isToldInOneLine)
+{
+    history.execute("DELETE FROM clips_fts_data WHERE id = 1");
+    history.saveText("x");
+    EXPECT_EQ(
+        warnings(), std::vector<LogCapture::Line>(
+                        {{QtWarningMsg, u"com.brackmoor.tessly.ClipStore"_s,
+                          u"The search index was made again: Could not update clipboard history: "
+                          "database disk image is malformed"_s}}));
+}
+
+TEST_F(ClipIndexDamage, thatNoOperationWouldNoticeIsFoundAfterTheOpening)
+{
+    // The index has lost the words of a clip, and is sound in itself.
+    history.execute("INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name) "
+                    "SELECT 'delete', rowid, search_text, '' FROM clips "
+                    "WHERE search_text LIKE '%word7 %'");
+    history.open();
+    EXPECT_EQ(found(u"word7"_s), 2U);
+    EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+    EXPECT_EQ(found(u"word7"_s), 3U);
+    EXPECT_EQ(warnings().size(), 1U);
+    expectSound();
+}
+
+TEST_F(ClipIndexDamage, isLookedForWhenNothingElseIsToBeDone)
+{
+    history.open();
+    history.execute("DELETE FROM clips_fts_docsize WHERE id = 3");
+    EXPECT_EQ(history.database().scrub([] { return true; }), ClipStore::Upkeep::hindered);
+    EXPECT_TRUE(warnings().empty());
+    EXPECT_EQ(history.database().scrub([] { return false; }), ClipStore::Upkeep::done);
+    EXPECT_EQ(warnings().size(), 1U);
+}
+
+TEST_F(ClipIndexDamage, isNoReasonNotToListAClosedHistory)
+{
+    const auto listed = [this] {
+        return ClosedHistory::summaries(history.path(), u"word7 "_s, std::nullopt, -1).size();
+    };
+    history.close();
+    const QByteArray sound = bytes();
+    for (const qsizetype page : otherPages(sound)) {
+        setBytes(sound);
+        overwritePage(page);
+        const QByteArray damaged = bytes();
+        EXPECT_GE(listed(), 1U) << page;
+        EXPECT_EQ(bytes(), damaged) << "which mends nothing";
+    }
+    for (const QByteArray& damage : damages) {
+        setBytes(sound);
+        history.execute(damage);
+        EXPECT_GE(listed(), 1U) << damage.constData();
+    }
+}
+
+TEST_F(ClipIndexDamage, thatIsNoneLeavesTheIndexAsItIs)
+{
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(
+        (void)history.database().search(u"x"_s, std::nullopt, 0, {}, stop.get_token()),
+        ClipStoreError);
+    history.execute("ALTER TABLE clips RENAME TO other");
+    EXPECT_THROW((void)all(), ClipStoreError);
+    EXPECT_THROW(history.saveText("x"), ClipStoreError);
+    EXPECT_TRUE(warnings().empty());
+}
+
+} // namespace tessly::test
