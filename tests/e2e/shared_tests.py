@@ -10,7 +10,7 @@ from tessly_e2e.hand import pace, pause
 from tessly_e2e.waiting import holds_for, settled
 
 # How long a program may take to fetch what is pasted into it.
-LAZINESS = 0.15
+LAZINESS = 0.1
 # How long a window is there that is hardly seen.
 A_MOMENT = 0.05
 # All that was in front this long ago counts for a copy, in seconds, and a little.
