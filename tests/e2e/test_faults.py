@@ -6,7 +6,7 @@ import stat
 import time
 import unittest
 
-from tessly_e2e import Desktop, Tessly, png, procfs, wait_until
+from tessly_e2e import Desktop, Tessly, png, wait_until
 from tessly_e2e.case import DesktopCase, TesslyCase
 from tessly_e2e.waiting import holds_for
 
@@ -175,22 +175,6 @@ class Services(TesslyCase):
         self.assertEqual(self.history.problems(self.desktop.path("scratch")), [])
         self.assertIsNotNone(self.history.find("before the crash"))
         self.tessly.process.returncode = 0  # how it ends with the server is left open
-
-
-class Resting(TesslyCase):
-    SECONDS = 8
-
-    def test_it_hardly_wakes_up_when_nothing_happens(self):
-        self.record("something")
-        for state in ("before the first opening", "after closing the panel"):
-            with self.subTest(state=state):
-                activity = procfs.activity(self.tessly.pid, self.SECONDS)
-                # Several times what it should be: figures are for the benchmark.
-                self.assertLess(activity.cpu_share, 0.01)
-                self.assertLess(activity.wakeups_per_second, 12)
-            self.tessly.open_panel()
-            self.keyboard.press("Escape")
-            self.tessly.wait_for_closed_panel()
 
 
 if __name__ == "__main__":

@@ -72,7 +72,7 @@ class IgnoredFromTheStart(SourceCase):
         self.expect_ignored("Bitwarden", "bitwarden")
 
     def test_the_desktops_own_wallets(self):
-        self.expect_ignored("kwalletmanager5", "kwalletmanager5")
+        self.expect_ignored("org.kde.kwalletmanager5", "kwalletmanager5")
 
 
 if __name__ == "__main__":

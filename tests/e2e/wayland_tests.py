@@ -337,8 +337,8 @@ class Leaving:
             program.copy(f"offered first {number}")
             self.history.wait_for_text(f"offered first {number}")
             program.offer_anew({TEXT: b"offered next %d" % number})
+            self.assertTrue(holds_for(0.2, program.owns_clipboard), number)
             self.history.wait_for_text(f"offered next {number}", 3)
-            self.assertTrue(program.owns_clipboard(), number)
             self.assertEqual(self.clipboard.read(), b"offered next %d" % number)
 
     def test_by_a_program_that_starts_as_the_other_is_killed(self):

@@ -20,11 +20,12 @@ class Call:
         bus.flush()
 
     def wait(self):
-        """Waits for the answer: None, or the name of the error that it is."""
+        """Waits for the answer: None, or the name and the text of the error that it is."""
         self._pending.block()
         answer = self._answers[0]
-        return answer.get_error_name() if answer.get_type() == dbus.lowlevel.MESSAGE_TYPE_ERROR \
-            else None
+        if answer.get_type() != dbus.lowlevel.MESSAGE_TYPE_ERROR:
+            return None
+        return " ".join([answer.get_error_name(), *map(str, answer.get_args_list())])
 
 
 class BusCalls:

@@ -217,9 +217,13 @@ class _Editor(_Program):
 
     def text(self):
         """What is in the editor: saves it and reads the file."""
-        if self.is_changed():
+        def is_saved():
             self.desktop.keyboard.press("Control+s")
-            wait_until(lambda: not self.is_changed(), "the editor saved its text")
+            # Something may arrive between the key and the look at the title.
+            return not holds_for(1, self.is_changed)
+
+        if self.is_changed():
+            wait_until(is_saved, "the editor saved its text")
         with open(self.path) as file:
             return file.read()
 

@@ -12,8 +12,10 @@ def pause(seconds):
 
 
 def pace(seconds, count):
-    """The numbers up to `count`, one every so many seconds, as near as the machine gets to it."""
-    start = time.monotonic()
+    """The numbers up to `count`, at least so many seconds apart, and hardly more: what comes late on
+    a busy machine is not caught up with."""
+    due = time.monotonic()
     for number in range(count):
-        time.sleep(max(0.0, start + number * seconds - time.monotonic()))
+        time.sleep(max(0.0, due - time.monotonic()))
+        due = time.monotonic() + seconds
         yield number
