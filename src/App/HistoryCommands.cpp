@@ -55,20 +55,33 @@ void HistoryCommands::resume()
 void HistoryCommands::paste(
     qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion)
 {
-    // Now, since another application may be in front by the time the history has answered.
-    auto target = m_dependencies.workspace.frontmostApplication();
+    // Its place in the order is that of the call, however long the history takes to answer.
+    pasteEntry(this, position, style, m_dependencies.model.turn(), completion);
+}
+
+QCoro::Task<> HistoryCommands::pasteEntry(
+    QPointer<HistoryCommands> self, qint64 position, AppModel::PasteStyle style,
+    AppModel::Turn turn, ActionCompletion completion)
+{
+    // Before the history is asked, since another application may be in front by the time it has
+    // answered. What is in front may have come there only just now.
+    const auto inFront = co_await self->m_dependencies.workspace.inFrontDuring({});
+    if (!self) {
+        co_return;
+    }
     // The panel tells of it as it does for the position's key, whose place a command may take.
-    ActionCompletion notFound = [this, completion](const ActionOutcome& outcome) {
-        m_dependencies.model.showBanner(
+    ActionCompletion notFound = [self, completion](const ActionOutcome& outcome) {
+        self->m_dependencies.model.showBanner(
             outcome.message, outcome.resultCase == ActionOutcome::Case::noSuchPosition
                                  ? AppModel::BannerKind::warning
                                  : AppModel::BannerKind::error);
         tell(completion, outcome);
     };
+    const auto kept = std::make_shared<AppModel::Turn>(std::move(turn));
     withClip(
-        this, position,
-        [this, style, target = std::move(target), completion](const Clip& clip) {
-            m_dependencies.model.paste(clip, style, target, completion);
+        self, position,
+        [self, style, target = inFront.back(), kept, completion](const Clip& clip) {
+            self->m_dependencies.model.paste(clip, style, target, std::move(*kept), completion);
         },
         std::move(notFound));
 }
@@ -76,10 +89,11 @@ void HistoryCommands::paste(
 void HistoryCommands::copy(
     qint64 position, AppModel::PasteStyle style, const ActionCompletion& completion)
 {
+    const auto turn = std::make_shared<AppModel::Turn>(m_dependencies.model.turn());
     withClip(
         this, position,
-        [this, style, completion](const Clip& clip) {
-            m_dependencies.model.copy(clip, style, completion);
+        [this, style, turn, completion](const Clip& clip) {
+            m_dependencies.model.copy(clip, style, std::move(*turn), completion);
         },
         completion);
 }

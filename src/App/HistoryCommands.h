@@ -65,6 +65,9 @@ private:
     using Act = std::function<void(const Clip&)>;
 
     /// Does `act` with the clip at a position, or says why not.
+    static QCoro::Task<> pasteEntry(
+        QPointer<HistoryCommands> self, qint64 position, AppModel::PasteStyle style,
+        AppModel::Turn turn, ActionCompletion completion);
     static QCoro::Task<>
     withClip(QPointer<HistoryCommands> self, qint64 position, Act act, ActionCompletion completion);
     static QCoro::Task<> answerList(

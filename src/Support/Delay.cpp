@@ -21,10 +21,10 @@ struct End
 
 QCoro::Task<> delay(Clock& clock, Clock::Duration duration)
 {
-    // The timer's callback holds it, and lets it go by being called or dropped.
+    // The timer's callback holds it: what is dropped without being called ends the wait, too.
     auto end = std::make_shared<End>();
     QFuture<void> ended = end->promise.future();
-    const auto timer = clock.after(duration, [end = std::move(end)]() mutable { end.reset(); });
+    const auto timer = clock.after(duration, [end = std::move(end)] { end->promise.finish(); });
     co_await ended;
 }
 

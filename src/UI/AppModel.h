@@ -109,15 +109,24 @@ public:
     void dismissBanner();
 
     enum class PasteStyle { original, plainTextOnly };
+    /// A place in the order of those who write the pasteboard, to be taken before anything is
+    /// awaited.
+    using Turn = QCoro::Task<PasteService::Turn>;
+    [[nodiscard]] Turn turn() { return pasteService().turn(); }
+
     void paste(
         const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target,
         ActionCompletion completion = {});
+    void paste(
+        const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target, Turn turn,
+        ActionCompletion completion);
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
     void copySelected(PasteStyle style);
     /// Puts a text on the pasteboard that is no entry. False if there is nothing in it.
     bool copyText(const QString& text);
     void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
+    void copy(const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion);
     /// The selected clip if none is given.
     void togglePin(const Clip* clip = nullptr);
     /// Pinning a pinned clip puts it before the other pinned ones.
@@ -172,9 +181,9 @@ private:
     void saveUnsaved();
     static QCoro::Task<> pasteInTurn(
         QPointer<AppModel> self, Clip clip, PasteStyle style,
-        std::shared_ptr<RunningApplication> target, ActionCompletion completion);
+        std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion);
     static QCoro::Task<> copyInTurn(
-        QPointer<AppModel> self, ClipPayload payload, PasteStyle style,
+        QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
         std::function<void(WriteTicket, bool isHeld)> done);
     static QCoro::Task<> fetch(
         QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop);
@@ -182,7 +191,8 @@ private:
         QPointer<AppModel> self, QCoro::Task<> operation, QString successMessage = {},
         ActionCompletion completion = {});
     static QCoro::Task<> pastePosition(
-        QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target);
+        QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target,
+        Turn turn);
     static QCoro::Task<> scrub(QPointer<AppModel> self);
     void scheduleScrub(Clock::Duration delay);
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);

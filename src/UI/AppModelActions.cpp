@@ -49,10 +49,17 @@ void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
 } // namespace
 
 void AppModel::paste(
+    const Clip& clip, PasteStyle style, std::shared_ptr<RunningApplication> target,
+    ActionCompletion completion)
+{
+    paste(clip, style, std::move(target), turn(), std::move(completion));
+}
+
+void AppModel::paste(
     const Clip& clip, PasteStyle style,
     // By value: the one that was given may be replaced when the panel closes.
     std::shared_ptr<RunningApplication> target, // NOLINT(performance-unnecessary-value-param)
-    ActionCompletion completion)
+    Turn turn, ActionCompletion completion)
 {
     PasteService& pasteService = m_dependencies.pasteService;
     // Likewise: it may be a row of a list that changes then.
@@ -69,15 +76,15 @@ void AppModel::paste(
     if (closePanel) {
         closePanel();
     }
-    pasteInTurn(this, pasted, style, std::move(target), std::move(completion));
+    pasteInTurn(this, pasted, style, std::move(target), std::move(turn), std::move(completion));
 }
 
 QCoro::Task<> AppModel::pasteInTurn(
     QPointer<AppModel> self, Clip clip, PasteStyle style,
-    std::shared_ptr<RunningApplication> target, ActionCompletion completion)
+    std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion)
 {
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const PasteService::Turn turn = co_await pasteService.turn();
+    const PasteService::Turn held = co_await turn;
     if (!self) {
         co_return;
     }
@@ -142,11 +149,11 @@ void AppModel::pasteGlobalPosition(int position)
         return;
     }
     // Now, since another application may be in front by the time the history has answered.
-    pastePosition(this, position, m_dependencies.workspace.frontmostApplication());
+    pastePosition(this, position, m_dependencies.workspace.frontmostApplication(), turn());
 }
 
 QCoro::Task<> AppModel::pastePosition(
-    QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target)
+    QPointer<AppModel> self, int position, std::shared_ptr<RunningApplication> target, Turn turn)
 {
     try {
         // The first is what was copied last, if that was only just now.
@@ -161,7 +168,8 @@ QCoro::Task<> AppModel::pastePosition(
         }
         if (position >= 1 && std::cmp_less_equal(position, clips.size())) {
             self->paste(
-                clips[static_cast<std::size_t>(position - 1)], PasteStyle::original, target);
+                clips[static_cast<std::size_t>(position - 1)], PasteStyle::original, target,
+                std::move(turn), {});
         } else {
             self->showBanner(
                 u"There is no clipboard item at position %1."_s.arg(position), BannerKind::warning);
@@ -182,7 +190,13 @@ void AppModel::copySelected(PasteStyle style)
 
 void AppModel::copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion)
 {
-    copyInTurn(this, clip.payload, style, [this, completion](WriteTicket ticket, bool isHeld) {
+    copy(clip, style, turn(), completion);
+}
+
+void AppModel::copy(
+    const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion)
+{
+    const auto done = [this, completion](WriteTicket ticket, bool isHeld) {
         if (!ticket) {
             tell(completion, notRestored);
             return;
@@ -192,7 +206,8 @@ void AppModel::copy(const Clip& clip, PasteStyle style, const ActionCompletion& 
         }
         showBanner(copiedMessage, BannerKind::information);
         tell(completion, isHeld ? ActionOutcome() : notCopied);
-    });
+    };
+    copyInTurn(this, clip.payload, style, std::move(turn), done);
 }
 
 bool AppModel::copyText(const QString& text)
@@ -200,17 +215,17 @@ bool AppModel::copyText(const QString& text)
     if (text.isEmpty()) {
         return false;
     }
-    copyInTurn(this, ClipPayload({.plainText = text.toUtf8()}), PasteStyle::original, {});
+    copyInTurn(this, ClipPayload({.plainText = text.toUtf8()}), PasteStyle::original, turn(), {});
     return true;
 }
 
 /// `done` is told, unless the model goes before, of the write and whether it is there to be read.
 QCoro::Task<> AppModel::copyInTurn(
-    QPointer<AppModel> self, ClipPayload payload, PasteStyle style,
+    QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
     std::function<void(WriteTicket, bool isHeld)> done)
 {
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const PasteService::Turn turn = co_await pasteService.turn();
+    const PasteService::Turn held = co_await turn;
     if (!self) {
         co_return;
     }

@@ -293,6 +293,24 @@ TEST_F(PasteServiceTest, TurnsComeOneAfterAnotherInTheOrderOfTheCalls)
     EXPECT_EQ(m_turnsTaken.size(), 4);
 }
 
+TEST_F(PasteServiceTest, ATurnThatNobodyWantsAnyMoreHoldsUpNobody)
+{
+    takeTurn(u"a"_s);
+    {
+        const auto dropped = m_service->turn();
+    }
+    takeTurn(u"b"_s);
+    m_turns.clear();
+    m_clock.advance(0ms);
+    EXPECT_EQ(m_turnsTaken, QStringList({u"a"_s, u"b"_s}));
+    m_turns.clear();
+    {
+        const auto dropped = m_service->turn();
+    }
+    takeTurn(u"c"_s);
+    EXPECT_EQ(m_turnsTaken.size(), 3);
+}
+
 TEST_F(PasteServiceTest, WhatWasPastedIsFetchedBeforeTheNextTurn)
 {
     m_target->setActive(true);

@@ -345,6 +345,30 @@ TEST_F(AppModelActionsTest, PastesInARowEachPasteTheirOwnClip)
     EXPECT_FALSE(m_model->banner().has_value());
 }
 
+TEST_F(AppModelActionsTest, APositionsPlaceInTheOrderIsThatOfItsKey)
+{
+    // The history has not answered yet when the second is asked for.
+    m_model->pasteGlobalPosition(2);
+    m_model->paste(clip(0), PasteStyle::original, m_editor);
+    m_model->pasteGlobalPosition(3);
+    run();
+    pass(2s);
+    EXPECT_EQ(
+        m_pasteboard.writes(),
+        (std::vector{
+            pasteboardItems(clip(1).payload), pasteboardItems(clip(0).payload),
+            pasteboardItems(clip(2).payload)}));
+}
+
+TEST_F(AppModelActionsTest, APositionThatIsNotThereHoldsUpNobody)
+{
+    m_model->pasteGlobalPosition(9);
+    m_model->paste(clip(0), PasteStyle::original, m_editor);
+    run();
+    pass(60ms);
+    EXPECT_THAT(m_keys.pastes(), SizeIs(1));
+}
+
 TEST_F(AppModelActionsTest, ACopyDoesNotReplaceWhatIsBeingPasted)
 {
     m_keys.setPasteboard(&m_pasteboard);
