@@ -78,7 +78,9 @@ public:
     /// first.
     virtual void offerAsPrimary(WriteTicket ticket, OwnDone done) = 0;
     virtual void clear() = 0;
-    virtual void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) = 0;
+    virtual void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        Pasteboard::HasSourceEnded hasSourceEnded) = 0;
 };
 
 } // namespace tessly

@@ -91,11 +91,13 @@ void LoopPasteboard::clear()
     m_loop.post([clipboard = m_clipboard] { clipboard->clear(); });
 }
 
-void LoopPasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+void LoopPasteboard::keepWhenOwnerLeaves(
+    qint64 changeCount, std::vector<PasteboardItem> items, HasSourceEnded hasSourceEnded)
 {
     std::erase_if(items, [](const PasteboardItem& item) { return item.isEmpty(); });
-    m_loop.post([clipboard = m_clipboard, changeCount, items = std::move(items)] {
-        clipboard->keepWhenOwnerLeaves(changeCount, items);
+    m_loop.post([clipboard = m_clipboard, changeCount, items = std::move(items),
+                 hasSourceEnded = std::move(hasSourceEnded)] {
+        clipboard->keepWhenOwnerLeaves(changeCount, items, hasSourceEnded);
     });
 }
 

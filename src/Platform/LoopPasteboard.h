@@ -43,7 +43,9 @@ public:
     [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) final;
     [[nodiscard]] quint64 fetchCount() const final { return m_state.fetchCount; }
     void clear() final;
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) final;
+    void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        HasSourceEnded hasSourceEnded = {}) final;
 
     /// Offers what was written with this ticket as PRIMARY, too, for programs that paste only that,
     /// until another program takes it or `clear`. True once it is so; false if it is not the

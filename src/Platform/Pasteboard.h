@@ -99,6 +99,10 @@ public:
     /// Offered by the types() of content whose owner asked for it to be kept out of histories.
     static const QString concealedType;
 
+    /// Whether the program that a content came from is gone. Called and destroyed on any thread;
+    /// must not wait. Empty: that is not known, and an owner that has left counts as gone.
+    using HasSourceEnded = std::function<bool()>;
+
     Pasteboard() = default;
     Pasteboard(const Pasteboard&) = delete;
     Pasteboard& operator=(const Pasteboard&) = delete;
@@ -152,7 +156,13 @@ public:
     /// Offers these items (with the marker) once the owner of the content of `changeCount` goes
     /// away, or at once if it has, unless newer content has come. Takes the place of the items
     /// given before; without any, nothing is offered. A new content, whoever wrote it, ends this.
-    virtual void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) = 0;
+    ///
+    /// Where the desktop does not tell an owner that goes away from one that takes its content
+    /// back, `hasSourceEnded` decides: nothing is offered if the source has not ended, unless the
+    /// owner went because it was read here.
+    virtual void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        HasSourceEnded hasSourceEnded = {}) = 0;
 };
 
 } // namespace tessly

@@ -7,7 +7,8 @@
 
 namespace tessly {
 
-/// An application that runs on the desktop, or has run. Main thread only; nothing here waits.
+/// An application that runs on the desktop, or has run. Main thread only, where nothing else is
+/// said; nothing here waits.
 class RunningApplication
 {
 public:
@@ -26,7 +27,8 @@ public:
     [[nodiscard]] virtual QStringList names() const;
     /// Whether it is in front and has the keyboard.
     [[nodiscard]] virtual bool isActive() const = 0;
-    /// Whether its window (the one that was in front when this object was made) is gone.
+    /// Whether its window (the one that was in front when this object was made) is gone. A read of
+    /// memory; any thread, and any thread may let go of this object last.
     [[nodiscard]] virtual bool isTerminated() const = 0;
     /// Asks the desktop to bring it to the front. Whether it came shows in `isActive`.
     virtual void activate() = 0;

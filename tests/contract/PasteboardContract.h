@@ -387,6 +387,22 @@ TEST_P(PasteboardContract, contentIsKeptAlsoAfterItsOwnerLeft)
     EXPECT_TRUE(isPasted("kept"));
 }
 
+TEST_P(PasteboardContract, keptContentIsOfferedOnceItsSourceHasEnded)
+{
+    const qint64 count = copied({.plainText = "text"});
+    pasteboard().keepWhenOwnerLeaves(count, textItem("kept"), [] { return true; });
+    changed([this] { world().ownerLeaves(); });
+    EXPECT_TRUE(isPasted("kept"));
+}
+
+TEST_P(PasteboardContract, contentOfAnOwnerForOneReadIsKeptThoughItsSourceIsThere)
+{
+    const qint64 count = copied({.plainText = "text", .leavesAfterOneRead = true});
+    ASSERT_EQ(read(count, Flavour::plainText).value, "text");
+    pasteboard().keepWhenOwnerLeaves(count, textItem("kept"), [] { return false; });
+    EXPECT_TRUE(isPasted("kept"));
+}
+
 TEST_P(PasteboardContract, aNewerCopyEndsTheKeeping)
 {
     const qint64 count = copied({.plainText = "older"});

@@ -170,9 +170,10 @@ void FakePasteboard::clear()
     change();
 }
 
-void FakePasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+void FakePasteboard::keepWhenOwnerLeaves(
+    qint64 changeCount, std::vector<PasteboardItem> items, HasSourceEnded hasSourceEnded)
 {
-    m_keeps.push_back({changeCount, items});
+    m_keeps.push_back({changeCount, items, std::move(hasSourceEnded)});
     if (changeCount != m_changeCount || m_isOwn) {
         return;
     }
@@ -181,7 +182,7 @@ void FakePasteboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<Pastebo
     } else if (m_ownerLeft) {
         own(std::move(items));
     } else {
-        m_kept = Keep{changeCount, std::move(items)};
+        m_kept = Keep{changeCount, std::move(items), {}};
     }
 }
 

@@ -51,8 +51,8 @@ public:
     {
         qint64 changeCount = 0;
         std::vector<PasteboardItem> items;
-
-        bool operator==(const Keep&) const = default;
+        /// Not asked by this desktop, which knows who leaves and who takes back.
+        HasSourceEnded hasSourceEnded;
     };
 
     FakePasteboard();
@@ -120,7 +120,9 @@ public:
     [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) override;
     [[nodiscard]] quint64 fetchCount() const override { return m_fetchCount; }
     void clear() override;
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
+    void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        HasSourceEnded hasSourceEnded = {}) override;
 
 private:
     void change();

@@ -25,7 +25,7 @@ public:
     [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) override;
     [[nodiscard]] quint64 fetchCount() const override { return 0; }
     void clear() override {}
-    void keepWhenOwnerLeaves(qint64, std::vector<PasteboardItem>) override {}
+    void keepWhenOwnerLeaves(qint64, std::vector<PasteboardItem>, HasSourceEnded) override {}
 
 private:
     mutable qint64 m_looks = 0;

@@ -8,6 +8,13 @@
 
 namespace tessly {
 
+namespace {
+
+/// How often the source of content that has gone is looked for.
+constexpr int sourceLooks = 10;
+
+} // namespace
+
 WaylandClipboard::WaylandClipboard(
     WaylandEventLoop& loop, const WaylandClipboardDeadlines& deadlines, State& state)
     : m_loop(loop)
@@ -83,7 +90,7 @@ void WaylandClipboard::detachSeat()
     m_state.isWritable = false;
     m_state.release();
     dropContent();
-    m_kept.clear();
+    forgetKept();
     m_written.clear();
     m_primary.reset();
     m_hasPrimary = false;
@@ -98,7 +105,7 @@ void WaylandClipboard::selected(std::unique_ptr<WaylandDataOffer> offer)
     } else if (isOwn(*offer)) {
         ownSelected();
     } else {
-        m_kept.clear();
+        forgetKept();
         dropContent();
         m_owner = Owner::other;
         m_foreign = std::make_shared<WaylandClipboardContent>(
@@ -125,7 +132,7 @@ void WaylandClipboard::ownSelected()
         return;
     }
     (*next)->isAnnounced = true;
-    m_kept.clear();
+    forgetKept();
     dropContent();
     m_owner = Owner::self;
     m_own = (*next)->offer;
@@ -139,18 +146,18 @@ void WaylandClipboard::nothingSelected()
     // What this program owns and has not cleared itself, another has.
     if (m_isClearing || m_owner == Owner::self) {
         cleared();
-    } else if (m_foreign) {
+    } else if (m_foreign && !m_hasOwnerLeft) {
         // Nobody has copied anything: the program that owned it has ended, or taken it back.
         m_hasOwnerLeft = true;
         m_foreign->ownerLeft();
-        offerKept();
+        ownerLeft(sourceLooks);
     }
 }
 
 void WaylandClipboard::cleared()
 {
     m_isClearing = false;
-    m_kept.clear();
+    forgetKept();
     dropContent();
     m_state.change();
 }
@@ -227,7 +234,7 @@ void WaylandClipboard::catchUp(std::function<void()> done)
 void WaylandClipboard::write(const std::vector<PasteboardItem>& items, WriteTicket ticket)
 {
     if (m_device) {
-        m_kept.clear();
+        forgetKept();
         own(items, ticket);
     }
 }
@@ -308,7 +315,7 @@ void WaylandClipboard::primaryCancelled(std::uint64_t number)
 
 void WaylandClipboard::clear()
 {
-    m_kept.clear();
+    forgetKept();
     if (!m_device) {
         return;
     }
@@ -327,25 +334,59 @@ void WaylandClipboard::clear()
     });
 }
 
-void WaylandClipboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+void WaylandClipboard::keepWhenOwnerLeaves(
+    qint64 changeCount, std::vector<PasteboardItem> items,
+    Pasteboard::HasSourceEnded hasSourceEnded)
 {
-    if (isCurrent(changeCount) && m_foreign && !m_isClearing) {
-        m_kept = std::move(items);
-        offerKept();
+    if (!isCurrent(changeCount) || !m_foreign || m_isClearing) {
+        return;
     }
+    forgetKept();
+    if (!items.empty()) {
+        m_kept = Kept{.items = std::move(items), .hasSourceEnded = std::move(hasSourceEnded)};
+        ownerLeft(sourceLooks);
+    }
+}
+
+/// If the owner has left, and there is something that is kept for then: offers that, or decides
+/// that the clipboard is to be empty.
+void WaylandClipboard::ownerLeft(int looksLeft)
+{
+    if (!m_hasOwnerLeft || !m_kept) {
+        return;
+    }
+    if (isSourceGone()) {
+        offerKept();
+    } else if (looksLeft > 0) {
+        m_kept->timer = m_loop.callAfter(
+            m_deadlines.sourceEnd / sourceLooks, [this, looksLeft] { ownerLeft(looksLeft - 1); });
+    } else {
+        // Who is still there has cleared it.
+        forgetKept();
+    }
+}
+
+bool WaylandClipboard::isSourceGone() const
+{
+    return !m_kept->hasSourceEnded || m_kept->hasSourceEnded() || m_foreign->isUsedUp();
 }
 
 void WaylandClipboard::offerKept()
 {
-    if (!m_hasOwnerLeft || m_kept.empty()) {
-        return;
-    }
     // Contents have no times here: a copy that is on its way already must not be overrun.
-    m_loop.awaitOtherPrograms([this] {
-        if (m_device && m_hasOwnerLeft && !m_kept.empty()) {
-            own(std::exchange(m_kept, {}));
+    m_loop.awaitOtherPrograms([this, changeCount = m_state.changeCount()] {
+        if (m_device && isCurrent(changeCount) && m_hasOwnerLeft && m_kept) {
+            own(std::exchange(m_kept, std::nullopt)->items);
         }
     });
+}
+
+void WaylandClipboard::forgetKept()
+{
+    if (m_kept) {
+        m_loop.cancel(m_kept->timer);
+        m_kept.reset();
+    }
 }
 
 } // namespace tessly

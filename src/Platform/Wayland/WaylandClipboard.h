@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 struct wl_seat;
@@ -40,7 +41,9 @@ public:
     void holds(WriteTicket ticket, OwnDone done) override;
     void offerAsPrimary(WriteTicket ticket, OwnDone done) override;
     void clear() override;
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
+    void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        Pasteboard::HasSourceEnded hasSourceEnded) override;
 
 private:
     enum class Owner { nobody, self, other };
@@ -48,6 +51,14 @@ private:
     struct SeatDeleter
     {
         void operator()(wl_seat* seat) const;
+    };
+    /// What to offer when the other program leaves.
+    struct Kept
+    {
+        std::vector<PasteboardItem> items;
+        Pasteboard::HasSourceEnded hasSourceEnded;
+        /// Until the source is looked for again.
+        WaylandEventLoop::TimerID timer = 0;
     };
     /// What was written, until the compositor says that something else took its place.
     struct Written
@@ -72,7 +83,10 @@ private:
     sourceOf(const Offer& offer, std::function<void()> cancelled);
     void cancelled(const Written* written);
     void primaryCancelled(std::uint64_t number);
+    void ownerLeft(int looksLeft);
+    [[nodiscard]] bool isSourceGone() const;
     void offerKept();
+    void forgetKept();
     [[nodiscard]] bool isCurrent(qint64 changeCount) const;
 
     WaylandEventLoop& m_loop;
@@ -99,8 +113,7 @@ private:
     std::uint64_t m_primaryNumber = 0;
     /// Whether the compositor has ever told of PRIMARY.
     bool m_hasPrimary = false;
-    /// What to offer when the other program leaves.
-    std::vector<PasteboardItem> m_kept;
+    std::optional<Kept> m_kept;
     bool m_hasOwnerLeft = false;
     /// The compositor was asked to clear the clipboard, and has not done so yet.
     bool m_isClearing = false;

@@ -91,7 +91,14 @@ void WaylandClipboardContent::readFileURLs(qint64 byteLimit, FileURLsDone done)
 void WaylandClipboardContent::ownerLeft()
 {
     m_hasOwnerLeft = true;
+    m_leftAt = m_loop.now();
     m_offer.reset();
+}
+
+bool WaylandClipboardContent::isUsedUp() const
+{
+    // Its last bytes may arrive after the news of its end.
+    return m_hasOwnerLeft && m_isServed && m_leftAt - m_servedAt <= m_deadlines.usedUp;
 }
 
 void WaylandClipboardContent::end()
@@ -192,6 +199,7 @@ void WaylandClipboardContent::received(
             return;
         }
         m_isServed = true;
+        m_servedAt = m_loop.now();
         answer(search, {ReadStatus::read, type, std::move(result.bytes)});
         return;
     case WaylandPipeReader::End::tooLarge:

@@ -34,6 +34,8 @@ public:
     /// The owner is gone: what it is still writing is taken, the rest is lost. If it served
     /// something before it went, that was all there is to be had; else the content is unreadable.
     void ownerLeft();
+    /// Whether the owner is gone because it was read here, as those are that serve one read.
+    [[nodiscard]] bool isUsedUp() const;
     /// Another content has come, or the compositor is gone: ends every question as unreadable.
     void end();
 
@@ -65,6 +67,9 @@ private:
     std::unique_ptr<WaylandDataOffer> m_offer;
     std::set<SearchPointer> m_searches;
     bool m_isServed = false;
+    /// When it last handed something over, in the loop's time.
+    LoopTimers::Time m_servedAt;
+    LoopTimers::Time m_leftAt;
     /// It served something and then let a deadline pass: it is not waited for again.
     bool m_isSilent = false;
     bool m_hasOwnerLeft = false;

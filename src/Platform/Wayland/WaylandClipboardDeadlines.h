@@ -17,6 +17,12 @@ struct WaylandClipboardDeadlines
     std::chrono::milliseconds drain{30000};
     /// The next sign of life of a program that takes what is offered here.
     std::chrono::milliseconds reader{30000};
+    /// The end of the source of content that has gone: its windows are told of on another
+    /// connection, sooner or later than its content.
+    std::chrono::milliseconds sourceEnd{500};
+    /// The end of an owner that serves one read and no more. Who leaves later after it was read has
+    /// other reasons.
+    std::chrono::milliseconds usedUp{1000};
 };
 
 } // namespace tessly

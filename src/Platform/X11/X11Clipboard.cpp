@@ -226,7 +226,8 @@ void X11Clipboard::clear()
     });
 }
 
-void X11Clipboard::keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items)
+void X11Clipboard::keepWhenOwnerLeaves(
+    qint64 changeCount, std::vector<PasteboardItem> items, Pasteboard::HasSourceEnded)
 {
     if (isCurrent(changeCount) && m_foreign) {
         m_kept = std::move(items);

@@ -40,7 +40,11 @@ public:
     void holds(WriteTicket ticket, OwnDone done) override;
     void offerAsPrimary(WriteTicket ticket, OwnDone done) override;
     void clear() override;
-    void keepWhenOwnerLeaves(qint64 changeCount, std::vector<PasteboardItem> items) override;
+    /// The server tells an owner that ends from one that takes its content back, which is a change:
+    /// the source is not asked about.
+    void keepWhenOwnerLeaves(
+        qint64 changeCount, std::vector<PasteboardItem> items,
+        Pasteboard::HasSourceEnded hasSourceEnded) override;
 
 private:
     using TimeDone = std::function<void(xcb_timestamp_t)>;

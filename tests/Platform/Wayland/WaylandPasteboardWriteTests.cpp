@@ -6,10 +6,14 @@
 #include <QTemporaryDir>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <functional>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -61,7 +65,21 @@ private:
     bool m_isAtEnd = false;
 };
 
-using WaylandPasteboardWriteTest = WaylandPasteboardTest;
+class WaylandPasteboardWriteTest : public WaylandPasteboardTest
+{
+protected:
+    /// Keeps "kept"; the function is told how often it has been asked. What is returned expires
+    /// when nothing is kept any more.
+    std::weak_ptr<int> keep(qint64 count, std::function<bool(int look)> hasSourceEnded)
+    {
+        const auto looks = std::make_shared<int>(0);
+        pasteboard().keepWhenOwnerLeaves(
+            count, {{.plainText = "kept"}}, [looks, hasSourceEnded = std::move(hasSourceEnded)] {
+                return hasSourceEnded(++*looks);
+            });
+        return looks;
+    }
+};
 
 QByteArray large()
 {
@@ -291,6 +309,68 @@ TEST_F(WaylandPasteboardWriteTest, nothingIsKeptThatIsEmpty)
     ASSERT_TRUE(waitUntil([&] { return types(count) == std::nullopt; }));
     EXPECT_EQ(program().types(), QByteArrayList());
     EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST_F(WaylandPasteboardWriteTest, whatIsClearedWhileItsSourceIsThereStaysEmpty)
+{
+    const qint64 count = copied({{"UTF8_STRING", "secret"}});
+    const auto kept = keep(count, [](int) { return false; });
+    program().takeBack();
+    ASSERT_TRUE(waitUntil([&] { return kept.expired(); }));
+    EXPECT_EQ(program().types(), QByteArrayList());
+    EXPECT_EQ(pasteboard().changeCount(), count);
+    expectThatTheNextCopyIsRead();
+}
+
+TEST_F(WaylandPasteboardWriteTest, whatIsClearedSomeTimeAfterItWasReadStaysEmpty)
+{
+    usePasteboard({.usedUp = std::chrono::milliseconds(0)});
+    const qint64 count = copied({{"UTF8_STRING", "secret"}});
+    ASSERT_EQ(read(count).value, "secret");
+    const auto kept = keep(count, [](int) { return false; });
+    program().takeBack();
+    ASSERT_TRUE(waitUntil([&] { return kept.expired(); }));
+    EXPECT_EQ(program().types(), QByteArrayList());
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST_F(WaylandPasteboardWriteTest, keptContentIsOfferedIfItsSourceEndsShortlyAfterIt)
+{
+    const qint64 count = copied({{"UTF8_STRING", "text"}});
+    const auto kept = keep(count, [](int look) { return look > 3; });
+    changed([this] { program().takeBack(); });
+    EXPECT_EQ(program().paste(), "kept");
+    EXPECT_TRUE(kept.expired());
+}
+
+TEST_F(WaylandPasteboardWriteTest, anOwnerUsedUpByAnothersReadIsNotStoodInForWhileItsSourceIsThere)
+{
+    const qint64 count = changed([this] {
+        program().copy({{"UTF8_STRING", "once"}}, WaylandProgram::Life::leavesAfterOneRead);
+    });
+    const auto kept = keep(count, [](int) { return false; });
+    WaylandProgram other(compositor().display());
+    EXPECT_EQ(other.paste(), "once");
+    ASSERT_TRUE(waitUntil([&] { return kept.expired(); }));
+    EXPECT_EQ(other.types(), QByteArrayList());
+    EXPECT_EQ(pasteboard().changeCount(), count);
+}
+
+TEST_F(WaylandPasteboardWriteTest, aNewerCopyEndsTheWaitForTheSourcesEnd)
+{
+    usePasteboard({.sourceEnd = std::chrono::hours(1)});
+    std::atomic<bool> isLookedFor = false;
+    const qint64 count = copied({{"UTF8_STRING", "older"}});
+    const auto kept = keep(count, [&](int) {
+        isLookedFor = true;
+        return false;
+    });
+    program().takeBack();
+    ASSERT_TRUE(waitUntil([&] { return isLookedFor.load(); }));
+    EXPECT_FALSE(kept.expired());
+    const qint64 next = copied({{"UTF8_STRING", "newer"}});
+    EXPECT_TRUE(kept.expired());
+    EXPECT_EQ(read(next).value, "newer");
 }
 
 TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramTakesIt)
