@@ -289,17 +289,28 @@ ClipboardMonitor::Source ClipboardMonitor::sourceOf(const Applications& applicat
     }
     for (auto candidate = applications.rbegin(); candidate != applications.rend(); ++candidate) {
         if (*candidate && !isOwn(*candidate)) {
-            return {(*candidate)->localizedName(), (*candidate)->bundleIdentifier()};
+            return sourceOf(*candidate);
         }
     }
     return {};
 }
 
+ClipboardMonitor::Source
+ClipboardMonitor::sourceOf(const std::shared_ptr<RunningApplication>& application)
+{
+    Source source{application->localizedName(), application->bundleIdentifier(), {}};
+    // What has no name may stand for whatever is in front, and never ends.
+    if (source.name || source.bundleIdentifier) {
+        source.hasEnded = [application] { return application->isTerminated(); };
+    }
+    return source;
+}
+
 bool ClipboardMonitor::isInFront(const Source& source) const
 {
     const auto application = m_dependencies.workspace.frontmostApplication();
-    return application &&
-           source == Source{application->localizedName(), application->bundleIdentifier()};
+    return application && source.name == application->localizedName() &&
+           source.bundleIdentifier == application->bundleIdentifier();
 }
 
 qint64 ClipboardMonitor::byteLimit() const
@@ -416,7 +427,8 @@ QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading 
     }
     const Source source = sourceOf(applications);
     if (!types->contains(mutableContentType)) {
-        dependencies.pasteboard.keepWhenOwnerLeaves(reading.changeCount, pasteboardItems(*payload));
+        dependencies.pasteboard.keepWhenOwnerLeaves(
+            reading.changeCount, pasteboardItems(*payload), source.hasEnded);
     } else if (reading.changeCount == self->m_lastChangeCount) {
         self->m_mutable = Mutable{reading.changeCount, source, *payload};
         self->keep(*self->m_mutable);
@@ -452,8 +464,10 @@ QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Rea
 void ClipboardMonitor::keep(const Mutable& content)
 {
     m_dependencies.pasteboard.keepWhenOwnerLeaves(
-        content.changeCount, isInFront(content.source) ? std::vector<PasteboardItem>()
-                                                       : pasteboardItems(content.payload));
+        content.changeCount,
+        isInFront(content.source) ? std::vector<PasteboardItem>()
+                                  : pasteboardItems(content.payload),
+        content.source.hasEnded);
 }
 
 /// None if there is nothing to be recorded, or it is not wanted any more.

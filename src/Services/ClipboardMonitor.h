@@ -74,8 +74,8 @@ private:
     {
         std::optional<QString> name;
         std::optional<QString> bundleIdentifier;
-
-        bool operator==(const Source&) const = default;
+        /// Empty if its end would not be told.
+        Pasteboard::HasSourceEnded hasEnded;
     };
     /// A content that its owner may change without telling anybody, as it was read last.
     struct Mutable
@@ -123,6 +123,7 @@ private:
     [[nodiscard]] bool hasAccess();
     [[nodiscard]] bool isAnyIgnored(const Applications& applications) const;
     [[nodiscard]] static Source sourceOf(const Applications& applications);
+    [[nodiscard]] static Source sourceOf(const std::shared_ptr<RunningApplication>& application);
     [[nodiscard]] bool isInFront(const Source& source) const;
     [[nodiscard]] qint64 byteLimit() const;
     [[nodiscard]] bool isWanted(const Reading& reading) const;

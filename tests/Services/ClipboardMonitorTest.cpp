@@ -1292,6 +1292,37 @@ TEST_P(ClipboardMonitorTest, ContentOfAnOwnerThatServesOneReadIsRecordedAndOffer
     EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(text("text")));
 }
 
+TEST_P(ClipboardMonitorTest, WhetherTheSourceOfKeptContentHasEndedCanBeAsked)
+{
+    const auto editor = std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s);
+    m_workspace.setFrontmost(editor);
+    m_monitor->start();
+    m_pasteboard.copyText("text");
+    tick();
+    setFront(u"org.example.Viewer"_s);
+    ASSERT_THAT(m_pasteboard.keeps(), SizeIs(1));
+    const auto hasEnded = m_pasteboard.keeps().at(0).hasSourceEnded;
+    ASSERT_TRUE(hasEnded);
+    EXPECT_FALSE(hasEnded());
+    editor->terminate();
+    EXPECT_TRUE(hasEnded());
+}
+
+TEST_P(ClipboardMonitorTest, TheEndOfASourceThatIsNotKnownCannotBeAskedFor)
+{
+    m_monitor->start();
+    m_workspace.setFrontmost(nullptr);
+    m_pasteboard.copyText("nobody in front");
+    tick();
+    // On a desktop that does not tell who is in front.
+    m_workspace.setFrontmost(std::make_shared<FakeRunningApplication>(std::nullopt));
+    m_pasteboard.copyText("whoever is in front");
+    tick();
+    ASSERT_THAT(m_pasteboard.keeps(), SizeIs(2));
+    EXPECT_FALSE(m_pasteboard.keeps().at(0).hasSourceEnded);
+    EXPECT_FALSE(m_pasteboard.keeps().at(1).hasSourceEnded);
+}
+
 TEST_P(ClipboardMonitorTest, ContentThatWasSkippedIsNotOfferedAgain)
 {
     m_monitor->start();
