@@ -21,6 +21,8 @@ TEXT = "text/plain;charset=utf-8"
 # Shorter than any deadline for an owner's answer, so that a program that waits cannot pass.
 PROMPTLY = 3.0
 HEARTBEAT = 0.7
+# An owner that leaves this long after Tessly has read it was not one for a single read.
+USED_UP = 1.5
 # What one more transfer may leave behind, in kilobytes: allocators keep a little.
 LEFT_BEHIND = 4 * 1024
 # The configured maximum for a content, one chunk, and what decoding and saving hold meanwhile.
@@ -113,6 +115,28 @@ class Copies:
         self.wait_for_own_content()
         self.assertEqual(self.clipboard.read("text/html"), HTML)
         self.assertEqual(self.clipboard.read(), b"rich words")
+
+    def test_a_copy_outlives_its_editor(self):
+        editor = GtkEditor(self.desktop).start("outlives its editor")
+        editor.copy_all()
+        self.history.wait_for_text("outlives its editor")
+        # Not because it was read a moment ago.
+        self.assertTrue(holds_for(USED_UP, self.clipboard.targets))
+        editor.close()
+        self.wait_for_own_content()
+        self.assertEqual(self.clipboard.read(), b"outlives its editor")
+
+    def test_what_is_cleared_while_its_source_is_there_stays_cleared(self):
+        editor = GtkEditor(self.desktop).start()
+        self.clipboard.copy("cleared on purpose")
+        self.expect_source(self.history.wait_for_text("cleared on purpose"), editor)
+        self.assertTrue(holds_for(USED_UP, self.clipboard.targets))
+        self.desktop.run(["wl-copy", "--clear"])
+        wait_until(lambda: self.clipboard.targets() == [], "the clipboard is empty")
+        self.assertTrue(holds_for(2, lambda: self.clipboard.targets() == []))
+        editor.close()
+        self.assertTrue(holds_for(1, lambda: self.clipboard.targets() == []))
+        self.expect_still_recording()
 
     def test_what_stood_on_the_clipboard_at_the_start_is_not_recorded(self):
         self.tessly.stop()
