@@ -11,6 +11,7 @@
 
 #include <QAccessible>
 #include <QCursor>
+#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -26,6 +27,8 @@ using namespace Qt::StringLiterals;
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcAppDelegate, "com.brackmoor.tessly.AppDelegate")
 
 constexpr const char* uiTestingVariable = "TESSLY_UI_TESTING";
 
@@ -96,10 +99,34 @@ AppDelegate::AppDelegate(Surroundings surroundings)
                 QFileInfo(*m_rescueFolder).fileName() +
                 u"’. Tessly started with a fresh history."_s,
             AppModel::BannerKind::warning});
+        bringOver(this, *m_rescueFolder);
     }
 }
 
 AppDelegate::~AppDelegate() = default;
+
+/// Copies what can be read of a damaged history into the fresh one, and tells of it.
+QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueFolder)
+{
+    ClipRescue rescue;
+    try {
+        rescue = co_await self->m_store->rescue(
+            QDir(rescueFolder).filePath(QFileInfo(AppPaths::databasePath()).fileName()),
+            self->m_settings.maxHistory());
+    } catch (const std::exception& error) {
+        qCWarning(lcAppDelegate, "The damaged history was not brought over: %s", error.what());
+    }
+    if (!self || rescue.kept == 0) {
+        co_return;
+    }
+    self->m_model->reload(AppModel::Debounce::no);
+    self->m_model->setBanner(AppModel::Banner{
+        u"A damaged history database was preserved in ‘%1’. %2 of the %3 entries that it tells of "
+        "were brought over."_s.arg(QFileInfo(rescueFolder).fileName())
+            .arg(rescue.kept)
+            .arg(rescue.found),
+        AppModel::BannerKind::warning});
+}
 
 std::unique_ptr<ClipStore> AppDelegate::makeStore() const
 {

@@ -65,6 +65,7 @@ public:
 private:
     void openHistory();
     [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;
+    static QCoro::Task<> bringOver(QPointer<AppDelegate> self, QString rescueFolder);
 
     void setupStatusItem();
     void makeQuickPasteController();

@@ -4,6 +4,7 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <sqlite3.h>
@@ -25,8 +26,18 @@ constexpr int primaryCode = 0xff;
 constexpr auto patience = 2000ms;
 constexpr auto timeBetweenTries = 100ms;
 
+/// SQLite deletes a log that has no file to it; but it may hold all that is left of a history.
+void requireFileOfLog(const QString& path)
+{
+    if (QFileInfo(path).size() == 0 && QFileInfo(path + u"-wal"_s).size() > 0) {
+        throw ClipStoreError(
+            ClipStoreError::Case::corruptedDatabase, u"The log is there without its file."_s);
+    }
+}
+
 SQLiteConnection open(const QString& path)
 {
+    requireFileOfLog(path);
     // Before SQLite, which would create the file for others to read. The companions get their
     // rights from the file.
     createPrivateFile(path);
@@ -57,6 +68,7 @@ auto patiently(Step step)
 
 SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
 {
+    requireFileOfLog(path);
     try {
         return SQLiteConnection(path, access);
     } catch (const SQLiteError& error) {
@@ -131,7 +143,10 @@ void ClipDatabase::makeReady()
     for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
         makeFilePrivate(m_path + companion);
     }
+    // Should it be damaged, it is set aside as it is.
+    m_connection.setKeepsLog(true);
     validateIntegrity();
+    m_connection.setKeepsLog(false);
     prepareTables();
     m_index.attach();
     try {
@@ -150,6 +165,7 @@ void ClipDatabase::validateIntegrity()
     // A page that could not be read looks like one that is damaged.
     SQLiteConnection other = open(m_path);
     other.setBusyTimeout(busyTimeout);
+    other.setKeepsLog(true);
     if (!m_connection.isReadable() || !integrityProblem(other)) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
     }

@@ -54,6 +54,7 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
+    ClipRescue rescue(const QString& damagedPath, qint64 maximumHistory);
     /// `isHurried` tells whether other operations wait, to which what can wait gives way.
     ClipStore::Upkeep scrub(const std::function<bool()>& isHurried = {});
 

@@ -18,6 +18,16 @@ constexpr std::chrono::milliseconds readerTimeout(200);
 
 } // namespace
 
+ClipRescue ClipDatabase::rescue(const QString& damagedPath, qint64 maximumHistory)
+{
+    requireFile();
+    const ClipRescue rescue = rescueClips(damagedPath, m_connection, maximumHistory);
+    qCWarning(
+        lcStore, "Of %lld clips in a damaged history, %lld were brought over",
+        static_cast<long long>(rescue.found), static_cast<long long>(rescue.kept));
+    return rescue;
+}
+
 void ClipDatabase::tidyUp()
 {
     // The clips are gone from the history; what fails from here on does not bring them back, and

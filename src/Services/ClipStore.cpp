@@ -87,4 +87,11 @@ QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
     return run([&database = *m_database] { return database.statistics(); });
 }
 
+QCoro::Task<ClipRescue> ClipStore::rescue(QString damagedPath, qint64 maximumHistory)
+{
+    return run([&database = *m_database, damagedPath = std::move(damagedPath), maximumHistory] {
+        return database.rescue(damagedPath, maximumHistory);
+    });
+}
+
 } // namespace tessly

@@ -2,6 +2,7 @@
 
 #include "Actor.h"
 #include "Clip.h"
+#include "ClipRescue.h"
 #include "ClipStoreError.h"
 #include "ClipSummary.h"
 
@@ -99,6 +100,10 @@ public:
     /// nothing where nothing was dropped. What failed is tried again by the next call.
     [[nodiscard]] QCoro::Task<Upkeep> scrub();
     [[nodiscard]] QCoro::Task<Statistics> statistics();
+
+    /// Brings over what can still be read of a damaged history that was set aside: see
+    /// `rescueClips`. `damagedPath` is its database file, which is not changed.
+    [[nodiscard]] QCoro::Task<ClipRescue> rescue(QString damagedPath, qint64 maximumHistory);
 
 private:
     /// Runs an operation on the worker, and counts it until it begins.

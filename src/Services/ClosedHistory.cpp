@@ -32,7 +32,7 @@ Stamp stampOf(const QString& path)
 template <typename Read>
 auto read(const QString& path, Read read) -> std::invoke_result_t<Read, ClipDatabase&>
 {
-    if (!QFileInfo::exists(path)) {
+    if (!QFileInfo::exists(path) && !QFileInfo::exists(path + u"-wal"_s)) {
         return {};
     }
     const auto readWith =

@@ -58,6 +58,13 @@ void SQLiteConnection::setBusyTimeout(std::chrono::milliseconds timeout)
     sqlite3_busy_timeout(m_handle.get(), static_cast<int>(timeout.count()));
 }
 
+void SQLiteConnection::setKeepsLog(bool keeps)
+{
+    sqlite3_db_config(
+        m_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keeps ? 1 : 0,
+        static_cast<int*>(nullptr));
+}
+
 void SQLiteConnection::execute(const char* sql)
 {
     char* text = nullptr;

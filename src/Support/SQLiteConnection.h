@@ -31,6 +31,10 @@ public:
     /// How long a call waits for a lock that another process holds.
     void setBusyTimeout(std::chrono::milliseconds timeout);
 
+    /// Whether the log and what belongs to it stay as they are when the last connection to the file
+    /// closes, in place of being copied into the file and deleted. At first they do not.
+    void setKeepsLog(bool keeps);
+
     /// Runs one or more statements to their ends. Throws SQLiteError.
     void execute(const char* sql);
 

@@ -192,6 +192,29 @@ TEST_F(AppDelegateTest, ADamagedHistoryIsSetAsideAndToldOfUntilTheUserHasSeenIt)
     EXPECT_TRUE(listBecomes(1));
 }
 
+TEST_F(AppDelegateTest, WhatCanBeReadOfADamagedHistoryIsBroughtOver)
+{
+    start();
+    for (int i = 1; i <= 20; ++i) {
+        copy("copy " + QByteArray::number(i) + QByteArray(600, ' ') + '.');
+        ASSERT_TRUE(listBecomes(i));
+    }
+    stop();
+    QFile file(AppPaths::databasePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const qsizetype page = file.readAll().indexOf("copy 1 ") / 4096;
+    ASSERT_GT(page, 0);
+    file.seek(page * 4096);
+    file.write(QByteArray(4096, 'x'));
+    file.close();
+    start();
+    EXPECT_TRUE(waitUntil([&] { return message().contains(u" of the "_s); }));
+    EXPECT_TRUE(message().endsWith(u" entries that it tells of were brought over."_s))
+        << message().toStdString();
+    EXPECT_EQ(bannerKind(), BannerKind::warning);
+    EXPECT_TRUE(waitUntil([&] { return model().clips().size() >= 10; }));
+}
+
 TEST_F(AppDelegateTest, AHistoryFolderThatCannotBeMadeEndsTheStart)
 {
     QFile file(m_folder.filePath(u"data"_s));

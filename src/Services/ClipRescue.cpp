@@ -1,0 +1,197 @@
+#include "ClipRescue.h"
+
+#include "ClipDecoder.h"
+#include "ClipSchema.h"
+#include "ClipStatement.h"
+#include "ClipStoreError.h"
+#include "SQLiteError.h"
+#include "SQLiteTransaction.h"
+
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <set>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
+
+const char* const readFailure = "Could not read a damaged history";
+const char* const writeFailure = "Could not update clipboard history";
+
+// Up to here every number is tried, since a table with a hole cannot tell which rows are behind it.
+constexpr qint64 highestRowToTry = 1'000'000;
+
+// Clips copied in one transaction.
+constexpr qint64 batch = 100;
+
+struct Row
+{
+    qint64 row;
+    bool isPinned;
+    double lastUsedAt;
+};
+
+SQLiteConnection openUntouched(const QString& path)
+{
+    const bool hasLog = QFileInfo(path + u"-wal"_s).size() > 0;
+    if (!hasLog || QFileInfo::exists(path + u"-journal"_s)) {
+        SQLiteConnection connection(path, SQLiteConnection::Access::readOnlyUnshared);
+        connection.execute(schema::connectionSettings);
+        return connection;
+    }
+    // What is in the log can only be read with locks of one's own; by the exclusive mode without a
+    // shared-memory file.
+    SQLiteConnection connection(path);
+    connection.setKeepsLog(true);
+    connection.execute(schema::connectionSettings);
+    connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA query_only = ON;");
+    return connection;
+}
+
+/// Every row that some way through the table or an index leads to, for as far as it goes.
+std::set<qint64> rowsOf(const SQLiteConnection& damaged)
+{
+    std::set<qint64> rows;
+    for (const char* const way :
+         {"NOT INDEXED ORDER BY rowid", "NOT INDEXED ORDER BY rowid DESC",
+          "INDEXED BY clips_recency_index ORDER BY is_pinned DESC, last_used_at DESC",
+          "INDEXED BY clips_recency_index ORDER BY is_pinned, last_used_at",
+          "INDEXED BY clips_kind_index ORDER BY kind",
+          "INDEXED BY clips_kind_index ORDER BY kind DESC",
+          "INDEXED BY clips_source_index ORDER BY source_bundle_id",
+          "INDEXED BY clips_source_index ORDER BY source_bundle_id DESC"}) {
+        try {
+            ClipStatement walk(damaged, QByteArrayLiteral("SELECT rowid FROM clips ") + way);
+            while (walk.next(readFailure)) {
+                rows.insert(walk.row().integer(0));
+            }
+        } catch (const ClipStoreError& error) {
+            qCInfo(lcStore, "A damaged history: %s", error.what());
+        }
+    }
+    if (!rows.empty() && *rows.rbegin() <= highestRowToTry) {
+        for (qint64 row = 1; row < *rows.rbegin(); ++row) {
+            rows.insert(row);
+        }
+    }
+    return rows;
+}
+
+/// The rows whose beginnings can be read, the latest used first.
+std::vector<Row> readableRows(const SQLiteConnection& damaged)
+{
+    std::vector<Row> readable;
+    for (const qint64 row : rowsOf(damaged)) {
+        try {
+            ClipStatement statement(
+                damaged, "SELECT is_pinned, last_used_at FROM clips WHERE rowid = ?;");
+            if (statement.integer(1, row).next(readFailure) &&
+                std::isfinite(statement.row().real(1))) {
+                readable.push_back({row, statement.row().integer(0) > 0, statement.row().real(1)});
+            }
+        } catch (const ClipStoreError&) {
+            // Its page is lost. How many those are, the numbers tell.
+        }
+    }
+    std::ranges::stable_sort(
+        readable, [](const Row& a, const Row& b) { return a.lastUsedAt > b.lastUsedAt; });
+    return readable;
+}
+
+/// The clip of a row; none if it cannot be read or is no longer what was stored.
+std::optional<Clip> clipOf(const SQLiteConnection& damaged, qint64 row)
+{
+    try {
+        ClipStatement statement(
+            damaged, QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE rowid = ?;");
+        ClipStatement hash(damaged, "SELECT content_hash FROM clips WHERE rowid = ?;");
+        if (!statement.integer(1, row).next(readFailure) ||
+            !hash.integer(1, row).next(readFailure)) {
+            return std::nullopt;
+        }
+        Clip clip = decodeClip(statement.row());
+        const bool isWhole = clip.payload.contentHash() == hash.row().bytes(0);
+        return isWhole ? std::optional(std::move(clip)) : std::nullopt;
+    } catch (const ClipStoreError&) {
+        return std::nullopt;
+    }
+}
+
+/// False if the history has it already.
+bool insert(const Clip& clip, SQLiteConnection& history)
+{
+    ClipStatement statement(history, R"sql(INSERT OR IGNORE INTO clips (
+    id, created_at, last_used_at, kind, preview, search_text,
+    plain_text, rtf, html, image_png, file_urls,
+    source_app_name, source_bundle_id, content_hash,
+    is_pinned, pin_order, copy_count
+) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?);)sql");
+    statement.text(1, storedID(clip.id))
+        .real(2, clip.createdAt)
+        .real(3, clip.lastUsedAt)
+        .text(4, rawValue(clip.payload.kind()))
+        .text(5, clip.payload.preview())
+        .text(6, clip.payload.searchText())
+        .text(7, clip.payload.plainText())
+        .data(8, clip.payload.rtf())
+        .data(9, clip.payload.html())
+        .data(10, clip.payload.imagePNG())
+        .data(11, clip.payload.fileURLsJSON())
+        .text(12, clip.sourceAppName)
+        .text(13, clip.sourceBundleID)
+        .text(14, clip.payload.contentHash())
+        .integer(15, clip.isPinned ? 1 : 0)
+        .integer(17, clip.copyCount);
+    if (clip.isPinned && clip.pinOrder) {
+        statement.real(16, *clip.pinOrder);
+    }
+    statement.run(writeFailure);
+    return history.changes() > 0;
+}
+
+} // namespace
+
+ClipRescue rescueClips(const QString& damagedPath, SQLiteConnection& history, qint64 maximumHistory)
+{
+    ClipRescue rescue;
+    // A log without its file says nothing that SQLite could read, and SQLite would delete it.
+    if (QFileInfo(damagedPath).size() == 0) {
+        return rescue;
+    }
+    try {
+        const SQLiteConnection damaged = openUntouched(damagedPath);
+        const std::vector<Row> rows = readableRows(damaged);
+        rescue.found = static_cast<qint64>(rows.size());
+        qint64 unpinned = 0;
+        for (auto next = rows.begin(); next != rows.end();) {
+            SQLiteTransaction transaction(history, SQLiteTransaction::Mode::immediate);
+            qint64 kept = 0;
+            for (qint64 i = 0; i < batch && next != rows.end(); ++i, ++next) {
+                if (!next->isPinned && unpinned >= maximumHistory) {
+                    continue;
+                }
+                const std::optional<Clip> clip = clipOf(damaged, next->row);
+                if (clip && insert(*clip, history)) {
+                    ++kept;
+                    unpinned += clip->isPinned ? 0 : 1;
+                }
+            }
+            transaction.commit();
+            rescue.kept += kept;
+        }
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+    return rescue;
+}
+
+} // namespace tessly
