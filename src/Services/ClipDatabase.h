@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 #include <stop_token>
+#include <type_traits>
 #include <vector>
 
 namespace tessly {
@@ -118,9 +119,14 @@ private:
     {
         try {
             SQLiteTransaction transaction(m_connection, mode);
-            auto result = body();
-            transaction.commit();
-            return result;
+            if constexpr (std::is_void_v<decltype(body())>) {
+                body();
+                transaction.commit();
+            } else {
+                auto result = body();
+                transaction.commit();
+                return result;
+            }
         } catch (const SQLiteError& error) {
             throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
         }
