@@ -53,7 +53,7 @@ ReadResult<QByteArrayList> X11PasteboardTest::readFiles(qint64 count)
 
 qint64 X11PasteboardTest::written(const PasteboardItem& item)
 {
-    return changed([&] { EXPECT_TRUE(pasteboard().write({item})); });
+    return changed([&] { EXPECT_TRUE(m_ticket = pasteboard().write({item})); });
 }
 
 std::optional<QByteArray> X11PasteboardTest::xclip(const QString& target, const QString& selection)
