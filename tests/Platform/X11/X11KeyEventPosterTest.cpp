@@ -89,7 +89,7 @@ protected:
             X11KeyEventPoster::Clipboard{
                 .holds = [this](WriteTicket) { return write(); },
                 .offerAsPrimary = [this](WriteTicket) { return offer(); },
-                .seemsToHold = [this](WriteTicket) { return m_isThere; }},
+                .seemsToHold = [this](WriteTicket) { return m_isThere.load(); }},
             m_owner, X11KeyEventPoster::Options{.releaseWait = releaseWait});
         return *m_poster;
     }
@@ -109,6 +109,8 @@ protected:
     void endPoster() { m_poster.reset(); }
     /// Which window is to own the clipboard when the keys are pressed.
     void setOwner(xcb_window_t owner) { m_owner = owner; }
+    /// What the program offers is not what was written any more.
+    void replaceContent() { m_isThere = false; }
     /// What is to be pasted is not on the clipboard until the gate is opened.
     Gate& holdWrites()
     {
@@ -235,7 +237,7 @@ TEST_F(X11KeyEventPosterTest, noKeyComesForWhatAnotherProgramHasCopiedSince)
 
 TEST_F(X11KeyEventPosterTest, noKeyComesForWhatTheProgramItselfOffersInItsPlace)
 {
-    m_isThere = false;
+    replaceContent();
     EXPECT_EQ(await(poster().postPaste(target(), WriteTicket(1))), PostResult::contentReplaced);
     EXPECT_EQ(strokes(), Strokes());
 }
