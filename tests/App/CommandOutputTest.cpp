@@ -140,7 +140,8 @@ TEST(CommandOutput, TheJSONOfTheStatusIsOneObjectWithEveryKey)
 
 TEST(CommandOutput, TheStatusTellsOfASaveThatFailed)
 {
-    const StatusReport report{.lastError = u"The disk is \"full\"."_s};
+    StatusReport report;
+    report.lastError = u"The disk is \"full\"."_s;
     EXPECT_TRUE(statusJSON(report).endsWith(
         ",\"protocols\":[],\"lastError\":\"The disk is \\\"full\\\".\"}\n"));
     EXPECT_TRUE(statusText(report).endsWith(
