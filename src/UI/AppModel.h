@@ -123,8 +123,6 @@ public:
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
     void copySelected(PasteStyle style);
-    /// Puts a text on the pasteboard that is no entry. False if there is nothing in it.
-    bool copyText(const QString& text);
     void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
     void copy(const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion);
     /// The selected clip if none is given.

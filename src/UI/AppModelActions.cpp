@@ -210,15 +210,6 @@ void AppModel::copy(
     copyInTurn(this, clip.payload, style, std::move(turn), done);
 }
 
-bool AppModel::copyText(const QString& text)
-{
-    if (text.isEmpty()) {
-        return false;
-    }
-    copyInTurn(this, ClipPayload({.plainText = text.toUtf8()}), PasteStyle::original, turn(), {});
-    return true;
-}
-
 /// `done` is told, unless the model goes before, of the write and whether it is there to be read.
 QCoro::Task<> AppModel::copyInTurn(
     QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,

@@ -220,7 +220,9 @@ void PanelModel::pasteIntoQuery()
 
 bool PanelModel::copyQueryText(const QString& text)
 {
-    return m_dependencies.model.copyText(text);
+    PasteboardItem item;
+    item.plainText = text.toUtf8();
+    return !text.isEmpty() && m_dependencies.pasteboard.write({std::move(item)});
 }
 
 void PanelModel::updateClips()

@@ -244,7 +244,9 @@ void SettingsModel::pasteText()
 
 bool SettingsModel::copyText(const QString& text)
 {
-    return m_dependencies.model.copyText(text);
+    PasteboardItem item;
+    item.plainText = text.toUtf8();
+    return !text.isEmpty() && m_dependencies.pasteboard.write({std::move(item)});
 }
 
 QCoro::Task<> SettingsModel::readText(qint64 changeCount)

@@ -438,19 +438,6 @@ TEST_F(AppModelActionsTest, AnOwnerThatHangsHoldsUpAPasteNotForLong)
     m_pasteboard.gate().open();
 }
 
-TEST_F(AppModelActionsTest, ATextOfTheProgramsOwnFieldsIsWrittenInItsTurn)
-{
-    EXPECT_FALSE(m_model->copyText({}));
-    m_keys.gate().hold();
-    m_model->paste(clip(1), PasteStyle::original, m_editor);
-    EXPECT_TRUE(m_model->copyText(u"typed"_s));
-    EXPECT_EQ(written(), "two");
-    pass(60ms);
-    m_keys.gate().open();
-    pass(1s);
-    EXPECT_EQ(written(), "typed");
-}
-
 TEST_F(AppModelActionsTest, APasteInAHistoryThatChangesWhenThePanelClosesPastesWhatWasMeant)
 {
     m_model->closePanel = [this] {

@@ -8,9 +8,7 @@ void FakeWorkspace::setFrontmost(std::shared_ptr<FakeRunningApplication> applica
 {
     if (m_frontmost) {
         m_frontmost->setActive(false);
-    }
-    if (m_clock) {
-        m_past.push_back({m_frontmost, m_clock->now()});
+        m_past.push_back({m_frontmost, m_clock ? m_clock->now() : 0});
     }
     m_frontmost = std::move(application);
     if (m_frontmost) {
@@ -33,14 +31,23 @@ FakeWorkspace::inFrontDuring(Clock::Duration span)
 {
     // Times are seconds since 1970, of which a double does not hold every nanosecond.
     constexpr double rounding = 1e-6;
+    const auto front = frontmostApplication();
     std::vector<std::shared_ptr<RunningApplication>> applications;
+    const auto add = [&applications](const std::shared_ptr<RunningApplication>& application) {
+        std::erase(applications, application);
+        applications.push_back(application);
+    };
     for (const Past& past : m_past) {
-        const double age = m_clock->now() - past.end;
+        const double age = m_clock ? m_clock->now() - past.end : 0;
         if (age <= std::chrono::duration<double>(span).count() + rounding) {
-            applications.push_back(past.application);
+            add(past.application);
         }
     }
-    applications.push_back(frontmostApplication());
+    if (m_frontmost && m_frontmost != front) {
+        add(m_frontmost);
+    }
+    std::erase(applications, front);
+    applications.push_back(front);
     co_return applications;
 }
 

@@ -11,7 +11,7 @@ namespace tessly::test {
 class FakeWorkspace final : public Workspace
 {
 public:
-    /// With the clock of the test it knows what was in front before.
+    /// Without the test's clock no time passes here: everything was in front just now.
     explicit FakeWorkspace(const Clock* clock = nullptr)
         : m_clock(clock)
     {
