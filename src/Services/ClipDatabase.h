@@ -14,7 +14,6 @@
 #include <functional>
 #include <optional>
 #include <stop_token>
-#include <type_traits>
 #include <vector>
 
 namespace tessly {
@@ -119,14 +118,9 @@ private:
     {
         try {
             SQLiteTransaction transaction(m_connection, mode);
-            if constexpr (std::is_void_v<decltype(body())>) {
-                body();
-                transaction.commit();
-            } else {
-                auto result = body();
-                transaction.commit();
-                return result;
-            }
+            auto result = body();
+            transaction.commit();
+            return result;
         } catch (const SQLiteError& error) {
             throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
         }

@@ -201,18 +201,8 @@ void ClipDatabase::clear(bool includePinned)
 {
     requireFile();
     m_hasResidue = true;
-    // All in one transaction, but some at a time: what a statement could have to take back is held
-    // in memory until it is through.
-    const char* const some =
-        includePinned ? "DELETE FROM clips WHERE rowid IN (SELECT rowid FROM clips LIMIT 16);"
-                      : "DELETE FROM clips WHERE rowid IN "
-                        "(SELECT rowid FROM clips WHERE is_pinned = 0 LIMIT 16);";
     withIndexMended([&] {
-        inTransaction(SQLiteTransaction::Mode::immediate, [&] {
-            do {
-                execute(some);
-            } while (m_connection.changes() > 0);
-        });
+        execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
     });
     tidyUp();
 }
