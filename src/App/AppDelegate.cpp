@@ -30,6 +30,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcAppDelegate, "com.brackmoor.tessly.AppDelegate")
 
+/// For how long being asked to quit once more means nothing.
+constexpr Clock::Duration quitRepeats = std::chrono::seconds(1);
+
 constexpr const char* uiTestingVariable = "TESSLY_UI_TESTING";
 
 QString settingsPath()
@@ -438,10 +441,14 @@ void AppDelegate::openSettings()
 void AppDelegate::quitApplication()
 {
     if (std::exchange(m_isQuitting, true)) {
-        // Whoever asks twice does not want to wait.
-        m_surroundings.quit();
+        // The end of a session is often told more than once in a row; who asks again later does
+        // not want to wait.
+        if (!m_quitRepeats) {
+            m_surroundings.quit();
+        }
         return;
     }
+    m_quitRepeats = m_surroundings.clock.after(quitRepeats, [this] { m_quitRepeats.reset(); });
     settleAndQuit(this);
 }
 

@@ -101,6 +101,7 @@ private:
     /// Present while a test of the interface runs the program.
     std::optional<QString> m_uiTestingMode;
     bool m_isQuitting = false;
+    std::unique_ptr<Clock::Timer> m_quitRepeats;
     std::unique_ptr<DesktopPlatform> m_platform;
     GlobalHotKeyManager m_hotKeys;
     DirectPasteKeys m_directPasteKeys;

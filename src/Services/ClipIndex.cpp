@@ -125,8 +125,10 @@ bool ClipIndex::isToBlame(const ClipStoreError& error)
             }
             check();
             return false;
-        } catch (const std::exception&) {
-            return true;
+        } catch (const SQLiteError& error) {
+            // A look that was interrupted, or that the disk or a lock hindered, has found nothing.
+            const int code = error.code() & primaryCode;
+            return code == SQLITE_CORRUPT || code == SQLITE_ERROR || code == SQLITE_CONSTRAINT;
         }
     default:
         return false;

@@ -151,9 +151,10 @@ void ClipboardMonitor::stop()
     m_quiet.reset();
     m_latest.reset();
     m_mutable.reset();
-    for (const auto& unfinished : m_unfinished) {
-        Q_UNUSED(unfinished)
-        log(ended);
+    for (const auto& [number, capture] : m_unfinished) {
+        if (!capture) {
+            log(ended);
+        }
     }
     finishAll();
 }
@@ -347,11 +348,12 @@ void ClipboardMonitor::finish(const Reading& reading)
     handOn();
 }
 
+/// What has been read is handed on, and no more.
 void ClipboardMonitor::finishAll()
 {
     m_reading.reset();
-    m_unfinished.clear();
-    endSettling();
+    std::erase_if(m_unfinished, [](const auto& unfinished) { return !unfinished.second; });
+    handOn();
 }
 
 /// Hands on what is ready, in the order of the copies: decoding an image may take longer than to

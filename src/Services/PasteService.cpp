@@ -23,6 +23,8 @@ constexpr Clock::Duration settlingTime = 60ms;
 // how often to look.
 constexpr Clock::Duration fetchTimeout = 300ms;
 constexpr Clock::Duration fetchLook = 5ms;
+// Who has fetched nothing more for this long has fetched all.
+constexpr Clock::Duration fetchPause = 25ms;
 
 using Result = PasteService::Result;
 
@@ -106,6 +108,12 @@ PasteService::takeTurn(QPointer<PasteService> self, QFuture<void> mine)
     });
     while (self && self->isFetchAwaited()) {
         co_await delay(self->m_clock, fetchLook);
+    }
+    // Some fetch several flavours, one after the other.
+    for (quint64 fetches = 0;
+         self && self->m_fetchTimeout && fetches != self->m_pasteboard.fetchCount();) {
+        fetches = self->m_pasteboard.fetchCount();
+        co_await delay(self->m_clock, fetchPause);
     }
     co_return turn;
 }

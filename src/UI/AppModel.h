@@ -180,6 +180,8 @@ private:
     static QCoro::Task<> pasteInTurn(
         QPointer<AppModel> self, Clip clip, PasteStyle style,
         std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion);
+    static QCoro::Task<>
+    clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCompletion completion);
     static QCoro::Task<> copyInTurn(
         QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
         std::function<void(WriteTicket, bool isHeld)> done);

@@ -204,7 +204,9 @@ void AppModel::copy(
         if (closePanel) {
             closePanel();
         }
-        showBanner(copiedMessage, BannerKind::information);
+        if (isHeld) {
+            showBanner(copiedMessage, BannerKind::information);
+        }
         tell(completion, isHeld ? ActionOutcome() : notCopied);
     };
     copyInTurn(this, clip.payload, style, std::move(turn), done);
@@ -286,10 +288,23 @@ void AppModel::deleteClip(const Clip& clip, ActionCompletion completion)
 
 void AppModel::clearHistory(bool includePinned, ActionCompletion completion)
 {
+    clearWhenSettled(this, includePinned, std::move(completion));
+}
+
+/// What has been copied by now is cleared, too, also if it is not in the history yet.
+QCoro::Task<>
+AppModel::clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCompletion completion)
+{
+    co_await self->settle();
+    if (!self) {
+        co_return;
+    }
+    self->m_unsaved.clear();
+    self->m_saveRetry.reset();
     finish(
-        this, m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s,
+        self, self->m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s,
         std::move(completion));
-    scheduleScrub(scrubDelay);
+    self->scheduleScrub(scrubDelay);
 }
 
 void AppModel::setRecordingPaused(bool paused)

@@ -852,6 +852,21 @@ TEST_P(ClipboardMonitorTest, AnImageThatIsBeingDecodedWhenSomethingNewerIsCopied
     EXPECT_THAT(texts(), ElementsAre("(no text)", "newer"));
 }
 
+TEST_P(ClipboardMonitorTest, WhatHasBeenReadIsRecordedThoughAnOlderImageIsStillBeingDecodedAtTheEnd)
+{
+    m_monitor->start();
+    m_converter.gate().hold();
+    m_pasteboard.copy({.otherImage = FakeImageConverter::image("older")});
+    tick();
+    m_pasteboard.copyText("newer");
+    tick();
+    m_monitor->stop();
+    EXPECT_THAT(texts(), ElementsAre("newer"));
+    m_converter.gate().open();
+    settle();
+    EXPECT_THAT(m_captures, SizeIs(1));
+}
+
 TEST_P(ClipboardMonitorTest, AnImageThatTurnsOutToBeBrokenHoldsUpNothing)
 {
     m_monitor->start();

@@ -274,6 +274,19 @@ TEST_F(AppModelSaveTest, ThreeCopiesAreHeldAtTheMost)
     EXPECT_THAT(texts(), ElementsAre("fourth", "third", "second"));
 }
 
+TEST_F(AppModelSaveTest, WhatIsClearedDoesNotComeBack)
+{
+    hideTable();
+    copy("first");
+    run();
+    bringTableBack();
+    m_pasteboard.copyText("second");
+    m_model->clearHistory(true);
+    run();
+    pass(5s);
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
 TEST_F(AppModelSaveTest, AFailureWhileThePanelWasClosedIsShownWhenItOpens)
 {
     hideTable();

@@ -88,7 +88,12 @@ QCoro::Task<KeySender::Sending> FocusedKeyEventPoster::send(
     if (chord == PasteChord::shiftInsert) {
         const bool isOffered =
             m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary(content);
-        if (!isOffered || alive.expired()) {
+        if (!isOffered && !alive.expired()) {
+            const bool isStillHeld = co_await m_clipboard.holds(content);
+            co_return isStillHeld ? KeySender::Sending::failed
+                                  : KeySender::Sending::contentReplaced;
+        }
+        if (alive.expired()) {
             co_return KeySender::Sending::failed;
         }
     }

@@ -72,7 +72,11 @@ X11KeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target, WriteTi
     }
     const bool isOffered =
         m_clipboard.offerAsPrimary && co_await m_clipboard.offerAsPrimary(content);
-    if (!isOffered || alive.expired()) {
+    if (!isOffered && !alive.expired()) {
+        const bool isStillHeld = co_await m_clipboard.holds(content);
+        co_return isStillHeld ? PostResult::failed : PostResult::contentReplaced;
+    }
+    if (alive.expired()) {
         co_return PostResult::failed;
     }
     co_return postResult(co_await press(PasteChord::shiftInsert, window, content));
