@@ -23,6 +23,22 @@ Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
 constexpr int primaryCode = 0xff;
 
+/// Whether a look at the index was stopped by something that says nothing of it.
+bool isHindrance(int code)
+{
+    switch (code & primaryCode) {
+    case SQLITE_INTERRUPT:
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_IOERR:
+    case SQLITE_FULL:
+    case SQLITE_NOMEM:
+        return true;
+    default:
+        return false;
+    }
+}
+
 // The tables in which FTS5 keeps an index.
 constexpr std::array shadowTables = {
     "clips_fts_data", "clips_fts_idx", "clips_fts_docsize", "clips_fts_config"};
@@ -126,9 +142,9 @@ bool ClipIndex::isToBlame(const ClipStoreError& error)
             check();
             return false;
         } catch (const SQLiteError& error) {
-            // A look that was interrupted, or that the disk or a lock hindered, has found nothing.
-            const int code = error.code() & primaryCode;
-            return code == SQLITE_CORRUPT || code == SQLITE_ERROR || code == SQLITE_CONSTRAINT;
+            return !isHindrance(error.code());
+        } catch (const ClipStoreError& error) {
+            return !isHindrance(error.sqliteCode());
         }
     default:
         return false;

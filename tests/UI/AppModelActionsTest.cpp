@@ -331,7 +331,7 @@ TEST_F(AppModelActionsTest, PastesInARowEachPasteTheirOwnClip)
     EXPECT_THAT(m_pasteboard.writes(), SizeIs(1)) << "the others wait for the keys of the first";
     m_keys.gate().open();
     for (int pastes = 1; pastes <= 3; ++pastes) {
-        pass(pastes == 1 ? 60ms : 0ms);
+        pass(60ms);
         EXPECT_THAT(m_keys.pastes(), SizeIs(pastes));
         EXPECT_THAT(m_pasteboard.writes(), SizeIs(pastes)) << "it has not been fetched yet";
         m_pasteboard.fetch();
