@@ -239,11 +239,6 @@ void X11WindowTracker::refresh()
     // Asked after the window is watched: one that goes from now on is noticed.
     const auto state = m_candidate ? mapState(m_candidate->id()) : std::nullopt;
     const bool isViewable = state && state != XCB_MAP_STATE_UNMAPPED;
-    if (m_candidate && m_candidate != before && !isViewable &&
-        !m_candidate->owner().names.empty()) {
-        // It was in front for a moment, and is hidden again by now.
-        m_history->add(m_candidate);
-    }
     if (m_candidate && !state) {
         handleGone(m_candidate->id());
         m_candidate.reset();
@@ -252,6 +247,11 @@ void X11WindowTracker::refresh()
         publish(m_candidate, hasFocus(m_candidate->id()));
     } else {
         publish(nullptr, false);
+    }
+    if (m_candidate && m_candidate != before && !isViewable &&
+        !m_candidate->owner().names.empty()) {
+        // It was in front for a moment, and is hidden again by now.
+        m_history->add(m_candidate);
     }
 }
 

@@ -44,7 +44,13 @@ protected:
         qint64 count = before;
         EXPECT_TRUE(waitUntil(
             [&] {
+                // Its answer to these keys, not to the ones before.
                 press({u"ctrl+a"_s, u"ctrl+c"_s});
+                const bool isChanged = waitUntil(
+                    [&] { return pasteboard().changeCount() != count; }, std::chrono::seconds(2));
+                if (!isChanged) {
+                    return false;
+                }
                 count = pasteboard().changeCount();
                 return count != before &&
                        await(pasteboard().read(count, Flavour::plainText, noLimit)).value == text;
