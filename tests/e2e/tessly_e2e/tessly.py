@@ -110,9 +110,11 @@ class Tessly:
     def write_settings(self):
         values = {key: str(value).lower() if isinstance(value, bool) else str(value)
                   for key, value in self._settings.items()}
-        with open(os.open(self.settings_path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600),
-                  "w") as file:
+        # Another start may be reading the file: it sees all of it or none.
+        fresh = f"{self.settings_path}.{id(self)}"
+        with open(os.open(fresh, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600), "w") as file:
             file.write("[General]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
+        os.replace(fresh, self.settings_path)
 
     def start(self, **options):
         """Starts the program and returns once it records and can be reached, where there is a bus;

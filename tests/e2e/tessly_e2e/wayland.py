@@ -5,6 +5,7 @@ What it knows of each interface is the list of its requests and of its events, i
 protocol (the place in the list is the number on the wire), as far as tests use them.
 """
 
+import contextlib
 import os
 import socket
 import struct
@@ -107,6 +108,7 @@ class Connection:
         self._objects = {}
         self._input = b""
         self._descriptors = []
+        self._held_back = None
         self.globals = {}
         self.display = self._new("wl_display")
         self.display.on["error"] = self._refused
@@ -165,8 +167,25 @@ class Connection:
         self._write(sender.number, opcode, body, descriptors)
         return made
 
+    @contextlib.contextmanager
+    def in_one_step(self):
+        """Requests that carry no descriptors go together when this ends, so that the compositor
+        deals with them without a pause, as with those that a toolkit sends at once."""
+        self._held_back = b""
+        try:
+            yield
+        finally:
+            message, self._held_back = self._held_back, None
+            self._send_all(message, [])
+
     def _write(self, number, opcode, body, descriptors):
         message = struct.pack("=II", number, (len(body) + 8) << 16 | opcode) + body
+        if self._held_back is not None and not descriptors:
+            self._held_back += message
+        else:
+            self._send_all(message, descriptors)
+
+    def _send_all(self, message, descriptors):
         try:
             sent = socket.send_fds(self._socket, [message], descriptors)
             if sent < len(message):

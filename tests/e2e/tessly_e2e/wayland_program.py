@@ -51,17 +51,20 @@ class WaylandProgram:
     def offer_in_a_row(self, several):
         """Takes the clipboard again and again without waiting in between."""
         def claim_all():
-            for flavours in several:
-                self._claim(flavours, wait=False)
+            with self._connection.in_one_step():
+                for flavours in several:
+                    self._claim(flavours, wait=False)
             self._connection.roundtrip()
         self._serving.do(claim_all)
 
     def offer_anew(self, flavours):
         """In one step: what it offered is withdrawn, and this offered."""
         def move():
-            self._source.destroy()
-            self._cancelled_sources.add(self._source)
-            self._claim(flavours)
+            with self._connection.in_one_step():
+                self._source.destroy()
+                self._cancelled_sources.add(self._source)
+                self._claim(flavours, wait=False)
+            self._connection.roundtrip()
         self._serving.do(move)
 
     def copy_when_offered(self, type, text):
