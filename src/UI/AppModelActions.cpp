@@ -79,16 +79,13 @@ void AppModel::paste(
     pasteInTurn(this, pasted, style, std::move(target), std::move(turn), std::move(completion));
 }
 
-/// Waits until the clipboard may be written; none if the model goes meanwhile.
+/// Waits until the clipboard may be written, or the model has gone.
 QCoro::Task<PasteService::Turn> AppModel::turnToWrite(QPointer<AppModel> self, Turn turn)
 {
-    PasteService::Turn held = co_await turn;
+    const PasteService::Turn held = co_await turn;
     if (self) {
         // Writing puts an end to what is on the clipboard now.
         co_await self->settle();
-    }
-    if (!self) {
-        held.reset();
     }
     co_return held;
 }
@@ -98,7 +95,7 @@ QCoro::Task<> AppModel::pasteInTurn(
     std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion)
 {
     const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
-    if (!held) {
+    if (!self) {
         co_return;
     }
     PasteService& pasteService = self->m_dependencies.pasteService;
@@ -227,7 +224,7 @@ QCoro::Task<> AppModel::copyInTurn(
     std::function<void(WriteTicket, bool isHeld)> done)
 {
     const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
-    if (!held) {
+    if (!self) {
         co_return;
     }
     PasteService& pasteService = self->m_dependencies.pasteService;
