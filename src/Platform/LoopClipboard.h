@@ -9,7 +9,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -33,26 +35,44 @@ public:
 
         [[nodiscard]] qint64 changeCount() const { return m_changeCount; }
         [[nodiscard]] std::chrono::nanoseconds contentAge() const;
-        /// The write that the content is, as far as the desktop has said by now; zero if it is
-        /// none.
-        [[nodiscard]] quint64 heldTicket() const { return m_heldTicket; }
+        [[nodiscard]] int
+        copiesMissed(qint64 changeCount, std::chrono::nanoseconds shortestStay) const;
+        /// Whether the content, and PRIMARY too if that is to be pasted, is that of this write, as
+        /// far as the desktop has said by now. Begins to count fetches anew.
+        [[nodiscard]] bool beginPaste(WriteTicket ticket, bool isPrimaryPasted);
 
-        /// A new content has come: that of a write, or (zero) another.
-        void change(WriteTicket ticket = {});
+        enum class Origin { program, otherProgram, nobody };
+        /// A new content has come; with the ticket of the write that it is, if it is one.
+        void change(Origin origin, WriteTicket ticket = {});
         /// The content is not that of a write any more; what it is will be told next.
         void release() { m_heldTicket = 0; }
+        /// Likewise PRIMARY.
+        void changePrimary(WriteTicket ticket) { m_primaryTicket = ticket.number(); }
+        void releasePrimary() { m_primaryTicket = 0; }
 
         /// Called with each change, on the thread of the connection. Set before that runs.
         std::function<void()> changed;
         /// Whether writes have somewhere to go.
         std::atomic<bool> isWritable = false;
-        /// How often other programs have asked for content that was written.
+        /// How often other programs have asked for content that was written, since a paste began.
         std::atomic<quint64> fetchCount = 0;
 
     private:
+        /// What another program had copied, and was replaced.
+        struct Replaced
+        {
+            qint64 changeCount = 0;
+            std::chrono::nanoseconds stay;
+        };
+
         std::atomic<qint64> m_changeCount = 1;
         std::atomic<std::chrono::steady_clock::rep> m_changedAt;
         std::atomic<quint64> m_heldTicket = 0;
+        std::atomic<quint64> m_primaryTicket = 0;
+        Origin m_origin = Origin::nobody;
+        mutable std::mutex m_replacedMutex;
+        /// The latest of them.
+        std::deque<Replaced> m_replaced;
     };
 
     LoopClipboard() = default;

@@ -26,6 +26,10 @@ public:
 
     [[nodiscard]] qint64 changeCount() const final { return m_state.changeCount(); }
     [[nodiscard]] Clock::Duration contentAge() const final { return m_state.contentAge(); }
+    [[nodiscard]] int copiesMissed(qint64 changeCount, Clock::Duration shortestStay) const final
+    {
+        return m_state.copiesMissed(changeCount, shortestStay);
+    }
     [[nodiscard]] bool notifiesOfChanges() const final { return true; }
     void setChanged(std::function<void()> changed) final
     {
@@ -51,10 +55,12 @@ public:
     /// until another program takes it or `clear`. True once it is so; false if it is not the
     /// clipboard's content (any more), or there is no PRIMARY.
     [[nodiscard]] QCoro::Task<bool> offerAsPrimary(WriteTicket ticket);
-    /// Whether the content is that of this write, as far as has been heard. Any thread.
-    [[nodiscard]] bool seemsToHold(WriteTicket ticket) const
+    /// For who is about to press paste keys: whether the content, and PRIMARY too if that is what
+    /// they paste, is that of this write, as far as has been heard. Fetches are counted from now.
+    /// Any thread.
+    [[nodiscard]] bool beginPaste(WriteTicket ticket, bool isPrimaryPasted)
     {
-        return ticket && m_state.heldTicket() == ticket.number();
+        return m_state.beginPaste(ticket, isPrimaryPasted);
     }
 
 protected:

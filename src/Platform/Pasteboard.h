@@ -113,6 +113,11 @@ public:
 
     /// How long the present content has been there, as far as the program knows.
     [[nodiscard]] virtual Clock::Duration contentAge() const = 0;
+    /// How many contents of other programs came after that of `changeCount` and were replaced, by a
+    /// write of the program, or by others when they had been there for at least `shortestStay`. As
+    /// far as the desktop tells; of the last changes only.
+    [[nodiscard]] virtual int
+    copiesMissed(qint64 changeCount, Clock::Duration shortestStay) const = 0;
 
     /// Whether the desktop tells of changes. Where it does not, `changeCount` has to be looked at
     /// from time to time.
@@ -147,7 +152,7 @@ public:
     /// reads from then on finds that content or a newer one.
     [[nodiscard]] virtual QCoro::Task<bool> holds(WriteTicket ticket) = 0;
     /// How often other programs have asked for content (lists of types do not count) that the
-    /// program offered. A read of memory.
+    /// program offered, since it last pressed paste keys. A read of memory.
     [[nodiscard]] virtual quint64 fetchCount() const = 0;
 
     /// Leaves the pasteboard empty, which is a change.

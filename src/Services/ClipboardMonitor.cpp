@@ -8,7 +8,6 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -28,11 +27,6 @@ constexpr Clock::Duration lookBack = 350ms;
 /// this long after the first at the latest.
 constexpr Clock::Duration quietTime = 20ms;
 constexpr Clock::Duration longestQuietWait = 60ms;
-constexpr qint64 bytesPerMB = 1'048'576;
-/// What an image that is still to be decoded may have, whatever the limit for a payload, and in
-/// proportion to that.
-constexpr qint64 undecodedBytes = 64 * bytesPerMB;
-constexpr qint64 undecodedFactor = 4;
 /// Listed by owners that change what they offer without taking the clipboard again (Tk).
 constexpr auto mutableContentType = "TK_APPLICATION"_L1;
 
@@ -51,56 +45,10 @@ const QSet<QString>& sensitiveTypes()
     return types;
 }
 
-using Fields = ClipPayload::Fields;
-
-constexpr std::array<std::pair<Flavour, std::optional<QByteArray> Fields::*>, 3> textFlavours = {{
-    {Flavour::plainText, &Fields::plainText},
-    {Flavour::rtf, &Fields::rtf},
-    {Flavour::html, &Fields::html},
-}};
-
 // Why a copy was not recorded, as the log tells.
 constexpr auto typesUnreadable = "its types could not be read in time";
-constexpr auto unreadable = "its content could not be read in time";
 constexpr auto overtaken = "a newer copy took its place before it was read";
-constexpr auto tooLarge = "it is larger than the configured maximum";
-constexpr auto undecodable = "its image could not be read";
-constexpr auto nothingReadable = "its owner handed over nothing of what can be recorded";
 constexpr auto ended = "recording ended before it was read";
-
-qint64 byteCount(const QByteArray& bytes)
-{
-    return bytes.size();
-}
-
-qint64 byteCount(const QByteArrayList& list)
-{
-    qint64 count = 0;
-    for (const QByteArray& bytes : list) {
-        count += bytes.size();
-    }
-    return count;
-}
-
-/// Puts what was read of one flavour into its field and takes it off the bytes that may still be
-/// read. If the whole content is to be dropped: why.
-template <typename Value, typename Field>
-const char* putInto(Field& field, ReadResult<Value> result, qint64& bytesLeft)
-{
-    switch (result.status) {
-    case ReadStatus::read:
-        bytesLeft -= byteCount(result.value);
-        field = std::move(result.value);
-        return bytesLeft < 0 ? tooLarge : nullptr;
-    case ReadStatus::absent:
-        return nullptr;
-    case ReadStatus::tooLarge:
-        return tooLarge;
-    case ReadStatus::unreadable:
-        return unreadable;
-    }
-    Q_UNREACHABLE();
-}
 
 /// As the program's own, or as one to be left alone.
 bool isMarked(const QSet<QString>& types)
@@ -114,6 +62,7 @@ ClipboardMonitor::ClipboardMonitor(
     Dependencies dependencies, OnCapture onCapture, OnAccessIssue onAccessIssue, QObject* parent)
     : QObject(parent)
     , m_dependencies(dependencies)
+    , m_reader(dependencies.pasteboard, dependencies.settings, dependencies.imageConverter)
     , m_onCapture(std::move(onCapture))
     , m_onAccessIssue(std::move(onAccessIssue))
 {
@@ -130,7 +79,7 @@ void ClipboardMonitor::start()
         return;
     }
     Pasteboard& pasteboard = m_dependencies.pasteboard;
-    m_lastChangeCount = pasteboard.changeCount();
+    beginAfterPresent();
     if (pasteboard.notifiesOfChanges()) {
         pasteboard.setChanged([this] { contentChanged(); });
     } else {
@@ -151,8 +100,8 @@ void ClipboardMonitor::stop()
     m_quiet.reset();
     m_latest.reset();
     m_mutable.reset();
-    for (const auto& [number, capture] : m_unfinished) {
-        if (!capture) {
+    for (const auto& [number, unfinished] : m_unfinished) {
+        if (unfinished.isCopy && !unfinished.capture) {
             log(ended);
         }
     }
@@ -166,9 +115,18 @@ void ClipboardMonitor::togglePaused()
         m_mutable.reset();
         finishAll();
     } else {
-        m_lastChangeCount = m_dependencies.pasteboard.changeCount();
+        beginAfterPresent();
     }
     Q_EMIT isPausedChanged();
+}
+
+/// The present content is not recorded.
+void ClipboardMonitor::beginAfterPresent()
+{
+    m_lastChangeCount = m_dependencies.pasteboard.changeCount();
+    if (m_dependencies.pasteboard.access() == PasteboardAccess::available) {
+        learnPresent(this, beginReading({.changeCount = m_lastChangeCount, .isCopy = false}));
+    }
 }
 
 /// The pasteboard tells that it has changed.
@@ -198,15 +156,20 @@ void ClipboardMonitor::poll()
     if (changeCount == m_lastChangeCount) {
         return;
     }
-    m_lastChangeCount = changeCount;
+    const qint64 lastLookedAt = std::exchange(m_lastChangeCount, changeCount);
     m_mutable.reset();
     if (const auto older = m_reading) {
-        log(overtaken);
+        logLoss(*older, overtaken);
         finish(*older);
     }
-    if (!m_isPaused && hasAccess()) {
-        record(this, beginReading(changeCount));
+    if (m_isPaused || !hasAccess()) {
+        return;
     }
+    for (int missed = m_dependencies.pasteboard.copiesMissed(lastLookedAt, quietTime); missed > 0;
+         --missed) {
+        log(overtaken);
+    }
+    record(this, beginReading({.changeCount = changeCount, .isCopy = true}));
 }
 
 QCoro::Task<> ClipboardMonitor::settle(Clock::Duration timeout)
@@ -235,17 +198,22 @@ ClipboardMonitor::catchUp(QPointer<ClipboardMonitor> self, std::shared_ptr<Settl
         call->promise.finish();
         co_return;
     }
-    call->isCaughtUp = true;
     self->look();
     self->lookAtMutable();
+    call->isCaughtUp = true;
     self->endSettling();
 }
 
 /// The user may have copied once more where nobody is told of it.
 void ClipboardMonitor::lookAtMutable()
 {
-    if (m_mutable && !m_reading) {
-        recordAgain(this, beginReading(m_mutable->changeCount));
+    if (!m_mutable) {
+        return;
+    }
+    if (m_reading) {
+        m_mutable->isDue = true;
+    } else {
+        recordAgain(this, beginReading({.changeCount = m_mutable->changeCount, .isCopy = false}));
     }
 }
 
@@ -314,12 +282,6 @@ bool ClipboardMonitor::isInFront(const Source& source) const
            source.bundleIdentifier == application->bundleIdentifier();
 }
 
-qint64 ClipboardMonitor::byteLimit() const
-{
-    const qint64 megabytes = std::clamp<qint64>(m_dependencies.settings.maxItemSizeMB(), 1, 250);
-    return megabytes * bytesPerMB;
-}
-
 bool ClipboardMonitor::isWanted(const Reading& reading) const
 {
     return m_unfinished.contains(reading.number);
@@ -331,11 +293,12 @@ bool ClipboardMonitor::isOvertaken(const Reading& reading) const
     return reading.changeCount != m_dependencies.pasteboard.changeCount();
 }
 
-ClipboardMonitor::Reading ClipboardMonitor::beginReading(qint64 changeCount)
+ClipboardMonitor::Reading ClipboardMonitor::beginReading(Reading reading)
 {
-    m_reading = Reading{.number = ++m_readings, .changeCount = changeCount};
-    m_unfinished.emplace(m_reading->number, std::nullopt);
-    return *m_reading;
+    reading.number = ++m_readings;
+    m_reading = reading;
+    m_unfinished.emplace(reading.number, Unfinished{.isCopy = reading.isCopy});
+    return reading;
 }
 
 /// It has come to nothing.
@@ -352,7 +315,7 @@ void ClipboardMonitor::finish(const Reading& reading)
 void ClipboardMonitor::finishAll()
 {
     m_reading.reset();
-    std::erase_if(m_unfinished, [](const auto& unfinished) { return !unfinished.second; });
+    std::erase_if(m_unfinished, [](const auto& entry) { return !entry.second.capture; });
     handOn();
 }
 
@@ -361,8 +324,8 @@ void ClipboardMonitor::finishAll()
 void ClipboardMonitor::handOn()
 {
     const QPointer self(this);
-    while (!m_unfinished.empty() && m_unfinished.begin()->second) {
-        const Capture capture = *std::move(m_unfinished.begin()->second);
+    while (!m_unfinished.empty() && m_unfinished.begin()->second.capture) {
+        const Capture capture = *std::move(m_unfinished.begin()->second.capture);
         m_unfinished.erase(m_unfinished.begin());
         m_onCapture(capture.payload, capture.source.name, capture.source.bundleIdentifier);
         if (!self) {
@@ -392,6 +355,13 @@ void ClipboardMonitor::endSettling()
 void ClipboardMonitor::log(const char* loss)
 {
     qCWarning(lcMonitor, "A copy was not recorded: %s.", loss);
+}
+
+void ClipboardMonitor::logLoss(const Reading& reading, const char* loss)
+{
+    if (reading.isCopy) {
+        log(loss);
+    }
 }
 
 QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading reading)
@@ -432,29 +402,90 @@ QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading 
         dependencies.pasteboard.keepWhenOwnerLeaves(
             reading.changeCount, pasteboardItems(*payload), source.hasEnded);
     } else if (reading.changeCount == self->m_lastChangeCount) {
-        self->m_mutable = Mutable{reading.changeCount, source, *payload};
+        self->m_mutable = Mutable{
+            .changeCount = reading.changeCount,
+            .applications = applications,
+            .payload = *payload,
+            .isRecorded = true};
         self->keep(*self->m_mutable);
     }
-    self->m_unfinished[reading.number] = Capture{*payload, source};
+    self->m_unfinished[reading.number].capture = Capture{*payload, source};
     self->handOn();
 }
 
-/// Reads a content that was recorded once more, in case its owner has changed it.
-QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Reading reading)
+/// What is there when watching begins is only looked at where its owner may change it without
+/// telling anybody: what it is now is not recorded, what it will be is.
+QCoro::Task<> ClipboardMonitor::learnPresent(QPointer<ClipboardMonitor> self, Reading reading)
 {
-    const std::optional<ClipPayload> payload = co_await ClipboardMonitor::payload(self, reading);
-    if (!self || !self->isWanted(reading)) {
+    const Dependencies dependencies = self->m_dependencies;
+    const auto isWanted = [&self, &reading] { return self && self->isWanted(reading); };
+
+    const Applications applications = co_await dependencies.workspace.inFrontDuring(lookBack);
+    if (!isWanted()) {
         co_return;
     }
-    if (!payload || !self->m_mutable || self->m_mutable->changeCount != reading.changeCount) {
-        self->finish(reading);
+    const std::optional<QSet<QString>> types =
+        co_await dependencies.pasteboard.types(reading.changeCount);
+    if (!isWanted()) {
+        co_return;
+    }
+    const bool isMutable = types && types->contains(mutableContentType);
+    if (isMutable && !isMarked(*types) && !self->isAnyIgnored(applications)) {
+        const std::optional<ClipPayload> payload =
+            co_await ClipboardMonitor::payload(self, reading);
+        if (!isWanted()) {
+            co_return;
+        }
+        if (payload) {
+            self->m_mutable = Mutable{.changeCount = reading.changeCount, .payload = *payload};
+        }
+    }
+    self->finish(reading);
+}
+
+/// Reads a content that is known once more, in case its owner has changed it.
+QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Reading reading)
+{
+    const auto isWanted = [&self, &reading] {
+        return self && self->isWanted(reading) && self->m_mutable &&
+               self->m_mutable->changeCount == reading.changeCount;
+    };
+    // Only its owner can have changed it. Where that is not known, it is who was in front: mostly
+    // it is not any more.
+    Applications applications = self->m_mutable->applications;
+    if (!self->m_mutable->isRecorded) {
+        applications = co_await self->m_dependencies.workspace.inFrontDuring(lookBack);
+    }
+    std::optional<ClipPayload> payload;
+    if (isWanted() && !self->isAnyIgnored(applications)) {
+        payload = co_await ClipboardMonitor::payload(self, reading);
+    }
+    if (!isWanted()) {
+        if (self) {
+            self->finish(reading);
+        }
         co_return;
     }
     Mutable& known = *self->m_mutable;
-    const bool isNew = std::exchange(known.payload, *payload) != *payload;
-    self->keep(known);
+    const bool isNew = payload && *payload != known.payload;
+    const bool isDue = std::exchange(known.isDue, false);
+    if (isNew && !known.isRecorded && !applications.empty()) {
+        applications.resize(1);
+    }
     if (isNew) {
-        self->m_unfinished[reading.number] = Capture{*payload, known.source};
+        known.applications = applications;
+        known.payload = *payload;
+        known.isRecorded = true;
+    }
+    if (payload && known.isRecorded) {
+        self->keep(known);
+    }
+    if (isDue) {
+        self->m_reading.reset();
+        self->lookAtMutable();
+    }
+    if (isNew) {
+        self->m_unfinished[reading.number].capture = Capture{*payload, sourceOf(applications)};
         self->handOn();
     } else {
         self->finish(reading);
@@ -465,93 +496,34 @@ QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Rea
 /// long as the user cannot copy there, it has not been.
 void ClipboardMonitor::keep(const Mutable& content)
 {
+    const Source source = sourceOf(content.applications);
     m_dependencies.pasteboard.keepWhenOwnerLeaves(
         content.changeCount,
-        isInFront(content.source) ? std::vector<PasteboardItem>()
-                                  : pasteboardItems(content.payload),
-        content.source.hasEnded);
+        isInFront(source) ? std::vector<PasteboardItem>() : pasteboardItems(content.payload),
+        source.hasEnded);
 }
 
 /// None if there is nothing to be recorded, or it is not wanted any more.
 QCoro::Task<std::optional<ClipPayload>>
 ClipboardMonitor::payload(QPointer<ClipboardMonitor> self, Reading reading)
 {
-    const qint64 byteLimit = self->byteLimit();
-    const bool isAllWanted = self->m_dependencies.settings.captureFiles() &&
-                             self->m_dependencies.settings.captureImages();
-    Content content = co_await read(self, reading);
-    if (!self || !self->isWanted(reading)) {
+    const auto isWanted = [self, reading] { return self && self->isWanted(reading); };
+    PayloadReader::Content content = co_await self->m_reader.read(reading.changeCount, isWanted);
+    if (!isWanted()) {
         co_return std::nullopt;
     }
     // A newer copy is read while this one's image is being decoded.
     self->m_reading.reset();
-    if (content.image && !content.isDropped) {
-        content.fields.imagePNG =
-            co_await self->m_dependencies.imageConverter.pngData(*content.image);
-        if (!self || !self->isWanted(reading)) {
-            co_return std::nullopt;
-        }
-        content.loss = content.fields.imagePNG ? nullptr : undecodable;
+    const PayloadReader::Result result = co_await self->m_reader.payload(std::move(content));
+    if (!isWanted()) {
+        co_return std::nullopt;
     }
-    const ClipPayload payload(std::move(content.fields));
-    if (payload.byteCount() > byteLimit) {
-        content = {.loss = tooLarge, .isDropped = true};
-    } else if (payload.isEmpty() && !content.loss && isAllWanted) {
-        content.loss = nothingReadable;
+    if (result.loss) {
+        const bool isOvertaken =
+            result.loss == PayloadReader::unreadable && self->isOvertaken(reading);
+        logLoss(reading, isOvertaken ? overtaken : result.loss);
     }
-    if (content.loss && (content.isDropped || payload.isEmpty())) {
-        const bool isOvertaken = content.loss == unreadable && self->isOvertaken(reading);
-        log(isOvertaken ? overtaken : content.loss);
-    }
-    co_return content.isDropped || payload.isEmpty() ? std::nullopt : std::optional(payload);
-}
-
-QCoro::Task<ClipboardMonitor::Content>
-ClipboardMonitor::read(QPointer<ClipboardMonitor> self, Reading reading)
-{
-    const Dependencies dependencies = self->m_dependencies;
-    Pasteboard& pasteboard = dependencies.pasteboard;
-    const qint64 changeCount = reading.changeCount;
-    const qint64 byteLimit = self->byteLimit();
-    qint64 bytesLeft = byteLimit;
-    Content content;
-    /// Whether to go on.
-    const auto take = [&](auto result, auto& field) {
-        content.loss = putInto(field, std::move(result), bytesLeft);
-        content.isDropped = content.loss != nullptr;
-        return !content.isDropped && self && self->isWanted(reading);
-    };
-
-    for (const auto& [flavour, field] : textFlavours) {
-        auto text = co_await pasteboard.read(changeCount, flavour, bytesLeft);
-        if (!take(std::move(text), content.fields.*field)) {
-            co_return content;
-        }
-    }
-    if (dependencies.settings.captureFiles()) {
-        auto urls = co_await pasteboard.readFileURLs(changeCount, bytesLeft);
-        if (!take(std::move(urls), content.fields.fileURLs)) {
-            co_return content;
-        }
-    }
-    // The icon of a copied file is not kept as an image, nor is the picture that spreadsheets and
-    // word processors offer of their text: pasted back, it would come in the place of that.
-    const bool isRendering = content.fields.plainText && content.fields.rtf;
-    if (!dependencies.settings.captureImages() || !content.fields.fileURLs.isEmpty() ||
-        isRendering) {
-        co_return content;
-    }
-    auto png = co_await pasteboard.read(changeCount, Flavour::png, bytesLeft);
-    if (!take(std::move(png), content.fields.imagePNG) || content.fields.imagePNG) {
-        co_return content;
-    }
-    // What counts is the PNG that becomes of it. One that is too large is left out.
-    bytesLeft = std::max(undecodedFactor * byteLimit, undecodedBytes);
-    auto image = co_await pasteboard.read(changeCount, Flavour::otherImage, bytesLeft);
-    const bool isTooLarge = image.status == ReadStatus::tooLarge;
-    take(std::move(image), content.image);
-    content.isDropped = content.isDropped && !isTooLarge;
-    co_return content;
+    co_return result.payload;
 }
 
 } // namespace tessly

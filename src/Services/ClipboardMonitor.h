@@ -5,6 +5,7 @@
 #include "Clock.h"
 #include "ImageConverter.h"
 #include "Pasteboard.h"
+#include "PayloadReader.h"
 #include "Workspace.h"
 
 #include <QCoroTask>
@@ -77,34 +78,38 @@ private:
         /// Empty if its end would not be told.
         Pasteboard::HasSourceEnded hasEnded;
     };
+    using Applications = std::vector<std::shared_ptr<RunningApplication>>;
     /// A content that its owner may change without telling anybody, as it was read last.
     struct Mutable
     {
         qint64 changeCount = 0;
-        Source source;
+        /// Those in front when it was recorded.
+        Applications applications = {};
         ClipPayload payload;
+        /// Not so if it was there before watching began.
+        bool isRecorded = false;
+        /// It is to be looked at once more when what is being read has been.
+        bool isDue = false;
     };
     /// One attempt to read the pasteboard; later ones have greater numbers.
     struct Reading
     {
         quint64 number = 0;
         qint64 changeCount = 0;
-    };
-    /// What the pasteboard has handed over.
-    struct Content
-    {
-        ClipPayload::Fields fields = {};
-        /// An image that is still to be decoded.
-        std::optional<QByteArray> image = {};
-        /// Why nothing is to be recorded, or why there is no image.
-        const char* loss = nullptr;
-        bool isDropped = false;
+        /// What cannot be read is lost.
+        bool isCopy = true;
     };
     /// What is to be handed on, in its turn.
     struct Capture
     {
         ClipPayload payload;
         Source source;
+    };
+    /// A reading that has not come to its end, and what it has come to.
+    struct Unfinished
+    {
+        bool isCopy = true;
+        std::optional<Capture> capture = {};
     };
     /// A call of `settle`.
     struct Settling
@@ -114,8 +119,8 @@ private:
         /// What had been copied by its time is being read.
         bool isCaughtUp = false;
     };
-    using Applications = std::vector<std::shared_ptr<RunningApplication>>;
 
+    void beginAfterPresent();
     void contentChanged();
     void look();
     void poll();
@@ -125,25 +130,26 @@ private:
     [[nodiscard]] static Source sourceOf(const Applications& applications);
     [[nodiscard]] static Source sourceOf(const std::shared_ptr<RunningApplication>& application);
     [[nodiscard]] bool isInFront(const Source& source) const;
-    [[nodiscard]] qint64 byteLimit() const;
     [[nodiscard]] bool isWanted(const Reading& reading) const;
     [[nodiscard]] bool isOvertaken(const Reading& reading) const;
-    Reading beginReading(qint64 changeCount);
+    Reading beginReading(Reading reading);
     void finish(const Reading& reading);
     void finishAll();
     void handOn();
     void endSettling();
     void keep(const Mutable& content);
     static void log(const char* loss);
+    static void logLoss(const Reading& reading, const char* loss);
 
     static QCoro::Task<> catchUp(QPointer<ClipboardMonitor> self, std::shared_ptr<Settling> call);
     static QCoro::Task<> record(QPointer<ClipboardMonitor> self, Reading reading);
+    static QCoro::Task<> learnPresent(QPointer<ClipboardMonitor> self, Reading reading);
     static QCoro::Task<> recordAgain(QPointer<ClipboardMonitor> self, Reading reading);
     static QCoro::Task<std::optional<ClipPayload>>
     payload(QPointer<ClipboardMonitor> self, Reading reading);
-    static QCoro::Task<Content> read(QPointer<ClipboardMonitor> self, Reading reading);
 
     Dependencies m_dependencies;
+    PayloadReader m_reader;
     OnCapture m_onCapture;
     OnAccessIssue m_onAccessIssue;
     bool m_isStarted = false;
@@ -157,8 +163,8 @@ private:
     /// The one that asks the pasteboard now, if any. A newer content puts an end to it.
     std::optional<Reading> m_reading;
     quint64 m_readings = 0;
-    /// Those that have not come to an end, by number, with what they have come to.
-    std::map<quint64, std::optional<Capture>> m_unfinished;
+    /// By number.
+    std::map<quint64, Unfinished> m_unfinished;
     std::optional<Mutable> m_mutable;
     std::optional<AccessIssue> m_lastAccessIssue;
     std::vector<std::shared_ptr<Settling>> m_settling;

@@ -4,6 +4,7 @@
 #include "PasteboardItems.h"
 
 #include <QCoroFuture>
+#include <QLoggingCategory>
 
 #include <algorithm>
 #include <utility>
@@ -19,6 +20,8 @@ constexpr Clock::Duration attemptInterval = 50ms;
 // How long a window that came to the front gets until it takes keys.
 constexpr Clock::Duration settlingTime = 60ms;
 
+Q_LOGGING_CATEGORY(lcPasteService, "com.brackmoor.tessly.PasteService")
+
 // How long a target gets to fetch what it was told to paste before something else is written, and
 // how often to look.
 constexpr Clock::Duration fetchTimeout = 300ms;
@@ -28,7 +31,12 @@ constexpr Clock::Duration fetchPause = 25ms;
 
 using Result = PasteService::Result;
 
-constexpr Result copiedOnly = {.resultCase = Result::Case::copiedOnly};
+/// `reason` goes into the log.
+Result copiedOnly(const char* reason)
+{
+    qCInfo(lcPasteService, "No paste keys were pressed: %s.", reason);
+    return {.resultCase = Result::Case::copiedOnly};
+}
 
 Result result(PostResult posting)
 {
@@ -36,10 +44,14 @@ Result result(PostResult posting)
     case PostResult::posted:
         return {.resultCase = Result::Case::pasted};
     case PostResult::targetNotInFront:
-        return copiedOnly;
-    case PostResult::contentReplaced:
-        return {.resultCase = Result::Case::copiedOnly, .isReplaced = true};
+        return copiedOnly("the application was not in front any more");
+    case PostResult::contentReplaced: {
+        Result replaced = copiedOnly("something else has been copied");
+        replaced.isReplaced = true;
+        return replaced;
+    }
     case PostResult::failed:
+        qCWarning(lcPasteService, "The paste keys could not be pressed.");
         return {.resultCase = Result::Case::failed};
     }
     Q_UNREACHABLE();
@@ -128,7 +140,7 @@ void PasteService::endTurn()
 
 bool PasteService::isFetchAwaited() const
 {
-    return m_fetchTimeout && m_pasteboard.fetchCount() == m_fetchesBeforeKeys;
+    return m_fetchTimeout && m_pasteboard.fetchCount() == 0;
 }
 
 WriteTicket PasteService::write(const ClipPayload& payload, bool plainTextOnly)
@@ -153,7 +165,7 @@ QCoro::Task<PasteService::Result> PasteService::pasteWhenReady(
 {
     for (; !target->isTerminated() && !target->isActive(); --attempts) {
         if (attempts < 1) {
-            co_return copiedOnly;
+            co_return copiedOnly("the application did not come to the front");
         }
         target->activate();
         co_await delay(self->m_clock, attemptInterval);
@@ -167,8 +179,11 @@ QCoro::Task<PasteService::Result> PasteService::pasteWhenReady(
     if (!self) {
         co_return Result();
     }
-    if (target->isTerminated() || !target->isActive()) {
-        co_return copiedOnly;
+    if (target->isTerminated()) {
+        co_return copiedOnly("the application has ended");
+    }
+    if (!target->isActive()) {
+        co_return copiedOnly("the application did not stay in front");
     }
     co_return co_await postCommandV(self, target, ticket);
 }
@@ -176,12 +191,8 @@ QCoro::Task<PasteService::Result> PasteService::pasteWhenReady(
 QCoro::Task<PasteService::Result> PasteService::postCommandV(
     QPointer<PasteService> self, std::shared_ptr<RunningApplication> target, WriteTicket ticket)
 {
-    // Who fetches everything that is copied has done so by now, mostly: what comes from here on is
-    // the target's request.
-    const quint64 fetchesBefore = self->m_pasteboard.fetchCount();
     const PostResult posting = co_await self->m_keys.postPaste(target, ticket);
     if (self && posting == PostResult::posted) {
-        self->m_fetchesBeforeKeys = fetchesBefore;
         self->m_fetchTimeout = self->m_clock.after(
             fetchTimeout, [service = self.data()] { service->m_fetchTimeout.reset(); });
     }

@@ -102,9 +102,7 @@ private:
     Hooks m_hooks;
     /// The one whose turn it is in front, if there is one.
     std::deque<std::shared_ptr<QPromise<void>>> m_turns;
-    /// The pasteboard's count before the keys that were pressed last.
-    quint64 m_fetchesBeforeKeys = 0;
-    /// Runs as long as it is waited for that what they paste is fetched.
+    /// Runs as long as it is waited for that what was pasted last is fetched.
     std::unique_ptr<Clock::Timer> m_fetchTimeout;
 };
 

@@ -177,6 +177,7 @@ private:
     static QCoro::Task<> save(QPointer<AppModel> self, Capture capture);
     void saveFailed(Capture capture, const QString& message);
     void saveUnsaved();
+    static QCoro::Task<PasteService::Turn> turnToWrite(QPointer<AppModel> self, Turn turn);
     static QCoro::Task<> pasteInTurn(
         QPointer<AppModel> self, Clip clip, PasteStyle style,
         std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion);

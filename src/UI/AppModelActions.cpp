@@ -79,20 +79,26 @@ void AppModel::paste(
     pasteInTurn(this, pasted, style, std::move(target), std::move(turn), std::move(completion));
 }
 
+/// Waits until the clipboard may be written, or the model has gone.
+QCoro::Task<PasteService::Turn> AppModel::turnToWrite(QPointer<AppModel> self, Turn turn)
+{
+    const PasteService::Turn held = co_await turn;
+    if (self) {
+        // Writing puts an end to what is on the clipboard now.
+        co_await self->settle();
+    }
+    co_return held;
+}
+
 QCoro::Task<> AppModel::pasteInTurn(
     QPointer<AppModel> self, Clip clip, PasteStyle style,
     std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion)
 {
+    const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
+    if (!self) {
+        co_return;
+    }
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const PasteService::Turn held = co_await turn;
-    if (!self) {
-        co_return;
-    }
-    // Writing puts an end to what is on the clipboard now.
-    co_await self->settle();
-    if (!self) {
-        co_return;
-    }
     const WriteTicket ticket = pasteService.write(clip.payload, style == PasteStyle::plainTextOnly);
     if (!ticket) {
         self->showBanner(notRestoredMessage, BannerKind::error);
@@ -217,15 +223,11 @@ QCoro::Task<> AppModel::copyInTurn(
     QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
     std::function<void(WriteTicket, bool isHeld)> done)
 {
+    const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
+    if (!self) {
+        co_return;
+    }
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const PasteService::Turn held = co_await turn;
-    if (!self) {
-        co_return;
-    }
-    co_await self->settle();
-    if (!self) {
-        co_return;
-    }
     const WriteTicket ticket = pasteService.write(payload, style == PasteStyle::plainTextOnly);
     const bool isHeld = ticket && co_await pasteService.holds(ticket);
     if (self && done) {

@@ -3,6 +3,7 @@
 #include "FakeKeyEventPoster.h"
 #include "FakePasteboard.h"
 #include "FakeRunningApplication.h"
+#include "LogCapture.h"
 #include "PasteboardItems.h"
 #include "TestSupport.h"
 #include "VirtualClock.h"
@@ -251,6 +252,34 @@ TEST_F(PasteServiceTest, OnlyWhatWasWrittenForThePasteIsPasted)
     EXPECT_THAT(m_results, ElementsAre(replaced));
 }
 
+TEST_F(PasteServiceTest, TheLogTellsWhyNoKeysWerePressed)
+{
+    const auto linesOfAPaste = [this] {
+        const LogCapture log;
+        paste(1);
+        m_clock.advance(1s);
+        std::vector<QString> lines;
+        for (const auto& line : log.lines(u"com.brackmoor.tessly.PasteService"_s)) {
+            lines.push_back(line.text);
+        }
+        return lines;
+    };
+    EXPECT_THAT(
+        linesOfAPaste(),
+        ElementsAre(u"No paste keys were pressed: the application did not come to the front."_s));
+    m_target->setActive(true);
+    EXPECT_THAT(linesOfAPaste(), IsEmpty());
+    m_keys.replaceContent();
+    EXPECT_THAT(
+        linesOfAPaste(),
+        ElementsAre(u"No paste keys were pressed: something else has been copied."_s));
+    m_keys.breakKeys();
+    EXPECT_THAT(linesOfAPaste(), ElementsAre(u"The paste keys could not be pressed."_s));
+    m_target->terminate();
+    EXPECT_THAT(
+        linesOfAPaste(), ElementsAre(u"No paste keys were pressed: the application has ended."_s));
+}
+
 TEST_F(PasteServiceTest, APasteHasFailedOnceTheServiceIsGone)
 {
     paste(8);
@@ -345,10 +374,17 @@ TEST_F(PasteServiceTest, WhatIsNotFetchedIsWaitedForNotLong)
 
 TEST_F(PasteServiceTest, WhatWasFetchedBeforeTheKeysDoesNotCount)
 {
+    // Others fetch what was written, also while the user still holds a modifier.
+    m_keys.setPasteboard(&m_pasteboard);
+    m_ticket = m_service->write(ClipPayload({.plainText = "own"}), false);
     m_target->setActive(true);
+    m_keys.gate().hold();
     paste(8);
-    m_pasteboard.fetch();
     m_clock.advance(60ms);
+    m_pasteboard.fetch();
+    m_keys.gate().open();
+    m_clock.advance(0ms);
+    ASSERT_THAT(m_results, ElementsAre(pasted));
     takeTurn(u"b"_s);
     m_clock.advance(100ms);
     EXPECT_TRUE(m_turnsTaken.isEmpty());

@@ -89,7 +89,7 @@ class ABusThatHangs(Expecting, DesktopCase):
 
 
 class TwoStarts(DesktopCase):
-    ROUNDS = 20
+    ROUNDS = 10
 
     def test_one_survives_and_the_other_opens_its_panel(self):
         for number in range(self.ROUNDS):

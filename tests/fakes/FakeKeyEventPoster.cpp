@@ -23,8 +23,7 @@ FakeKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target, WriteT
     if (!target->isActive()) {
         co_return PostResult::targetNotInFront;
     }
-    const bool isHeld = !m_pasteboard || co_await m_pasteboard->holds(content);
-    if (!isHeld || m_isReplaced) {
+    if (m_isReplaced || (m_pasteboard && !m_pasteboard->beginPaste(content))) {
         co_return PostResult::contentReplaced;
     }
     m_pastes.push_back(target);

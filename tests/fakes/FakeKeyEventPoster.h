@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FakePasteboard.h"
 #include "Gate.h"
 #include "KeyEventPoster.h"
 
@@ -18,7 +19,7 @@ public:
     /// The keys cannot be made from now on.
     void breakKeys() { m_isBroken = true; }
     /// Whose content is looked at before the keys; none: it is not.
-    void setPasteboard(Pasteboard* pasteboard) { m_pasteboard = pasteboard; }
+    void setPasteboard(FakePasteboard* pasteboard) { m_pasteboard = pasteboard; }
     /// What was written is not there to be pasted from now on.
     void replaceContent() { m_isReplaced = true; }
 
@@ -39,7 +40,7 @@ public:
     postPaste(std::shared_ptr<RunningApplication> target, WriteTicket content) override;
 
 private:
-    Pasteboard* m_pasteboard = nullptr;
+    FakePasteboard* m_pasteboard = nullptr;
     bool m_isAllowed = true;
     bool m_grantsRequests = false;
     bool m_isBroken = false;

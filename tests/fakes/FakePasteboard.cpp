@@ -41,6 +41,17 @@ void FakePasteboard::ownerLeaves()
     }
 }
 
+bool FakePasteboard::beginPaste(WriteTicket ticket)
+{
+    m_fetchCount = 0;
+    return ticket && ticket == m_ticket;
+}
+
+int FakePasteboard::copiesMissed(qint64, Clock::Duration) const
+{
+    return std::exchange(m_copiesMissed, 0);
+}
+
 std::size_t FakePasteboard::typesRequests() const
 {
     return static_cast<std::size_t>(

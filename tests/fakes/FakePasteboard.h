@@ -72,6 +72,10 @@ public:
     void stopNotifying() { m_notifies = false; }
     /// The owner changes what it offers without copying anew.
     void changeSilently(Content content) { m_content = std::move(content); }
+    /// Copies that came and went before the program could look at them, told of once.
+    void missCopies(int count) { m_copiesMissed = count; }
+    /// Whether what was written with this ticket is there when the paste keys are pressed.
+    [[nodiscard]] bool beginPaste(WriteTicket ticket);
     /// Another program asks for content that the program offers.
     void fetch() { ++m_fetchCount; }
     /// How long the content has been there when its change is told of.
@@ -107,6 +111,7 @@ public:
 
     [[nodiscard]] qint64 changeCount() const override { return m_changeCount; }
     [[nodiscard]] Clock::Duration contentAge() const override { return m_contentAge; }
+    [[nodiscard]] int copiesMissed(qint64 changeCount, Clock::Duration shortestStay) const override;
     [[nodiscard]] bool notifiesOfChanges() const override { return m_notifies; }
     void setChanged(std::function<void()> changed) override { m_changed = std::move(changed); }
     [[nodiscard]] QCoro::Task<> catchUp() override;
@@ -136,6 +141,7 @@ private:
     std::function<void()> m_changed;
     Clock::Duration m_contentAge{};
     quint64 m_fetchCount = 0;
+    mutable int m_copiesMissed = 0;
     quint64 m_lastTicket = 0;
     /// That of the content; none if it is another's.
     WriteTicket m_ticket;

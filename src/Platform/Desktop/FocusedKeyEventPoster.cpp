@@ -100,10 +100,9 @@ QCoro::Task<KeySender::Sending> FocusedKeyEventPoster::send(
     if (!target->isActive()) {
         co_return KeySender::Sending::notInFront;
     }
-    co_return co_await m_sender.send(
-        chord, target, [seemsToHold = m_clipboard.seemsToHold, content] {
-            return seemsToHold && seemsToHold(content);
-        });
+    co_return co_await m_sender.send(chord, target, [begin = m_clipboard.begin, content, chord] {
+        return begin && begin(content, chord == PasteChord::shiftInsert);
+    });
 }
 
 } // namespace tessly

@@ -19,16 +19,19 @@ struct PasteClipboard
             .holds = [&pasteboard](WriteTicket ticket) { return pasteboard.holds(ticket); },
             .offerAsPrimary =
                 [&pasteboard](WriteTicket ticket) { return pasteboard.offerAsPrimary(ticket); },
-            .seemsToHold =
-                [&pasteboard](WriteTicket ticket) { return pasteboard.seemsToHold(ticket); }};
+            .begin =
+                [&pasteboard](WriteTicket ticket, bool isPrimaryPasted) {
+                    return pasteboard.beginPaste(ticket, isPrimaryPasted);
+                }};
     }
 
     /// Whether what was written with this ticket is there to be pasted.
     std::function<QCoro::Task<bool>(WriteTicket)> holds = {};
     /// Offers it as PRIMARY too, for what pastes only that; false if it cannot be done.
     std::function<QCoro::Task<bool>(WriteTicket)> offerAsPrimary = {};
-    /// Whether it is still there, as far as has been heard. Any thread.
-    std::function<bool(WriteTicket)> seemsToHold = {};
+    /// Last thing before the keys: whether it is still there, as PRIMARY too if that is what they
+    /// paste, as far as has been heard. Any thread.
+    std::function<bool(WriteTicket, bool isPrimaryPasted)> begin = {};
 };
 
 } // namespace tessly

@@ -92,7 +92,7 @@ void WaylandClipboard::detachSeat()
     dropContent();
     forgetKept();
     m_written.clear();
-    m_primary.reset();
+    dropPrimary();
     m_hasPrimary = false;
     m_device.reset();
     m_seat.reset();
@@ -111,7 +111,7 @@ void WaylandClipboard::selected(std::unique_ptr<WaylandDataOffer> offer)
         m_foreign = std::make_shared<WaylandClipboardContent>(
             m_loop, m_reader, m_deadlines, std::move(offer));
         if (!m_isStarting) {
-            m_state.change();
+            m_state.change(State::Origin::otherProgram);
         }
     }
 }
@@ -136,7 +136,7 @@ void WaylandClipboard::ownSelected()
     dropContent();
     m_owner = Owner::self;
     m_own = (*next)->offer;
-    m_state.change(m_own->ticket());
+    m_state.change(State::Origin::program, m_own->ticket());
     // What came before it is replaced for good.
     m_written.erase(m_written.begin(), next);
 }
@@ -159,7 +159,7 @@ void WaylandClipboard::cleared()
     m_isClearing = false;
     forgetKept();
     dropContent();
-    m_state.change();
+    m_state.change(State::Origin::nobody);
 }
 
 void WaylandClipboard::dropContent()
@@ -300,17 +300,27 @@ void WaylandClipboard::offerAsPrimary(WriteTicket ticket, OwnDone done)
     auto source = sourceOf(offer, [this, number] { primaryCancelled(number); });
     m_device->setPrimarySelection(source.get());
     m_primary = std::move(source);
-    m_loop.awaitRoundTrip([this, number, done = std::move(done)] {
+    m_loop.awaitRoundTrip([this, number, ticket, done = std::move(done)] {
         // A compositor without PRIMARY ignores what is offered there.
-        done(m_hasPrimary && m_primary && number == m_primaryNumber);
+        const bool isOffered = m_hasPrimary && m_primary && number == m_primaryNumber;
+        if (isOffered) {
+            m_state.changePrimary(ticket);
+        }
+        done(isOffered);
     });
 }
 
 void WaylandClipboard::primaryCancelled(std::uint64_t number)
 {
     if (number == m_primaryNumber) {
-        m_primary.reset();
+        dropPrimary();
     }
+}
+
+void WaylandClipboard::dropPrimary()
+{
+    m_state.releasePrimary();
+    m_primary.reset();
 }
 
 void WaylandClipboard::clear()
@@ -321,7 +331,7 @@ void WaylandClipboard::clear()
     }
     if (m_primary) {
         m_device->setPrimarySelection(nullptr);
-        m_primary.reset();
+        dropPrimary();
     }
     m_isClearing = true;
     m_device->setSelection(nullptr);

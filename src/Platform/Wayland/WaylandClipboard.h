@@ -83,6 +83,7 @@ private:
     sourceOf(const Offer& offer, std::function<void()> cancelled);
     void cancelled(const Written* written);
     void primaryCancelled(std::uint64_t number);
+    void dropPrimary();
     void ownerLeft(int looksLeft);
     [[nodiscard]] bool isSourceGone() const;
     void offerKept();

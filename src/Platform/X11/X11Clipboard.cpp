@@ -76,6 +76,9 @@ void X11Clipboard::handle(const xcb_generic_event_t& event)
         m_owner.handle(reinterpret_cast<const xcb_selection_request_event_t&>(event), sequence);
     } else if (type == XCB_SELECTION_CLEAR) {
         m_owner.handle(reinterpret_cast<const xcb_selection_clear_event_t&>(event), sequence);
+        if (!m_owner.owns(XCB_ATOM_PRIMARY)) {
+            m_state.releasePrimary();
+        }
     } else if (type == XCB_DESTROY_NOTIFY) {
         m_owner.handle(reinterpret_cast<const xcb_destroy_notify_event_t&>(event));
     } else if (type == XCB_PROPERTY_NOTIFY) {
@@ -119,7 +122,11 @@ void X11Clipboard::ownerChanged(
         m_foreign =
             std::make_shared<X11ClipboardContent>(m_loop, m_reader, m_deadlines, event.timestamp);
     }
-    m_state.change(m_own ? m_own->ticket() : WriteTicket());
+    if (m_own) {
+        m_state.change(State::Origin::program, m_own->ticket());
+    } else {
+        m_state.change(m_foreign ? State::Origin::otherProgram : State::Origin::nobody);
+    }
 }
 
 void X11Clipboard::connectionLost()
@@ -128,6 +135,7 @@ void X11Clipboard::connectionLost()
     m_kept.clear();
     m_own.reset();
     m_state.release();
+    m_state.releasePrimary();
     if (const auto old = std::exchange(m_foreign, nullptr)) {
         old->end();
     }
@@ -263,7 +271,10 @@ void X11Clipboard::offerAsPrimary(WriteTicket ticket, OwnDone done)
 {
     withServerTime([this, ticket, done = std::move(done)](xcb_timestamp_t time) {
         if (const auto offer = offerOf(ticket)) {
-            m_owner.own(XCB_ATOM_PRIMARY, offer, time, done);
+            m_owner.own(XCB_ATOM_PRIMARY, offer, time, [this, ticket, done](bool isOwner) {
+                m_state.changePrimary(isOwner ? ticket : WriteTicket());
+                done(isOwner);
+            });
         } else {
             done(false);
         }

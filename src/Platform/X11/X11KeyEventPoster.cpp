@@ -97,8 +97,8 @@ QCoro::Task<X11Keyboard::Result> X11KeyEventPoster::press(
                  promise->finish();
              }),
          .owner = m_owner,
-         .isThere = [seemsToHold = m_clipboard.seemsToHold,
-                     content] { return seemsToHold && seemsToHold(content); },
+         .isThere = [begin = m_clipboard.begin, content,
+                     chord] { return begin && begin(content, chord == PasteChord::shiftInsert); },
          .releaseWait = m_options.releaseWait});
     co_return co_await future;
 }

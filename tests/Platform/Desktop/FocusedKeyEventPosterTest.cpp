@@ -28,7 +28,11 @@ public:
         return {
             .holds = [this](WriteTicket) { return write(); },
             .offerAsPrimary = [this](WriteTicket) { return offer(); },
-            .seemsToHold = [this](WriteTicket) { return !m_isReplaced; }};
+            .begin =
+                [this](WriteTicket, bool isPrimaryPasted) {
+                    m_wasPrimaryNeeded = isPrimaryPasted;
+                    return !m_isReplaced;
+                }};
     }
     Gate& writes() { return m_writes; }
     Gate& offers() { return m_offers; }
@@ -36,6 +40,8 @@ public:
     void refuseToOffer() { m_canOffer = false; }
     void replaceAfterTheAnswer() { m_isReplaced = true; }
     [[nodiscard]] int offersAsked() const { return m_offersAsked; }
+    /// Whether PRIMARY had to be there, too, when the keys were last due.
+    [[nodiscard]] bool wasPrimaryNeeded() const { return m_wasPrimaryNeeded; }
 
 private:
     // No lambdas: the poster may go, and what they capture with it, while they wait.
@@ -57,6 +63,7 @@ private:
     bool m_canOffer = true;
     bool m_isReplaced = false;
     int m_offersAsked = 0;
+    bool m_wasPrimaryNeeded = false;
 };
 
 /// A desktop in memory whose keys go to whatever is in front.
@@ -157,6 +164,7 @@ TEST_F(FocusedKeyEventPosterTest, EachTargetGetsItsChord)
     for (const auto chord :
          {PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert}) {
         EXPECT_EQ(await(m_poster.postPaste(inFront(chord), WriteTicket(1))), PostResult::posted);
+        EXPECT_EQ(m_clipboard.wasPrimaryNeeded(), chord == PasteChord::shiftInsert);
     }
     EXPECT_THAT(
         m_sender.chords(),

@@ -48,7 +48,7 @@ private:
     std::unique_ptr<KeyEventPoster> m_poster = std::make_unique<FocusedKeyEventPoster>(
         *m_sender, PasteClipboard{
                        .holds = [this](WriteTicket) { return write(); },
-                       .seemsToHold = [](WriteTicket) { return true; }});
+                       .begin = [](WriteTicket, bool) { return true; }});
 };
 
 } // namespace tessly::test

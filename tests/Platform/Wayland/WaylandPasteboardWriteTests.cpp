@@ -383,8 +383,11 @@ TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramT
     EXPECT_EQ(program().pastePrimary("text/html"), "<b>");
     EXPECT_TRUE(await(pasteboard().offerAsPrimary(m_ticket))) << "also a second time";
     EXPECT_EQ(program().pastePrimary(), "text");
+    EXPECT_TRUE(waitUntil([this] { return pasteboard().beginPaste(m_ticket, true); }));
     program().copyAsPrimary("other");
     EXPECT_EQ(program().pastePrimary(), "other");
+    EXPECT_TRUE(waitUntil([this] { return !pasteboard().beginPaste(m_ticket, true); }));
+    EXPECT_TRUE(pasteboard().beginPaste(m_ticket, false));
     EXPECT_EQ(program().paste(), "text");
 }
 

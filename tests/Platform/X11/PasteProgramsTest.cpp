@@ -95,7 +95,6 @@ protected:
         for (const auto key : situation.heldKeys) {
             m_client.pressOnKeyboard(key);
         }
-        const quint64 fetches = m_pasteboard.fetchCount();
         EXPECT_EQ(paste(content), PostResult::posted);
         const auto state = m_client.keyboardState();
         EXPECT_EQ(state.lockedMods, situation.lockedMods);
@@ -105,7 +104,7 @@ protected:
             m_client.releaseOnKeyboard(key);
         }
         // Programs look keys up in the layout that is there when they get to it.
-        EXPECT_TRUE(waitUntil([&] { return m_pasteboard.fetchCount() > fetches; }));
+        EXPECT_TRUE(waitUntil([&] { return m_pasteboard.fetchCount() > 0; }));
         m_client.lock(0, 0);
         m_session.run(u"setxkbmap"_s, {u"us"_s});
     }

@@ -57,7 +57,7 @@ private:
         X11KeyEventPoster::Clipboard{
             .holds = [this](WriteTicket) -> QCoro::Task<bool> { co_return m_canWrite; },
             .offerAsPrimary = [](WriteTicket) -> QCoro::Task<bool> { co_return true; },
-            .seemsToHold = [](WriteTicket) { return true; }},
+            .begin = [](WriteTicket, bool) { return true; }},
         // Nobody owns the clipboard here.
         xcb_window_t{XCB_WINDOW_NONE},
         X11KeyEventPoster::Options{.releaseWait = std::chrono::seconds(20)});

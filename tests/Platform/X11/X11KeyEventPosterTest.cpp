@@ -89,7 +89,7 @@ protected:
             X11KeyEventPoster::Clipboard{
                 .holds = [this](WriteTicket) { return write(); },
                 .offerAsPrimary = [this](WriteTicket) { return offer(); },
-                .seemsToHold = [this](WriteTicket) { return m_isThere.load(); }},
+                .begin = [this](WriteTicket, bool) { return m_isThere.load(); }},
             m_owner, X11KeyEventPoster::Options{.releaseWait = releaseWait});
         return *m_poster;
     }

@@ -101,7 +101,7 @@ const Fault faults[] = {
      megabyte,
      ReadStatus::tooLarge},
     {"sendsMoreThanTheLimitInOneProperty",
-     {u"--target"_s, u"text/html"_s, u"fill:8000000"_s, u"--incr"_s, u"0"_s},
+     {u"--target"_s, u"text/html"_s, u"fill:2000000"_s, u"--incr"_s, u"0"_s},
      Flavour::html,
      megabyte,
      ReadStatus::tooLarge},

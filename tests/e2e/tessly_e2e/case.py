@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import sys
 import unittest
 
 from .accessible import Accessibility
@@ -11,8 +12,8 @@ from .waiting import settled, wait_until
 
 
 class DesktopCase(unittest.TestCase):
-    """A fresh desktop for each test, as `desktop`. A test that fails leaves a picture of it,
-    and what Tessly logged, in the folder that TESSLY_E2E_PICTURES names."""
+    """A fresh desktop for each test, as `desktop`. A test that fails prints what Tessly logged, and
+    leaves that and a picture of the desktop in the folder that TESSLY_E2E_PICTURES names."""
 
     maxDiff = 2000
     # Whether assistive technology is there, through which `ui` finds controls.
@@ -58,8 +59,11 @@ class DesktopCase(unittest.TestCase):
                    for test, _ in self._result.failures + self._result.errors)
 
     def _keep_evidence(self, tessly):
+        if not self._has_failed():
+            return
+        print(f"{self.id()}: tessly logged:", *tessly.remarks(), sep="\n    ", file=sys.stderr)
         folder = os.environ.get("TESSLY_E2E_PICTURES")
-        if folder and self._has_failed():
+        if folder:
             os.makedirs(folder, exist_ok=True)
             if self.desktop.screen is not None and self.desktop.is_alive():
                 self.desktop.screen.picture().save(os.path.join(folder, self.id() + ".png"))
