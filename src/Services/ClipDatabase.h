@@ -68,6 +68,7 @@ private:
     void makeReady();
     void validateIntegrity();
     void prepareTables();
+    void attachIndex();
     [[nodiscard]] bool isNew();
 
     // Reading.

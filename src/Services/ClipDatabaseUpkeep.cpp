@@ -45,10 +45,15 @@ void ClipDatabase::tidyUp()
 
 ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
 {
-    if (!m_isIndexChecked && !checkIndex(isHurried)) {
+    // What the user deleted does not wait for a look at the whole index.
+    const Upkeep wiped = m_hasResidue ? wipe() : Upkeep::done;
+    if (m_isIndexChecked) {
+        return wiped;
+    }
+    if (!checkIndex(isHurried)) {
         return Upkeep::hindered;
     }
-    return m_hasResidue ? wipe() : Upkeep::done;
+    return m_hasResidue ? wipe() : wiped;
 }
 
 bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
@@ -61,6 +66,9 @@ bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
         watch.emplace(m_connection, isHurried);
     }
     try {
+        if (!m_index.isAvailable()) {
+            m_index.attach();
+        }
         if (m_index.isAvailable()) {
             m_index.check();
         }
