@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -54,6 +55,9 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
+    /// One part of a rescue; none while there is more to do.
+    std::optional<ClipRescue> rescueSome(const QString& damagedPath, qint64 maximumHistory);
+    /// All of it.
     ClipRescue rescue(const QString& damagedPath, qint64 maximumHistory);
     /// `isHurried` tells whether other operations wait, to which what can wait gives way.
     ClipStore::Upkeep scrub(const std::function<bool()>& isHurried = {});
@@ -87,6 +91,8 @@ private:
     void requireFile() const;
 
     // Upkeep.
+    [[nodiscard]] ClipRescue endRescue();
+    void abandonRescue();
     void tidyUp();
     [[nodiscard]] Upkeep wipe();
     /// False if it has to be done another time.
@@ -132,6 +138,9 @@ private:
     bool m_isReadOnly = false;
     SQLiteConnection m_connection;
     ClipIndex m_index;
+    // The rescue that has begun, and what it brings over; the rescuer goes when it is done.
+    QString m_rescued;
+    std::unique_ptr<ClipRescuer> m_rescuer;
     // Whether the files may hold bytes of content that is no longer in the history. At first, since
     // nobody knows how the last process ended.
     bool m_hasResidue = true;

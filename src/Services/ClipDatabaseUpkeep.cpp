@@ -1,7 +1,9 @@
 #include "ClipDatabase.h"
 
+#include "AppPaths.h"
 #include "SQLiteResidue.h"
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QScopeGuard>
 
@@ -20,12 +22,63 @@ constexpr std::chrono::milliseconds readerTimeout(200);
 
 ClipRescue ClipDatabase::rescue(const QString& damagedPath, qint64 maximumHistory)
 {
+    for (;;) {
+        if (const std::optional<ClipRescue> rescue = rescueSome(damagedPath, maximumHistory)) {
+            return *rescue;
+        }
+    }
+}
+
+std::optional<ClipRescue>
+ClipDatabase::rescueSome(const QString& damagedPath, qint64 maximumHistory)
+{
     requireFile();
-    const ClipRescue rescue = rescueClips(damagedPath, m_connection, maximumHistory);
+    try {
+        if (m_rescued != damagedPath) {
+            m_rescuer = std::make_unique<ClipRescuer>(damagedPath, m_connection, maximumHistory);
+            m_rescued = damagedPath;
+        }
+        if (m_rescuer && !m_rescuer->isDone()) {
+            withIndexMended([this] { m_rescuer->copySome(); });
+            return std::nullopt;
+        }
+        return endRescue();
+    } catch (const SQLiteError& error) {
+        if (m_rescued != damagedPath && !isHindrance(error.code())) {
+            // It could not be opened, nor will it be at the next start.
+            AppPaths::finishRecovery(QFileInfo(damagedPath).path());
+        }
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+}
+
+ClipRescue ClipDatabase::endRescue()
+{
+    if (!m_rescuer) {
+        // The history was cleared meanwhile.
+        return {};
+    }
+    const ClipRescue rescue = m_rescuer->outcome();
     qCWarning(
         lcStore, "Of %lld clips in a damaged history, %lld were brought over",
         static_cast<long long>(rescue.found), static_cast<long long>(rescue.kept));
+    // In this order: a rescue that is finished and begins once more could bring back what the user
+    // deletes from now on.
+    if (AppPaths::finishRecovery(QFileInfo(m_rescued).path())) {
+        m_rescuer->forgetProgress();
+    }
+    m_rescuer.reset();
+    m_rescued.clear();
     return rescue;
+}
+
+void ClipDatabase::abandonRescue()
+{
+    if (m_rescuer) {
+        AppPaths::finishRecovery(QFileInfo(m_rescued).path());
+        m_rescuer.reset();
+        qCInfo(lcStore, "Nothing more is brought over from a damaged history: it was cleared");
+    }
 }
 
 void ClipDatabase::tidyUp()

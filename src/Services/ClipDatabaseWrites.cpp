@@ -200,6 +200,7 @@ void ClipDatabase::remove(QUuid id)
 void ClipDatabase::clear(bool includePinned)
 {
     requireFile();
+    abandonRescue();
     m_hasResidue = true;
     withIndexMended([&] {
         execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");

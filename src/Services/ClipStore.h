@@ -102,10 +102,16 @@ public:
     [[nodiscard]] QCoro::Task<Statistics> statistics();
 
     /// Brings over what can still be read of a damaged history that was set aside: see
-    /// `rescueClips`. `damagedPath` is its database file, which is not changed.
+    /// ClipRescuer. `damagedPath` is its database file, which is not changed. Other operations come
+    /// in between. What fails or ends the process leaves what was brought over by then, and the
+    /// folder marked as unfinished (AppPaths); calling it again goes on from there. Clearing the
+    /// history ends it for good.
     [[nodiscard]] QCoro::Task<ClipRescue> rescue(QString damagedPath, qint64 maximumHistory);
 
 private:
+    [[nodiscard]] QCoro::Task<std::optional<ClipRescue>>
+    rescueSome(const QString& damagedPath, qint64 maximumHistory);
+
     /// Runs an operation on the worker, and counts it until it begins.
     template <typename Operation>
     auto run(Operation operation)
@@ -117,6 +123,8 @@ private:
         });
     }
 
+    // Lives as long as the store, for what has to know on the main thread whether it still does.
+    std::shared_ptr<const char> m_life = std::make_shared<const char>();
     std::unique_ptr<ClipDatabase> m_database;
     std::atomic_int m_waiting = 0;
     // Goes first, so that what was called has run before the database closes.
