@@ -94,6 +94,7 @@ private:
     [[nodiscard]] ClipRescue endRescue();
     void abandonRescue();
     void tidyUp();
+    [[nodiscard]] bool isWipingDue();
     [[nodiscard]] Upkeep wipe();
     /// False if it has to be done another time.
     [[nodiscard]] bool checkIndex(const std::function<bool()>& isHurried);
@@ -141,9 +142,11 @@ private:
     // The rescue that has begun, and what it brings over; the rescuer goes when it is done.
     QString m_rescued;
     std::unique_ptr<ClipRescuer> m_rescuer;
-    // Whether the files may hold bytes of content that is no longer in the history. At first, since
-    // nobody knows how the last process ended.
+    // Whether the files may hold bytes of content that the user has deleted. At first, since nobody
+    // knows how the last process ended.
     bool m_hasResidue = true;
+    // How many clips saves have dropped since the files were wiped.
+    qint64 m_trimmed = 0;
     // It is read as a whole for that: after the opening, when nothing else is to be done.
     bool m_isIndexChecked = false;
 };

@@ -15,6 +15,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
+// What saves drop is wiped when it is this part of the history.
+constexpr qint64 partTrimmedAtOnce = 10;
+
 // Another process that lists the history is done sooner.
 constexpr std::chrono::milliseconds readerTimeout(200);
 
@@ -99,14 +102,24 @@ void ClipDatabase::tidyUp()
 ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
 {
     // What the user deleted does not wait for a look at the whole index.
-    const Upkeep wiped = m_hasResidue ? wipe() : Upkeep::done;
+    const Upkeep wiped = isWipingDue() ? wipe() : Upkeep::done;
     if (m_isIndexChecked) {
         return wiped;
     }
     if (!checkIndex(isHurried)) {
         return Upkeep::hindered;
     }
-    return m_hasResidue ? wipe() : wiped;
+    return isWipingDue() ? wipe() : wiped;
+}
+
+bool ClipDatabase::isWipingDue()
+{
+    if (m_hasResidue || m_trimmed == 0) {
+        return m_hasResidue;
+    }
+    // The index is rewritten as a whole for that. Once for a tenth of the clips that it has, each
+    // copy comes to the bytes of ten of them; what is left at the end goes after the next start.
+    return m_trimmed >= statistics().totalItems / partTrimmedAtOnce;
 }
 
 bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
@@ -156,7 +169,11 @@ ClipStore::Upkeep ClipDatabase::wipe()
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
-    return m_hasResidue ? Upkeep::hindered : Upkeep::done;
+    if (m_hasResidue) {
+        return Upkeep::hindered;
+    }
+    m_trimmed = 0;
+    return Upkeep::done;
 }
 
 bool ClipDatabase::emptyLog()

@@ -119,6 +119,8 @@ WHERE content_hash = ?;)sql")
 void ClipDatabase::trimHistory(qint64 maximum)
 {
     requireFile();
+    // The user wants to have less.
+    m_hasResidue = true;
     withIndexMended([&] { trim(maximum); });
 }
 
@@ -134,7 +136,7 @@ WHERE rowid IN (
 );)sql")
         .integer(1, std::max(maximum, smallestHistory))
         .run(writeFailure);
-    m_hasResidue |= m_connection.changes() > 0;
+    m_trimmed += m_connection.changes();
 }
 
 void ClipDatabase::setPinned(bool pinned, QUuid id)
