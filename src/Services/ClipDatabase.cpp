@@ -3,6 +3,7 @@
 #include "ClipIntegrity.h"
 #include "ClipPatience.h"
 #include "ClipSchema.h"
+#include "FileError.h"
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
@@ -101,6 +102,32 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
         }
         makeReady();
     });
+}
+
+void ClipDatabase::followFile()
+{
+    if (!m_connection.hasMoved()) {
+        return;
+    }
+    qCWarning(lcStore, "The database file was moved or deleted: the history is opened anew");
+    try {
+        preparePrivateFolder(QFileInfo(m_path).absolutePath(), Parents::create);
+    } catch (const FileError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.description());
+    }
+    // What belongs to the path belongs to another file now.
+    m_connection.setKeepsLog(true);
+    m_rescuer.reset();
+    SQLiteConnection former = std::exchange(m_connection, open(m_path));
+    try {
+        makeReady();
+    } catch (...) {
+        // The next save tries again.
+        m_connection = std::move(former);
+        throw;
+    }
+    m_hasResidue = true;
+    m_isIndexChecked = false;
 }
 
 void ClipDatabase::makeReady()

@@ -70,6 +70,8 @@ private:
 
     // Opening.
     void makeReady();
+    /// Opens the history anew if its file is gone or another one is in its place.
+    void followFile();
     void validateIntegrity();
     void prepareTables();
     void attachIndex();
@@ -87,6 +89,8 @@ private:
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
 
+    /// Deletes some clips, no more than the log should have to hold; whether others are left.
+    [[nodiscard]] bool clearSome(bool includePinned);
     void trim(qint64 maximum);
     void requireFile() const;
 
@@ -95,6 +99,10 @@ private:
     void abandonRescue();
     void tidyUp();
     [[nodiscard]] bool isWipingDue();
+    [[nodiscard]] qint64 number(const char* pragma);
+    /// Gives room that many deletions have left back to the disk. False if it has to go on another
+    /// time.
+    [[nodiscard]] bool shrink(const std::function<bool()>& isHurried);
     [[nodiscard]] Upkeep wipe();
     /// False if it has to be done another time.
     [[nodiscard]] bool checkIndex(const std::function<bool()>& isHurried);

@@ -18,6 +18,11 @@ Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 // What saves drop is wiped when it is this part of the history.
 constexpr qint64 partTrimmedAtOnce = 10;
 
+// Free pages are given back to the disk if there are at least so many, 1 MB as a rule, and they are
+// this part of the file.
+constexpr qint64 leastPagesToGiveBack = 256;
+constexpr qint64 partToGiveBack = 10;
+
 // Another process that lists the history is done sooner.
 constexpr std::chrono::milliseconds readerTimeout(200);
 
@@ -103,13 +108,44 @@ ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
 {
     // What the user deleted does not wait for a look at the whole index.
     const Upkeep wiped = isWipingDue() ? wipe() : Upkeep::done;
-    if (m_isIndexChecked) {
-        return wiped;
+    if (!m_isIndexChecked) {
+        if (!checkIndex(isHurried)) {
+            return Upkeep::hindered;
+        }
+        if (isWipingDue() && wipe() == Upkeep::hindered) {
+            return Upkeep::hindered;
+        }
     }
-    if (!checkIndex(isHurried)) {
-        return Upkeep::hindered;
+    return wiped == Upkeep::done && shrink(isHurried) ? Upkeep::done : Upkeep::hindered;
+}
+
+qint64 ClipDatabase::number(const char* pragma)
+{
+    ClipStatement statement = prepare(pragma);
+    return statement.next("Could not read database size") ? statement.row().integer(0) : 0;
+}
+
+bool ClipDatabase::shrink(const std::function<bool()>& isHurried)
+{
+    // A little room is used again by the next copies; to give it back would move pages for nothing.
+    qint64 free = number("PRAGMA freelist_count;");
+    if (free < leastPagesToGiveBack || free < number("PRAGMA page_count;") / partToGiveBack) {
+        return true;
     }
-    return isWipingDue() ? wipe() : wiped;
+    while (free > 0) {
+        if (isHurried && isHurried()) {
+            return false;
+        }
+        execute("PRAGMA incremental_vacuum(32);");
+        const qint64 left = number("PRAGMA freelist_count;");
+        if (left >= free) {
+            // A file that was made without a map of its pages keeps them.
+            return true;
+        }
+        free = left;
+    }
+    // The file is cut when the log has been copied back.
+    return emptyLog();
 }
 
 bool ClipDatabase::isWipingDue()
