@@ -10,8 +10,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 using namespace Qt::StringLiterals;
 using namespace tessly;
@@ -156,6 +158,39 @@ void saveText(benchmark::State& state)
     }
 }
 
+/// What this process has given to write() so far, in bytes.
+double written()
+{
+    std::ifstream io("/proc/self/io");
+    std::string key;
+    double value = 0;
+    while (io >> key >> value) {
+        if (key == "wchar:") {
+            return value;
+        }
+    }
+    throw std::runtime_error("no /proc/self/io");
+}
+
+/// Short copies into a history at its limit, each with a rest behind it. All that is put off is
+/// done by the end.
+void copyAtTheLimit(benchmark::State& state)
+{
+    const qint64 limit = state.range(0);
+    History h(Content::texts, static_cast<int>(limit));
+    QRandomGenerator random(5);
+    int number = 30'000'000;
+    const double before = written();
+    for (auto _ : state) {
+        const ClipPayload payload({.plainText = sampleText(++number, random)});
+        h.database->save(payload, u"Text Editor"_s, u"org.editor"_s, limit);
+        h.database->scrub();
+    }
+    h.database = std::make_unique<ClipDatabase>(h.path, [&h] { return h.now++; });
+    h.database->scrub();
+    state.counters["bytesPerCopy"] = (written() - before) / static_cast<double>(state.iterations());
+}
+
 void saveImage(benchmark::State& state)
 {
     History h(Content::texts, 100);
@@ -217,6 +252,7 @@ void registerAll()
             continue;
         }
         add("texts/save", saveText)->Arg(clips)->Iterations(200);
+        add("texts/copyAtTheLimit", copyAtTheLimit)->Arg(clips)->Iterations(2500);
         add("texts/remove", removeText)->Arg(clips)->Iterations(20);
     }
     for (const int clips : {200, 500}) {

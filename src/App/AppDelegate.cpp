@@ -151,6 +151,10 @@ void AppDelegate::openHistory()
         AppPaths::prepareDirectories();
         m_store = makeStore();
     }
+    if (!m_rescueFolder) {
+        // An earlier run may not have been able to end it.
+        m_rescueFolder = AppPaths::unfinishedRecovery(AppPaths::applicationSupportDirectory());
+    }
 }
 
 void AppDelegate::applicationDidFinishLaunching()

@@ -1,6 +1,9 @@
 #include "ClipDatabase.h"
 
+#include "ClipIntegrity.h"
+#include "ClipPatience.h"
 #include "ClipSchema.h"
+#include "FileError.h"
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
@@ -12,7 +15,6 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace tessly {
 
@@ -21,10 +23,6 @@ namespace {
 Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
 constexpr int primaryCode = 0xff;
-
-// How long an opening that the disk fails is tried again.
-constexpr auto patience = 2000ms;
-constexpr auto timeBetweenTries = 100ms;
 
 /// SQLite deletes a log that has no file to it; but it may hold all that is left of a history.
 void requireFileOfLog(const QString& path)
@@ -48,22 +46,19 @@ SQLiteConnection open(const QString& path)
     }
 }
 
-/// Takes a step of the opening, and takes it again while the disk fails it, for a moment: what a
-/// disk says of a file while it does not answer is not to be believed.
-template <typename Step>
-auto patiently(Step step)
+/// For the steps of an opening.
+ClipPatience patience()
 {
-    for (auto waited = 0ms;; waited += timeBetweenTries) {
-        try {
-            return step();
-        } catch (const ClipStoreError& error) {
-            if ((error.sqliteCode() & primaryCode) != SQLITE_IOERR || waited >= patience) {
-                throw;
+    return {
+        {.now = std::chrono::steady_clock::now,
+         .sleep = [](auto time) { sqlite3_sleep(static_cast<int>(time.count())); }},
+        [](const ClipStoreError& error) {
+            const bool isOfTheDisk = (error.sqliteCode() & primaryCode) == SQLITE_IOERR;
+            if (isOfTheDisk) {
+                qCInfo(lcStore, "Opening the history once more: %s", error.what());
             }
-            qCInfo(lcStore, "Opening the history once more: %s", error.what());
-        }
-        sqlite3_sleep(static_cast<int>(timeBetweenTries.count()));
-    }
+            return isOfTheDisk;
+        }};
 }
 
 SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
@@ -76,32 +71,6 @@ SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access
     }
 }
 
-/// What is wrong inside the file; none if it is sound. Throws `openDatabase` if that cannot be
-/// found out.
-std::optional<QString> integrityProblem(const SQLiteConnection& connection)
-{
-    // A damaged history is set aside. One that another process has locked, or that cannot be read
-    // just now, is not damaged: it stays where it is.
-    const auto problem = [&connection](const QString& message) {
-        if (connection.isHindered()) {
-            throw ClipStoreError(
-                ClipStoreError::Case::openDatabase, message, connection.errorCode());
-        }
-        return message;
-    };
-    std::optional<SQLiteStatement> check;
-    try {
-        check.emplace(connection, "PRAGMA quick_check(1);");
-    } catch (const SQLiteError& error) {
-        return problem(error.message());
-    }
-    if (check->step() != SQLiteStatement::Step::row || check->isNull(0)) {
-        return problem(connection.errorMessage());
-    }
-    const QString verdict = QString::fromUtf8(check->bytes(0));
-    return verdict.compare(u"ok", Qt::CaseInsensitive) == 0 ? std::nullopt : std::optional(verdict);
-}
-
 } // namespace
 
 ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
@@ -112,8 +81,8 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
 {
     m_connection.setBusyTimeout(busyTimeout);
     execute(schema::connectionSettings);
-    const std::optional<QString> problem = integrityProblem(m_connection);
-    if (problem && !m_index.areClipsSound()) {
+    const std::optional<QString> problem = integrityProblem(m_connection, Extent::file);
+    if (problem && integrityProblem(m_connection, Extent::clips)) {
         throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
     }
     if (!problem) {
@@ -124,15 +93,41 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     : m_path(std::move(path))
     , m_now(std::move(now))
-    , m_connection(patiently([this] { return open(m_path); }))
+    , m_connection(patience().take([this] { return open(m_path); }))
     , m_index(m_connection)
 {
-    patiently([this, isFirst = true]() mutable {
+    patience().take([this, isFirst = true]() mutable {
         if (!std::exchange(isFirst, false)) {
             m_connection = open(m_path);
         }
         makeReady();
     });
+}
+
+void ClipDatabase::followFile()
+{
+    if (!m_connection.hasMoved()) {
+        return;
+    }
+    qCWarning(lcStore, "The database file was moved or deleted: the history is opened anew");
+    try {
+        preparePrivateFolder(QFileInfo(m_path).absolutePath(), Parents::create);
+    } catch (const FileError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.description());
+    }
+    // What belongs to the path belongs to another file now.
+    m_connection.setKeepsLog(true);
+    m_rescuer.reset();
+    SQLiteConnection former = std::exchange(m_connection, open(m_path));
+    try {
+        makeReady();
+    } catch (...) {
+        // The next save tries again.
+        m_connection = std::move(former);
+        throw;
+    }
+    m_hasResidue = true;
+    m_isIndexChecked = false;
 }
 
 void ClipDatabase::makeReady()
@@ -148,7 +143,7 @@ void ClipDatabase::makeReady()
     validateIntegrity();
     m_connection.setKeepsLog(false);
     prepareTables();
-    m_index.attach();
+    attachIndex();
     try {
         execute("PRAGMA optimize;");
     } catch (const ClipStoreError&) {
@@ -156,9 +151,22 @@ void ClipDatabase::makeReady()
     }
 }
 
+void ClipDatabase::attachIndex()
+{
+    try {
+        m_index.attach();
+    } catch (const ClipStoreError& error) {
+        if ((error.sqliteCode() & primaryCode) == SQLITE_IOERR) {
+            throw;
+        }
+        // The history can be used without it until `scrub` attaches it.
+        qCInfo(lcStore, "Searching without the index for now: %s", error.what());
+    }
+}
+
 void ClipDatabase::validateIntegrity()
 {
-    const std::optional<QString> problem = integrityProblem(m_connection);
+    const std::optional<QString> problem = integrityProblem(m_connection, Extent::file);
     if (!problem) {
         return;
     }
@@ -166,15 +174,29 @@ void ClipDatabase::validateIntegrity()
     SQLiteConnection other = open(m_path);
     other.setBusyTimeout(busyTimeout);
     other.setKeepsLog(true);
-    if (!m_connection.isReadable() || !integrityProblem(other)) {
-        throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
-    }
+    const auto requireThatTheOtherAgrees = [&](Extent extent) {
+        if (!m_connection.isReadable() || !integrityProblem(other, extent)) {
+            throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
+        }
+    };
+    requireThatTheOtherAgrees(Extent::file);
     // What is wrong with the index alone is no reason to set the clips aside.
-    if (m_index.areClipsSound() && hasHistory()) {
-        m_index.remake(*problem, ClipIndex::Dropping::compacts);
-        if (!integrityProblem(m_connection)) {
+    if (integrityProblem(m_connection, Extent::clips)) {
+        requireThatTheOtherAgrees(Extent::clips);
+    } else if (hasHistory()) {
+        try {
+            m_index.mend(*problem, ClipIndex::Dropping::compacts);
+        } catch (const SQLiteError& error) {
+            if (isHindrance(error.code())) {
+                throw ClipStoreError(
+                    ClipStoreError::Case::openDatabase, error.message(), error.code());
+            }
+            qCInfo(lcStore, "The search index could not be made again: %s", error.what());
+        }
+        if (!integrityProblem(m_connection, Extent::file)) {
             return;
         }
+        requireThatTheOtherAgrees(Extent::file);
     }
     throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem, SQLITE_CORRUPT);
 }
@@ -211,11 +233,18 @@ bool ClipDatabase::mendIndex(const ClipStoreError& error)
         m_index.giveUp();
         return true;
     }
+    // Half-way mended is worse than a search that ends late.
+    const SQLiteConnection::Unstopped unstopped(m_connection);
+    // What is dropped of it leaves its bytes in the log.
+    m_hasResidue = true;
     // What else the file has that is no clip may be damaged as well.
-    return m_index.remake(
+    const bool canBeRepeated = m_index.remake(
         error.message(), error.sqliteCode() == SQLITE_CORRUPT
                              ? ClipIndex::Dropping::compacts
                              : ClipIndex::Dropping::compactsIfNeeded);
+    // Where there is none now, `scrub` tries once more.
+    m_isIndexChecked = m_index.isAvailable();
+    return canBeRepeated;
 }
 
 void ClipDatabase::requireFile() const

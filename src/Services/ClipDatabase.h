@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -54,6 +55,9 @@ public:
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
     [[nodiscard]] ClipStore::Statistics statistics();
+    /// One part of a rescue; none while there is more to do.
+    std::optional<ClipRescue> rescueSome(const QString& damagedPath, qint64 maximumHistory);
+    /// All of it.
     ClipRescue rescue(const QString& damagedPath, qint64 maximumHistory);
     /// `isHurried` tells whether other operations wait, to which what can wait gives way.
     ClipStore::Upkeep scrub(const std::function<bool()>& isHurried = {});
@@ -66,8 +70,11 @@ private:
 
     // Opening.
     void makeReady();
+    /// Opens the history anew if its file is gone or another one is in its place.
+    void followFile();
     void validateIntegrity();
     void prepareTables();
+    void attachIndex();
     [[nodiscard]] bool isNew();
 
     // Reading.
@@ -82,11 +89,20 @@ private:
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
 
+    /// Deletes some clips, no more than the log should have to hold; whether others are left.
+    [[nodiscard]] bool clearSome(bool includePinned);
     void trim(qint64 maximum);
     void requireFile() const;
 
     // Upkeep.
+    [[nodiscard]] ClipRescue endRescue();
+    void abandonRescue();
     void tidyUp();
+    [[nodiscard]] bool isWipingDue();
+    [[nodiscard]] qint64 number(const char* pragma);
+    /// Gives room that many deletions have left back to the disk. False if it has to go on another
+    /// time.
+    [[nodiscard]] bool shrink(const std::function<bool()>& isHurried);
     [[nodiscard]] Upkeep wipe();
     /// False if it has to be done another time.
     [[nodiscard]] bool checkIndex(const std::function<bool()>& isHurried);
@@ -131,9 +147,14 @@ private:
     bool m_isReadOnly = false;
     SQLiteConnection m_connection;
     ClipIndex m_index;
-    // Whether the files may hold bytes of content that is no longer in the history. At first, since
-    // nobody knows how the last process ended.
+    // The rescue that has begun, and what it brings over; the rescuer goes when it is done.
+    QString m_rescued;
+    std::unique_ptr<ClipRescuer> m_rescuer;
+    // Whether the files may hold bytes of content that the user has deleted. At first, since nobody
+    // knows how the last process ended.
     bool m_hasResidue = true;
+    // How many clips saves have dropped since the files were wiped.
+    qint64 m_trimmed = 0;
     // It is read as a whole for that: after the opening, when nothing else is to be done.
     bool m_isIndexChecked = false;
 };

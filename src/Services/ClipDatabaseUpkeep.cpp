@@ -1,7 +1,9 @@
 #include "ClipDatabase.h"
 
+#include "AppPaths.h"
 #include "SQLiteResidue.h"
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QScopeGuard>
 
@@ -13,6 +15,14 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
+// What saves drop is wiped when it is this part of the history.
+constexpr qint64 partTrimmedAtOnce = 10;
+
+// Free pages are given back to the disk if there are at least so many, 1 MB as a rule, and they are
+// this part of the file.
+constexpr qint64 leastPagesToGiveBack = 256;
+constexpr qint64 partToGiveBack = 10;
+
 // Another process that lists the history is done sooner.
 constexpr std::chrono::milliseconds readerTimeout(200);
 
@@ -20,12 +30,63 @@ constexpr std::chrono::milliseconds readerTimeout(200);
 
 ClipRescue ClipDatabase::rescue(const QString& damagedPath, qint64 maximumHistory)
 {
+    for (;;) {
+        if (const std::optional<ClipRescue> rescue = rescueSome(damagedPath, maximumHistory)) {
+            return *rescue;
+        }
+    }
+}
+
+std::optional<ClipRescue>
+ClipDatabase::rescueSome(const QString& damagedPath, qint64 maximumHistory)
+{
     requireFile();
-    const ClipRescue rescue = rescueClips(damagedPath, m_connection, maximumHistory);
+    try {
+        if (m_rescued != damagedPath) {
+            m_rescuer = std::make_unique<ClipRescuer>(damagedPath, m_connection, maximumHistory);
+            m_rescued = damagedPath;
+        }
+        if (m_rescuer && !m_rescuer->isDone()) {
+            withIndexMended([this] { m_rescuer->copySome(); });
+            return std::nullopt;
+        }
+        return endRescue();
+    } catch (const SQLiteError& error) {
+        if (m_rescued != damagedPath && !isHindrance(error.code())) {
+            // It could not be opened, nor will it be at the next start.
+            AppPaths::finishRecovery(QFileInfo(damagedPath).path());
+        }
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+}
+
+ClipRescue ClipDatabase::endRescue()
+{
+    if (!m_rescuer) {
+        // The history was cleared meanwhile.
+        return {};
+    }
+    const ClipRescue rescue = m_rescuer->outcome();
     qCWarning(
         lcStore, "Of %lld clips in a damaged history, %lld were brought over",
         static_cast<long long>(rescue.found), static_cast<long long>(rescue.kept));
+    // In this order: a rescue that is finished and begins once more could bring back what the user
+    // deletes from now on.
+    if (AppPaths::finishRecovery(QFileInfo(m_rescued).path())) {
+        m_rescuer->forgetProgress();
+    }
+    m_rescuer.reset();
+    m_rescued.clear();
     return rescue;
+}
+
+void ClipDatabase::abandonRescue()
+{
+    if (m_rescuer) {
+        AppPaths::finishRecovery(QFileInfo(m_rescued).path());
+        m_rescuer.reset();
+        qCInfo(lcStore, "Nothing more is brought over from a damaged history: it was cleared");
+    }
 }
 
 void ClipDatabase::tidyUp()
@@ -45,10 +106,56 @@ void ClipDatabase::tidyUp()
 
 ClipStore::Upkeep ClipDatabase::scrub(const std::function<bool()>& isHurried)
 {
-    if (!m_isIndexChecked && !checkIndex(isHurried)) {
-        return Upkeep::hindered;
+    // What the user deleted does not wait for a look at the whole index.
+    const Upkeep wiped = isWipingDue() ? wipe() : Upkeep::done;
+    if (!m_isIndexChecked) {
+        if (!checkIndex(isHurried)) {
+            return Upkeep::hindered;
+        }
+        if (isWipingDue() && wipe() == Upkeep::hindered) {
+            return Upkeep::hindered;
+        }
     }
-    return m_hasResidue ? wipe() : Upkeep::done;
+    return wiped == Upkeep::done && shrink(isHurried) ? Upkeep::done : Upkeep::hindered;
+}
+
+qint64 ClipDatabase::number(const char* pragma)
+{
+    ClipStatement statement = prepare(pragma);
+    return statement.next("Could not read database size") ? statement.row().integer(0) : 0;
+}
+
+bool ClipDatabase::shrink(const std::function<bool()>& isHurried)
+{
+    // A little room is used again by the next copies; to give it back would move pages for nothing.
+    qint64 free = number("PRAGMA freelist_count;");
+    if (free < leastPagesToGiveBack || free < number("PRAGMA page_count;") / partToGiveBack) {
+        return true;
+    }
+    while (free > 0) {
+        if (isHurried && isHurried()) {
+            return false;
+        }
+        execute("PRAGMA incremental_vacuum(32);");
+        const qint64 left = number("PRAGMA freelist_count;");
+        if (left >= free) {
+            // A file that was made without a map of its pages keeps them.
+            return true;
+        }
+        free = left;
+    }
+    // The file is cut when the log has been copied back.
+    return emptyLog();
+}
+
+bool ClipDatabase::isWipingDue()
+{
+    if (m_hasResidue || m_trimmed == 0) {
+        return m_hasResidue;
+    }
+    // The index is rewritten as a whole for that. Once for a tenth of the clips that it has, each
+    // copy comes to the bytes of ten of them; what is left at the end goes after the next start.
+    return m_trimmed >= statistics().totalItems / partTrimmedAtOnce;
 }
 
 bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
@@ -61,6 +168,9 @@ bool ClipDatabase::checkIndex(const std::function<bool()>& isHurried)
         watch.emplace(m_connection, isHurried);
     }
     try {
+        if (!m_index.isAvailable()) {
+            m_index.attach();
+        }
         if (m_index.isAvailable()) {
             m_index.check();
         }
@@ -95,7 +205,11 @@ ClipStore::Upkeep ClipDatabase::wipe()
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
-    return m_hasResidue ? Upkeep::hindered : Upkeep::done;
+    if (m_hasResidue) {
+        return Upkeep::hindered;
+    }
+    m_trimmed = 0;
+    return Upkeep::done;
 }
 
 bool ClipDatabase::emptyLog()

@@ -18,6 +18,10 @@ const char* const writeFailure = "Could not update clipboard history";
 // Fewer would not fill the panel.
 constexpr qint64 smallestHistory = 10;
 
+// What clearing deletes in one transaction.
+constexpr qint64 clipsClearedAtOnce = 1000;
+constexpr qint64 bytesClearedAtOnce = 8 * 1024 * 1024;
+
 qint64 sum(qint64 a, qint64 b)
 {
     qint64 result = 0;
@@ -36,7 +40,7 @@ Clip ClipDatabase::save(
     if (payload.isEmpty()) {
         throw ClipStoreError(ClipStoreError::Case::decode, u"The clipboard item was empty."_s);
     }
-    requireFile();
+    followFile();
     try {
         return withIndexMended([&] {
             return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
@@ -119,6 +123,8 @@ WHERE content_hash = ?;)sql")
 void ClipDatabase::trimHistory(qint64 maximum)
 {
     requireFile();
+    // The user wants to have less.
+    m_hasResidue = true;
     withIndexMended([&] { trim(maximum); });
 }
 
@@ -134,7 +140,7 @@ WHERE rowid IN (
 );)sql")
         .integer(1, std::max(maximum, smallestHistory))
         .run(writeFailure);
-    m_hasResidue |= m_connection.changes() > 0;
+    m_trimmed += m_connection.changes();
 }
 
 void ClipDatabase::setPinned(bool pinned, QUuid id)
@@ -200,11 +206,37 @@ void ClipDatabase::remove(QUuid id)
 void ClipDatabase::clear(bool includePinned)
 {
     requireFile();
+    abandonRescue();
     m_hasResidue = true;
-    withIndexMended([&] {
-        execute(includePinned ? "DELETE FROM clips;" : "DELETE FROM clips WHERE is_pinned = 0;");
-    });
+    // Overwriting what is deleted sends all of it through the log: in parts, so that a disk that is
+    // nearly full has the room.
+    while (clearSome(includePinned)) {
+    }
     tidyUp();
+}
+
+bool ClipDatabase::clearSome(bool includePinned)
+{
+    QByteArrayList rows;
+    // Known before anything is deleted: behind the last deletion nothing may fail.
+    bool isMoreLeft = false;
+    {
+        ClipStatement clips(
+            m_connection,
+            QByteArrayLiteral("SELECT rowid, coalesce(length(image_png), 0) + "
+                              "coalesce(length(rtf), 0) + coalesce(length(html), 0) + "
+                              "3 * coalesce(length(CAST(plain_text AS BLOB)), 0) FROM clips") +
+                (includePinned ? "" : " WHERE is_pinned = 0") + " ORDER BY last_used_at DESC;");
+        qint64 bytes = 0;
+        while ((isMoreLeft = clips.next(writeFailure)) && rows.size() < clipsClearedAtOnce &&
+               bytes < bytesClearedAtOnce) {
+            rows.append(QByteArray::number(clips.row().integer(0)));
+            bytes += clips.row().integer(1);
+        }
+    }
+    const QByteArray sql = "DELETE FROM clips WHERE rowid IN (" + rows.join(',') + ");";
+    withIndexMended([&] { execute(sql.constData()); });
+    return isMoreLeft;
 }
 
 ClipStore::Statistics ClipDatabase::statistics()

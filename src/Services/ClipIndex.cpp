@@ -1,5 +1,6 @@
 #include "ClipIndex.h"
 
+#include "ClipIntegrity.h"
 #include "ClipSchema.h"
 #include "ClipStatement.h"
 #include "SQLiteError.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -22,22 +24,6 @@ namespace {
 Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
 constexpr int primaryCode = 0xff;
-
-/// Whether a look at the index was stopped by something that says nothing of it.
-bool isHindrance(int code)
-{
-    switch (code & primaryCode) {
-    case SQLITE_INTERRUPT:
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_IOERR:
-    case SQLITE_FULL:
-    case SQLITE_NOMEM:
-        return true;
-    default:
-        return false;
-    }
-}
 
 // The tables in which FTS5 keeps an index.
 constexpr std::array shadowTables = {
@@ -66,20 +52,27 @@ void ClipIndex::attach()
         detach();
         return;
     }
+    std::optional<bool> wasInStep;
     try {
-        // In one transaction: an index that was created and not filled would pass for a full one at
-        // the next opening.
-        SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
-        const bool wasInStep = isInStep();
-        m_connection.execute(schema::fullText);
-        m_connection.execute(schema::tryFullText);
-        if (!wasInStep) {
+        wasInStep = isInStep();
+        if (*wasInStep) {
+            m_connection.execute(schema::tryFullText);
+        } else {
+            // In one transaction: an index that was created and not filled would pass for a full
+            // one at the next opening.
+            SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+            m_connection.execute(schema::fullText);
+            m_connection.execute(schema::tryFullText);
             m_connection.execute(schema::rebuildFullText);
+            transaction.commit();
         }
-        transaction.commit();
         m_isAvailable = true;
     } catch (const SQLiteError& error) {
-        if ((error.code() & primaryCode) == SQLITE_IOERR) {
+        if (isHindrance(error.code())) {
+            if (wasInStep && !*wasInStep) {
+                // Such triggers as there are would fail.
+                detach();
+            }
             throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
         }
         remake(error.message(), Dropping::compactsIfNeeded);
@@ -125,7 +118,12 @@ bool ClipIndex::isToBlame(const ClipStoreError& error)
     switch (error.sqliteCode() & primaryCode) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        return areClipsSound();
+        try {
+            return !integrityProblem(m_connection, Extent::clips);
+        } catch (const ClipStoreError&) {
+            // Who knows.
+            return false;
+        }
     case SQLITE_CONSTRAINT:
         // Those of the clips name their column, or are somebody's trigger.
         return error.sqliteCode() != SQLITE_CONSTRAINT_TRIGGER &&
@@ -153,27 +151,38 @@ bool ClipIndex::isToBlame(const ClipStoreError& error)
 
 bool ClipIndex::remake(const QString& reason, Dropping dropping)
 {
-    m_isAvailable = false;
-    for (const bool byForce : {false, true}) {
-        if (!byForce && dropping == Dropping::compacts) {
-            continue;
-        }
-        try {
-            if (byForce) {
-                dropByForce(dropping);
-            } else {
-                drop();
-            }
-            make();
-            m_isAvailable = true;
-            qCWarning(lcStore, "The search index was made again: %s", qUtf8Printable(reason));
-            return true;
-        } catch (const SQLiteError& error) {
-            qCInfo(lcStore, "The search index could not be made again: %s", error.what());
-        }
+    try {
+        mend(reason, dropping);
+        return true;
+    } catch (const SQLiteError& error) {
+        qCInfo(lcStore, "The search index could not be made again: %s", error.what());
     }
     qCWarning(lcStore, "Searching without an index: %s", qUtf8Printable(reason));
     return detach();
+}
+
+void ClipIndex::mend(const QString& reason, Dropping dropping)
+{
+    m_isAvailable = false;
+    bool isMade = false;
+    if (dropping != Dropping::compacts) {
+        try {
+            drop();
+            make();
+            isMade = true;
+        } catch (const SQLiteError& error) {
+            if (isHindrance(error.code())) {
+                throw;
+            }
+            qCInfo(lcStore, "The search index has to be dropped by force: %s", error.what());
+        }
+    }
+    if (!isMade) {
+        dropByForce(dropping);
+        make();
+    }
+    m_isAvailable = true;
+    qCWarning(lcStore, "The search index was made again: %s", qUtf8Printable(reason));
 }
 
 void ClipIndex::make()
@@ -272,18 +281,6 @@ bool ClipIndex::canBeHad()
         return modules.next("Could not read the modules of SQLite");
     } catch (const ClipStoreError&) {
         // An SQLite that cannot tell has none.
-        return false;
-    }
-}
-
-bool ClipIndex::areClipsSound()
-{
-    try {
-        ClipStatement check(m_connection, "PRAGMA quick_check(clips);");
-        return check.next("Could not check the clips") &&
-               QString::fromUtf8(check.row().bytes(0)).compare(u"ok", Qt::CaseInsensitive) == 0;
-    } catch (const ClipStoreError&) {
-        // They cannot even be looked at.
         return false;
     }
 }

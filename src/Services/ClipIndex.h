@@ -17,7 +17,8 @@ public:
 
     /// Makes the index if there is none, fills it if it missed something, and makes it again if it
     /// cannot be used. Where SQLite cannot have one, takes its triggers away, so that clips can be
-    /// saved without it. Throws `execute` if the disk fails.
+    /// saved without it. Throws `execute` for what has nothing to do with the index, as a lock or a
+    /// full disk; it is left as it is then, and clips can be saved all the same.
     void attach();
 
     /// For a connection that only reads: uses the index that is there, if it can be used.
@@ -47,12 +48,11 @@ public:
     /// Does without one where that fails. Not in a transaction. False if the triggers stand still
     /// in the way of saving.
     bool remake(const QString& reason, Dropping dropping);
+    /// As `remake`, but throws SQLiteError with what stood in the way.
+    void mend(const QString& reason, Dropping dropping);
 
     /// Does without it from now on, and leaves it as it is.
     void giveUp() { m_isAvailable = false; }
-
-    /// Whether the clips themselves, with their own indexes, are sound in the file.
-    [[nodiscard]] bool areClipsSound();
 
 private:
     void make();

@@ -30,15 +30,9 @@ const char* const writeFailure = "Could not update clipboard history";
 // Up to here every number is tried, since a table with a hole cannot tell which rows are behind it.
 constexpr qint64 highestRowToTry = 1'000'000;
 
-// Clips copied in one transaction.
-constexpr qint64 batch = 100;
-
-struct Row
-{
-    qint64 row;
-    bool isPinned;
-    double lastUsedAt;
-};
+// Clips looked at and bytes copied in one transaction, for which a new copy may have to wait.
+constexpr std::size_t clipsAtOnce = 100;
+constexpr qint64 bytesAtOnce = 4 * 1024 * 1024;
 
 SQLiteConnection openUntouched(const QString& path)
 {
@@ -84,27 +78,6 @@ std::set<qint64> rowsOf(const SQLiteConnection& damaged)
         }
     }
     return rows;
-}
-
-/// The rows whose beginnings can be read, the latest used first.
-std::vector<Row> readableRows(const SQLiteConnection& damaged)
-{
-    std::vector<Row> readable;
-    for (const qint64 row : rowsOf(damaged)) {
-        try {
-            ClipStatement statement(
-                damaged, "SELECT is_pinned, last_used_at FROM clips WHERE rowid = ?;");
-            if (statement.integer(1, row).next(readFailure) &&
-                std::isfinite(statement.row().real(1))) {
-                readable.push_back({row, statement.row().integer(0) > 0, statement.row().real(1)});
-            }
-        } catch (const ClipStoreError&) {
-            // Its page is lost. How many those are, the numbers tell.
-        }
-    }
-    std::ranges::stable_sort(
-        readable, [](const Row& a, const Row& b) { return a.lastUsedAt > b.lastUsedAt; });
-    return readable;
 }
 
 /// The clip of a row; none if it cannot be read or is no longer what was stored.
@@ -160,38 +133,107 @@ bool insert(const Clip& clip, SQLiteConnection& history)
 
 } // namespace
 
-ClipRescue rescueClips(const QString& damagedPath, SQLiteConnection& history, qint64 maximumHistory)
+ClipRescuer::ClipRescuer(
+    const QString& damagedPath, SQLiteConnection& history, qint64 maximumHistory)
+    : m_history(history)
+    , m_maximumHistory(maximumHistory)
 {
-    ClipRescue rescue;
     // A log without its file says nothing that SQLite could read, and SQLite would delete it.
     if (QFileInfo(damagedPath).size() == 0) {
-        return rescue;
+        return;
     }
-    try {
-        const SQLiteConnection damaged = openUntouched(damagedPath);
-        const std::vector<Row> rows = readableRows(damaged);
-        rescue.found = static_cast<qint64>(rows.size());
-        qint64 unpinned = 0;
-        for (auto next = rows.begin(); next != rows.end();) {
-            SQLiteTransaction transaction(history, SQLiteTransaction::Mode::immediate);
-            qint64 kept = 0;
-            for (qint64 i = 0; i < batch && next != rows.end(); ++i, ++next) {
-                if (!next->isPinned && unpinned >= maximumHistory) {
-                    continue;
-                }
-                const std::optional<Clip> clip = clipOf(damaged, next->row);
-                if (clip && insert(*clip, history)) {
-                    ++kept;
-                    unpinned += clip->isPinned ? 0 : 1;
-                }
+    m_damaged.emplace(openUntouched(damagedPath));
+    m_rows = readableRows();
+    SQLiteStatement progress(m_history, "PRAGMA user_version;");
+    if (progress.step() != SQLiteStatement::Step::row) {
+        throw SQLiteError(m_history.errorMessage(), m_history.errorCode());
+    }
+    m_next = static_cast<std::size_t>(std::max<qint64>(progress.integer(0), 0));
+}
+
+/// The rows whose beginnings can be read, in the order in which they are copied.
+std::vector<ClipRescuer::Row> ClipRescuer::readableRows() const
+{
+    std::vector<Row> readable;
+    for (const qint64 row : rowsOf(*m_damaged)) {
+        try {
+            ClipStatement statement(
+                *m_damaged, "SELECT is_pinned, last_used_at FROM clips WHERE rowid = ?;");
+            if (statement.integer(1, row).next(readFailure) &&
+                std::isfinite(statement.row().real(1))) {
+                readable.push_back({row, statement.row().integer(0) > 0, statement.row().real(1)});
             }
-            transaction.commit();
-            rescue.kept += kept;
+        } catch (const ClipStoreError&) {
+            // Its page is lost. How many those are, the numbers tell.
         }
-    } catch (const SQLiteError& error) {
-        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
-    return rescue;
+    std::ranges::stable_sort(readable, [](const Row& a, const Row& b) {
+        return a.isPinned != b.isPinned ? a.isPinned : a.lastUsedAt > b.lastUsedAt;
+    });
+    return readable;
+}
+
+void ClipRescuer::copySome()
+{
+    SQLiteTransaction transaction(m_history, SQLiteTransaction::Mode::immediate);
+    qint64 unpinned = unpinnedInHistory();
+    qint64 bytes = 0;
+    std::size_t next = m_next;
+    const std::size_t end = std::min(m_rows.size(), m_next + clipsAtOnce);
+    for (; next < end && bytes < bytesAtOnce; ++next) {
+        const Row& row = m_rows[next];
+        if (!row.isPinned && unpinned >= m_maximumHistory) {
+            continue;
+        }
+        const std::optional<Clip> clip = clipOf(*m_damaged, row.row);
+        if (clip && insert(*clip, m_history)) {
+            bytes += clip->payload.byteCount();
+            unpinned += clip->isPinned ? 0 : 1;
+        }
+    }
+    setProgress(next);
+    transaction.commit();
+    m_next = next;
+}
+
+void ClipRescuer::forgetProgress()
+{
+    setProgress(0);
+}
+
+void ClipRescuer::setProgress(std::size_t next)
+{
+    const QByteArray sql = "PRAGMA user_version = " + QByteArray::number(qint64(next));
+    m_history.execute(sql.constData());
+}
+
+qint64 ClipRescuer::unpinnedInHistory() const
+{
+    ClipStatement count(m_history, "SELECT count(*) FROM clips WHERE is_pinned = 0;");
+    return count.next(writeFailure) ? count.row().integer(0) : 0;
+}
+
+ClipRescue ClipRescuer::outcome() const
+{
+    ClipRescue outcome{.found = static_cast<qint64>(m_rows.size())};
+    if (m_rows.empty()) {
+        return outcome;
+    }
+    ClipStatement known(m_history, "SELECT 1 FROM clips WHERE id = ?;");
+    for (const Row& row : m_rows) {
+        try {
+            ClipStatement id(*m_damaged, "SELECT id FROM clips WHERE rowid = ?;");
+            if (!id.integer(1, row.row).next(readFailure)) {
+                continue;
+            }
+            known.reset();
+            known.text(1, id.row().bytes(0));
+        } catch (const ClipStoreError&) {
+            continue;
+        }
+        outcome.kept += known.next(writeFailure) ? 1 : 0;
+    }
+    return outcome;
 }
 
 } // namespace tessly

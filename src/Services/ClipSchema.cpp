@@ -5,7 +5,10 @@
 
 namespace tessly::schema {
 
-const char* const connectionSettings = "PRAGMA temp_store = MEMORY;";
+const char* const connectionSettings = R"sql(
+PRAGMA temp_store = MEMORY;
+PRAGMA secure_delete = ON;
+)sql";
 
 const char* const newFile = "PRAGMA auto_vacuum = INCREMENTAL;";
 

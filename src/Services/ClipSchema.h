@@ -13,7 +13,8 @@ namespace tessly::schema {
 exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name);
 
 /// For every connection, before it reads anything: what SQLite needs room for on the side (undoing
-/// a statement, sorting) is clipboard content, and would go to a file in /var/tmp.
+/// a statement, sorting) is clipboard content, and would go to a file in /var/tmp; and what is
+/// deleted is overwritten from the first statement on, which may be one that mends the file.
 extern const char* const connectionSettings;
 
 /// For a new, empty file, before anything else: the write-ahead log fixes the file's format, after

@@ -87,11 +87,25 @@ QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
     return run([&database = *m_database] { return database.statistics(); });
 }
 
+QCoro::Task<std::optional<ClipRescue>>
+ClipStore::rescueSome(const QString& damagedPath, qint64 maximumHistory)
+{
+    return run([&database = *m_database, damagedPath, maximumHistory] {
+        return database.rescueSome(damagedPath, maximumHistory);
+    });
+}
+
 QCoro::Task<ClipRescue> ClipStore::rescue(QString damagedPath, qint64 maximumHistory)
 {
-    return run([&database = *m_database, damagedPath = std::move(damagedPath), maximumHistory] {
-        return database.rescue(damagedPath, maximumHistory);
-    });
+    const std::weak_ptr<const char> life = m_life;
+    while (!life.expired()) {
+        const std::optional<ClipRescue> rescue = co_await rescueSome(damagedPath, maximumHistory);
+        if (rescue) {
+            co_return *rescue;
+        }
+    }
+    // The next start goes on.
+    co_return {};
 }
 
 } // namespace tessly

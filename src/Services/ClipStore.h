@@ -70,7 +70,8 @@ public:
     summaries(QString query, std::optional<ClipKind> kind, qint64 limit);
 
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then
-    /// trims.
+    /// trims. If the database's file is gone, it is made anew first, and if another one is in its
+    /// place, that is taken.
     [[nodiscard]] QCoro::Task<Clip> save(
         const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
@@ -79,7 +80,8 @@ public:
     /// When it returns, no byte of the content is left in the database's files; where wiping them
     /// failed, or another process reads just then, the log says so, and `scrub` is to do it.
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);
-    /// As `remove`.
+    /// As `remove`, in parts where there is much: when it throws, the latest entries may be gone and
+    /// others not.
     [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
     [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
 
@@ -88,24 +90,30 @@ public:
         /// Nothing is left to do.
         done,
         /// Another process was reading the files, or other operations were waiting, which is over
-        /// as
-        /// a rule when it is asked for again.
+        /// as a rule when it is asked for again.
         hindered,
     };
-    /// First checks, once after the opening, whether the full-text index agrees with the clips, and
-    /// makes it again if not; the check gives way to other operations. Then wipes from the
-    /// database's files what saves and `trimHistory` have dropped from the history,
-    /// and what `remove` and `clear` could not. Rewrites the full-text index, which is too much for
-    /// every save: call it a few seconds after the last write, and a while after the start. Does
-    /// nothing where nothing was dropped. What failed is tried again by the next call.
+    /// Wipes from the database's files what `trimHistory` has dropped from the history, what
+    /// `remove` and `clear` could not, and, once it is a tenth of the history, what saves have
+    /// dropped: that rewrites the full-text index. Then checks, once after the opening, whether the
+    /// index agrees with the clips, and makes it again if not; and gives room that many deletions
+    /// have left back to the disk. The last two give way to other operations. Call it a few seconds
+    /// after the last write, and a while after the start. What failed is tried again by the next
+    /// call.
     [[nodiscard]] QCoro::Task<Upkeep> scrub();
     [[nodiscard]] QCoro::Task<Statistics> statistics();
 
     /// Brings over what can still be read of a damaged history that was set aside: see
-    /// `rescueClips`. `damagedPath` is its database file, which is not changed.
+    /// ClipRescuer. `damagedPath` is its database file, which is not changed. Other operations come
+    /// in between. What fails or ends the process leaves what was brought over by then, and the
+    /// folder marked as unfinished (AppPaths); calling it again goes on from there. Clearing the
+    /// history ends it for good.
     [[nodiscard]] QCoro::Task<ClipRescue> rescue(QString damagedPath, qint64 maximumHistory);
 
 private:
+    [[nodiscard]] QCoro::Task<std::optional<ClipRescue>>
+    rescueSome(const QString& damagedPath, qint64 maximumHistory);
+
     /// Runs an operation on the worker, and counts it until it begins.
     template <typename Operation>
     auto run(Operation operation)
@@ -117,6 +125,8 @@ private:
         });
     }
 
+    // Lives as long as the store, for what has to know on the main thread whether it still does.
+    std::shared_ptr<const char> m_life = std::make_shared<const char>();
     std::unique_ptr<ClipDatabase> m_database;
     std::atomic_int m_waiting = 0;
     // Goes first, so that what was called has run before the database closes.

@@ -30,6 +30,27 @@ QString inFolder(const QString& folder, QStringView name)
     return QDir(folder).filePath(name.toString());
 }
 
+QString recoveredHistory(const QString& dataFolder)
+{
+    return inFolder(dataFolder, u"Recovered History");
+}
+
+/// The mark of a rescue folder that is not finished. Hidden: the folder is the user's to look into.
+QString markIn(const QString& rescueFolder)
+{
+    return inFolder(rescueFolder, u".unfinished");
+}
+
+void mark(const QString& rescueFolder)
+{
+    const QString file = markIn(rescueFolder);
+    createPrivateFile(file);
+    const int refusal = errno;
+    if (!QFileInfo::exists(file)) {
+        throw FileError(u"create the file"_s, file, std::errc(refusal));
+    }
+}
+
 void move(const QString& file, const QString& destination)
 {
     if (QFileInfo::exists(destination)) {
@@ -77,7 +98,7 @@ std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
         return std::nullopt;
     }
 
-    const QString recovered = inFolder(dataFolder, u"Recovered History");
+    const QString recovered = recoveredHistory(dataFolder);
     preparePrivateFolder(recovered, Parents::create);
     QString rescue = inFolder(
         recovered, recoveryFolderName(QDateTime::currentDateTimeUtc(), QUuid::createUuid()));
@@ -86,10 +107,33 @@ std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
         throw FileError(u"create the folder"_s, rescue, std::errc::invalid_argument);
     }
     createPrivateFolder(rescue);
+    // Before anything is in it, so that there is no moment at which it could be missed.
+    mark(rescue);
     for (const QString& file : files) {
         move(file, inFolder(rescue, QFileInfo(file).fileName()));
     }
     return rescue;
+}
+
+std::optional<QString> unfinishedRecovery(const QString& dataFolder)
+{
+    const QDir recovered(recoveredHistory(dataFolder));
+    // Their names begin with their times.
+    const QStringList folders =
+        recovered.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::Reversed);
+    for (const QString& name : folders) {
+        const QString folder = recovered.filePath(name);
+        if (QFileInfo::exists(markIn(folder))) {
+            return folder;
+        }
+    }
+    return std::nullopt;
+}
+
+bool finishRecovery(const QString& rescueFolder)
+{
+    const QString file = markIn(rescueFolder);
+    return QFile::remove(file) || !QFileInfo::exists(file);
 }
 
 QString recoveryFolderName(const QDateTime& time, QUuid tag)

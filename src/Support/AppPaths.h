@@ -23,8 +23,16 @@ void prepareDirectories();
 
 /// Moves the database's files out of `dataFolder` into a folder of their own in its "Recovered
 /// History" and returns that folder; none, and nothing created, if there is no file. Nothing is
-/// ever deleted: what was moved before a failure stays where it then is.
+/// ever deleted: what was moved before a failure stays where it then is. The folder is marked as
+/// one of which nothing has been brought over.
 std::optional<QString> recoverDatabaseFiles(const QString& dataFolder);
+
+/// The latest folder of those in "Recovered History" that are still marked; none if there is none.
+[[nodiscard]] std::optional<QString> unfinishedRecovery(const QString& dataFolder);
+
+/// Takes the mark away: what could be brought over from the folder has been, or is no longer
+/// wanted. False if the mark is still there.
+bool finishRecovery(const QString& rescueFolder);
 
 /// The name of a rescue folder: "history-recovery-2026-03-09T14-05-59Z-3F2A9C1B".
 [[nodiscard]] QString recoveryFolderName(const QDateTime& time, QUuid tag);

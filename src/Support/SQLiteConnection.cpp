@@ -85,27 +85,6 @@ int SQLiteConnection::errorCode() const
     return sqlite3_extended_errcode(m_handle.get());
 }
 
-bool SQLiteConnection::isHindered() const
-{
-    constexpr int primaryCode = 0xff;
-    const int code = errorCode();
-    switch (code & primaryCode) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_PROTOCOL:
-    case SQLITE_INTERRUPT:
-    case SQLITE_NOMEM:
-    case SQLITE_FULL:
-    case SQLITE_PERM:
-    case SQLITE_READONLY:
-    case SQLITE_CANTOPEN:
-    case SQLITE_IOERR:
-        return true;
-    default:
-        return false;
-    }
-}
-
 bool SQLiteConnection::isReadable() const
 {
     QByteArray bytes(1024 * 1024, Qt::Uninitialized);
@@ -154,15 +133,35 @@ SQLiteConnection::StopWatch::StopWatch(
     : m_connection(connection)
     , m_isStopped(std::move(isStopped))
 {
-    const auto look = [](void* watch) {
-        return static_cast<StopWatch*>(watch)->m_isStopped() ? 1 : 0;
-    };
-    sqlite3_progress_handler(m_connection.handle(), instructionsBetweenLooks, look, this);
+    connection.setStopWatch(this);
 }
 
 SQLiteConnection::StopWatch::~StopWatch()
 {
-    sqlite3_progress_handler(m_connection.handle(), 0, nullptr, nullptr);
+    m_connection.setStopWatch(nullptr);
+}
+
+SQLiteConnection::Unstopped::Unstopped(SQLiteConnection& connection)
+    : m_connection(connection)
+    , m_watch(connection.m_watch)
+{
+    m_connection.setStopWatch(nullptr);
+}
+
+SQLiteConnection::Unstopped::~Unstopped()
+{
+    m_connection.setStopWatch(m_watch);
+}
+
+void SQLiteConnection::setStopWatch(StopWatch* watch)
+{
+    const auto look = [](void* asked) {
+        return static_cast<StopWatch*>(asked)->m_isStopped() ? 1 : 0;
+    };
+    m_watch = watch;
+    sqlite3_progress_handler(
+        handle(), watch != nullptr ? instructionsBetweenLooks : 0,
+        watch != nullptr ? +look : nullptr, watch);
 }
 
 } // namespace tessly

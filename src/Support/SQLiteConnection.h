@@ -44,10 +44,6 @@ public:
     /// Its extended result code.
     [[nodiscard]] int errorCode() const;
 
-    /// Whether that call failed for what stands around the file (a lock, missing rights, no room on
-    /// the disk or in memory, a disk that does not answer), which says nothing of what is in it.
-    [[nodiscard]] bool isHindered() const;
-
     /// Whether the disk hands over the whole file and its log. Reads them from end to end.
     [[nodiscard]] bool isReadable() const;
 
@@ -73,18 +69,35 @@ public:
         StopWatch& operator=(const StopWatch&) = delete;
 
     private:
+        friend SQLiteConnection;
         SQLiteConnection& m_connection;
         std::function<bool()> m_isStopped;
     };
 
+    /// While it lives, statements run to their ends, whatever the StopWatch says.
+    class Unstopped
+    {
+    public:
+        explicit Unstopped(SQLiteConnection& connection);
+        ~Unstopped();
+        Unstopped(const Unstopped&) = delete;
+        Unstopped& operator=(const Unstopped&) = delete;
+
+    private:
+        SQLiteConnection& m_connection;
+        StopWatch* m_watch;
+    };
+
 private:
     void open(const QByteArray& name, int flags);
+    void setStopWatch(StopWatch* watch);
 
     struct Close
     {
         void operator()(sqlite3* handle) const;
     };
     std::unique_ptr<sqlite3, Close> m_handle;
+    StopWatch* m_watch = nullptr;
 };
 
 } // namespace tessly

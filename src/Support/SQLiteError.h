@@ -24,4 +24,9 @@ private:
     int m_code;
 };
 
+/// Whether a result code tells of what stands around a file (a lock, missing rights, no room on the
+/// disk or in memory, a disk that does not answer, an interruption), which says nothing of what is
+/// in it.
+[[nodiscard]] bool isHindrance(int code);
+
 } // namespace tessly

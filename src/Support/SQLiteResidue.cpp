@@ -20,6 +20,8 @@ namespace {
 // (sqlite.org/fileformat2.html). Numbers are stored most significant byte first.
 
 constexpr qint64 fileHeaderSize = 100;
+constexpr qint64 smallestPageSize = 512;
+constexpr qint64 smallestUsableSize = 480;
 constexpr qint64 pageSizeOffset = 16;
 constexpr qint64 reservedBytesOffset = 20;
 constexpr qint64 largestRootPageOffset = 52; // 0: not in auto-vacuum mode
@@ -76,6 +78,11 @@ public:
         const qint64 stored = number16(m_header, pageSizeOffset);
         m_pageSize = stored == 1 ? 65536 : stored;
         m_usableSize = m_pageSize - static_cast<quint8>(m_header.at(reservedBytesOffset));
+        // Someone else may have written or cut the file, and what is in memory may be no more.
+        if (m_pageSize < smallestPageSize || (m_pageSize & (m_pageSize - 1)) != 0 ||
+            m_usableSize < smallestUsableSize) {
+            require(SQLITE_CORRUPT);
+        }
         m_pageCount = size(m_file) / m_pageSize;
     }
 

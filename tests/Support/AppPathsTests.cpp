@@ -155,6 +155,8 @@ TEST_F(AppPathsTest, rescuesTheDatabaseAlone)
     const std::optional<QString> rescue = AppPaths::recoverDatabaseFiles(home());
     ASSERT_TRUE(rescue);
     EXPECT_EQ(QFileInfo(*rescue).path(), home(u"Recovered History"_s));
+    EXPECT_EQ(entries(*rescue), QStringList({u".unfinished"_s, u"history.sqlite"_s}));
+    AppPaths::finishRecovery(*rescue);
     EXPECT_EQ(entries(*rescue), QStringList({u"history.sqlite"_s}));
     EXPECT_EQ(read(*rescue + u"/history.sqlite"_s), "damaged");
     EXPECT_EQ(entries(home()), QStringList({u"Recovered History"_s, u"other"_s}));
@@ -190,8 +192,25 @@ TEST_F(AppPathsTest, givesEachRescueAFolderOfItsOwn)
     EXPECT_EQ(entries(home(u"Recovered History"_s)).size(), 5);
     for (const QString& rescue : rescues) {
         EXPECT_FALSE(QFileInfo(rescue).fileName().contains(u':'));
-        EXPECT_EQ(entries(rescue), QStringList({u"history.sqlite"_s}));
+        EXPECT_EQ(entries(rescue), QStringList({u".unfinished"_s, u"history.sqlite"_s}));
     }
+}
+
+TEST_F(AppPathsTest, knowsTheLatestRescueThatIsNotFinished)
+{
+    EXPECT_EQ(AppPaths::unfinishedRecovery(home()), std::nullopt);
+    for (const QString& name : {u"history-recovery-2020"_s, u"history-recovery-9020"_s}) {
+        ASSERT_TRUE(QDir().mkpath(home(u"Recovered History/"_s + name)));
+    }
+    EXPECT_EQ(AppPaths::unfinishedRecovery(home()), std::nullopt) << "those of old are none";
+    write(home(u"history.sqlite"_s), "damaged");
+    const QString rescue = AppPaths::recoverDatabaseFiles(home()).value();
+    write(home(u"Recovered History/history-recovery-2020/.unfinished"_s), "");
+    EXPECT_EQ(AppPaths::unfinishedRecovery(home()), rescue);
+    EXPECT_TRUE(AppPaths::finishRecovery(rescue));
+    EXPECT_EQ(
+        AppPaths::unfinishedRecovery(home()), home(u"Recovered History/history-recovery-2020"_s));
+    EXPECT_TRUE(AppPaths::finishRecovery(rescue)) << "it is gone already";
 }
 
 TEST_F(AppPathsTest, keepsRescuedFilesFromOthers)

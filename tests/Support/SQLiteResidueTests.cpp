@@ -160,6 +160,22 @@ TEST_F(SQLiteResidueTest, isLeftAloneWithoutAMapOfThePages)
     expectSound(kept);
 }
 
+TEST_F(SQLiteResidueTest, ofAFileWithoutAPageSizeIsAnError)
+{
+    open(log);
+    fillAndDelete(rows);
+    for (const QByteArray& size : {QByteArray(2, '\0'), QByteArray("\x01\x77", 2)}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QFile::ReadWrite));
+        file.seek(16);
+        file.write(size);
+        file.close();
+        const QByteArray before = content();
+        EXPECT_THROW(eraseResidue(*connection), SQLiteError);
+        EXPECT_EQ(content(), before);
+    }
+}
+
 TEST_F(SQLiteResidueTest, isErasedWithoutALogToo)
 {
     open("PRAGMA auto_vacuum = FULL;");

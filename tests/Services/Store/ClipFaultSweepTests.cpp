@@ -38,6 +38,8 @@ struct Operation
     bool wipesTheSecret = false;
     /// Whether the operation is tried again where the disk fails it once.
     bool isPatient = false;
+    /// Whether a page of the index is damaged.
+    bool hasDamagedIndex = false;
 };
 
 /// What a user sees of a history.
@@ -127,6 +129,13 @@ protected:
         QFile file(history.path());
         EXPECT_TRUE(file.open(QFile::ReadOnly));
         m_bytes = file.readAll();
+        if (GetParam().hasDamagedIndex) {
+            const qsizetype page =
+                history.ask("SELECT rootpage FROM sqlite_master WHERE name = 'clips_fts_data'")
+                    .first()
+                    .toLongLong();
+            m_bytes.replace((page - 1) * 4096, 4096, QByteArray(4096, '\x55'));
+        }
     }
 
     void restore()
@@ -271,6 +280,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Operation{
             "opening", [](HistoryFile& history) { history.open(); }, Start::closed, false, true},
+        Operation{
+            "openingAndMending", [](HistoryFile& history) { history.open(); }, Start::closed, false,
+            true, true},
         Operation{"save", [](HistoryFile& history) { history.saveText("new"); }},
         Operation{
             "saveThatTrims",

@@ -128,7 +128,7 @@ TEST_F(ClipFaults, ofADiskThatCannotReadTheFileAreNoDamage)
         const qint64 slept = vfs.slept();
         vfs.fail(FaultVFS::Call::read, FaultVFS::Fault::io, call, FaultVFS::Span::fromThenOn);
         EXPECT_EQ(errorOf([this] { history.open(); }).errorCase(), Case::openDatabase);
-        EXPECT_EQ(vfs.slept() - slept, 2'000'000) << "tried again for two seconds";
+        EXPECT_GT(vfs.slept() - slept, 0) << "tried again";
         vfs.failNothing();
         EXPECT_EQ(bytes(), before);
     }
@@ -252,7 +252,7 @@ TEST_F(ClipFaults, ofALockHeldElsewhereEndTheWaitWithAnError)
     EXPECT_EQ(all().size(), 4U);
 }
 
-TEST_F(ClipFaults, ofAFileThatIsDeletedShowWithTheNextWrite)
+TEST_F(ClipFaults, ofAFileThatIsDeletedEndWithTheNextSave)
 {
     history.open();
     fill(3);
@@ -263,7 +263,6 @@ TEST_F(ClipFaults, ofAFileThatIsDeletedShowWithTheNextWrite)
     const QString expected =
         u"Clipboard database operation failed: The database file was moved or deleted."_s;
     ClipDatabase& database = history.database();
-    EXPECT_EQ(errorOf([&] { history.saveText("x"); }).description(), expected);
     EXPECT_EQ(errorOf([&] { database.setPinned(true, clip.id); }).description(), expected);
     EXPECT_EQ(errorOf([&] { database.markUsed(clip.id, true); }).description(), expected);
     EXPECT_EQ(errorOf([&] { database.remove(clip.id); }).description(), expected);
@@ -271,9 +270,88 @@ TEST_F(ClipFaults, ofAFileThatIsDeletedShowWithTheNextWrite)
     EXPECT_EQ(errorOf([&] { database.trimHistory(10); }).description(), expected);
     EXPECT_EQ(all().size(), 3U) << "what is there can still be pasted";
 
-    history.open();
     history.saveText("a new beginning");
     EXPECT_EQ(all().size(), 1U);
+    EXPECT_TRUE(database.ftsAvailable());
+    history.saveText("that goes on");
+    history.open();
+    EXPECT_EQ(all().size(), 2U);
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFolderThatIsRemovedEndWithTheNextSave)
+{
+    history.open();
+    fill(3);
+    ASSERT_TRUE(QDir(history.folder()).removeRecursively());
+    history.saveText("a new beginning");
+    EXPECT_EQ(all().size(), 1U);
+    struct stat status{};
+    ASSERT_EQ(::stat(QFile::encodeName(history.folder()).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+    ASSERT_EQ(::stat(QFile::encodeName(history.path()).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(ClipFaults, ofAFileThatIsReplacedLeaveTheOtherAsItIs)
+{
+    history.open();
+    fill(3);
+    HistoryFile other;
+    other.open();
+    for (int i = 0; i < 7; ++i) {
+        other.saveText("other " + QByteArray::number(i));
+    }
+    // With a log that is not copied back, as a restored backup may have.
+    for (const QString& companion : {u""_s, u"-wal"_s}) {
+        QFile::remove(history.path() + companion);
+        ASSERT_TRUE(QFile::copy(other.path() + companion, history.path() + companion));
+    }
+    QFile::remove(history.path() + u"-shm"_s);
+    history.saveText("one more");
+    EXPECT_EQ(all().size(), 8U);
+    history.open();
+    EXPECT_EQ(all().size(), 8U);
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFullDiskDoNotKeepItFromBeingCleared)
+{
+    history.open();
+    for (int i = 0; i < 40; ++i) {
+        history.saveText(QByteArray::number(i) + QByteArray(300'000, 'x'));
+    }
+    history.database().setPinned(true, all().front().id);
+    history.database().scrub();
+    // No file can become larger than the history is.
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit oldLimit{};
+    ::getrlimit(RLIMIT_FSIZE, &oldLimit);
+    const qsizetype before = bytes().size();
+    const rlimit limit{static_cast<rlim_t>(before), oldLimit.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_NO_THROW(history.database().clear(false));
+    ::setrlimit(RLIMIT_FSIZE, &oldLimit);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(all().size(), 1U);
+    EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+    EXPECT_LT(bytes().size(), before / 10) << "and the disk has its room back";
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofTimeLetTheFileShrinkLater)
+{
+    history.open();
+    fill(3000);
+    history.database().scrub();
+    const qsizetype before = bytes().size();
+    history.database().clear(true);
+    int looks = 0;
+    EXPECT_EQ(history.database().scrub([&] { return ++looks > 3; }), ClipStore::Upkeep::hindered);
+    EXPECT_GT(bytes().size(), before / 2);
+    EXPECT_EQ(history.database().scrub([] { return false; }), ClipStore::Upkeep::done);
+    EXPECT_LT(bytes().size(), before / 10);
+    expectSound();
 }
 
 TEST_F(ClipFaults, ofADamagedPageAreFoundAtTheOpening)

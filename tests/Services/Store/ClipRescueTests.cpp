@@ -1,5 +1,6 @@
 #include "AppPaths.h"
 #include "ClosedHistory.h"
+#include "FaultVFS.h"
 #include "HistoryFile.h"
 #include "LogCapture.h"
 #include "UI/QtPrinting.h"
@@ -200,7 +201,89 @@ TEST_F(ClipRescueTest, keepsWhatTheNewHistoryHasAlready)
     const ClipRescue rescue = history.database().rescue(damaged, 1000);
     EXPECT_EQ(rescue.kept, rescue.found - 1);
     EXPECT_EQ(all()[pinned.size()], copied);
-    EXPECT_EQ(history.database().rescue(damaged, 1000).kept, 0) << "nothing comes twice";
+    const std::vector<Clip> once = all();
+    EXPECT_EQ(history.database().rescue(damaged, 1000), rescue);
+    EXPECT_EQ(all(), once) << "nothing comes twice";
+}
+
+TEST_F(ClipRescueTest, goesOnAtTheNextStart)
+{
+    fill(300);
+    history.close();
+    damagePagesOf({text(0)});
+    expectDamaged();
+    const QString damaged = setAside();
+    const QString folder = QFileInfo(damaged).path();
+    EXPECT_EQ(AppPaths::unfinishedRecovery(history.folder()), folder);
+
+    // The pinned ones and the latest have come when the process ends.
+    ASSERT_EQ(history.database().rescueSome(damaged, 1000), std::nullopt);
+    std::vector<Clip> expected = all();
+    ASSERT_GE(expected.size(), 50U);
+    ASSERT_LT(expected.size(), 250U);
+    EXPECT_EQ(
+        expected, std::vector<Clip>(before.begin(), before.begin() + qint64(expected.size())));
+    history.open();
+    const Clip deleted = expected[pinned.size() + 2];
+    history.database().remove(deleted.id);
+    EXPECT_EQ(AppPaths::unfinishedRecovery(history.folder()), folder);
+    const ClipRescue rescue = history.database().rescue(damaged, 1000);
+    EXPECT_EQ(rescue.kept, rescue.found - 1) << "what was deleted meanwhile stays away";
+    EXPECT_EQ(static_cast<qint64>(all().size()), rescue.kept);
+    EXPECT_EQ(std::ranges::count(all(), deleted), 0);
+    EXPECT_EQ(AppPaths::unfinishedRecovery(history.folder()), std::nullopt);
+    EXPECT_EQ(history.ask("PRAGMA user_version"), QByteArrayList({"0"}));
+}
+
+TEST_F(ClipRescueTest, goesOnWhereAFullDiskEndedIt)
+{
+    fill(300);
+    history.close();
+    damagePagesOf({text(0)});
+    expectDamaged();
+    FaultVFS vfs;
+    const QString damaged = setAside();
+    ASSERT_EQ(history.database().rescueSome(damaged, 1000), std::nullopt);
+    const std::vector<Clip> some = all();
+    vfs.fail(FaultVFS::Call::write, FaultVFS::Fault::noSpace, 1, FaultVFS::Span::fromThenOn);
+    EXPECT_THROW((void)history.database().rescue(damaged, 1000), ClipStoreError);
+    EXPECT_EQ(all(), some);
+    vfs.failNothing();
+    history.open();
+    EXPECT_TRUE(AppPaths::unfinishedRecovery(history.folder()));
+    const ClipRescue rescue = history.database().rescue(damaged, 1000);
+    EXPECT_EQ(rescue.kept, rescue.found);
+    EXPECT_EQ(static_cast<qint64>(all().size()), rescue.kept);
+    expectSound();
+    history.close();
+}
+
+TEST_F(ClipRescueTest, comesInPartsOfAFewMegabytes)
+{
+    history.open();
+    for (int i = 0; i < 20; ++i) {
+        history.saveText(text(i) + QByteArray(1'000'000, 'y'));
+    }
+    history.database().scrub();
+    history.close();
+    const QString damaged = setAside();
+    ASSERT_EQ(history.database().rescueSome(damaged, 1000), std::nullopt);
+    EXPECT_EQ(all().size(), 5U);
+    EXPECT_EQ(history.database().rescue(damaged, 1000).kept, 20);
+}
+
+TEST_F(ClipRescueTest, endsWhenTheHistoryIsCleared)
+{
+    fill(300);
+    history.close();
+    damagePagesOf({text(0)});
+    expectDamaged();
+    const QString damaged = setAside();
+    ASSERT_EQ(history.database().rescueSome(damaged, 1000), std::nullopt);
+    history.database().clear(true);
+    EXPECT_EQ(AppPaths::unfinishedRecovery(history.folder()), std::nullopt);
+    EXPECT_EQ(history.database().rescueSome(damaged, 1000), ClipRescue());
+    EXPECT_TRUE(all().empty());
 }
 
 TEST_F(ClipRescueTest, ofWhatIsNoHistoryBringsNothing)

@@ -117,6 +117,28 @@ TEST_F(ClipSecrets, areGoneOnceWhatWasTrimmedIsScrubbed)
     EXPECT_EQ(filesWith(secret), QStringList());
 }
 
+// Wiping rewrites the whole index, which is too much for each copy.
+TEST_F(ClipSecrets, thatSavesDroppedAreWipedOnceTheyAreATenthOfTheHistory)
+{
+    history.close();
+    const FaultVFS vfs;
+    history.open();
+    saveSecret(secret, 1);
+    fill(99);
+    history.database().scrub();
+    for (int dropped = 1; dropped < 10; ++dropped) {
+        history.saveText("more " + QByteArray::number(dropped), 100);
+        const qint64 written = vfs.bytesWritten();
+        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+        EXPECT_EQ(vfs.bytesWritten(), written) << dropped;
+    }
+    EXPECT_NE(filesWith(secret), QStringList());
+    history.saveText("one more", 100);
+    EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+    EXPECT_EQ(filesWith(secret), QStringList());
+    history.close();
+}
+
 TEST_F(ClipSecrets, areGoneOnceAScrubFollowsARestart)
 {
     saveSecret(secret, 1000);

@@ -28,6 +28,8 @@ protected:
 
     static ClipPayload text(const QByteArray& text) { return ClipPayload({.plainText = text}); }
 
+    QString pathOf(const QString& name) const { return m_folder.filePath(name); }
+
 private:
     MemoryFolder m_folder;
     double m_now = 0;
@@ -89,6 +91,24 @@ TEST_F(ClipStoreTest, runsOperationsInTheOrderOfTheirCalls)
     await(std::move(saving));
     await(std::move(clearing));
     EXPECT_EQ(await(std::move(counting)).totalItems, 0);
+}
+
+TEST_F(ClipStoreTest, doesOtherThingsBetweenThePartsOfARescue)
+{
+    constexpr qint64 clips = 150;
+    const QString damaged = pathOf(u"damaged"_s);
+    {
+        ClipStore other(damaged, [] { return 1; }, std::make_unique<ThreadExecutor>("other"));
+        for (int i = 0; i < clips; ++i) {
+            await(other.save(text(QByteArray::number(i)), std::nullopt, std::nullopt, clips));
+        }
+    }
+    const auto store = open();
+    auto rescuing = store->rescue(damaged, 1000);
+    const qint64 between = await(store->statistics()).totalItems;
+    EXPECT_GT(between, 0);
+    EXPECT_LT(between, clips);
+    EXPECT_EQ(await(std::move(rescuing)), ClipRescue({.found = clips, .kept = clips}));
 }
 
 TEST_F(ClipStoreTest, finishesWhatWasCalledBeforeItGoes)
