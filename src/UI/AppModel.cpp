@@ -140,6 +140,7 @@ void AppModel::setCurrentTargetApplication(std::shared_ptr<RunningApplication> a
 void AppModel::setBanner(std::optional<Banner> banner)
 {
     m_bannerTimer.reset();
+    m_isBannerTimed = false;
     m_banner = std::move(banner);
     Q_EMIT bannerChanged();
 }
@@ -147,12 +148,42 @@ void AppModel::setBanner(std::optional<Banner> banner)
 void AppModel::showBanner(const QString& message, BannerKind kind)
 {
     setBanner(Banner{message, kind});
-    m_bannerTimer = m_dependencies.clock.after(bannerDuration, [this] { setBanner(std::nullopt); });
+    m_isBannerTimed = true;
+    startBannerTimer();
+}
+
+/// The banner's time is that in which it can be seen.
+void AppModel::startBannerTimer()
+{
+    if (m_isBannerTimed && m_notices.empty()) {
+        m_bannerTimer =
+            m_dependencies.clock.after(bannerDuration, [this] { setBanner(std::nullopt); });
+    }
+}
+
+void AppModel::showNotice(const QString& name, const Banner& banner)
+{
+    m_bannerTimer.reset();
+    const auto found = std::ranges::find(m_notices, name, &Notice::name);
+    if (found != m_notices.end()) {
+        found->banner = banner;
+    } else {
+        m_notices.push_back({name, banner});
+    }
+    Q_EMIT bannerChanged();
 }
 
 void AppModel::dismissBanner()
 {
-    setBanner(std::nullopt);
+    if (m_notices.empty()) {
+        setBanner(std::nullopt);
+        return;
+    }
+    const QString name = m_notices.front().name;
+    m_notices.pop_front();
+    startBannerTimer();
+    Q_EMIT bannerChanged();
+    Q_EMIT noticeDismissed(name);
 }
 
 void AppModel::showError(const std::exception& error)

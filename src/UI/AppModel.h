@@ -82,7 +82,10 @@ public:
         return m_currentTargetApplication;
     }
     [[nodiscard]] bool automaticPasteAccessGranted() const { return m_automaticPasteAccessGranted; }
-    [[nodiscard]] const std::optional<Banner>& banner() const { return m_banner; }
+    [[nodiscard]] const std::optional<Banner>& banner() const
+    {
+        return m_notices.empty() ? m_banner : m_notices.front().banner;
+    }
     [[nodiscard]] const ClipStore::Statistics& statistics() const { return m_statistics; }
 
     void setQuery(const QString& query);
@@ -90,7 +93,8 @@ public:
     void setSelectedID(std::optional<QUuid> id);
     void setPanelPresented(bool presented);
     void setCurrentTargetApplication(std::shared_ptr<RunningApplication> application);
-    /// Sets a banner that stays until another replaces it or the user dismisses it.
+    /// Sets a banner that stays until another replaces it or the user dismisses it. Behind a notice
+    /// it waits.
     void setBanner(std::optional<Banner> banner);
 
     /// Installed by the panel's controller.
@@ -106,6 +110,9 @@ public:
     void selectPrevious();
     /// Shows a banner for four seconds.
     void showBanner(const QString& message, BannerKind kind);
+    /// Shows a banner in front of all others, until the user dismisses it; they wait. One of the
+    /// same name is replaced.
+    void showNotice(const QString& name, const Banner& banner);
     void dismissBanner();
 
     enum class PasteStyle { original, plainTextOnly };
@@ -156,9 +163,17 @@ Q_SIGNALS:
     void currentTargetApplicationChanged();
     void automaticPasteAccessGrantedChanged();
     void bannerChanged();
+    /// The user has seen the notice of this name.
+    void noticeDismissed(const QString& name);
     void statisticsChanged();
 
 private:
+    struct Notice
+    {
+        QString name;
+        std::optional<Banner> banner;
+    };
+
     /// What the monitor has handed on.
     struct Capture
     {
@@ -195,6 +210,7 @@ private:
         Turn turn);
     static QCoro::Task<> scrub(QPointer<AppModel> self);
     void scheduleScrub(Clock::Duration delay);
+    void startBannerTimer();
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
     void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
     void showError(const std::exception& error);
@@ -219,6 +235,9 @@ private:
     std::unique_ptr<Clock::Timer> m_searchDelay;
     std::stop_source m_searchStop;
     std::unique_ptr<Clock::Timer> m_bannerTimer;
+    /// Whether the banner goes by itself.
+    bool m_isBannerTimed = false;
+    std::deque<Notice> m_notices;
     std::unique_ptr<Clock::Timer> m_accessPoll;
     std::unique_ptr<Clock::Timer> m_scrubTimer;
     Clock::Duration m_scrubRetryDelay;
