@@ -96,12 +96,12 @@ AppDelegate::AppDelegate(Surroundings surroundings)
         .workspace = m_platform->workspace(),
         .clock = m_surroundings.clock,
     });
+    m_rescueNotices = std::make_unique<RescueNotices>(m_defaults, *m_model);
     if (m_rescueFolder) {
-        m_model->setBanner(AppModel::Banner{
-            u"A damaged history database was preserved in ‘"_s +
-                QFileInfo(*m_rescueFolder).fileName() +
-                u"’. Tessly started with a fresh history."_s,
-            AppModel::BannerKind::warning});
+        const QString folder = QFileInfo(*m_rescueFolder).fileName();
+        m_rescueNotices->tell(
+            folder, u"A damaged history database was preserved in ‘"_s + folder +
+                        u"’. Tessly started with a fresh history."_s);
         bringOver(this, *m_rescueFolder);
     }
 }
@@ -123,12 +123,13 @@ QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueF
         co_return;
     }
     self->m_model->reload(AppModel::Debounce::no);
-    self->m_model->setBanner(AppModel::Banner{
+    const QString folder = QFileInfo(rescueFolder).fileName();
+    self->m_rescueNotices->tell(
+        folder,
         u"A damaged history database was preserved in ‘%1’. %2 of the %3 entries that it tells of "
-        "were brought over."_s.arg(QFileInfo(rescueFolder).fileName())
+        "were brought over."_s.arg(folder)
             .arg(rescue.kept)
-            .arg(rescue.found),
-        AppModel::BannerKind::warning});
+            .arg(rescue.found));
 }
 
 std::unique_ptr<ClipStore> AppDelegate::makeStore() const

@@ -14,6 +14,7 @@
 #include "PasteService.h"
 #include "PlatformFactory.h"
 #include "QuickPastePanelController.h"
+#include "RescueNotices.h"
 #include "SettingsWindowController.h"
 #include "ViewPlugin.h"
 
@@ -113,6 +114,7 @@ private:
     std::unique_ptr<PasteService> m_pasteService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
+    std::unique_ptr<RescueNotices> m_rescueNotices;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
     std::unique_ptr<SettingsWindowController> m_settingsController;
