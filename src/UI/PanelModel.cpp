@@ -27,6 +27,15 @@ QVariant hint(const QStringList& keys, const QString& title)
     return QVariant::fromValue(PanelHint{keys, keyCapNames(keys), title});
 }
 
+/// The beginning of a text, of no more UTF-16 units than that; no pair of them is split.
+QString beginning(const QString& text, qsizetype length)
+{
+    if (text.size() <= length) {
+        return text;
+    }
+    return text.first(text.at(length).isLowSurrogate() ? length - 1 : length);
+}
+
 /// The first line that has something on it, no longer than the search field takes.
 QString firstLine(const QByteArray& text)
 {
@@ -39,11 +48,7 @@ QString firstLine(const QByteArray& text)
             break;
         }
     }
-    if (line.size() > PanelModel::pasteLength) {
-        const bool splitsPair = line.at(PanelModel::pasteLength).isLowSurrogate();
-        line.truncate(PanelModel::pasteLength - (splitsPair ? 1 : 0));
-    }
-    return displayLine(line);
+    return displayLine(beginning(line, PanelModel::pasteLength));
 }
 
 } // namespace
@@ -85,7 +90,7 @@ QString PanelModel::query() const
 
 void PanelModel::setQuery(const QString& query)
 {
-    m_dependencies.model.setQuery(query);
+    m_dependencies.model.setQuery(beginning(query, longestQuery));
     m_dependencies.model.reload(AppModel::Debounce::yes);
 }
 

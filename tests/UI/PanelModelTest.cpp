@@ -96,6 +96,17 @@ TEST_F(PanelModelTest, RowsFollowTheModel)
     EXPECT_EQ(empty.size(), 2);
 }
 
+TEST_F(PanelModelTest, AQueryIsCutBetweenCharacters)
+{
+    m_panel->setQuery(QString(1000, u'x'));
+    EXPECT_EQ(m_model->query(), QString(1000, u'x'));
+    m_panel->setQuery(QString(40'000, u'y'));
+    EXPECT_EQ(m_model->query(), QString(1000, u'y'));
+    const QString pair = u"🎉"_s;
+    m_panel->setQuery(QString(999, u'z') + pair);
+    EXPECT_EQ(m_model->query(), QString(999, u'z'));
+}
+
 TEST_F(PanelModelTest, TheSelectedRowIsThatOfTheSelectedClip)
 {
     EXPECT_EQ(m_panel->selectedRow(), -1);

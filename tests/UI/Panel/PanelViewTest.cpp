@@ -221,6 +221,18 @@ TEST_F(PanelViewTest, PastedTextIsSearchedFor)
     EXPECT_THAT(texts(), ElementsAre("alpha"));
 }
 
+TEST_F(PanelViewTest, TheFieldTakesAThousandCharacters)
+{
+    show();
+    m_pasteboard.copyText(QByteArray(500, 'x'));
+    for (int i = 0; i < 3; ++i) {
+        press(Qt::Key_V, Qt::ControlModifier);
+    }
+    type(u"y"_s);
+    EXPECT_EQ(searchText(), QString(1000, u'x'));
+    EXPECT_EQ(m_model->query(), QString(1000, u'x'));
+}
+
 TEST_F(PanelViewTest, CopyingFromTheSearchGoesByItsOwnPasteboard)
 {
     show();
