@@ -91,6 +91,8 @@ public:
     void setQuery(const QString& query);
     void setSelectedKind(std::optional<ClipKind> kind);
     void setSelectedID(std::optional<QUuid> id);
+    /// Opening the panel selects the first clip, and, unless the user does something before, the
+    /// first again once all that had been copied by then is listed.
     void setPanelPresented(bool presented);
     void setCurrentTargetApplication(std::shared_ptr<RunningApplication> application);
     /// Sets a banner that stays until another replaces it or the user dismisses it. Behind a notice
@@ -106,6 +108,9 @@ public:
     enum class Debounce { no, yes };
     /// Fetches list, statistics and selection anew; a newer reload replaces an older one.
     void reload(Debounce debounce);
+    /// Calls back once the list is what the user has asked for: at once if it is, else when the
+    /// search has ended. Not at all if the user goes on before, or the search fails.
+    void whenListed(std::function<void()> callback);
     void selectNext();
     void selectPrevious();
     /// Shows a banner for four seconds.
@@ -174,6 +179,15 @@ private:
         std::optional<Banner> banner;
     };
 
+    /// What the panel's opening still waits for.
+    enum class Opening {
+        done,
+        /// For what was copied before it.
+        settling,
+        /// For that to be listed.
+        listing,
+    };
+
     /// What the monitor has handed on.
     struct Capture
     {
@@ -210,9 +224,14 @@ private:
         Turn turn);
     static QCoro::Task<> scrub(QPointer<AppModel> self);
     void scheduleScrub(Clock::Duration delay);
+    static QCoro::Task<> settleOpening(QPointer<AppModel> self, quint64 opening);
+    void finishOpening();
+    [[nodiscard]] bool isListed() const;
+    void userGoesOn();
     void startBannerTimer();
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
     void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
+    void callWhenListed();
     void showError(const std::exception& error);
     void select(qsizetype index);
     [[nodiscard]] std::optional<qsizetype> selectedIndex() const;
@@ -228,6 +247,15 @@ private:
     std::optional<ClipKind> m_selectedKind;
     std::optional<QUuid> m_selectedID;
     bool m_isPanelPresented = false;
+    Opening m_opening = Opening::done;
+    quint64 m_openings = 0;
+    int m_savesUnderWay = 0;
+    /// A reload has been asked for, and has neither ended nor failed.
+    bool m_isReloading = false;
+    /// What `m_clips` is the answer to.
+    QString m_listedQuery;
+    std::optional<ClipKind> m_listedKind;
+    std::deque<std::function<void()>> m_whenListed;
     std::shared_ptr<RunningApplication> m_currentTargetApplication;
     bool m_automaticPasteAccessGranted = false;
     std::optional<Banner> m_banner;

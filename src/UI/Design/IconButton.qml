@@ -13,6 +13,9 @@ Item {
     // Whether Tab comes by. Not in the panel, where the search field keeps the keyboard.
     property bool isInFocusChain: false
 
+    readonly property bool isPressed: mouse.pressed
+    readonly property bool isLit: hover.hovered
+
     signal clicked
 
     implicitWidth: symbolSize + 8
@@ -32,7 +35,7 @@ Item {
         anchors.fill: parent
         radius: Tokens.size.keyCapRadius
         color: button.color
-        opacity: mouse.pressed ? 0.16 : mouse.containsMouse ? 0.08 : 0
+        opacity: button.isPressed ? 0.16 : button.isLit ? 0.08 : 0
     }
 
     Symbol {
@@ -46,8 +49,12 @@ Item {
         id: mouse
 
         anchors.fill: parent
-        hoverEnabled: true
         onClicked: button.clicked()
+    }
+
+    // The tool tip's area lies over the other, which therefore does not hear of the pointer.
+    HoverHandler {
+        id: hover
     }
 
     FocusRing {

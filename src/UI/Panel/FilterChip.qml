@@ -10,6 +10,8 @@ Rectangle {
     required property string symbol
     required property bool isSelected
 
+    readonly property bool isLit: mouse.containsMouse
+
     signal clicked
 
     implicitWidth: content.implicitWidth + 2 * 10
@@ -49,7 +51,7 @@ Rectangle {
         anchors.fill: parent
         radius: parent.radius
         color: Tokens.color.buttonHover
-        visible: mouse.containsMouse && !chip.isSelected
+        visible: chip.isLit && !chip.isSelected
     }
 
     MouseArea {

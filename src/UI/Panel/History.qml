@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Tessly.Design
 import Tessly.Panel
 
@@ -13,10 +14,13 @@ ListView {
     // Where the pointer was last, on the desktop. The selection follows the pointer onto a row once
     // it really moves: rows also come to lie under a pointer that stands still.
     property point lastPointer: Qt.point(-1, -1)
+    readonly property bool pointerHasMoved: Window.window?.pointerHasMoved ?? false
     property string hoveredClip
     property bool isHoverSelecting: false
 
     function pointerMoved(row: ClipRow, place: point) {
+        if (!pointerHasMoved)
+            return;
         if (Math.abs(place.x - lastPointer.x) < 1 && Math.abs(place.y - lastPointer.y) < 1)
             return;
         lastPointer = place;
@@ -31,6 +35,13 @@ ListView {
     function pointerLeft(row: ClipRow) {
         if (hoveredClip === row.clipID)
             hoveredClip = "";
+    }
+
+    function beginAtTop() {
+        hoveredClip = "";
+        lastPointer = Qt.point(NaN, NaN);
+        cancelFlick();
+        positionViewAtBeginning();
     }
 
     function showSelection() {

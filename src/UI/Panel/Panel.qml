@@ -10,8 +10,6 @@ Rectangle {
     required property PanelModel panel
 
     readonly property bool menuIsOpen: menu.isOpen
-    // Where the pointer is when the panel opens.
-    property alias pointer: history.lastPointer
 
     width: Tokens.size.panelWidth
     height: Tokens.size.panelHeight
@@ -102,7 +100,7 @@ Rectangle {
         menu.close();
         if (panel.isPresented) {
             Qt.callLater(header.takeFocus);
-            Qt.callLater(history.showSelection);
+            history.beginAtTop();
         } else {
             header.leaveFocus();
         }

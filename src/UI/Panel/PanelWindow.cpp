@@ -2,6 +2,7 @@
 
 #include "PanelModel.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QQuickItem>
 
@@ -40,6 +41,47 @@ PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
     setCloseRequested(m_handlers.closeRequested);
     load(
         QUrl(u"qrc:/qt/qml/Tessly/Panel/Panel.qml"_s), {{u"panel"_s, QVariant::fromValue(&model)}});
+}
+
+void PanelWindow::forgetPointer()
+{
+    m_pointer.reset();
+    if (std::exchange(m_pointerHasMoved, false)) {
+        Q_EMIT pointerHasMovedChanged();
+    }
+}
+
+void PanelWindow::releasePointer()
+{
+    if (QQuickItem* const grabber = mouseGrabberItem(); grabber != nullptr) {
+        grabber->ungrabMouse();
+    }
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(this, &leave);
+}
+
+bool PanelWindow::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::Enter:
+    case QEvent::MouseMove:
+        followPointer(static_cast<QSinglePointEvent*>(event)->globalPosition());
+        break;
+    default:
+        break;
+    }
+    return ViewWindow::event(event);
+}
+
+/// By its place on the desktop: the window itself may still move under it.
+void PanelWindow::followPointer(const QPointF& place)
+{
+    if (!m_pointer) {
+        m_pointer = place;
+    } else if (!m_pointerHasMoved && (place - *m_pointer).manhattanLength() >= 1) {
+        m_pointerHasMoved = true;
+        Q_EMIT pointerHasMovedChanged();
+    }
 }
 
 void PanelWindow::keyPressEvent(QKeyEvent* event)

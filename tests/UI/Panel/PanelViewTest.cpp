@@ -39,6 +39,12 @@ protected:
         QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(&item(name));
         return interface != nullptr ? interface->text(QAccessible::Name) : QString();
     }
+    [[nodiscard]] bool isLit(const QString& name)
+    {
+        const QVariant lit = item(name).property("isLit");
+        EXPECT_TRUE(lit.isValid());
+        return lit.toBool();
+    }
     [[nodiscard]] qreal scrolledTo() { return item(u"history"_s).property("contentY").toReal(); }
     /// Whether a row is within what is seen of the list.
     [[nodiscard]] bool isInSight(int row)
@@ -78,6 +84,107 @@ TEST_F(PanelViewTest, TypingSearchesAtOnceAfterEveryOpening)
         m_controller.close();
         run();
     }
+}
+
+TEST_F(PanelViewTest, TheFirstOpeningShowsTheNewestEntrySelected)
+{
+    for (int i = 1; i <= 26; ++i) {
+        save("entry " + QByteArray::number(i));
+        m_model->reload(AppModel::Debounce::no);
+        run();
+    }
+    show();
+    EXPECT_EQ(rowText(0, u"preview"_s), u"entry 26"_s);
+    EXPECT_TRUE(isSelected(0));
+    EXPECT_TRUE(isInSight(0));
+}
+
+TEST_F(PanelViewTest, EveryOpeningBeginsAtTheTop)
+{
+    saveMany(30);
+    show();
+    for (int i = 0; i < 25; ++i) {
+        press(Qt::Key_Down);
+    }
+    ASSERT_GT(scrolledTo(), 0);
+    m_controller.close();
+    show();
+    EXPECT_TRUE(isSelected(0));
+    EXPECT_TRUE(isInSight(0)) << "after a move by keys";
+
+    item(u"history"_s).setProperty("contentY", 600.0);
+    run();
+    m_controller.close();
+    saveMany(12);
+    show();
+    EXPECT_TRUE(isSelected(0));
+    EXPECT_TRUE(isInSight(0)) << "scrolled by the wheel, and with new rows";
+    EXPECT_EQ(rowText(0, u"preview"_s), u"entry 12"_s);
+}
+
+TEST_F(PanelViewTest, APointerThatLiesWhereItAppearsSelectsNothing)
+{
+    saveMany(6);
+    show();
+    const QPoint place = centerOf(u"row-3"_s);
+    m_controller.close();
+    m_controller.show();
+    // What a window system tells of a window that appears under the pointer.
+    QEnterEvent enter(place, place, window().mapToGlobal(place));
+    QCoreApplication::sendEvent(&window(), &enter);
+    QTest::mouseMove(&window(), place);
+    run();
+    EXPECT_TRUE(isSelected(0));
+    QTest::mouseMove(&window(), place + QPoint(0, 2));
+    run();
+    EXPECT_TRUE(isSelected(3)) << "once it moves";
+}
+
+TEST_F(PanelViewTest, AWindowThatMovesUnderAPointerAtRestSelectsNothing)
+{
+    saveMany(6);
+    show();
+    m_controller.close();
+    m_controller.show();
+    const QPoint place = centerOf(u"row-3"_s);
+    const QPoint onDesktop = window().mapToGlobal(place);
+    QEnterEvent enter(place, place, onDesktop);
+    QCoreApplication::sendEvent(&window(), &enter);
+    const QPoint shifted = place + QPoint(0, 70);
+    QMouseEvent move(
+        QEvent::MouseMove, shifted, shifted, onDesktop, Qt::NoButton, Qt::NoButton, {});
+    QCoreApplication::sendEvent(&window(), &move);
+    run();
+    EXPECT_TRUE(isSelected(0));
+}
+
+TEST_F(PanelViewTest, NoButtonIsLitFromTheLastOpening)
+{
+    show();
+    point(u"open-settings"_s);
+    ASSERT_TRUE(isLit(u"open-settings"_s));
+    m_controller.close();
+    show();
+    EXPECT_FALSE(isLit(u"open-settings"_s));
+    point(u"filter-link"_s);
+    ASSERT_TRUE(isLit(u"filter-link"_s));
+    m_controller.close();
+    show();
+    EXPECT_FALSE(isLit(u"filter-link"_s));
+}
+
+TEST_F(PanelViewTest, AButtonThatWasHeldWhenItClosedIsReleased)
+{
+    show();
+    const QPoint place = centerOf(u"pause-recording"_s);
+    QTest::mousePress(&window(), Qt::LeftButton, {}, place);
+    ASSERT_TRUE(item(u"pause-recording"_s).property("isPressed").toBool());
+    m_controller.close();
+    EXPECT_EQ(window().mouseGrabberItem(), nullptr);
+    QTest::mouseRelease(&window(), Qt::LeftButton, {}, place);
+    show();
+    EXPECT_FALSE(item(u"pause-recording"_s).property("isPressed").toBool());
+    EXPECT_FALSE(m_model->clipboardMonitor().isPaused());
 }
 
 TEST_F(PanelViewTest, NothingMovesWhileItIsClosed)
@@ -357,9 +464,7 @@ TEST_F(PanelViewTest, RowsThatComeUnderAPointerAtRestAreNotSelected)
 {
     saveMany(20);
     show();
-    const QPoint place = centerOf(u"row-5"_s);
-    QTest::mouseMove(&window(), place);
-    run();
+    point(u"row-5"_s);
     EXPECT_TRUE(isSelected(5));
     for (int i = 0; i < 10; ++i) {
         press(Qt::Key_Down);
@@ -376,8 +481,10 @@ TEST_F(PanelViewTest, SelectingByPointerDoesNotScroll)
     QQuickItem& list = item(u"history"_s);
     list.setProperty("contentY", 30.0);
     const qreal before = scrolledTo();
-    QTest::mouseMove(&window(), list.mapToScene(QPointF(100, 6)).toPoint());
-    run();
+    for (const int x : {99, 100}) {
+        QTest::mouseMove(&window(), list.mapToScene(QPointF(x, 6)).toPoint());
+        run();
+    }
     EXPECT_EQ(scrolledTo(), before);
     EXPECT_TRUE(isSelected(0)) << "a row that is half in sight";
 }
