@@ -69,7 +69,7 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     : m_surroundings(std::move(surroundings))
     , m_platform(m_surroundings.makePlatform())
     , m_hotKeys(m_platform->hotKeys())
-    , m_directPasteKeys(m_hotKeys, [this](int position) { m_model->pasteGlobalPosition(position); })
+    , m_directPasteKeys(m_hotKeys, [this](int position) { pastePosition(position); })
     , m_defaults(settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
     , m_settings(m_defaults)
 {
@@ -332,6 +332,16 @@ void AppDelegate::openQuickPaste()
 {
     if (m_quickPasteController) {
         m_quickPasteController->show();
+    }
+}
+
+/// While the panel is up, what is in front is the program itself.
+void AppDelegate::pastePosition(int position)
+{
+    if (m_quickPasteController && m_quickPasteController->isShown()) {
+        m_quickPasteController->pastePosition(position);
+    } else {
+        m_model->pasteGlobalPosition(position);
     }
 }
 

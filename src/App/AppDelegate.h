@@ -84,6 +84,7 @@ private:
     void perform(const QString& menuAction);
     void closePanel();
     void openQuickPaste();
+    void pastePosition(int position);
     void toggleMonitoring();
     void clearHistory();
     void openSettings();

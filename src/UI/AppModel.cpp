@@ -433,6 +433,7 @@ void AppModel::show(std::vector<Clip> clips, ClipStore::Statistics statistics)
     if (selectionDiffers) {
         Q_EMIT selectedIDChanged();
     }
+    Q_EMIT listed();
     finishOpening();
     callWhenListed();
 }
@@ -475,6 +476,13 @@ void AppModel::select(qsizetype index)
     const auto last = static_cast<qsizetype>(m_clips.size()) - 1;
     if (last >= 0) {
         setSelectedID(m_clips[static_cast<std::size_t>(std::clamp<qsizetype>(index, 0, last))].id);
+    }
+}
+
+void AppModel::pastePosition(int position, std::shared_ptr<RunningApplication> target)
+{
+    if (settings().directPasteShortcuts()) {
+        pastePosition(this, position, std::move(target), turn());
     }
 }
 

@@ -71,6 +71,12 @@ public:
     [[nodiscard]] ClipboardMonitor& clipboardMonitor();
 
     [[nodiscard]] const std::vector<Clip>& clips() const { return m_clips; }
+    /// Whether the clips are the first of the whole history, so that their places are the positions
+    /// that commands and keys go by.
+    [[nodiscard]] bool listsWholeHistory() const
+    {
+        return !m_listedKind && m_listedQuery.trimmed().isEmpty();
+    }
     [[nodiscard]] const QString& query() const { return m_query; }
     [[nodiscard]] std::optional<ClipKind> selectedKind() const { return m_selectedKind; }
     [[nodiscard]] std::optional<QUuid> selectedID() const { return m_selectedID; }
@@ -134,6 +140,8 @@ public:
         ActionCompletion completion);
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
+    /// The same into another application.
+    void pastePosition(int position, std::shared_ptr<RunningApplication> target);
     void copySelected(PasteStyle style);
     void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
     void copy(const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion);
@@ -161,6 +169,8 @@ public:
 
 Q_SIGNALS:
     void clipsChanged();
+    /// A search has ended, whether or not it changed the clips.
+    void listed();
     void queryChanged();
     void selectedKindChanged();
     void selectedIDChanged();

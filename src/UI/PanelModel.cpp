@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -62,6 +63,9 @@ PanelModel::PanelModel(Dependencies dependencies, QObject* parent)
     connect(&model, &AppModel::selectedIDChanged, this, &PanelModel::updateSelection);
     connect(&model, &AppModel::queryChanged, this, &PanelModel::queryChanged);
     connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::selectedKindChanged);
+    connect(&model, &AppModel::queryChanged, this, &PanelModel::updateShortcuts);
+    connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::updateShortcuts);
+    connect(&model, &AppModel::listed, this, &PanelModel::updateShortcuts);
     connect(&model, &AppModel::isPanelPresentedChanged, this, &PanelModel::updatePresentation);
     connect(&model, &AppModel::bannerChanged, this, &PanelModel::bannerChanged);
     connect(&model, &AppModel::statisticsChanged, this, &PanelModel::itemCountChanged);
@@ -156,6 +160,16 @@ void PanelModel::chooseKind(const QString& rawValue)
         m_dependencies.model.setSelectedKind(kind);
     }
     m_dependencies.model.reload(AppModel::Debounce::no);
+}
+
+void PanelModel::moveSelection(int rows)
+{
+    const int last = m_clips.rowCount() - 1;
+    if (const Clip* const clip =
+            m_clips.clip(std::clamp(qMax(m_selectedRow, 0) + rows, 0, qMax(last, 0)));
+        clip != nullptr) {
+        m_dependencies.model.setSelectedID(clip->id);
+    }
 }
 
 void PanelModel::selectClip(const QString& clipID)
@@ -255,11 +269,15 @@ void PanelModel::updateSelection()
     Q_EMIT selectionChanged();
 }
 
+/// The keys paste by the position in the whole history, whatever is listed.
 void PanelModel::updateShortcuts()
 {
+    const AppModel& model = m_dependencies.model;
+    const bool arePositions =
+        model.listsWholeHistory() && !model.selectedKind() && model.query().trimmed().isEmpty();
     m_clips.setShortcuts(
-        m_dependencies.model.settings().directPasteShortcuts() ? ClipListModel::Shortcuts::shown
-                                                               : ClipListModel::Shortcuts::hidden);
+        arePositions && model.settings().directPasteShortcuts() ? ClipListModel::Shortcuts::shown
+                                                                : ClipListModel::Shortcuts::hidden);
 }
 
 void PanelModel::updatePresentation()

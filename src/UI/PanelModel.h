@@ -107,6 +107,9 @@ public:
     /// `rawValue` of the kind, empty for all.
     Q_INVOKABLE void chooseKind(const QString& rawValue);
 
+    /// Selects the clip so many rows further down the list, or the last one, or the first.
+    Q_INVOKABLE void moveSelection(int rows);
+
     // Clips are told by their ids, as rows move at any time. Nothing happens to one that is no
     // longer listed.
     /// The pointer came upon a clip.

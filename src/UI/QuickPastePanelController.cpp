@@ -149,8 +149,18 @@ void QuickPastePanelController::dismiss()
     }
 }
 
+void QuickPastePanelController::pastePosition(int position)
+{
+    m_dependencies.model.pastePosition(position, m_targetApplication);
+}
+
 bool QuickPastePanelController::handleKeyEvent(int key, Qt::KeyboardModifiers modifiers)
 {
+    if (const auto position = directPastePosition(key, modifiers);
+        position && m_dependencies.model.settings().directPasteShortcuts()) {
+        pastePosition(*position);
+        return true;
+    }
     const auto action = panelAction(key, modifiers);
     if (!action) {
         return false;

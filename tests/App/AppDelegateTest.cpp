@@ -390,6 +390,26 @@ TEST_F(AppDelegateTest, AKeyPastesTheEntryAtItsPosition)
     EXPECT_EQ(m_desktop.pasteboard.pastedText(), "older");
 }
 
+TEST_F(AppDelegateTest, AKeyThatIsHeldForUsPastesIntoThePanelsTargetWhileThePanelIsUp)
+{
+    start();
+    copy("older");
+    ASSERT_TRUE(listBecomes(1));
+    copy("newer");
+    ASSERT_TRUE(listBecomes(2));
+    const auto editor = std::make_shared<FakeRunningApplication>(u"org.example.editor"_s);
+    m_desktop.workspace.setFrontmost(editor);
+    model().showPanel();
+    m_desktop.workspace.setFrontmost(
+        std::make_shared<FakeRunningApplication>(u"com.brackmoor.tessly"_s));
+    m_desktop.hotKeys.press({19, modifiers});
+    EXPECT_TRUE(waitUntil([&] {
+        tick();
+        return editor->activations() > 0;
+    }));
+    EXPECT_EQ(m_desktop.pasteboard.pastedText(), "older");
+}
+
 // The icon and its menu
 
 TEST_F(AppDelegateTest, ALeftClickTogglesThePanelAtTheIcon)

@@ -622,12 +622,36 @@ TEST_F(QuickPastePanelControllerKeysTest, CtrlBackspaceDeletesTheSelection)
     EXPECT_THAT(texts(), ElementsAre("newest", "oldest"));
 }
 
+TEST_F(QuickPastePanelControllerKeysTest, AltShiftAndADigitPasteByPositionIntoTheTarget)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    bringToFront(u"com.brackmoor.tessly"_s);
+    m_model->setQuery(u"oldest"_s);
+    m_model->reload(AppModel::Debounce::no);
+    run();
+    EXPECT_TRUE(m_view->press(Qt::Key_2, Qt::AltModifier | Qt::ShiftModifier));
+    run();
+    EXPECT_EQ(written().plainText, "middle") << "of the whole history, whatever is listed";
+    EXPECT_GE(m_editor->activations(), 1);
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, APositionThatThereIsNotIsToldOf)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    EXPECT_TRUE(m_view->press(Qt::Key_0, Qt::AltModifier | Qt::ShiftModifier));
+    run();
+    EXPECT_EQ(message(), u"There is no clipboard item at position 10."_s);
+    expectOpen();
+}
+
 TEST_F(QuickPastePanelControllerKeysTest, EverythingElseIsLeftToTheSearchField)
 {
     EXPECT_FALSE(m_view->press(Qt::Key_P));
     EXPECT_FALSE(m_view->press(Qt::Key_P, Qt::ShiftModifier));
     EXPECT_FALSE(m_view->press(Qt::Key_Backspace));
     EXPECT_FALSE(m_view->press(Qt::Key_A));
+    m_settings.setDirectPasteShortcuts(false);
     EXPECT_FALSE(m_view->press(Qt::Key_1, Qt::AltModifier | Qt::ShiftModifier));
     run();
     EXPECT_THAT(texts(), SizeIs(3));

@@ -10,9 +10,6 @@ Item {
     property string label: help
     property color color: Tokens.color.text
     property int symbolSize: Tokens.size.buttonSymbol
-    // Whether Tab comes by. Not in the panel, where the search field keeps the keyboard.
-    property bool isInFocusChain: false
-
     readonly property bool isPressed: mouse.pressed
     readonly property bool isLit: hover.hovered
 
@@ -22,14 +19,22 @@ Item {
     implicitHeight: symbolSize + 8
     Accessible.role: Accessible.Button
     Accessible.name: label
-    Accessible.focusable: isInFocusChain
+    Accessible.focusable: true
     Accessible.focused: activeFocus
     Accessible.onPressAction: clicked()
-    activeFocusOnTab: isInFocusChain
-    Keys.enabled: isInFocusChain
-    Keys.onSpacePressed: clicked()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    activeFocusOnTab: true
+
+    Keys.onPressed: event => {
+        switch (event.key) {
+        case Qt.Key_Space:
+        case Qt.Key_Return:
+        case Qt.Key_Enter:
+            event.accepted = true;
+            if (!event.isAutoRepeat)
+                clicked();
+            break;
+        }
+    }
 
     Rectangle {
         anchors.fill: parent

@@ -22,7 +22,22 @@ Rectangle {
     Accessible.name: title
     Accessible.checkable: true
     Accessible.checked: isSelected
+    Accessible.focusable: true
+    Accessible.focused: activeFocus
     Accessible.onPressAction: clicked()
+    activeFocusOnTab: true
+
+    Keys.onPressed: event => {
+        switch (event.key) {
+        case Qt.Key_Space:
+        case Qt.Key_Return:
+        case Qt.Key_Enter:
+            event.accepted = true;
+            if (!event.isAutoRepeat)
+                clicked();
+            break;
+        }
+    }
 
     Row {
         id: content
@@ -60,5 +75,10 @@ Rectangle {
         anchors.fill: parent
         hoverEnabled: true
         onClicked: chip.clicked()
+    }
+
+    FocusRing {
+        control: chip
+        radius: chip.radius + gap
     }
 }

@@ -18,6 +18,10 @@ ListView {
     property string hoveredClip
     property bool isHoverSelecting: false
 
+    // Rows that are seen at once; one of them stays in sight when a page is turned.
+    readonly property int page: Math.max(1, Math.floor(height / (rowHeight + spacing)) - 1)
+    property real rowHeight: 60
+
     function pointerMoved(row: ClipRow, place: point) {
         if (!pointerHasMoved)
             return;
@@ -77,6 +81,7 @@ ListView {
         x: 8
         width: ListView.view.width - 2 * 8
         isSelected: index === list.panel.selectedRow
+        onHeightChanged: list.rowHeight = height
         Accessible.onPressAction: list.panel.activateClip(clipID)
 
         MouseArea {

@@ -20,6 +20,18 @@ Rectangle {
     Accessible.role: Accessible.Dialog
     Accessible.name: "Tessly"
 
+    // What the control that has the keyboard leaves.
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown) {
+            root.panel.moveSelection(event.key === Qt.Key_PageUp ? -history.page : history.page);
+            event.accepted = true;
+        } else if (/^[^\u0000-\u0020\u007f-\u00a0]/.test(event.text)
+                   && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))) {
+            header.type(event.text);
+            event.accepted = true;
+        }
+    }
+
     Header {
         id: header
 
@@ -52,7 +64,10 @@ Rectangle {
         hasBanner: root.panel.hasBanner
         bannerMessage: root.panel.bannerMessage
         bannerKind: root.panel.bannerKind
-        onDismissed: root.panel.dismissBanner()
+        onDismissed: {
+            root.panel.dismissBanner();
+            header.takeFocus();
+        }
     }
 
     History {

@@ -298,6 +298,127 @@ TEST_F(PanelViewTest, PIsALetterAndPinsOnlyWithCtrl)
     EXPECT_NE(find(u"pin"_s), nullptr);
 }
 
+TEST_F(PanelViewTest, TabGoesThroughAllControlsAndReturnsToTheField)
+{
+    save("one");
+    show();
+    ASSERT_TRUE(waitUntil([this] { return searchHasFocus(); }));
+    const QStringList controls = {u"pause-recording"_s, u"open-settings"_s,   u"filter-all"_s,
+                                  u"filter-text"_s,     u"filter-richText"_s, u"filter-image"_s,
+                                  u"filter-files"_s,    u"filter-link"_s};
+    for (const QString& name : controls) {
+        press(Qt::Key_Tab);
+        EXPECT_TRUE(item(name).hasActiveFocus()) << name.toStdString();
+        EXPECT_NE(ViewDriver::find(u"focus-ring"_s, item(name)), nullptr) << name.toStdString();
+    }
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(searchHasFocus());
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(item(u"filter-link"_s).hasActiveFocus());
+    m_controller.close();
+    show();
+    EXPECT_TRUE(waitUntil([this] { return searchHasFocus(); })) << "at the next opening";
+}
+
+TEST_F(PanelViewTest, AControlWithTheKeyboardIsPressedByItAndPastesNothing)
+{
+    save("plain");
+    save("https://example.org/");
+    show();
+    press(Qt::Key_Tab);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(m_model->clipboardMonitor().isPaused());
+    for (int i = 0; i < 3; ++i) {
+        press(Qt::Key_Tab);
+    }
+    ASSERT_TRUE(item(u"filter-text"_s).hasActiveFocus());
+    press(Qt::Key_Return);
+    EXPECT_EQ(m_model->selectedKind(), ClipKind::text);
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+    EXPECT_TRUE(window().isVisible());
+    QSignalSpy requested(&m_panel, &PanelModel::settingsRequested);
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    press(Qt::Key_Return);
+    EXPECT_EQ(requested.size(), 1);
+}
+
+TEST_F(PanelViewTest, TypingGoesToTheFieldWhateverHasTheKeyboard)
+{
+    save("alpha");
+    show();
+    type(u"a"_s);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    type(u"lp"_s);
+    EXPECT_TRUE(searchHasFocus());
+    EXPECT_EQ(searchText(), u"alp"_s);
+    settleSearch();
+    EXPECT_EQ(m_model->query(), u"alp"_s);
+}
+
+TEST_F(PanelViewTest, PageKeysMoveTheSelectionByWhatIsSeenAtOnce)
+{
+    saveMany(40);
+    show();
+    press(Qt::Key_PageDown);
+    const int page = m_panel.selectedRow();
+    EXPECT_GE(page, 4);
+    EXPECT_LE(page, 7);
+    EXPECT_TRUE(isInSight(page));
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(m_panel.selectedRow(), 2 * page);
+    EXPECT_TRUE(isInSight(2 * page));
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(m_panel.selectedRow(), page);
+    for (int i = 0; i < 10; ++i) {
+        press(Qt::Key_PageDown);
+    }
+    EXPECT_EQ(m_panel.selectedRow(), 39);
+    EXPECT_TRUE(searchHasFocus());
+}
+
+TEST_F(PanelViewTest, HomeAndEndStayWithTheText)
+{
+    save("one");
+    save("two");
+    show();
+    press(Qt::Key_Down);
+    type(u"o"_s);
+    press(Qt::Key_Home);
+    type(u"w"_s);
+    EXPECT_EQ(searchText(), u"wo"_s);
+    press(Qt::Key_End);
+    type(u"x"_s);
+    EXPECT_EQ(searchText(), u"wox"_s);
+}
+
+TEST_F(PanelViewTest, AltShiftAndADigitPasteByTheKeysPlace)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    save("older");
+    save("newer");
+    show();
+    // The key that bears 2, and " with Shift, as the German layout has it.
+    QKeyEvent event(
+        QEvent::KeyPress, Qt::Key_QuoteDbl, Qt::AltModifier | Qt::ShiftModifier, 11, 0, 0, u"\""_s);
+    QCoreApplication::sendEvent(&window(), &event);
+    run();
+    ASSERT_THAT(m_pasteboard.writes(), SizeIs(1));
+    EXPECT_EQ(m_pasteboard.writes().front().front().plainText, "older");
+}
+
+TEST_F(PanelViewTest, AKeyThatIsHeldPastesOnce)
+{
+    save("one");
+    show();
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, u"\r"_s, true);
+    QCoreApplication::sendEvent(&window(), &repeated);
+    run();
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+    EXPECT_TRUE(window().isVisible());
+}
+
 // The search field and the clipboard
 
 TEST_F(PanelViewTest, PastingIntoTheSearchGoesByItsOwnPasteboard)
