@@ -46,6 +46,7 @@ ListView {
         lastPointer = Qt.point(NaN, NaN);
         cancelFlick();
         positionViewAtBeginning();
+        contentY = originY - topMargin;
     }
 
     function showSelection() {

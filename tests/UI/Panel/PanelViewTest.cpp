@@ -46,6 +46,12 @@ protected:
         return lit.toBool();
     }
     [[nodiscard]] qreal scrolledTo() { return item(u"history"_s).property("contentY").toReal(); }
+    /// Whether the first row is as far from the edge as the design has it.
+    [[nodiscard]] bool isAtTop()
+    {
+        QQuickItem* const first = find(u"row-0"_s);
+        return first != nullptr && first->mapToItem(&item(u"history"_s), QPointF()).y() == 8;
+    }
     /// Whether a row is within what is seen of the list.
     [[nodiscard]] bool isInSight(int row)
     {
@@ -96,7 +102,7 @@ TEST_F(PanelViewTest, TheFirstOpeningShowsTheNewestEntrySelected)
     show();
     EXPECT_EQ(rowText(0, u"preview"_s), u"entry 26"_s);
     EXPECT_TRUE(isSelected(0));
-    EXPECT_TRUE(isInSight(0));
+    EXPECT_TRUE(isAtTop());
 }
 
 TEST_F(PanelViewTest, EveryOpeningBeginsAtTheTop)
@@ -110,7 +116,7 @@ TEST_F(PanelViewTest, EveryOpeningBeginsAtTheTop)
     m_controller.close();
     show();
     EXPECT_TRUE(isSelected(0));
-    EXPECT_TRUE(isInSight(0)) << "after a move by keys";
+    EXPECT_TRUE(isAtTop()) << "after a move by keys";
 
     item(u"history"_s).setProperty("contentY", 600.0);
     run();
@@ -118,7 +124,7 @@ TEST_F(PanelViewTest, EveryOpeningBeginsAtTheTop)
     saveMany(12);
     show();
     EXPECT_TRUE(isSelected(0));
-    EXPECT_TRUE(isInSight(0)) << "scrolled by the wheel, and with new rows";
+    EXPECT_TRUE(isAtTop()) << "scrolled by the wheel, and with new rows";
     EXPECT_EQ(rowText(0, u"preview"_s), u"entry 12"_s);
 }
 
