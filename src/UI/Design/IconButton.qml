@@ -36,7 +36,7 @@ Item {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: Tokens.size.keyCapRadius
         color: button.color

@@ -3,7 +3,7 @@ import Tessly.Design
 import Tessly.Panel
 
 // One kind to filter by.
-Rectangle {
+RoundedRectangle {
     id: chip
 
     required property string title
@@ -62,7 +62,7 @@ Rectangle {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: parent.radius
         color: Tokens.color.buttonHover
