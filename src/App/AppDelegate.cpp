@@ -69,7 +69,7 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     : m_surroundings(std::move(surroundings))
     , m_platform(m_surroundings.makePlatform())
     , m_hotKeys(m_platform->hotKeys())
-    , m_directPasteKeys(m_hotKeys, [this](int position) { m_model->pasteGlobalPosition(position); })
+    , m_directPasteKeys(m_hotKeys, [this](int position) { pastePosition(position); })
     , m_defaults(settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
     , m_settings(m_defaults)
 {
@@ -96,12 +96,12 @@ AppDelegate::AppDelegate(Surroundings surroundings)
         .workspace = m_platform->workspace(),
         .clock = m_surroundings.clock,
     });
+    m_rescueNotices = std::make_unique<RescueNotices>(m_defaults, *m_model);
     if (m_rescueFolder) {
-        m_model->setBanner(AppModel::Banner{
-            u"A damaged history database was preserved in ‘"_s +
-                QFileInfo(*m_rescueFolder).fileName() +
-                u"’. Tessly started with a fresh history."_s,
-            AppModel::BannerKind::warning});
+        const QString folder = QFileInfo(*m_rescueFolder).fileName();
+        m_rescueNotices->tell(
+            folder, u"A damaged history database was preserved in ‘"_s + folder +
+                        u"’. Tessly started with a fresh history."_s);
         bringOver(this, *m_rescueFolder);
     }
 }
@@ -123,12 +123,13 @@ QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueF
         co_return;
     }
     self->m_model->reload(AppModel::Debounce::no);
-    self->m_model->setBanner(AppModel::Banner{
+    const QString folder = QFileInfo(rescueFolder).fileName();
+    self->m_rescueNotices->tell(
+        folder,
         u"A damaged history database was preserved in ‘%1’. %2 of the %3 entries that it tells of "
-        "were brought over."_s.arg(QFileInfo(rescueFolder).fileName())
+        "were brought over."_s.arg(folder)
             .arg(rescue.kept)
-            .arg(rescue.found),
-        AppModel::BannerKind::warning});
+            .arg(rescue.found));
 }
 
 std::unique_ptr<ClipStore> AppDelegate::makeStore() const
@@ -335,6 +336,16 @@ void AppDelegate::openQuickPaste()
 {
     if (m_quickPasteController) {
         m_quickPasteController->show();
+    }
+}
+
+/// While the panel is up, what is in front is the program itself.
+void AppDelegate::pastePosition(int position)
+{
+    if (m_quickPasteController && m_quickPasteController->isShown()) {
+        m_quickPasteController->pastePosition(position);
+    } else {
+        m_model->pasteGlobalPosition(position);
     }
 }
 

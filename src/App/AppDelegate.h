@@ -14,6 +14,7 @@
 #include "PasteService.h"
 #include "PlatformFactory.h"
 #include "QuickPastePanelController.h"
+#include "RescueNotices.h"
 #include "SettingsWindowController.h"
 #include "ViewPlugin.h"
 
@@ -83,6 +84,7 @@ private:
     void perform(const QString& menuAction);
     void closePanel();
     void openQuickPaste();
+    void pastePosition(int position);
     void toggleMonitoring();
     void clearHistory();
     void openSettings();
@@ -113,6 +115,7 @@ private:
     std::unique_ptr<PasteService> m_pasteService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
+    std::unique_ptr<RescueNotices> m_rescueNotices;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
     std::unique_ptr<SettingsWindowController> m_settingsController;

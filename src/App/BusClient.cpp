@@ -21,6 +21,11 @@ constexpr auto pollInterval = 20ms;
 const QString daemonName = u"org.freedesktop.DBus"_s;
 const QString daemonPath = u"/org/freedesktop/DBus"_s;
 
+// The notification daemon, as the Desktop Notifications Specification names it.
+const QString notificationsName = u"org.freedesktop.Notifications"_s;
+const QString notificationsPath = u"/org/freedesktop/Notifications"_s;
+const QString applicationID = u"com.brackmoor.tessly"_s;
+
 } // namespace
 
 BusClient::BusClient()
@@ -84,6 +89,26 @@ QDBusMessage BusClient::call(
     message.setArguments(arguments);
     message.setAutoStartService(false);
     return answer(message, limit);
+}
+
+bool BusClient::notify(const QString& summary, const QString& text)
+{
+    if (m_state != Bus::present) {
+        return false;
+    }
+    constexpr uchar isCritical = 2;
+    auto call = QDBusMessage::createMethodCall(
+        notificationsName, notificationsPath, notificationsName, u"Notify"_s);
+    const uint replacesNone = 0;
+    const int staysUntilSeen = 0;
+    call
+        << u"Tessly"_s << replacesNone << applicationID
+        << summary
+        // What shows it takes it for markup.
+        << text.toHtmlEscaped() << QStringList()
+        << QVariantMap{{u"desktop-entry"_s, applicationID}, {u"urgency"_s, QVariant::fromValue(isCritical)}}
+        << staysUntilSeen;
+    return answer(call, m_limits.bus).type() == QDBusMessage::ReplyMessage;
 }
 
 QDBusMessage BusClient::answer(const QDBusMessage& call, std::chrono::milliseconds limit)

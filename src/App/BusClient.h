@@ -57,6 +57,9 @@ public:
     [[nodiscard]] QDBusMessage
     call(const QString& method, const QVariantList& arguments, std::chrono::milliseconds limit);
 
+    /// Shows plain text on the desktop, where something shows notifications. Whether it did.
+    bool notify(const QString& summary, const QString& text);
+
 private:
     static QDBusConnection connectToSessionBus();
     QDBusMessage answer(const QDBusMessage& call, std::chrono::milliseconds limit);

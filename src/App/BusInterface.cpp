@@ -1,6 +1,7 @@
 #include "BusInterface.h"
 
 #include "BusNames.h"
+#include "Invocation.h"
 
 #include <QDBusError>
 
@@ -84,14 +85,18 @@ QVariantMap BusInterface::Status(const QDBusMessage& call)
 BusEntries BusInterface::List(
     const QString& query, const QString& kind, qlonglong limit, const QDBusMessage& call)
 {
+    const auto refuse = [&](const QString& reason) {
+        call.setDelayedReply(true);
+        m_sendLater(
+            [call, reason] { return call.createErrorReply(QDBusError::InvalidArgs, reason); });
+        return BusEntries();
+    };
     const auto wanted = clipKind(kind);
     if (!wanted && !kind.isEmpty()) {
-        call.setDelayedReply(true);
-        m_sendLater([call, kind] {
-            return call.createErrorReply(
-                QDBusError::InvalidArgs, u"There is no kind \"%1\"."_s.arg(kind));
-        });
-        return {};
+        return refuse(u"There is no kind \"%1\"."_s.arg(kind));
+    }
+    if (query.size() > longestQuery) {
+        return refuse(u"A query has %1 characters at the most."_s.arg(longestQuery));
     }
     m_commands.list(
         query, wanted, limit,

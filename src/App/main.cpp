@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 #include "AppPaths.h"
 #include "BusClient.h"
+#include "ClipStoreError.h"
 #include "CommandLineParser.h"
 #include "CommandRunner.h"
 #include "DesktopChoice.h"
@@ -40,17 +41,36 @@ void keepToOurselves()
     setrlimit(RLIMIT_CORE, &none);
 }
 
-int fail(const QString& reason)
-{
-    std::fprintf(stderr, "Tessly could not start: %s\n", qUtf8Printable(terminalLine(reason)));
-    return EXIT_FAILURE;
-}
-
 /// Ends the process with no more ado: QtDBus would wait for a bus that is silent.
 [[noreturn]] void endNow(int status)
 {
     std::fflush(nullptr);
     std::_Exit(status);
+}
+
+/// Needs an application object. Nobody reads what is printed when a user logs in, so the desktop is
+/// told as well.
+[[noreturn]] void fail(const QString& reason)
+{
+    std::fprintf(stderr, "Tessly could not start: %s\n", qUtf8Printable(terminalLine(reason)));
+    BusClient().notify(u"Tessly could not start"_s, reason);
+    endNow(EXIT_FAILURE);
+}
+
+/// The same before there is one.
+[[noreturn]] void failEarly(int argc, char** argv, const QString& reason)
+{
+    const QCoreApplication application(argc, argv);
+    fail(reason);
+}
+
+/// For the user. What the history says of itself does not name its file.
+QString reasonOf(const std::exception& error)
+{
+    const QString reason = QString::fromUtf8(error.what());
+    const QString file = AppPaths::databasePath();
+    const bool isAboutHistory = dynamic_cast<const ClipStoreError*>(&error) != nullptr;
+    return isAboutHistory && !reason.contains(file) ? u"%1 (%2)"_s.arg(reason, file) : reason;
 }
 
 /// A command has nothing to put in order, and what else the bus has to say no longer matters.
@@ -63,7 +83,7 @@ int fail(const QString& reason)
     endNow(runner.run(invocation));
 }
 
-int startSecond(int argc, char** argv)
+[[noreturn]] void startSecond(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     BusClient client;
@@ -75,7 +95,7 @@ int startSecond(int argc, char** argv)
     // The first has ended meanwhile. From the beginning, since an application object is made once
     // in a process.
     execv("/proc/self/exe", argv);
-    return fail(QString::fromLocal8Bit(std::strerror(errno)));
+    fail(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice, Clock& clock)
@@ -114,10 +134,10 @@ int start(int argc, char** argv)
         AppPaths::prepareDirectories();
         lock = InstanceLock::acquire(AppPaths::applicationSupportDirectory());
     } catch (const std::exception& error) {
-        return fail(QString::fromUtf8(error.what()));
+        failEarly(argc, argv, reasonOf(error));
     }
     if (!lock) {
-        return startSecond(argc, argv);
+        startSecond(argc, argv);
     }
 
     QCoreApplication::setApplicationName(u"Tessly"_s);
@@ -127,10 +147,16 @@ int start(int argc, char** argv)
     const auto quit = [] { QCoreApplication::exit(); };
     int status = EXIT_FAILURE;
     bool isBusSilent = false;
+    const DesktopChoice choice = [&] {
+        try {
+            return chooseDesktop();
+        } catch (const std::exception& error) {
+            failEarly(argc, argv, reasonOf(error));
+        }
+    }();
+    prepareToolkit(choice);
+    const QGuiApplication application(argc, argv);
     try {
-        const DesktopChoice choice = chooseDesktop();
-        prepareToolkit(choice);
-        const QGuiApplication application(argc, argv);
         SystemClock clock;
         ViewLoader views;
         AppDelegate delegate({
@@ -146,7 +172,7 @@ int start(int argc, char** argv)
         isBusSilent = delegate.isBusSilent();
         delegate.applicationWillTerminate();
     } catch (const std::exception& error) {
-        return fail(QString::fromUtf8(error.what()));
+        fail(reasonOf(error));
     }
     if (isBusSilent) {
         endNow(status);

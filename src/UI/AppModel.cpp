@@ -93,6 +93,7 @@ const Clip* AppModel::selectedClip() const
 void AppModel::setQuery(const QString& query)
 {
     if (std::exchange(m_query, query) != query) {
+        userGoesOn();
         Q_EMIT queryChanged();
     }
 }
@@ -100,12 +101,14 @@ void AppModel::setQuery(const QString& query)
 void AppModel::setSelectedKind(std::optional<ClipKind> kind)
 {
     if (std::exchange(m_selectedKind, kind) != kind) {
+        userGoesOn();
         Q_EMIT selectedKindChanged();
     }
 }
 
 void AppModel::setSelectedID(std::optional<QUuid> id)
 {
+    userGoesOn();
     if (std::exchange(m_selectedID, id) != id) {
         Q_EMIT selectedIDChanged();
     }
@@ -116,17 +119,49 @@ void AppModel::setPanelPresented(bool presented)
     if (std::exchange(m_isPanelPresented, presented) == presented) {
         return;
     }
+    userGoesOn();
+    if (presented) {
+        setSelectedID(m_clips.empty() ? std::nullopt : std::optional(m_clips.front().id));
+        m_opening = Opening::settling;
+        // Whoever opens the panel asks for the list next.
+        m_isReloading = true;
+    }
     Q_EMIT isPanelPresentedChanged();
     if (!presented) {
         return;
     }
-    if (m_clipboardMonitor) {
-        // What was copied just now is a row soon, and what nobody told of as well.
-        m_clipboardMonitor->settle(settleTimeout);
-    }
+    settleOpening(this, ++m_openings);
     if (std::exchange(m_isLastErrorUnseen, false) && m_lastError) {
         showBanner(*m_lastError, BannerKind::error);
     }
+}
+
+/// What was copied just now is a row soon, and what nobody told of as well.
+QCoro::Task<> AppModel::settleOpening(QPointer<AppModel> self, quint64 opening)
+{
+    if (self->m_clipboardMonitor) {
+        co_await self->m_clipboardMonitor->settle(settleTimeout);
+    }
+    if (self && self->m_openings == opening && self->m_opening == Opening::settling) {
+        self->m_opening = Opening::listing;
+        self->finishOpening();
+    }
+}
+
+/// What is saved is listed by the reload that follows.
+void AppModel::finishOpening()
+{
+    if (m_opening == Opening::listing && m_savesUnderWay == 0 && !m_isReloading) {
+        m_opening = Opening::done;
+        callWhenListed();
+    }
+}
+
+/// What the panel's opening, or a key that was pressed, still waits for is no longer wanted.
+void AppModel::userGoesOn()
+{
+    m_opening = Opening::done;
+    m_whenListed.clear();
 }
 
 void AppModel::setCurrentTargetApplication(std::shared_ptr<RunningApplication> application)
@@ -140,6 +175,7 @@ void AppModel::setCurrentTargetApplication(std::shared_ptr<RunningApplication> a
 void AppModel::setBanner(std::optional<Banner> banner)
 {
     m_bannerTimer.reset();
+    m_isBannerTimed = false;
     m_banner = std::move(banner);
     Q_EMIT bannerChanged();
 }
@@ -147,12 +183,42 @@ void AppModel::setBanner(std::optional<Banner> banner)
 void AppModel::showBanner(const QString& message, BannerKind kind)
 {
     setBanner(Banner{message, kind});
-    m_bannerTimer = m_dependencies.clock.after(bannerDuration, [this] { setBanner(std::nullopt); });
+    m_isBannerTimed = true;
+    startBannerTimer();
+}
+
+/// The banner's time is that in which it can be seen.
+void AppModel::startBannerTimer()
+{
+    if (m_isBannerTimed && m_notices.empty()) {
+        m_bannerTimer =
+            m_dependencies.clock.after(bannerDuration, [this] { setBanner(std::nullopt); });
+    }
+}
+
+void AppModel::showNotice(const QString& name, const Banner& banner)
+{
+    m_bannerTimer.reset();
+    const auto found = std::ranges::find(m_notices, name, &Notice::name);
+    if (found != m_notices.end()) {
+        found->banner = banner;
+    } else {
+        m_notices.push_back({name, banner});
+    }
+    Q_EMIT bannerChanged();
 }
 
 void AppModel::dismissBanner()
 {
-    setBanner(std::nullopt);
+    if (m_notices.empty()) {
+        setBanner(std::nullopt);
+        return;
+    }
+    const QString name = m_notices.front().name;
+    m_notices.pop_front();
+    startBannerTimer();
+    Q_EMIT bannerChanged();
+    Q_EMIT noticeDismissed(name);
 }
 
 void AppModel::showError(const std::exception& error)
@@ -171,6 +237,7 @@ QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
 {
     const qint64 maximumHistory = self->settings().maxHistory();
     QString failure;
+    ++self->m_savesUnderWay;
     try {
         co_await self->m_dependencies.store.save(
             capture.payload, capture.sourceAppName, capture.sourceBundleID, maximumHistory);
@@ -180,8 +247,10 @@ QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
     if (!self) {
         co_return;
     }
+    --self->m_savesUnderWay;
     if (!failure.isEmpty()) {
         self->saveFailed(std::move(capture), failure);
+        self->finishOpening();
         co_return;
     }
     if (self->m_unsaved.empty()) {
@@ -301,13 +370,17 @@ void AppModel::reload(Debounce debounce)
     m_searchDelay.reset();
     m_searchStop.request_stop();
     m_searchStop = std::stop_source();
+    m_isReloading = true;
     if (debounce == Debounce::no) {
         fetch(this, m_query, m_selectedKind, m_searchStop.get_token());
         return;
     }
     m_searchDelay = m_dependencies.clock.after(
-        searchDebounce, [this, query = m_query, kind = m_selectedKind,
-                         stop = m_searchStop.get_token()] { fetch(this, query, kind, stop); });
+        searchDebounce,
+        [this, query = m_query, kind = m_selectedKind, stop = m_searchStop.get_token()] {
+            fetch(this, query, kind, stop);
+            m_searchDelay.reset();
+        });
 }
 
 QCoro::Task<> AppModel::fetch(
@@ -324,10 +397,16 @@ QCoro::Task<> AppModel::fetch(
         if (!self || stop.stop_requested()) {
             co_return;
         }
+        self->m_listedQuery = query;
+        self->m_listedKind = kind;
+        self->m_isReloading = false;
         self->show(std::move(clips), statistics);
     } catch (const std::exception& error) {
         if (self && !(stop.stop_requested() && isInterruption(error))) {
+            self->m_isReloading = false;
+            self->m_whenListed.clear();
             self->showError(error);
+            self->finishOpening();
         }
     }
 }
@@ -340,7 +419,7 @@ void AppModel::show(std::vector<Clip> clips, ClipStore::Statistics statistics)
     }
     const bool statisticsDiffer = std::exchange(m_statistics, statistics) != statistics;
     std::optional<QUuid> selectedID = m_selectedID;
-    if (!selectedIndex()) {
+    if (!selectedIndex() || m_opening != Opening::done) {
         selectedID = m_clips.empty() ? std::nullopt : std::optional(m_clips.front().id);
     }
     const bool selectionDiffers = std::exchange(m_selectedID, selectedID) != selectedID;
@@ -353,6 +432,34 @@ void AppModel::show(std::vector<Clip> clips, ClipStore::Statistics statistics)
     }
     if (selectionDiffers) {
         Q_EMIT selectedIDChanged();
+    }
+    Q_EMIT listed();
+    finishOpening();
+    callWhenListed();
+}
+
+bool AppModel::isListed() const
+{
+    return m_opening == Opening::done && m_listedQuery == m_query && m_listedKind == m_selectedKind;
+}
+
+void AppModel::whenListed(std::function<void()> callback)
+{
+    m_whenListed.push_back(std::move(callback));
+    if (m_searchDelay) {
+        // The user has stopped typing.
+        reload(Debounce::no);
+    }
+    callWhenListed();
+}
+
+void AppModel::callWhenListed()
+{
+    // What one of them leads to may make the others idle.
+    while (isListed() && !m_whenListed.empty()) {
+        const auto callback = std::move(m_whenListed.front());
+        m_whenListed.pop_front();
+        callback();
     }
 }
 
@@ -369,6 +476,13 @@ void AppModel::select(qsizetype index)
     const auto last = static_cast<qsizetype>(m_clips.size()) - 1;
     if (last >= 0) {
         setSelectedID(m_clips[static_cast<std::size_t>(std::clamp<qsizetype>(index, 0, last))].id);
+    }
+}
+
+void AppModel::pastePosition(int position, std::shared_ptr<RunningApplication> target)
+{
+    if (settings().directPasteShortcuts()) {
+        pastePosition(this, position, std::move(target), turn());
     }
 }
 

@@ -71,6 +71,12 @@ public:
     [[nodiscard]] ClipboardMonitor& clipboardMonitor();
 
     [[nodiscard]] const std::vector<Clip>& clips() const { return m_clips; }
+    /// Whether the clips are the first of the whole history, so that their places are the positions
+    /// that commands and keys go by.
+    [[nodiscard]] bool listsWholeHistory() const
+    {
+        return !m_listedKind && m_listedQuery.trimmed().isEmpty();
+    }
     [[nodiscard]] const QString& query() const { return m_query; }
     [[nodiscard]] std::optional<ClipKind> selectedKind() const { return m_selectedKind; }
     [[nodiscard]] std::optional<QUuid> selectedID() const { return m_selectedID; }
@@ -82,15 +88,21 @@ public:
         return m_currentTargetApplication;
     }
     [[nodiscard]] bool automaticPasteAccessGranted() const { return m_automaticPasteAccessGranted; }
-    [[nodiscard]] const std::optional<Banner>& banner() const { return m_banner; }
+    [[nodiscard]] const std::optional<Banner>& banner() const
+    {
+        return m_notices.empty() ? m_banner : m_notices.front().banner;
+    }
     [[nodiscard]] const ClipStore::Statistics& statistics() const { return m_statistics; }
 
     void setQuery(const QString& query);
     void setSelectedKind(std::optional<ClipKind> kind);
     void setSelectedID(std::optional<QUuid> id);
+    /// Opening the panel selects the first clip, and, unless the user does something before, the
+    /// first again once all that had been copied by then is listed.
     void setPanelPresented(bool presented);
     void setCurrentTargetApplication(std::shared_ptr<RunningApplication> application);
-    /// Sets a banner that stays until another replaces it or the user dismisses it.
+    /// Sets a banner that stays until another replaces it or the user dismisses it. Behind a notice
+    /// it waits.
     void setBanner(std::optional<Banner> banner);
 
     /// Installed by the panel's controller.
@@ -102,10 +114,16 @@ public:
     enum class Debounce { no, yes };
     /// Fetches list, statistics and selection anew; a newer reload replaces an older one.
     void reload(Debounce debounce);
+    /// Calls back once the list is what the user has asked for: at once if it is, else when the
+    /// search has ended. Not at all if the user goes on before, or the search fails.
+    void whenListed(std::function<void()> callback);
     void selectNext();
     void selectPrevious();
     /// Shows a banner for four seconds.
     void showBanner(const QString& message, BannerKind kind);
+    /// Shows a banner in front of all others, until the user dismisses it; they wait. One of the
+    /// same name is replaced.
+    void showNotice(const QString& name, const Banner& banner);
     void dismissBanner();
 
     enum class PasteStyle { original, plainTextOnly };
@@ -122,6 +140,8 @@ public:
         ActionCompletion completion);
     /// Pastes the entry at a position (1 to 10) of the whole history into the application in front.
     void pasteGlobalPosition(int position);
+    /// The same into another application.
+    void pastePosition(int position, std::shared_ptr<RunningApplication> target);
     void copySelected(PasteStyle style);
     void copy(const Clip& clip, PasteStyle style, const ActionCompletion& completion = {});
     void copy(const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion);
@@ -149,6 +169,8 @@ public:
 
 Q_SIGNALS:
     void clipsChanged();
+    /// A search has ended, whether or not it changed the clips.
+    void listed();
     void queryChanged();
     void selectedKindChanged();
     void selectedIDChanged();
@@ -156,9 +178,26 @@ Q_SIGNALS:
     void currentTargetApplicationChanged();
     void automaticPasteAccessGrantedChanged();
     void bannerChanged();
+    /// The user has seen the notice of this name.
+    void noticeDismissed(const QString& name);
     void statisticsChanged();
 
 private:
+    struct Notice
+    {
+        QString name;
+        std::optional<Banner> banner;
+    };
+
+    /// What the panel's opening still waits for.
+    enum class Opening {
+        done,
+        /// For what was copied before it.
+        settling,
+        /// For that to be listed.
+        listing,
+    };
+
     /// What the monitor has handed on.
     struct Capture
     {
@@ -196,8 +235,14 @@ private:
         Turn turn);
     static QCoro::Task<> scrub(QPointer<AppModel> self);
     void scheduleScrub(Clock::Duration delay);
+    static QCoro::Task<> settleOpening(QPointer<AppModel> self, quint64 opening);
+    void finishOpening();
+    [[nodiscard]] bool isListed() const;
+    void userGoesOn();
+    void startBannerTimer();
     void reportAccessIssue(ClipboardMonitor::AccessIssue issue);
     void show(std::vector<Clip> clips, ClipStore::Statistics statistics);
+    void callWhenListed();
     void showError(const std::exception& error);
     void select(qsizetype index);
     [[nodiscard]] std::optional<qsizetype> selectedIndex() const;
@@ -213,6 +258,15 @@ private:
     std::optional<ClipKind> m_selectedKind;
     std::optional<QUuid> m_selectedID;
     bool m_isPanelPresented = false;
+    Opening m_opening = Opening::done;
+    quint64 m_openings = 0;
+    int m_savesUnderWay = 0;
+    /// A reload has been asked for, and has neither ended nor failed.
+    bool m_isReloading = false;
+    /// What `m_clips` is the answer to.
+    QString m_listedQuery;
+    std::optional<ClipKind> m_listedKind;
+    std::deque<std::function<void()>> m_whenListed;
     std::shared_ptr<RunningApplication> m_currentTargetApplication;
     bool m_automaticPasteAccessGranted = false;
     std::optional<Banner> m_banner;
@@ -220,6 +274,9 @@ private:
     std::unique_ptr<Clock::Timer> m_searchDelay;
     std::stop_source m_searchStop;
     std::unique_ptr<Clock::Timer> m_bannerTimer;
+    /// Whether the banner goes by itself.
+    bool m_isBannerTimed = false;
+    std::deque<Notice> m_notices;
     std::unique_ptr<Clock::Timer> m_accessPoll;
     std::unique_ptr<Clock::Timer> m_scrubTimer;
     Clock::Duration m_scrubRetryDelay;

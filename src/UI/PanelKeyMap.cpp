@@ -2,11 +2,29 @@
 
 namespace tessly {
 
+namespace {
+
+/// The keypad's mark and the like say where a key sits, not what is held down with it.
+Qt::KeyboardModifiers heldOf(Qt::KeyboardModifiers modifiers)
+{
+    return modifiers &
+           (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+}
+
+} // namespace
+
+std::optional<int> directPastePosition(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (heldOf(modifiers) != (Qt::AltModifier | Qt::ShiftModifier) || key < Qt::Key_0 ||
+        key > Qt::Key_9 || modifiers.testFlag(Qt::KeypadModifier)) {
+        return std::nullopt;
+    }
+    return key == Qt::Key_0 ? 10 : key - Qt::Key_0;
+}
+
 std::optional<PanelAction> panelAction(int key, Qt::KeyboardModifiers modifiers)
 {
-    // The keypad's mark and the like say where a key sits, not what is held down with it.
-    const auto held =
-        modifiers & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    const auto held = heldOf(modifiers);
     switch (key) {
     case Qt::Key_Up:
         return PanelAction::selectPrevious;

@@ -20,4 +20,8 @@ enum class PanelAction {
 /// Qt::Key.
 [[nodiscard]] std::optional<PanelAction> panelAction(int key, Qt::KeyboardModifiers modifiers);
 
+/// The position, 1 to 10, whose entry a key pastes from within the panel: the same keys as do
+/// everywhere, where the desktop holds them for the program.
+[[nodiscard]] std::optional<int> directPastePosition(int key, Qt::KeyboardModifiers modifiers);
+
 } // namespace tessly

@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -27,6 +28,15 @@ QVariant hint(const QStringList& keys, const QString& title)
     return QVariant::fromValue(PanelHint{keys, keyCapNames(keys), title});
 }
 
+/// The beginning of a text, of no more UTF-16 units than that; no pair of them is split.
+QString beginning(const QString& text, qsizetype length)
+{
+    if (text.size() <= length) {
+        return text;
+    }
+    return text.first(text.at(length).isLowSurrogate() ? length - 1 : length);
+}
+
 /// The first line that has something on it, no longer than the search field takes.
 QString firstLine(const QByteArray& text)
 {
@@ -39,11 +49,7 @@ QString firstLine(const QByteArray& text)
             break;
         }
     }
-    if (line.size() > PanelModel::pasteLength) {
-        const bool splitsPair = line.at(PanelModel::pasteLength).isLowSurrogate();
-        line.truncate(PanelModel::pasteLength - (splitsPair ? 1 : 0));
-    }
-    return displayLine(line);
+    return displayLine(beginning(line, PanelModel::pasteLength));
 }
 
 } // namespace
@@ -57,6 +63,9 @@ PanelModel::PanelModel(Dependencies dependencies, QObject* parent)
     connect(&model, &AppModel::selectedIDChanged, this, &PanelModel::updateSelection);
     connect(&model, &AppModel::queryChanged, this, &PanelModel::queryChanged);
     connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::selectedKindChanged);
+    connect(&model, &AppModel::queryChanged, this, &PanelModel::updateShortcuts);
+    connect(&model, &AppModel::selectedKindChanged, this, &PanelModel::updateShortcuts);
+    connect(&model, &AppModel::listed, this, &PanelModel::updateShortcuts);
     connect(&model, &AppModel::isPanelPresentedChanged, this, &PanelModel::updatePresentation);
     connect(&model, &AppModel::bannerChanged, this, &PanelModel::bannerChanged);
     connect(&model, &AppModel::statisticsChanged, this, &PanelModel::itemCountChanged);
@@ -85,7 +94,7 @@ QString PanelModel::query() const
 
 void PanelModel::setQuery(const QString& query)
 {
-    m_dependencies.model.setQuery(query);
+    m_dependencies.model.setQuery(beginning(query, longestQuery));
     m_dependencies.model.reload(AppModel::Debounce::yes);
 }
 
@@ -151,6 +160,16 @@ void PanelModel::chooseKind(const QString& rawValue)
         m_dependencies.model.setSelectedKind(kind);
     }
     m_dependencies.model.reload(AppModel::Debounce::no);
+}
+
+void PanelModel::moveSelection(int rows)
+{
+    const int last = m_clips.rowCount() - 1;
+    if (const Clip* const clip =
+            m_clips.clip(std::clamp(qMax(m_selectedRow, 0) + rows, 0, qMax(last, 0)));
+        clip != nullptr) {
+        m_dependencies.model.setSelectedID(clip->id);
+    }
 }
 
 void PanelModel::selectClip(const QString& clipID)
@@ -250,11 +269,15 @@ void PanelModel::updateSelection()
     Q_EMIT selectionChanged();
 }
 
+/// The keys paste by the position in the whole history, whatever is listed.
 void PanelModel::updateShortcuts()
 {
+    const AppModel& model = m_dependencies.model;
+    const bool arePositions =
+        model.listsWholeHistory() && !model.selectedKind() && model.query().trimmed().isEmpty();
     m_clips.setShortcuts(
-        m_dependencies.model.settings().directPasteShortcuts() ? ClipListModel::Shortcuts::shown
-                                                               : ClipListModel::Shortcuts::hidden);
+        arePositions && model.settings().directPasteShortcuts() ? ClipListModel::Shortcuts::shown
+                                                                : ClipListModel::Shortcuts::hidden);
 }
 
 void PanelModel::updatePresentation()

@@ -48,6 +48,7 @@ class PanelModel final : public QObject
     Q_OBJECT
     Q_PROPERTY(QAbstractItemModel* clips READ clips CONSTANT)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(int queryLength READ queryLength CONSTANT)
     /// PanelFilter, in the order of the chips.
     Q_PROPERTY(QVariantList filters READ filters CONSTANT)
     /// PanelHint, in the order of the footer.
@@ -79,12 +80,16 @@ public:
     /// put in, in UTF-16 units.
     static constexpr qint64 pasteByteLimit = qint64{64} * 1024;
     static constexpr qsizetype pasteLength = 500;
+    /// What is longer, in UTF-16 units, is cut: each of its words is one more condition of the
+    /// search.
+    static constexpr int longestQuery = 1000;
 
     explicit PanelModel(Dependencies dependencies, QObject* parent = nullptr);
     ~PanelModel() override;
 
     [[nodiscard]] QAbstractItemModel* clips();
     [[nodiscard]] QString query() const;
+    [[nodiscard]] int queryLength() const { return longestQuery; }
     /// The user typed: searches after a pause.
     void setQuery(const QString& query);
     [[nodiscard]] QVariantList filters() const;
@@ -101,6 +106,9 @@ public:
 
     /// `rawValue` of the kind, empty for all.
     Q_INVOKABLE void chooseKind(const QString& rawValue);
+
+    /// Selects the clip so many rows further down the list, or the last one, or the first.
+    Q_INVOKABLE void moveSelection(int rows);
 
     // Clips are told by their ids, as rows move at any time. Nothing happens to one that is no
     // longer listed.

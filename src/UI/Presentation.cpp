@@ -2,7 +2,6 @@
 
 #include <QDate>
 #include <QDateTime>
-#include <QLocale>
 
 #include <unicode/reldatefmt.h>
 #include <unicode/unistr.h>
@@ -76,11 +75,11 @@ Age ageOf(double then, double now)
 /// Null if ICU has no data for it at all.
 const icu::RelativeDateTimeFormatter* formatter()
 {
-    // Costly to make, cheap to use, and the language does not change while a program runs.
+    // Costly to make, cheap to use. In the language of all other texts, whatever the user's is.
     static const auto shared = []() -> std::unique_ptr<icu::RelativeDateTimeFormatter> {
         UErrorCode status = U_ZERO_ERROR;
         auto made = std::make_unique<icu::RelativeDateTimeFormatter>(
-            icu::Locale::getDefault(), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE,
+            icu::Locale::getEnglish(), nullptr, UDAT_STYLE_LONG, UDISPCTX_CAPITALIZATION_NONE,
             status);
         return U_SUCCESS(status) ? std::move(made) : nullptr;
     }();
@@ -248,15 +247,14 @@ QString byteCount(qint64 bytes)
         const double count = std::round(static_cast<double>(bytes) / unit.bytes * scale) / scale;
         // What is rounded up to a thousand is one of the next unit.
         if (count < 1000 || &unit == &units.back()) {
-            const QLocale locale;
-            QString number = locale.toString(count, 'f', unit.digits);
+            QString number = QString::number(count, 'f', unit.digits);
             if (unit.digits > 0) {
                 // A whole number has no point, and no number ends in a zero after it.
-                while (number.endsWith(locale.zeroDigit())) {
-                    number.chop(locale.zeroDigit().size());
+                while (number.endsWith(u'0')) {
+                    number.chop(1);
                 }
-                if (number.endsWith(locale.decimalPoint())) {
-                    number.chop(locale.decimalPoint().size());
+                if (number.endsWith(u'.')) {
+                    number.chop(1);
                 }
             }
             return number + u' ' + unit.name;

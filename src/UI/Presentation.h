@@ -18,8 +18,8 @@ namespace tessly {
 /// blanks, what changes the direction of the text around it is left out. Same length at the most.
 [[nodiscard]] QString displayLine(const QString& text);
 
-/// `then` as seen from `now` (both seconds since 1970), in words of the user's language: "now",
-/// "3 minutes ago", "yesterday". Whole units, cut off; days and longer by the local calendar.
+/// `then` as seen from `now` (both seconds since 1970), in English words: "now", "3 minutes
+/// ago", "yesterday". Whole units, cut off; days and longer by the local calendar.
 [[nodiscard]] QString relativeDate(double then, double now);
 
 /// Kind, source, age and number of copies of a clip, joined by " • ".

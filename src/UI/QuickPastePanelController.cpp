@@ -149,17 +149,30 @@ void QuickPastePanelController::dismiss()
     }
 }
 
+void QuickPastePanelController::pastePosition(int position)
+{
+    m_dependencies.model.pastePosition(position, m_targetApplication);
+}
+
 bool QuickPastePanelController::handleKeyEvent(int key, Qt::KeyboardModifiers modifiers)
 {
+    if (const auto position = directPastePosition(key, modifiers);
+        position && m_dependencies.model.settings().directPasteShortcuts()) {
+        pastePosition(*position);
+        return true;
+    }
     const auto action = panelAction(key, modifiers);
     if (!action) {
         return false;
     }
     AppModel& model = m_dependencies.model;
+    // What is typed right before these keys comes first, also where the search still runs.
     const auto paste = [&](AppModel::PasteStyle style) {
-        if (const Clip* const clip = model.selectedClip(); clip != nullptr) {
-            model.paste(*clip, style, m_targetApplication);
-        }
+        model.whenListed([&model, style, target = m_targetApplication] {
+            if (const Clip* const clip = model.selectedClip(); clip != nullptr) {
+                model.paste(*clip, style, target);
+            }
+        });
     };
     switch (*action) {
     case PanelAction::selectPrevious:
@@ -178,10 +191,10 @@ bool QuickPastePanelController::handleKeyEvent(int key, Qt::KeyboardModifiers mo
         close();
         break;
     case PanelAction::togglePin:
-        model.togglePin();
+        model.whenListed([&model] { model.togglePin(); });
         break;
     case PanelAction::deleteSelected:
-        model.deleteSelected();
+        model.whenListed([&model] { model.deleteSelected(); });
         break;
     }
     return true;
@@ -191,7 +204,13 @@ void QuickPastePanelController::presentationDidEnd()
 {
     m_isWatching = false;
     m_outsideClickWatch.reset();
-    m_dependencies.model.setPanelPresented(false);
+    AppModel& model = m_dependencies.model;
+    model.setPanelPresented(false);
+    if (!model.query().isEmpty()) {
+        // The next opening begins with the whole list, from its first frame on.
+        model.setQuery({});
+        model.reload(AppModel::Debounce::no);
+    }
 }
 
 } // namespace tessly

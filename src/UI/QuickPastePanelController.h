@@ -55,6 +55,8 @@ public:
     /// The same by a click on the status item. Where the tray belongs to another program, the press
     /// has closed the panel already by the time the click is told: that click opens nothing.
     void toggleByClick();
+    /// Pastes the entry at a position (1 to 10) of the whole history into the panel's target.
+    void pastePosition(int position);
     [[nodiscard]] bool isShown() const;
 
 private:

@@ -25,6 +25,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -192,6 +193,37 @@ TEST_F(AppDelegateTest, ADamagedHistoryIsSetAsideAndToldOfUntilTheUserHasSeenIt)
     EXPECT_TRUE(listBecomes(1));
 }
 
+TEST_F(AppDelegateTest, ARescueIsToldOfAtEveryStartUntilTheUserHasSeenIt)
+{
+    AppPaths::prepareDirectories();
+    QFile file(AppPaths::databasePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(8192, 'x'));
+    file.close();
+    testing::internal::CaptureStderr();
+    start();
+    const QString notice = message();
+    EXPECT_TRUE(notice.startsWith(u"A damaged history database"_s)) << notice.toStdString();
+    openTrayMenu();
+    m_views.menu->choose(u"Pause Clipboard Recording"_s);
+    EXPECT_EQ(message(), notice) << "what else there is to tell waits";
+    stop();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(notice.toStdString()));
+
+    for (int start = 0; start < 2; ++start) {
+        startFirst();
+        EXPECT_EQ(message(), notice) << start;
+        stop();
+    }
+    startFirst();
+    model().showBanner(u"news"_s, BannerKind::information);
+    model().dismissBanner();
+    EXPECT_EQ(message(), u"news"_s);
+    stop();
+    startFirst();
+    EXPECT_EQ(message(), QString());
+}
+
 TEST_F(AppDelegateTest, WhatCanBeReadOfADamagedHistoryIsBroughtOver)
 {
     start();
@@ -354,6 +386,26 @@ TEST_F(AppDelegateTest, AKeyPastesTheEntryAtItsPosition)
     ASSERT_TRUE(waitUntil([this] {
         tick();
         return !m_desktop.keys.pastes().empty();
+    }));
+    EXPECT_EQ(m_desktop.pasteboard.pastedText(), "older");
+}
+
+TEST_F(AppDelegateTest, AKeyThatIsHeldForUsPastesIntoThePanelsTargetWhileThePanelIsUp)
+{
+    start();
+    copy("older");
+    ASSERT_TRUE(listBecomes(1));
+    copy("newer");
+    ASSERT_TRUE(listBecomes(2));
+    const auto editor = std::make_shared<FakeRunningApplication>(u"org.example.editor"_s);
+    m_desktop.workspace.setFrontmost(editor);
+    model().showPanel();
+    m_desktop.workspace.setFrontmost(
+        std::make_shared<FakeRunningApplication>(u"com.brackmoor.tessly"_s));
+    m_desktop.hotKeys.press({19, modifiers});
+    EXPECT_TRUE(waitUntil([&] {
+        tick();
+        return editor->activations() > 0;
     }));
     EXPECT_EQ(m_desktop.pasteboard.pastedText(), "older");
 }

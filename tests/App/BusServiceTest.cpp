@@ -177,6 +177,11 @@ TEST_F(BusServiceTest, RefusalsAndFailuresAreNamedErrors)
     expectError(
         u"List"_s, {QString(), u"video"_s, -1LL}, u"org.freedesktop.DBus.Error.InvalidArgs"_s,
         u"There is no kind \"video\"."_s);
+    expectError(
+        u"List"_s, {QString(10'001, u'x'), QString(), -1LL},
+        u"org.freedesktop.DBus.Error.InvalidArgs"_s,
+        u"A query has 10000 characters at the most."_s);
+    EXPECT_TRUE(call(u"List"_s, {QString(10'000, u'x'), QString(), -1LL}).errorName().isEmpty());
     EXPECT_EQ(
         call(u"Paste"_s, {u"one"_s, false}).errorName(),
         u"org.freedesktop.DBus.Error.UnknownMethod"_s)

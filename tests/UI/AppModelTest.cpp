@@ -891,6 +891,51 @@ TEST_F(AppModelTest, ADismissedBannerIsGone)
     EXPECT_EQ(m_clock.pending(), 0U);
 }
 
+TEST_F(AppModelTest, ANoticeStaysInFrontUntilItIsDismissedAndTheOthersWait)
+{
+    const QSignalSpy dismissed(m_model.get(), &AppModel::noticeDismissed);
+    m_model->showBanner(u"before"_s, BannerKind::information);
+    m_clock.advance(3s);
+    m_model->showNotice(u"name"_s, {u"notice"_s, BannerKind::warning});
+    m_clock.advance(1h);
+    EXPECT_EQ(message(), u"notice"_s);
+    EXPECT_EQ(bannerKind(), BannerKind::warning);
+    m_model->showBanner(u"behind it"_s, BannerKind::error);
+    EXPECT_EQ(message(), u"notice"_s);
+    m_clock.advance(1h);
+    m_model->dismissBanner();
+    EXPECT_EQ(message(), u"behind it"_s);
+    ASSERT_EQ(dismissed.count(), 1);
+    EXPECT_EQ(dismissed.front().front(), u"name"_s);
+    m_clock.advance(3999ms);
+    EXPECT_EQ(message(), u"behind it"_s) << "its time began when it could be seen";
+    m_clock.advance(1ms);
+    EXPECT_FALSE(m_model->banner().has_value());
+    EXPECT_EQ(m_clock.pending(), 0U);
+}
+
+TEST_F(AppModelTest, ABannerThatIsSetDirectlyWaitsBehindANoticeAndStays)
+{
+    m_model->showNotice(u"name"_s, {u"notice"_s, BannerKind::warning});
+    m_model->setBanner(AppModel::Banner{u"for good"_s, BannerKind::warning});
+    EXPECT_EQ(message(), u"notice"_s);
+    m_model->dismissBanner();
+    m_clock.advance(1h);
+    EXPECT_EQ(message(), u"for good"_s);
+}
+
+TEST_F(AppModelTest, NoticesAreShownOneAfterTheOtherAndReplacedByName)
+{
+    m_model->showNotice(u"one"_s, {u"first"_s, BannerKind::warning});
+    m_model->showNotice(u"two"_s, {u"second"_s, BannerKind::warning});
+    m_model->showNotice(u"one"_s, {u"first, with more"_s, BannerKind::warning});
+    EXPECT_EQ(message(), u"first, with more"_s);
+    m_model->dismissBanner();
+    EXPECT_EQ(message(), u"second"_s);
+    m_model->dismissBanner();
+    EXPECT_FALSE(m_model->banner().has_value());
+}
+
 TEST_F(AppModelTest, EverySetOfTheBannerIsTold)
 {
     const QSignalSpy spy(m_model.get(), &AppModel::bannerChanged);

@@ -43,6 +43,20 @@ TEST(PanelKeyMap, ArrowsMoveTheSelectionWhateverIsHeld)
     }
 }
 
+TEST(PanelKeyMap, TheUpperRowPastesByPositionWithAltAndShiftAlone)
+{
+    EXPECT_EQ(directPastePosition(Qt::Key_1, alt | shift), 1);
+    EXPECT_EQ(directPastePosition(Qt::Key_9, alt | shift), 9);
+    EXPECT_EQ(directPastePosition(Qt::Key_0, alt | shift), 10);
+    EXPECT_EQ(directPastePosition(Qt::Key_A, alt | shift), std::nullopt);
+    EXPECT_EQ(directPastePosition(Qt::Key_1, alt | shift | keypad), std::nullopt);
+    for (const Modifiers modifiers : combinations) {
+        if (modifiers != (alt | shift)) {
+            EXPECT_EQ(directPastePosition(Qt::Key_1, modifiers), std::nullopt) << modifiers;
+        }
+    }
+}
+
 TEST(PanelKeyMap, ReturnPastes)
 {
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {

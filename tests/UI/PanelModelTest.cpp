@@ -96,6 +96,61 @@ TEST_F(PanelModelTest, RowsFollowTheModel)
     EXPECT_EQ(empty.size(), 2);
 }
 
+TEST_F(PanelModelTest, WhereTheListIsFilteredNoRowHasAKeyOfItsPosition)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    save("alpha");
+    save("beta");
+    reload();
+    const auto label = [this](int row) { return text(row, ClipListModel::shortcutLabelRole); };
+    EXPECT_EQ(label(1), u"⌥⇧2"_s);
+    m_panel->setQuery(u"alpha"_s);
+    EXPECT_EQ(label(0), QString()) << "at once";
+    pass(120ms);
+    ASSERT_EQ(previews(), QStringList{u"alpha"_s});
+    EXPECT_EQ(label(0), QString());
+    m_panel->setQuery({});
+    EXPECT_EQ(label(0), QString()) << "the rows are still those of before";
+    pass(120ms);
+    EXPECT_EQ(label(1), u"⌥⇧2"_s);
+    m_panel->setQuery(u"  "_s);
+    pass(120ms);
+    EXPECT_EQ(label(1), u"⌥⇧2"_s) << "blanks filter nothing";
+    m_panel->chooseKind(u"text"_s);
+    run();
+    EXPECT_EQ(label(1), QString());
+    m_panel->chooseKind({});
+    run();
+    EXPECT_EQ(label(1), u"⌥⇧2"_s);
+}
+
+TEST_F(PanelModelTest, MovingTheSelectionStopsAtTheEnds)
+{
+    m_panel->moveSelection(1);
+    EXPECT_EQ(m_panel->selectedRow(), -1) << "of an empty list";
+    for (int i = 0; i < 5; ++i) {
+        save("entry " + QByteArray::number(i));
+    }
+    reload();
+    m_panel->moveSelection(3);
+    EXPECT_EQ(m_panel->selectedRow(), 3);
+    m_panel->moveSelection(3);
+    EXPECT_EQ(m_panel->selectedRow(), 4);
+    m_panel->moveSelection(-10);
+    EXPECT_EQ(m_panel->selectedRow(), 0);
+}
+
+TEST_F(PanelModelTest, AQueryIsCutBetweenCharacters)
+{
+    m_panel->setQuery(QString(1000, u'x'));
+    EXPECT_EQ(m_model->query(), QString(1000, u'x'));
+    m_panel->setQuery(QString(40'000, u'y'));
+    EXPECT_EQ(m_model->query(), QString(1000, u'y'));
+    const QString pair = u"🎉"_s;
+    m_panel->setQuery(QString(999, u'z') + pair);
+    EXPECT_EQ(m_model->query(), QString(999, u'z'));
+}
+
 TEST_F(PanelModelTest, TheSelectedRowIsThatOfTheSelectedClip)
 {
     EXPECT_EQ(m_panel->selectedRow(), -1);

@@ -3,8 +3,10 @@
 #include "QtPrinting.h"
 
 #include <QDateTime>
+#include <QLocale>
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
 
 using namespace Qt::StringLiterals;
 
@@ -86,6 +88,17 @@ TEST(Presentation, AClockThatWasSetBackGivesTimesToCome)
     EXPECT_EQ(relativeDate(now + 0.5, now), u"now"_s);
     EXPECT_EQ(relativeDate(now + 120, now), u"in 2 minutes"_s);
     EXPECT_EQ(relativeDate(at(2024, 5, 18, 13), now), u"tomorrow"_s);
+}
+
+TEST(Presentation, TheLanguageIsThatOfTheOtherTextsWhateverTheUsersIs)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(icu::Locale::getGermany(), status);
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const double now = at(2024, 5, 17);
+    EXPECT_EQ(relativeDate(now - 180, now), u"3 minutes ago"_s);
+    EXPECT_EQ(relativeDate(at(2024, 5, 16), now), u"yesterday"_s);
+    EXPECT_EQ(byteCount(1'234'567), u"1.2 MB"_s);
 }
 
 TEST(Presentation, MetadataJoinsKindSourceAgeAndCopies)

@@ -117,17 +117,103 @@ TEST_F(QuickPastePanelControllerTest, OpensWithAnEmptyQueryAndAFreshList)
     EXPECT_THAT(texts(), ElementsAre("newer", "older"));
 }
 
-TEST_F(QuickPastePanelControllerTest, KeepsFilterAndSelection)
+TEST_F(QuickPastePanelControllerTest, KeepsTheFilter)
 {
-    const Clip older = save("older");
-    save("newer");
+    save("one");
     show();
     m_model->setSelectedKind(ClipKind::text);
-    m_model->setSelectedID(older.id);
     m_controller->close();
     show();
     EXPECT_EQ(m_model->selectedKind(), ClipKind::text);
+}
+
+TEST_F(QuickPastePanelControllerTest, TheFirstOpeningSelectsWhatWasCopiedLast)
+{
+    // As a program that records lists its history anew after each copy.
+    for (int i = 0; i < 3; ++i) {
+        save("entry " + QByteArray::number(i));
+        m_model->reload(AppModel::Debounce::no);
+        run();
+    }
+    show();
+    EXPECT_EQ(m_model->selectedID(), m_model->clips().front().id);
+}
+
+TEST_F(QuickPastePanelControllerTest, EveryOpeningSelectsTheFirstAtOnceAndOnceItIsListed)
+{
+    const Clip older = save("older");
+    const Clip newer = save("newer");
+    show();
+    m_model->setSelectedID(older.id);
+    m_controller->close();
+    m_controller->show();
+    EXPECT_EQ(m_model->selectedID(), newer.id) << "of what is listed already";
+    run();
+    EXPECT_EQ(m_model->selectedID(), newer.id);
+    m_controller->close();
+    const Clip newest = save("newest");
+    show();
+    EXPECT_EQ(m_model->selectedID(), newest.id);
+}
+
+TEST_F(QuickPastePanelControllerTest, WithinAnOpeningTheSelectionStaysWithItsClip)
+{
+    const Clip older = save("older");
+    show();
+    save("newer");
+    m_model->reload(AppModel::Debounce::no);
+    run();
     EXPECT_EQ(m_model->selectedID(), older.id);
+}
+
+TEST_F(QuickPastePanelControllerTest, WhatIsStillBeingReadAtTheOpeningIsTheFirstAsWell)
+{
+    save("older");
+    m_model->clipboardMonitor().start();
+    m_pasteboard.gate().hold();
+    m_pasteboard.copyText("copied just before");
+    show();
+    EXPECT_THAT(texts(), ElementsAre("older"));
+    m_pasteboard.gate().open();
+    pass(100ms);
+    ASSERT_THAT(texts(), ElementsAre("copied just before", "older"));
+    EXPECT_EQ(m_model->selectedID(), m_model->clips().front().id);
+
+    m_pasteboard.copyText("copied afterwards");
+    pass(100ms);
+    ASSERT_THAT(texts(), SizeIs(3));
+    EXPECT_EQ(m_model->selectedID(), m_model->clips()[1].id) << "what the user sees selected";
+}
+
+TEST_F(QuickPastePanelControllerTest, ASelectionOfTheUsersIsNotTakenBackByTheOpening)
+{
+    const Clip older = save("older");
+    save("newer");
+    m_model->clipboardMonitor().start();
+    m_pasteboard.gate().hold();
+    m_pasteboard.copyText("copied just before");
+    show();
+    m_view->press(Qt::Key_Down);
+    m_pasteboard.gate().open();
+    pass(100ms);
+    ASSERT_THAT(texts(), SizeIs(3));
+    EXPECT_EQ(m_model->selectedID(), older.id);
+}
+
+TEST_F(QuickPastePanelControllerTest, AfterASearchTheWholeListIsThereBeforeTheNextOpening)
+{
+    save("older");
+    save("newer");
+    show();
+    m_model->setQuery(u"older"_s);
+    m_model->reload(AppModel::Debounce::no);
+    run();
+    m_controller->close();
+    run();
+    EXPECT_THAT(texts(), ElementsAre("newer", "older"));
+    m_controller->show();
+    EXPECT_TRUE(m_model->query().isEmpty());
+    EXPECT_EQ(m_model->selectedID(), m_model->clips().front().id);
 }
 
 TEST_F(QuickPastePanelControllerTest, TakesTheApplicationInFrontAsTarget)
@@ -460,6 +546,62 @@ TEST_F(QuickPastePanelControllerKeysTest, ReturnWithNothingSelectedIsConsumed)
     EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
 }
 
+TEST_F(QuickPastePanelControllerKeysTest, ReturnRightAfterTypingPastesWhatWasSearchedFor)
+{
+    m_model->setQuery(u"oldest"_s);
+    m_model->reload(AppModel::Debounce::yes);
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty()) << "the list is still that of before";
+    run();
+    EXPECT_EQ(written().plainText, "oldest");
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnRightAfterTypingWhatIsNowherePastesNothing)
+{
+    m_model->setQuery(u"nothing has this"_s);
+    m_model->reload(AppModel::Debounce::yes);
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    run();
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, CtrlBackspaceRightAfterTypingDeletesWhatWasSearchedFor)
+{
+    m_model->setQuery(u"oldest"_s);
+    m_model->reload(AppModel::Debounce::yes);
+    EXPECT_TRUE(m_view->press(Qt::Key_Backspace, Qt::ControlModifier));
+    run();
+    EXPECT_THAT(stored(), SizeIs(2));
+    m_model->setQuery({});
+    m_model->reload(AppModel::Debounce::no);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("newest", "middle"));
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, AKeyThatWaitsForTheListIsForgottenWhenTheUserGoesOn)
+{
+    m_model->setQuery(u"oldest"_s);
+    m_model->reload(AppModel::Debounce::yes);
+    m_view->press(Qt::Key_Return);
+    m_view->press(Qt::Key_Escape);
+    run();
+    show();
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, ReturnRightAfterOpeningPastesWhatWasCopiedBefore)
+{
+    m_controller->close();
+    m_model->clipboardMonitor().start();
+    m_pasteboard.copyText("copied just before");
+    m_controller->show();
+    EXPECT_TRUE(m_view->press(Qt::Key_Return));
+    pass(600ms);
+    ASSERT_FALSE(m_pasteboard.writes().empty());
+    EXPECT_EQ(m_pasteboard.writes().front().front().plainText, "copied just before");
+}
+
 TEST_F(QuickPastePanelControllerKeysTest, CtrlPTogglesThePinOfTheSelection)
 {
     m_model->setSelectedID(m_middle.id);
@@ -480,12 +622,36 @@ TEST_F(QuickPastePanelControllerKeysTest, CtrlBackspaceDeletesTheSelection)
     EXPECT_THAT(texts(), ElementsAre("newest", "oldest"));
 }
 
+TEST_F(QuickPastePanelControllerKeysTest, AltShiftAndADigitPasteByPositionIntoTheTarget)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    bringToFront(u"com.brackmoor.tessly"_s);
+    m_model->setQuery(u"oldest"_s);
+    m_model->reload(AppModel::Debounce::no);
+    run();
+    EXPECT_TRUE(m_view->press(Qt::Key_2, Qt::AltModifier | Qt::ShiftModifier));
+    run();
+    EXPECT_EQ(written().plainText, "middle") << "of the whole history, whatever is listed";
+    EXPECT_GE(m_editor->activations(), 1);
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerKeysTest, APositionThatThereIsNotIsToldOf)
+{
+    m_settings.setDirectPasteShortcuts(true);
+    EXPECT_TRUE(m_view->press(Qt::Key_0, Qt::AltModifier | Qt::ShiftModifier));
+    run();
+    EXPECT_EQ(message(), u"There is no clipboard item at position 10."_s);
+    expectOpen();
+}
+
 TEST_F(QuickPastePanelControllerKeysTest, EverythingElseIsLeftToTheSearchField)
 {
     EXPECT_FALSE(m_view->press(Qt::Key_P));
     EXPECT_FALSE(m_view->press(Qt::Key_P, Qt::ShiftModifier));
     EXPECT_FALSE(m_view->press(Qt::Key_Backspace));
     EXPECT_FALSE(m_view->press(Qt::Key_A));
+    m_settings.setDirectPasteShortcuts(false);
     EXPECT_FALSE(m_view->press(Qt::Key_1, Qt::AltModifier | Qt::ShiftModifier));
     run();
     EXPECT_THAT(texts(), SizeIs(3));

@@ -8,6 +8,7 @@ import unittest
 
 from tessly_e2e import Desktop, Tessly, png, wait_until
 from tessly_e2e.case import DesktopCase, TesslyCase
+from tessly_e2e.processes import read_log
 from tessly_e2e.waiting import holds_for
 
 PAGE = 4096
@@ -137,6 +138,25 @@ class CannotStart(DesktopCase):
         tessly = Tessly(self.desktop)
         os.makedirs(tessly.history.path)
         self.expect_refusal(tessly)
+
+    def test_the_desktop_shows_why_and_names_the_file(self):
+        notifications = self.desktop.start(
+            ["/usr/bin/python3", "-u", "-m", "dbusmock", "--session", "--template",
+             "notification_daemon"], name="notifications")
+        # It takes its name before it can answer.
+        wait_until(lambda: self.desktop.run(
+            ["dbus-send", "--print-reply", "--dest=org.freedesktop.Notifications",
+             "/org/freedesktop/Notifications", "org.freedesktop.Notifications.GetServerInformation"],
+            check=False).returncode == 0, lambda: read_log(notifications))
+        tessly = Tessly(self.desktop)
+        os.makedirs(tessly.history.path)
+        self.expect_refusal(tessly)
+        with open(notifications.output_path) as output:
+            shown = [line for line in output if " Notify " in line]
+        self.assertEqual(len(shown), 1, shown)
+        self.assertIn("Tessly could not start", shown[0])
+        self.assertIn(tessly.history.path, shown[0])
+        self.assertIn(tessly.history.path, tessly.log())
 
     @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
     def test_without_the_right_to_write_it_says_why_and_ends(self):

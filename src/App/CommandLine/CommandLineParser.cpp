@@ -126,6 +126,9 @@ private:
             break;
         case OptionID::query:
             m_invocation.query = toQString(value);
+            if (m_invocation.query.size() > longestQuery) {
+                complain(u"a query has %1 characters at the most"_s.arg(longestQuery));
+            }
             break;
         case OptionID::kind:
             m_invocation.kind = clipKind(toQString(value));

@@ -9,6 +9,9 @@
 
 namespace tessly {
 
+/// In UTF-16 units. A search with more takes its time for nothing: every word is a condition.
+constexpr qsizetype longestQuery = 10'000;
+
 /// What the program was asked to do.
 struct Invocation
 {

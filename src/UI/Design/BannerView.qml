@@ -49,7 +49,7 @@ Item {
     Repeater {
         model: Tokens.size.shadowRadius
 
-        Rectangle {
+        RoundedRectangle {
             required property int index
 
             anchors.fill: plate
@@ -60,7 +60,7 @@ Item {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         id: plate
 
         readonly property int topMargin: 10

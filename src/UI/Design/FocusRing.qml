@@ -3,7 +3,7 @@ import QtQuick.Window
 import Tessly.Design
 
 // Shows which control has the keyboard, to those who use it.
-Rectangle {
+RoundedRectangle {
     required property Item control
     property int gap: 2
 

@@ -10,8 +10,8 @@ Item {
     property string label: help
     property color color: Tokens.color.text
     property int symbolSize: Tokens.size.buttonSymbol
-    // Whether Tab comes by. Not in the panel, where the search field keeps the keyboard.
-    property bool isInFocusChain: false
+    readonly property bool isPressed: mouse.pressed
+    readonly property bool isLit: hover.hovered
 
     signal clicked
 
@@ -19,20 +19,28 @@ Item {
     implicitHeight: symbolSize + 8
     Accessible.role: Accessible.Button
     Accessible.name: label
-    Accessible.focusable: isInFocusChain
+    Accessible.focusable: true
     Accessible.focused: activeFocus
     Accessible.onPressAction: clicked()
-    activeFocusOnTab: isInFocusChain
-    Keys.enabled: isInFocusChain
-    Keys.onSpacePressed: clicked()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    activeFocusOnTab: true
 
-    Rectangle {
+    Keys.onPressed: event => {
+        switch (event.key) {
+        case Qt.Key_Space:
+        case Qt.Key_Return:
+        case Qt.Key_Enter:
+            event.accepted = true;
+            if (!event.isAutoRepeat)
+                clicked();
+            break;
+        }
+    }
+
+    RoundedRectangle {
         anchors.fill: parent
         radius: Tokens.size.keyCapRadius
         color: button.color
-        opacity: mouse.pressed ? 0.16 : mouse.containsMouse ? 0.08 : 0
+        opacity: button.isPressed ? 0.16 : button.isLit ? 0.08 : 0
     }
 
     Symbol {
@@ -46,8 +54,12 @@ Item {
         id: mouse
 
         anchors.fill: parent
-        hoverEnabled: true
         onClicked: button.clicked()
+    }
+
+    // The tool tip's area lies over the other, which therefore does not hear of the pointer.
+    HoverHandler {
+        id: hover
     }
 
     FocusRing {

@@ -2,7 +2,7 @@ import QtQuick
 import Tessly.Design
 
 // A key, or several at once, as they stand on the keys.
-Rectangle {
+RoundedRectangle {
     id: cap
 
     required property string label

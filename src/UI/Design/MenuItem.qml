@@ -2,7 +2,7 @@ import QtQuick
 import Tessly.Design
 
 // One command of a menu.
-Rectangle {
+RoundedRectangle {
     id: item
 
     required property string title

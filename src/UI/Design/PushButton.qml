@@ -2,7 +2,7 @@ import QtQuick
 import Tessly.Design
 
 // A button with a title.
-Rectangle {
+RoundedRectangle {
     id: button
 
     required property string title
@@ -39,7 +39,7 @@ Rectangle {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: parent.radius
         color: button.isProminent ? Tokens.color.onAccent : Tokens.color.text

@@ -2,7 +2,7 @@ import QtQuick
 import Tessly.Design
 
 // Shows which part of a list is seen, and moves it.
-Rectangle {
+RoundedRectangle {
     id: thumb
 
     required property Flickable list

@@ -3,7 +3,7 @@ import Tessly.Design
 
 // Two buttons that make a number smaller and larger. Shows what `value` says, and tells of the wish
 // to change it.
-Rectangle {
+RoundedRectangle {
     id: stepper
 
     required property string label
@@ -77,7 +77,7 @@ Rectangle {
         width: stepper.width / 2 - 3
         height: stepper.height
 
-        Rectangle {
+        RoundedRectangle {
             anchors.fill: parent
             anchors.margins: 1
             radius: stepper.radius - 1

@@ -3,7 +3,7 @@ import Tessly.Design
 
 // Several lines of text to edit. The clipboard is not reached from here, as the toolkit's own way
 // waits for the program that owns it: who uses this does what the signals ask for.
-Rectangle {
+RoundedRectangle {
     id: editor
 
     required property string label

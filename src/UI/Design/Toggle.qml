@@ -2,7 +2,7 @@ import QtQuick
 import Tessly.Design
 
 // A switch. Shows what `isOn` says, and tells of the wish to change it.
-Rectangle {
+RoundedRectangle {
     id: toggle
 
     required property bool isOn
@@ -38,7 +38,7 @@ Rectangle {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         x: toggle.isOn ? parent.width - width - 2 : 2
         anchors.verticalCenter: parent.verticalCenter
         width: 16

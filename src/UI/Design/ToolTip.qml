@@ -3,7 +3,7 @@ import QtQuick.Window
 import Tessly.Design
 
 // A few words below what the pointer is on; above it where there is no room.
-Rectangle {
+RoundedRectangle {
     id: toolTip
 
     required property Item target

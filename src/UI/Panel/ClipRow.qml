@@ -3,7 +3,7 @@ import Tessly.Design
 import Tessly.Panel
 
 // One entry of the history.
-Rectangle {
+RoundedRectangle {
     id: row
 
     required property int index
@@ -28,7 +28,7 @@ Rectangle {
     Accessible.selectable: true
     Accessible.selected: isSelected
 
-    Rectangle {
+    RoundedRectangle {
         id: tile
 
         x: 11

@@ -3,12 +3,14 @@ import Tessly.Design
 import Tessly.Panel
 
 // One kind to filter by.
-Rectangle {
+RoundedRectangle {
     id: chip
 
     required property string title
     required property string symbol
     required property bool isSelected
+
+    readonly property bool isLit: mouse.containsMouse
 
     signal clicked
 
@@ -20,7 +22,22 @@ Rectangle {
     Accessible.name: title
     Accessible.checkable: true
     Accessible.checked: isSelected
+    Accessible.focusable: true
+    Accessible.focused: activeFocus
     Accessible.onPressAction: clicked()
+    activeFocusOnTab: true
+
+    Keys.onPressed: event => {
+        switch (event.key) {
+        case Qt.Key_Space:
+        case Qt.Key_Return:
+        case Qt.Key_Enter:
+            event.accepted = true;
+            if (!event.isAutoRepeat)
+                clicked();
+            break;
+        }
+    }
 
     Row {
         id: content
@@ -45,11 +62,11 @@ Rectangle {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: parent.radius
         color: Tokens.color.buttonHover
-        visible: mouse.containsMouse && !chip.isSelected
+        visible: chip.isLit && !chip.isSelected
     }
 
     MouseArea {
@@ -58,5 +75,10 @@ Rectangle {
         anchors.fill: parent
         hoverEnabled: true
         onClicked: chip.clicked()
+    }
+
+    FocusRing {
+        control: chip
+        radius: chip.radius + gap
     }
 }

@@ -12,6 +12,12 @@ Item {
         search.takeFocus();
     }
 
+    // Text that was typed elsewhere.
+    function type(text: string) {
+        search.takeFocus();
+        search.replaceSelection(text);
+    }
+
     function leaveFocus() {
         search.leaveFocus();
     }

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Tessly.Design
 import Tessly.Panel
 
@@ -13,10 +14,17 @@ ListView {
     // Where the pointer was last, on the desktop. The selection follows the pointer onto a row once
     // it really moves: rows also come to lie under a pointer that stands still.
     property point lastPointer: Qt.point(-1, -1)
+    readonly property bool pointerHasMoved: Window.window?.pointerHasMoved ?? false
     property string hoveredClip
     property bool isHoverSelecting: false
 
+    // Rows that are seen at once; one of them stays in sight when a page is turned.
+    readonly property int page: Math.max(1, Math.floor(height / (rowHeight + spacing)) - 1)
+    property real rowHeight: 60
+
     function pointerMoved(row: ClipRow, place: point) {
+        if (!pointerHasMoved)
+            return;
         if (Math.abs(place.x - lastPointer.x) < 1 && Math.abs(place.y - lastPointer.y) < 1)
             return;
         lastPointer = place;
@@ -31,6 +39,14 @@ ListView {
     function pointerLeft(row: ClipRow) {
         if (hoveredClip === row.clipID)
             hoveredClip = "";
+    }
+
+    function beginAtTop() {
+        hoveredClip = "";
+        lastPointer = Qt.point(NaN, NaN);
+        cancelFlick();
+        positionViewAtBeginning();
+        contentY = originY - topMargin;
     }
 
     function showSelection() {
@@ -66,6 +82,7 @@ ListView {
         x: 8
         width: ListView.view.width - 2 * 8
         isSelected: index === list.panel.selectedRow
+        onHeightChanged: list.rowHeight = height
         Accessible.onPressAction: list.panel.activateClip(clipID)
 
         MouseArea {

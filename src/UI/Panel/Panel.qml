@@ -10,8 +10,6 @@ Rectangle {
     required property PanelModel panel
 
     readonly property bool menuIsOpen: menu.isOpen
-    // Where the pointer is when the panel opens.
-    property alias pointer: history.lastPointer
 
     width: Tokens.size.panelWidth
     height: Tokens.size.panelHeight
@@ -21,6 +19,18 @@ Rectangle {
     border.color: Tokens.color.border
     Accessible.role: Accessible.Dialog
     Accessible.name: "Tessly"
+
+    // What the control that has the keyboard leaves.
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown) {
+            root.panel.moveSelection(event.key === Qt.Key_PageUp ? -history.page : history.page);
+            event.accepted = true;
+        } else if (/^[^\u0000-\u0020\u007f-\u00a0]/.test(event.text)
+                   && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))) {
+            header.type(event.text);
+            event.accepted = true;
+        }
+    }
 
     Header {
         id: header
@@ -54,7 +64,10 @@ Rectangle {
         hasBanner: root.panel.hasBanner
         bannerMessage: root.panel.bannerMessage
         bannerKind: root.panel.bannerKind
-        onDismissed: root.panel.dismissBanner()
+        onDismissed: {
+            root.panel.dismissBanner();
+            header.takeFocus();
+        }
     }
 
     History {
@@ -102,7 +115,7 @@ Rectangle {
         menu.close();
         if (panel.isPresented) {
             Qt.callLater(header.takeFocus);
-            Qt.callLater(history.showSelection);
+            history.beginAtTop();
         } else {
             header.leaveFocus();
         }

@@ -1,7 +1,9 @@
 #include "PanelWindow.h"
 
+#include "PanelKeyMap.h"
 #include "PanelModel.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QQuickItem>
 
@@ -15,13 +17,33 @@ namespace tessly {
 
 namespace {
 
-/// The key by what it bears. Where no layout has Latin letters, the P key is the one in its place.
+/// The key by what it bears. Where no layout has Latin letters, the P key is the one in its place;
+/// those that paste by position always are those in their places, as they are everywhere.
 int keyOf(const QKeyEvent& event)
 {
     // As the kernel numbers keys, and X11 eight higher.
     constexpr quint32 placeOfP = 25 + 8;
+    constexpr quint32 placeOf1 = 2 + 8;
+    constexpr quint32 placeOf0 = 11 + 8;
+    const quint32 place = event.nativeScanCode();
+    if (event.modifiers() == (Qt::AltModifier | Qt::ShiftModifier) && place >= placeOf1 &&
+        place <= placeOf0) {
+        return place == placeOf0 ? int{Qt::Key_0} : Qt::Key_1 + static_cast<int>(place - placeOf1);
+    }
     const bool isOtherLetter = event.key() > 0xff && event.key() < Qt::Key_Escape;
-    return isOtherLetter && event.nativeScanCode() == placeOfP ? int{Qt::Key_P} : event.key();
+    return isOtherLetter && place == placeOfP ? int{Qt::Key_P} : event.key();
+}
+
+bool isPress(int key)
+{
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+}
+
+/// Whether an item is a button or the like: Return is its own there. Text fields take input.
+bool isPressable(const QQuickItem* item)
+{
+    return item != nullptr && item->activeFocusOnTab() &&
+           !item->flags().testFlag(QQuickItem::ItemAcceptsInputMethod);
 }
 
 } // namespace
@@ -42,14 +64,60 @@ PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
         QUrl(u"qrc:/qt/qml/Tessly/Panel/Panel.qml"_s), {{u"panel"_s, QVariant::fromValue(&model)}});
 }
 
+void PanelWindow::forgetPointer()
+{
+    m_pointer.reset();
+    if (std::exchange(m_pointerHasMoved, false)) {
+        Q_EMIT pointerHasMovedChanged();
+    }
+}
+
+void PanelWindow::releasePointer()
+{
+    if (QQuickItem* const grabber = mouseGrabberItem(); grabber != nullptr) {
+        grabber->ungrabMouse();
+    }
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(this, &leave);
+}
+
+bool PanelWindow::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::Enter:
+    case QEvent::MouseMove:
+        followPointer(static_cast<QSinglePointEvent*>(event)->globalPosition());
+        break;
+    default:
+        break;
+    }
+    return ViewWindow::event(event);
+}
+
+/// By its place on the desktop: the window itself may still move under it.
+void PanelWindow::followPointer(const QPointF& place)
+{
+    if (!m_pointer) {
+        m_pointer = place;
+    } else if (!m_pointerHasMoved && (place - *m_pointer).manhattanLength() >= 1) {
+        m_pointerHasMoved = true;
+        Q_EMIT pointerHasMovedChanged();
+    }
+}
+
 void PanelWindow::keyPressEvent(QKeyEvent* event)
 {
     // A menu that is open takes the keys, as any desktop's does.
     const bool menuIsOpen =
         rootObject() != nullptr && rootObject()->property("menuIsOpen").toBool();
-    if (!menuIsOpen && m_handlers.keyPressed(keyOf(*event), event->modifiers())) {
-        event->accept();
-        return;
+    const int key = keyOf(*event);
+    const bool pastes = isPress(key) || directPastePosition(key, event->modifiers());
+    if (!menuIsOpen && !(isPress(key) && isPressable(activeFocusItem()))) {
+        // A key that is held pastes once.
+        if ((pastes && event->isAutoRepeat()) || m_handlers.keyPressed(key, event->modifiers())) {
+            event->accept();
+            return;
+        }
     }
     ViewWindow::keyPressEvent(event);
 }

@@ -2,7 +2,10 @@
 
 #include "ViewWindow.h"
 
+#include <QPointF>
+
 #include <functional>
+#include <optional>
 
 namespace tessly {
 
@@ -13,6 +16,9 @@ class PanelModel;
 class PanelWindow final : public ViewWindow
 {
     Q_OBJECT
+    /// Whether the pointer has moved since the panel opened. One that merely lies where the panel
+    /// appears selects nothing.
+    Q_PROPERTY(bool pointerHasMoved READ pointerHasMoved NOTIFY pointerHasMovedChanged)
 
 public:
     struct Handlers
@@ -26,11 +32,26 @@ public:
     /// Loads the panel; `isLoaded` tells whether that worked.
     PanelWindow(PanelModel& model, Handlers handlers);
 
+    [[nodiscard]] bool pointerHasMoved() const { return m_pointerHasMoved; }
+    /// The window is about to be shown.
+    void forgetPointer();
+    /// The window is hidden, and hears no more of the pointer: nothing stays lit or pressed.
+    void releasePointer();
+
+Q_SIGNALS:
+    void pointerHasMovedChanged();
+
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void followPointer(const QPointF& place);
+
     Handlers m_handlers;
+    /// Where the pointer was when the window first heard of it.
+    std::optional<QPointF> m_pointer;
+    bool m_pointerHasMoved = false;
 };
 
 } // namespace tessly

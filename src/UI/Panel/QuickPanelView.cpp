@@ -4,7 +4,6 @@
 #include "Tokens.h"
 #include "WindowGeometry.h"
 
-#include <QCursor>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
@@ -81,7 +80,7 @@ void QuickPanelView::show(const QRect& anchor)
         // Without a compositing manager, what is transparent shows black.
         m_window->setMask(roundedRegion(geometry.size(), metrics.panelRadius));
     }
-    m_window->rootObject()->setProperty("pointer", QPointF(QCursor::pos()));
+    m_window->forgetPointer();
     m_x11->prepareToShow();
     m_isShown = true;
     m_hasBeenActive = false;
@@ -101,6 +100,7 @@ void QuickPanelView::close()
     }
     m_isShown = false;
     m_window->hide();
+    m_window->releasePointer();
     m_memoryTimer.start();
     if (m_events.didClose) {
         m_events.didClose();

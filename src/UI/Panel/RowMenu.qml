@@ -77,7 +77,7 @@ MouseArea {
         }
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: plate
         anchors.margins: -1
         anchors.topMargin: 1
@@ -87,7 +87,7 @@ MouseArea {
         opacity: 0.5
     }
 
-    Rectangle {
+    RoundedRectangle {
         id: plate
 
         objectName: "row-menu"

@@ -30,6 +30,8 @@ Item {
         selectionColor: Tokens.color.accent
         selectedTextColor: Tokens.color.onAccent
         selectByMouse: true
+        activeFocusOnTab: true
+        maximumLength: field.panel.queryLength
         font.pixelSize: Tokens.size.searchText
         font.weight: Font.Medium
         verticalAlignment: TextInput.AlignVCenter

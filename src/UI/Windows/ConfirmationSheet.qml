@@ -33,7 +33,7 @@ FocusScope {
         color: Tokens.color.scrim
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: plate
         anchors.margins: -1
         anchors.topMargin: 1
@@ -43,7 +43,7 @@ FocusScope {
         opacity: 0.5
     }
 
-    Rectangle {
+    RoundedRectangle {
         id: plate
 
         objectName: "clear-confirmation"

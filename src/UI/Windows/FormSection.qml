@@ -24,7 +24,7 @@ Column {
         Accessible.role: Accessible.Heading
     }
 
-    Rectangle {
+    RoundedRectangle {
         width: parent.width
         height: column.height
         radius: Tokens.size.groupRadius

@@ -115,7 +115,6 @@ Rectangle {
         symbolSize: 14
         help: "Close"
         color: Tokens.color.secondaryText
-        isInFocusChain: true
         onClicked: Window.window.close()
     }
 }

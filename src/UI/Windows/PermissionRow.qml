@@ -12,7 +12,7 @@ Row {
     width: parent.width
     spacing: 14
 
-    Rectangle {
+    RoundedRectangle {
         id: tile
 
         width: 34

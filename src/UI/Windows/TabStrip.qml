@@ -27,7 +27,7 @@ Item {
 
             model: strip.settings.tabs
 
-            Rectangle {
+            RoundedRectangle {
                 id: tab
 
                 required property int index
@@ -73,7 +73,7 @@ Item {
                     text: tab.modelData.title
                 }
 
-                Rectangle {
+                RoundedRectangle {
                     anchors.fill: parent
                     radius: parent.radius
                     color: Tokens.color.buttonHover

@@ -127,6 +127,19 @@ struct WrongUsage
     QString complaint;
 };
 
+TEST(CommandLineParser, RefusesAQueryThatNobodyTyped)
+{
+    const QByteArray longest(10'000, 'x');
+    const QByteArray tooLong = longest + 'x';
+    EXPECT_EQ(
+        parseCommandLine({"list", "--query", longest.constData()}),
+        listing(QString::fromLatin1(longest)));
+    const Invocation refused = parseCommandLine({"list", "--query", tooLong.constData()});
+    EXPECT_EQ(refused.verb, Verb::wrongUsage);
+    EXPECT_EQ(
+        refused.text, u"a query has 10000 characters at the most; see \"tessly list --help\""_s);
+}
+
 TEST(CommandLineParser, RefusesWhatMakesNoSenseInOneLineThatNamesIt)
 {
     const std::vector<WrongUsage> cases = {

@@ -172,6 +172,28 @@ TEST_F(PanelDesktopTest, StandsOnTheNearestScreenWhereThereIsNone)
     })) << testing::PrintToString(placeOnServer());
 }
 
+TEST_F(PanelDesktopTest, APointerThatLiesWhereItAppearsSelectsNothingUntilItMoves)
+{
+    for (int i = 0; i < 6; ++i) {
+        save("entry " + QByteArray::number(i));
+    }
+    showAt({100, 10});
+    const QPoint place = window().mapToGlobal(centerOf(u"row-3"_s));
+    m_controller.close();
+    run();
+    const auto movePointer = [](const QPoint& to) {
+        session->run(
+            u"xdotool"_s, {u"mousemove"_s, QString::number(to.x()), QString::number(to.y())});
+    };
+    movePointer(place);
+    show();
+    letFocusSettle();
+    EXPECT_TRUE(isSelected(0));
+    movePointer(place + QPoint(0, 3));
+    EXPECT_TRUE(waitUntil([this] { return isSelected(3); }));
+    movePointer({1500, 780});
+}
+
 TEST_F(PanelDesktopTest, AnotherProgramsKeyboardGrabDoesNotCloseIt)
 {
     show();
