@@ -169,7 +169,7 @@ void AppModel::captured(Capture capture)
 
 QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
 {
-    const qint64 maximumHistory = self->settings().maxHistory();
+    const qint64 maximumHistory = self->settings().trimLimit();
     QString failure;
     try {
         co_await self->m_dependencies.store.save(
