@@ -115,7 +115,7 @@ QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueF
     try {
         rescue = co_await self->m_store->rescue(
             QDir(rescueFolder).filePath(QFileInfo(AppPaths::databasePath()).fileName()),
-            self->m_settings.maxHistory());
+            self->m_settings.trimLimit());
     } catch (const std::exception& error) {
         qCWarning(lcAppDelegate, "The damaged history was not brought over: %s", error.what());
     }

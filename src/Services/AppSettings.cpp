@@ -1,6 +1,9 @@
 #include "AppSettings.h"
 
+#include <QLoggingCategory>
+
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -8,6 +11,8 @@ using namespace Qt::StringLiterals;
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcAppSettings, "com.brackmoor.tessly.AppSettings")
 
 const QString maxHistoryKey = u"maxHistory"_s;
 const QString captureImagesKey = u"captureImages"_s;
@@ -52,6 +57,14 @@ AppSettings::AppSettings(UserDefaults& defaults, QObject* parent)
 {
     m_defaults.registerDefaults(registeredDefaults());
     m_maxHistory = std::clamp<qint64>(m_defaults.integer(maxHistoryKey), 10, 10'000);
+    if (const std::optional<QString> stored = m_defaults.string(maxHistoryKey)) {
+        stored->toLongLong(&m_isMaxHistoryKnown);
+    }
+    if (!m_isMaxHistoryKnown) {
+        qCWarning(
+            lcAppSettings, "The stored maxHistory is no number: nothing is trimmed until it is "
+                           "set in the settings.");
+    }
     m_captureImages = m_defaults.boolean(captureImagesKey);
     m_captureFiles = m_defaults.boolean(captureFilesKey);
     m_maxItemSizeMB = std::clamp<qint64>(m_defaults.integer(maxItemSizeMBKey), 1, 250);
@@ -61,9 +74,15 @@ AppSettings::AppSettings(UserDefaults& defaults, QObject* parent)
     m_hasCompletedOnboarding = m_defaults.boolean(hasCompletedOnboardingKey);
 }
 
+qint64 AppSettings::trimLimit() const
+{
+    return m_isMaxHistoryKnown ? m_maxHistory : std::numeric_limits<qint64>::max();
+}
+
 void AppSettings::setMaxHistory(qint64 value)
 {
     const bool isChange = std::exchange(m_maxHistory, value) != value;
+    m_isMaxHistoryKnown = true;
     m_defaults.setInteger(maxHistoryKey, value);
     if (isChange) {
         Q_EMIT maxHistoryChanged();

@@ -35,6 +35,9 @@ public:
 
     /// How many unpinned clips the history keeps: 10 … 10000.
     [[nodiscard]] qint64 maxHistory() const { return m_maxHistory; }
+    /// As `maxHistory`, for what is deleted by it: no limit while what is stored is no number, so
+    /// that a slip of the hand in the settings file ("10.000") costs no entry.
+    [[nodiscard]] qint64 trimLimit() const;
     [[nodiscard]] bool captureImages() const { return m_captureImages; }
     [[nodiscard]] bool captureFiles() const { return m_captureFiles; }
     /// The largest capture accepted, in MiB: 1 … 250.
@@ -70,6 +73,7 @@ Q_SIGNALS:
 private:
     UserDefaults& m_defaults;
     qint64 m_maxHistory = 0;
+    bool m_isMaxHistoryKnown = true;
     bool m_captureImages = false;
     bool m_captureFiles = false;
     qint64 m_maxItemSizeMB = 0;

@@ -235,7 +235,7 @@ void AppModel::captured(Capture capture)
 
 QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
 {
-    const qint64 maximumHistory = self->settings().maxHistory();
+    const qint64 maximumHistory = self->settings().trimLimit();
     QString failure;
     ++self->m_savesUnderWay;
     try {

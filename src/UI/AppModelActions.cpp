@@ -324,7 +324,7 @@ void AppModel::setRecordingPaused(bool paused)
 
 void AppModel::trimHistoryToCurrentLimit()
 {
-    finish(this, m_dependencies.store.trimHistory(settings().maxHistory()));
+    finish(this, m_dependencies.store.trimHistory(settings().trimLimit()));
     scheduleScrub(scrubDelay);
 }
 

@@ -1,10 +1,13 @@
 #include "AppSettings.h"
 
 #include "FakeUserDefaults.h"
+#include "LogCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
+
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -34,6 +37,25 @@ TEST_F(AppSettingsTest, AFreshStoreYieldsTheDefaults)
     EXPECT_TRUE(settings.directPasteShortcuts());
     EXPECT_FALSE(settings.moveUsedItemsToTop());
     EXPECT_FALSE(settings.hasCompletedOnboarding());
+}
+
+TEST_F(AppSettingsTest, NothingIsTrimmedWhileTheStoredLimitIsNoNumber)
+{
+    for (const QString& stored : {u"10.000"_s, u"10,000"_s, u"many"_s, u""_s, u"1e4"_s}) {
+        m_defaults.preset(u"maxHistory"_s, stored);
+        const LogCapture log;
+        AppSettings settings(m_defaults);
+        EXPECT_EQ(settings.maxHistory(), 10) << stored.toStdString();
+        EXPECT_EQ(settings.trimLimit(), std::numeric_limits<qint64>::max());
+        EXPECT_EQ(log.lines(u"com.brackmoor.tessly.AppSettings"_s).size(), 1U);
+        settings.setMaxHistory(700);
+        EXPECT_EQ(settings.trimLimit(), 700);
+    }
+    for (const QString& stored : {u"3"_s, u"50000"_s, u"800"_s}) {
+        m_defaults.preset(u"maxHistory"_s, stored);
+        const AppSettings settings(m_defaults);
+        EXPECT_EQ(settings.trimLimit(), settings.maxHistory());
+    }
 }
 
 TEST_F(AppSettingsTest, DefaultsAreNotWrittenToTheStore)
