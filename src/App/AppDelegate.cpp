@@ -98,10 +98,12 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     });
     m_rescueNotices = std::make_unique<RescueNotices>(m_defaults, *m_model);
     if (m_rescueFolder) {
-        const QString folder = QFileInfo(*m_rescueFolder).fileName();
-        m_rescueNotices->tell(
-            folder, u"A damaged history database was preserved in ‘"_s + folder +
-                        u"’. Tessly started with a fresh history."_s);
+        if (m_isHistoryFresh) {
+            const QString folder = QFileInfo(*m_rescueFolder).fileName();
+            m_rescueNotices->tell(
+                folder, u"A damaged history database was preserved in ‘"_s + folder +
+                            u"’. Tessly started with a fresh history."_s);
+        }
         bringOver(this, *m_rescueFolder);
     }
 }
@@ -149,6 +151,7 @@ void AppDelegate::openHistory()
             throw;
         }
         m_rescueFolder = AppPaths::recoverDatabaseFiles(AppPaths::applicationSupportDirectory());
+        m_isHistoryFresh = true;
         AppPaths::prepareDirectories();
         m_store = makeStore();
     }

@@ -108,8 +108,10 @@ private:
     GlobalHotKeyManager m_hotKeys;
     DirectPasteKeys m_directPasteKeys;
     std::unique_ptr<ClipStore> m_store;
-    /// Where a damaged history was put, if there was one.
+    /// Where a damaged history was put, if there was one of which not all has been brought over.
     std::optional<QString> m_rescueFolder;
+    /// That happened at this start.
+    bool m_isHistoryFresh = false;
     IniUserDefaults m_defaults;
     AppSettings m_settings;
     std::unique_ptr<PasteService> m_pasteService;

@@ -7,6 +7,7 @@
 #include "PrivateFiles.h"
 #include "SQLiteError.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 
@@ -115,9 +116,10 @@ void ClipDatabase::followFile()
     } catch (const FileError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.description());
     }
-    // What belongs to the path belongs to another file now.
     m_connection.setKeepsLog(true);
+    leaveCompanions();
     m_rescuer.reset();
+    m_rescued.clear();
     SQLiteConnection former = std::exchange(m_connection, open(m_path));
     try {
         makeReady();
@@ -128,6 +130,24 @@ void ClipDatabase::followFile()
     }
     m_hasResidue = true;
     m_isIndexChecked = false;
+}
+
+/// Under the path the log of a file that has gone would be taken for that of the file which is
+/// there now, and mixed into it.
+void ClipDatabase::leaveCompanions()
+{
+    // It goes into the former file, wherever that is. What another file brought along is not
+    // touched by that.
+    if (!emptyLog()) {
+        throw ClipStoreError(
+            ClipStoreError::Case::openDatabase, u"The log of the former file is in use."_s);
+    }
+    const QString log = m_path + u"-wal"_s;
+    if (QFileInfo(log).size() == 0) {
+        QFile::remove(log);
+    }
+    // It is made anew from the log, and the former connection still has the old one mapped.
+    QFile::remove(m_path + u"-shm"_s);
 }
 
 void ClipDatabase::makeReady()

@@ -72,6 +72,7 @@ private:
     void makeReady();
     /// Opens the history anew if its file is gone or another one is in its place.
     void followFile();
+    void leaveCompanions();
     void validateIntegrity();
     void prepareTables();
     void attachIndex();

@@ -9,6 +9,8 @@
 
 #include <chrono>
 
+using namespace Qt::StringLiterals;
+
 namespace tessly {
 
 namespace {
@@ -82,9 +84,15 @@ ClipRescue ClipDatabase::endRescue()
 
 void ClipDatabase::abandonRescue()
 {
-    if (m_rescuer) {
-        AppPaths::finishRecovery(QFileInfo(m_rescued).path());
-        m_rescuer.reset();
+    m_rescuer.reset();
+    // Also one that could not begin yet: it would bring back what was cleared.
+    const QString folder = QFileInfo(m_path).absolutePath();
+    while (const std::optional<QString> rescue = AppPaths::unfinishedRecovery(folder)) {
+        if (!AppPaths::finishRecovery(*rescue)) {
+            throw ClipStoreError(
+                ClipStoreError::Case::execute,
+                u"What is being brought over from ‘%1’ could not be ended."_s.arg(*rescue));
+        }
         qCInfo(lcStore, "Nothing more is brought over from a damaged history: it was cleared");
     }
 }

@@ -226,7 +226,9 @@ bool ClipDatabase::clearSome(bool includePinned)
             QByteArrayLiteral("SELECT rowid, coalesce(length(image_png), 0) + "
                               "coalesce(length(rtf), 0) + coalesce(length(html), 0) + "
                               "3 * coalesce(length(CAST(plain_text AS BLOB)), 0) FROM clips") +
-                (includePinned ? "" : " WHERE is_pinned = 0") + " ORDER BY last_used_at DESC;");
+                (includePinned ? "" : " WHERE is_pinned = 0") +
+                // As an index has them: what need not be known is not read.
+                " ORDER BY is_pinned DESC, last_used_at DESC;");
         qint64 bytes = 0;
         while ((isMoreLeft = clips.next(writeFailure)) && rows.size() < clipsClearedAtOnce &&
                bytes < bytesClearedAtOnce) {

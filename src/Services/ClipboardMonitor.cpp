@@ -100,11 +100,6 @@ void ClipboardMonitor::stop()
     m_quiet.reset();
     m_latest.reset();
     m_mutable.reset();
-    for (const auto& [number, unfinished] : m_unfinished) {
-        if (unfinished.isCopy && !unfinished.capture) {
-            log(ended);
-        }
-    }
     finishAll();
 }
 
@@ -315,7 +310,13 @@ void ClipboardMonitor::finish(const Reading& reading)
 void ClipboardMonitor::finishAll()
 {
     m_reading.reset();
-    std::erase_if(m_unfinished, [](const auto& entry) { return !entry.second.capture; });
+    std::erase_if(m_unfinished, [](const auto& entry) {
+        const Unfinished& unfinished = entry.second;
+        if (unfinished.isCopy && !unfinished.capture) {
+            log(ended);
+        }
+        return !unfinished.capture;
+    });
     handOn();
 }
 
@@ -405,9 +406,9 @@ QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading 
         self->m_mutable = Mutable{
             .changeCount = reading.changeCount,
             .applications = applications,
-            .payload = *payload,
+            .contentHash = payload->contentHash(),
             .isRecorded = true};
-        self->keep(*self->m_mutable);
+        self->keep(*self->m_mutable, *payload);
     }
     self->m_unfinished[reading.number].capture = Capture{*payload, source};
     self->handOn();
@@ -436,8 +437,9 @@ QCoro::Task<> ClipboardMonitor::learnPresent(QPointer<ClipboardMonitor> self, Re
         if (!isWanted()) {
             co_return;
         }
-        if (payload) {
-            self->m_mutable = Mutable{.changeCount = reading.changeCount, .payload = *payload};
+        if (payload && reading.changeCount == self->m_lastChangeCount) {
+            self->m_mutable =
+                Mutable{.changeCount = reading.changeCount, .contentHash = payload->contentHash()};
         }
     }
     self->finish(reading);
@@ -457,8 +459,13 @@ QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Rea
         applications = co_await self->m_dependencies.workspace.inFrontDuring(lookBack);
     }
     std::optional<ClipPayload> payload;
-    if (isWanted() && !self->isAnyIgnored(applications)) {
-        payload = co_await ClipboardMonitor::payload(self, reading);
+    if (isWanted()) {
+        if (!self->isAnyIgnored(applications)) {
+            payload = co_await ClipboardMonitor::payload(self, reading);
+        } else if (!self->m_mutable->isRecorded) {
+            // It may be that one's, and its next change a secret.
+            self->m_mutable.reset();
+        }
     }
     if (!isWanted()) {
         if (self) {
@@ -467,18 +474,18 @@ QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Rea
         co_return;
     }
     Mutable& known = *self->m_mutable;
-    const bool isNew = payload && *payload != known.payload;
+    const bool isNew = payload && payload->contentHash() != known.contentHash;
     const bool isDue = std::exchange(known.isDue, false);
     if (isNew && !known.isRecorded && !applications.empty()) {
         applications.resize(1);
     }
     if (isNew) {
         known.applications = applications;
-        known.payload = *payload;
+        known.contentHash = payload->contentHash();
         known.isRecorded = true;
     }
     if (payload && known.isRecorded) {
-        self->keep(known);
+        self->keep(known, *payload);
     }
     if (isDue) {
         self->m_reading.reset();
@@ -494,12 +501,12 @@ QCoro::Task<> ClipboardMonitor::recordAgain(QPointer<ClipboardMonitor> self, Rea
 
 /// What its owner may have changed since it was read is not brought back when the owner leaves. As
 /// long as the user cannot copy there, it has not been.
-void ClipboardMonitor::keep(const Mutable& content)
+void ClipboardMonitor::keep(const Mutable& content, const ClipPayload& payload)
 {
     const Source source = sourceOf(content.applications);
     m_dependencies.pasteboard.keepWhenOwnerLeaves(
         content.changeCount,
-        isInFront(source) ? std::vector<PasteboardItem>() : pasteboardItems(content.payload),
+        isInFront(source) ? std::vector<PasteboardItem>() : pasteboardItems(payload),
         source.hasEnded);
 }
 

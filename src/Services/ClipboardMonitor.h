@@ -85,7 +85,7 @@ private:
         qint64 changeCount = 0;
         /// Those in front when it was recorded.
         Applications applications = {};
-        ClipPayload payload;
+        QByteArray contentHash;
         /// Not so if it was there before watching began.
         bool isRecorded = false;
         /// It is to be looked at once more when what is being read has been.
@@ -137,7 +137,7 @@ private:
     void finishAll();
     void handOn();
     void endSettling();
-    void keep(const Mutable& content);
+    void keep(const Mutable& content, const ClipPayload& payload);
     static void log(const char* loss);
     static void logLoss(const Reading& reading, const char* loss);
 

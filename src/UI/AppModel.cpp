@@ -31,14 +31,6 @@ constexpr Clock::Duration longestScrubRetryDelay = 1h;
 
 Q_LOGGING_CATEGORY(lcAppModel, "com.brackmoor.tessly.AppModel")
 
-/// Whether a store operation failed because it was asked to stop.
-bool isInterruption(const std::exception& error)
-{
-    const auto* const storeError = dynamic_cast<const ClipStoreError*>(&error);
-    return storeError && storeError->errorCase() == ClipStoreError::Case::execute &&
-           storeError->message().contains("interrupted"_L1);
-}
-
 } // namespace
 
 AppModel::AppModel(Dependencies dependencies, QObject* parent)
@@ -108,8 +100,8 @@ void AppModel::setSelectedKind(std::optional<ClipKind> kind)
 
 void AppModel::setSelectedID(std::optional<QUuid> id)
 {
-    userGoesOn();
     if (std::exchange(m_selectedID, id) != id) {
+        userGoesOn();
         Q_EMIT selectedIDChanged();
     }
 }
@@ -402,7 +394,8 @@ QCoro::Task<> AppModel::fetch(
         self->m_isReloading = false;
         self->show(std::move(clips), statistics);
     } catch (const std::exception& error) {
-        if (self && !(stop.stop_requested() && isInterruption(error))) {
+        // What befalls a search that was overtaken is no news.
+        if (self && !stop.stop_requested()) {
             self->m_isReloading = false;
             self->m_whenListed.clear();
             self->showError(error);
@@ -446,8 +439,9 @@ bool AppModel::isListed() const
 void AppModel::whenListed(std::function<void()> callback)
 {
     m_whenListed.push_back(std::move(callback));
-    if (m_searchDelay) {
-        // The user has stopped typing.
+    const bool hasFailed = !m_isReloading && m_opening == Opening::done && !isListed();
+    // Else the user has stopped typing.
+    if (hasFailed || m_searchDelay) {
         reload(Debounce::no);
     }
     callWhenListed();

@@ -303,10 +303,14 @@ AppModel::clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCo
     }
     self->m_unsaved.clear();
     self->m_saveRetry.reset();
-    finish(
+    self->scheduleScrub(scrubDelay);
+    co_await finish(
         self, self->m_dependencies.store.clear(includePinned), u"Clipboard history cleared."_s,
         std::move(completion));
-    self->scheduleScrub(scrubDelay);
+    if (self) {
+        // Also where it failed: a part may be gone.
+        self->reload(Debounce::no);
+    }
 }
 
 void AppModel::setRecordingPaused(bool paused)

@@ -6,6 +6,7 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 namespace tessly::test {
 
@@ -114,6 +115,17 @@ TEST_F(MonitorLogTest, WhatWasThereAtTheStartIsNoLine)
     m_monitor->togglePaused();
     m_monitor->stop();
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.ClipboardMonitor"_s), IsEmpty());
+}
+
+TEST_F(MonitorLogTest, WhatIsBeingReadWhenTheUserPausesIsALine)
+{
+    start();
+    m_pasteboard.gate().hold();
+    m_pasteboard.copyText("text");
+    tick();
+    const LogCapture log;
+    m_monitor->togglePaused();
+    EXPECT_THAT(log.lines(u"com.brackmoor.tessly.ClipboardMonitor"_s), SizeIs(1));
 }
 
 } // namespace

@@ -182,5 +182,23 @@ TEST_F(MutableContentTest, AnEndOfItsOwnerIsNoLossAndNoLine)
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.ClipboardMonitor"_s), IsEmpty());
 }
 
+TEST_F(MutableContentTest, WhatMayBelongToAnIgnoredApplicationIsNotReadFromThenOn)
+{
+    m_settings.setIgnoredBundleIDsText(u"secrets"_s);
+    m_pasteboard.copy(content("old"));
+    start();
+    tick();
+    setFront(u"secrets"_s);
+    m_clock.advance(1s);
+    m_pasteboard.changeSilently(content("secret"));
+    setFront(u"org.example.Editor"_s);
+    m_clock.advance(1s);
+    m_pasteboard.forgetRequests();
+    setFront(u"org.example.Viewer"_s);
+    tick();
+    EXPECT_THAT(m_captures, IsEmpty());
+    EXPECT_EQ(m_pasteboard.contentRequests(), 0U);
+}
+
 } // namespace
 } // namespace tessly::test

@@ -149,9 +149,18 @@ TEST_F(AppModelActionsTest, AStoreActionThatFailsShowsItsErrorAndReloadsNothing)
     };
     act([this] { m_model->togglePin(); });
     act([this] { m_model->deleteSelected(); });
-    act([this] { m_model->clearHistory(true); });
     act([this] { m_model->trimHistoryToCurrentLimit(); });
     act([this] { m_model->pasteGlobalPosition(1); });
+}
+
+TEST_F(AppModelActionsTest, AClearThatFailsHalfwayShowsWhatIsLeft)
+{
+    executeSQL("DELETE FROM clips WHERE plain_text = 'one'");
+    executeSQL("CREATE TRIGGER kept BEFORE DELETE ON clips BEGIN SELECT RAISE(ABORT, 'kept'); END");
+    m_model->clearHistory(true);
+    run();
+    EXPECT_EQ(m_model->banner()->kind, BannerKind::error);
+    EXPECT_THAT(texts(), testing::Not(testing::Contains("one")));
 }
 
 TEST_F(AppModelActionsTest, StoreActionsRunToTheirEndWithoutTheModel)

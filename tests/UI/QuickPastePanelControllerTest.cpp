@@ -185,6 +185,24 @@ TEST_F(QuickPastePanelControllerTest, WhatIsStillBeingReadAtTheOpeningIsTheFirst
     EXPECT_EQ(m_model->selectedID(), m_model->clips()[1].id) << "what the user sees selected";
 }
 
+TEST_F(QuickPastePanelControllerTest, WhatWaitsForASearchThatFailedHasItDoneOnceMore)
+{
+    save("needle");
+    show();
+    executeSQL("ALTER TABLE clips RENAME TO hidden");
+    m_model->setQuery(u"need"_s);
+    m_model->reload(AppModel::Debounce::no);
+    run();
+    EXPECT_FALSE(message().isEmpty());
+    executeSQL("ALTER TABLE hidden RENAME TO clips");
+    run();
+    bool isListed = false;
+    m_model->whenListed([&isListed] { isListed = true; });
+    EXPECT_FALSE(isListed);
+    run();
+    EXPECT_TRUE(isListed);
+}
+
 TEST_F(QuickPastePanelControllerTest, ASelectionOfTheUsersIsNotTakenBackByTheOpening)
 {
     const Clip older = save("older");

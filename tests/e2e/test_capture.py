@@ -115,7 +115,7 @@ class IgnoredApplication(TesslyCase):
         self.assertEqual(offer.content_requests(), [])
         editor.close()
         Terminal(self.desktop).start()
-        # What was in front counts for a third of a second.
+        # It counts as in front for a third of a second more.
         self.assertTrue(holds_for(1, lambda: self.recorded_texts() == []))
         self.expect_still_recording()
 

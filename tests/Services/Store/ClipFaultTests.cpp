@@ -7,11 +7,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -291,6 +294,64 @@ TEST_F(ClipFaults, ofAFolderThatIsRemovedEndWithTheNextSave)
     EXPECT_EQ(status.st_mode & 0777U, 0700U);
     ASSERT_EQ(::stat(QFile::encodeName(history.path()).constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(ClipFaults, ofAFileWhoseLogIsLeftBehindEndWithTheNextSave)
+{
+    history.open();
+    fill(3);
+    ASSERT_TRUE(QFile::remove(history.path()));
+    ASSERT_GT(QFileInfo(history.path() + u"-wal"_s).size(), 0);
+    history.saveText("a new beginning");
+    EXPECT_EQ(all().size(), 1U);
+    history.saveText("that goes on");
+    history.open();
+    EXPECT_EQ(all().size(), 2U);
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFileThatIsMovedAwayLeaveNothingOfItBehind)
+{
+    history.open();
+    fill(3);
+    const QString away = QDir(history.folder()).filePath(u"away"_s);
+    ASSERT_TRUE(QFile::rename(history.path(), away));
+    history.saveText("a new beginning");
+    history.close();
+    EXPECT_EQ(
+        ClipDatabase(away, SQLiteConnection::Access::readOnly).search({}, std::nullopt, -1).size(),
+        3U)
+        << "its log went with it";
+}
+
+TEST_F(ClipFaults, ofAFileThatIsReplacedKeepTheLogOutOfTheOther)
+{
+    HistoryFile other;
+    other.open();
+    for (int i = 0; i < 300; ++i) {
+        other.saveText("other " + QByteArray::number(i));
+    }
+    other.close();
+    history.open();
+    for (int i = 0; i < 20; ++i) {
+        history.saveText("own " + QByteArray::number(i));
+    }
+    // As one that puts a backup in its place does.
+    const QString copy = QDir(history.folder()).filePath(u"copy"_s);
+    ASSERT_TRUE(QFile::copy(other.path(), copy));
+    ASSERT_EQ(
+        std::rename(
+            QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
+        0);
+    ASSERT_GT(QFileInfo(history.path() + u"-wal"_s).size(), 0);
+    history.saveText("one more");
+    EXPECT_EQ(all().size(), 301U);
+    EXPECT_TRUE(std::ranges::none_of(HistoryFile::previews(all()), [](const QString& text) {
+        return text.startsWith(u"own"_s);
+    }));
+    history.open();
+    EXPECT_EQ(all().size(), 301U);
+    expectSound();
 }
 
 TEST_F(ClipFaults, ofAFileThatIsReplacedLeaveTheOtherAsItIs)

@@ -286,6 +286,18 @@ TEST_F(ClipRescueTest, endsWhenTheHistoryIsCleared)
     EXPECT_TRUE(all().empty());
 }
 
+TEST_F(ClipRescueTest, thatCouldNotBeginIsEndedByClearingToo)
+{
+    fill(40);
+    damagePagesOf({text(20)});
+    expectDamaged();
+    static_cast<void>(setAside());
+    history.open();
+    ASSERT_NE(AppPaths::unfinishedRecovery(history.folder()), std::nullopt);
+    history.database().clear(true);
+    EXPECT_EQ(AppPaths::unfinishedRecovery(history.folder()), std::nullopt);
+}
+
 TEST_F(ClipRescueTest, ofWhatIsNoHistoryBringsNothing)
 {
     const QString file = QDir(history.folder()).filePath(u"other"_s);
