@@ -85,7 +85,8 @@ class Copies(Expecting, WaylandCase):
         process = self.copy_natively(b"outlives its program")
         self.history.wait_for_text("outlives its program")
         self.desktop.end(process)
-        # The compositor keeps it; where it did not, Tessly would.
+        # The compositor keeps it, as soon as it has noticed; where it did not, Tessly would.
+        wait_until(lambda: self.clipboard.read() == b"outlives its program", "it is kept")
         self.assertTrue(holds_for(1, lambda: self.clipboard.read() == b"outlives its program"))
 
 
