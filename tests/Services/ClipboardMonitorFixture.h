@@ -105,6 +105,16 @@ protected:
     std::unique_ptr<ClipboardMonitor> m_monitor;
 };
 
+/// What holds on every desktop.
+class ClipboardMonitorTest : public MonitorTest, public testing::WithParamInterface<Desktop>
+{
+protected:
+    ClipboardMonitorTest()
+        : MonitorTest(GetParam())
+    {
+    }
+};
+
 /// A desktop that tells when the clipboard changes.
 class NotifiedMonitorTest : public MonitorTest
 {

@@ -10,31 +10,14 @@ using testing::SizeIs;
 
 namespace tessly::test {
 
-using AccessIssue = ClipboardMonitor::AccessIssue;
 using Content = FakePasteboard::Content;
 using What = FakePasteboard::Request::What;
 
 namespace {
 
-/// What holds on every desktop.
-class ClipboardMonitorReadingTest : public MonitorTest, public testing::WithParamInterface<Desktop>
-{
-protected:
-    ClipboardMonitorReadingTest()
-        : MonitorTest(GetParam())
-    {
-    }
-};
-
-INSTANTIATE_TEST_SUITE_P(
-    Desktops, ClipboardMonitorReadingTest, testing::Values(Desktop::notifies, Desktop::isPolled),
-    [](const auto& test) {
-        return test.param == Desktop::notifies ? "ThatNotifies" : "ThatIsPolled";
-    });
-
 // Reading
 
-TEST_P(ClipboardMonitorReadingTest, TypesAreAskedFirstThenTheFlavoursInTheirOrder)
+TEST_P(ClipboardMonitorTest, TypesAreAskedFirstThenTheFlavoursInTheirOrder)
 {
     start();
     settle();
@@ -54,7 +37,7 @@ TEST_P(ClipboardMonitorReadingTest, TypesAreAskedFirstThenTheFlavoursInTheirOrde
             Request{What::flavour, change, Flavour::otherImage, 4 * limit}));
 }
 
-TEST_P(ClipboardMonitorReadingTest, AllTextFlavoursAreKept)
+TEST_P(ClipboardMonitorTest, AllTextFlavoursAreKept)
 {
     start();
     m_pasteboard.copy({.plainText = "text", .rtf = "{\\rtf1}", .html = "<b>"});
@@ -64,7 +47,7 @@ TEST_P(ClipboardMonitorReadingTest, AllTextFlavoursAreKept)
         ClipPayload({.plainText = "text", .rtf = "{\\rtf1}", .html = "<b>"}));
 }
 
-TEST_P(ClipboardMonitorReadingTest, TheImageOfABrowserOrAScreenshotToolIsKeptWithItsText)
+TEST_P(ClipboardMonitorTest, TheImageOfABrowserOrAScreenshotToolIsKeptWithItsText)
 {
     start();
     m_pasteboard.copy(
@@ -84,7 +67,7 @@ TEST_P(ClipboardMonitorReadingTest, TheImageOfABrowserOrAScreenshotToolIsKeptWit
     EXPECT_EQ(m_captures.at(1).payload.imagePNG(), FakeImageConverter::png("chart"));
 }
 
-TEST_P(ClipboardMonitorReadingTest, ThePictureThatASpreadsheetOffersOfItsCellsIsNotRead)
+TEST_P(ClipboardMonitorTest, ThePictureThatASpreadsheetOffersOfItsCellsIsNotRead)
 {
     start();
     m_pasteboard.copy(
@@ -101,7 +84,7 @@ TEST_P(ClipboardMonitorReadingTest, ThePictureThatASpreadsheetOffersOfItsCellsIs
     EXPECT_EQ(m_pasteboard.requests(Flavour::otherImage), 0U);
 }
 
-TEST_P(ClipboardMonitorReadingTest, FilesAreKeptWithoutAnImage)
+TEST_P(ClipboardMonitorTest, FilesAreKeptWithoutAnImage)
 {
     start();
     m_pasteboard.copy(
@@ -116,7 +99,7 @@ TEST_P(ClipboardMonitorReadingTest, FilesAreKeptWithoutAnImage)
     EXPECT_EQ(m_pasteboard.requests(Flavour::png), 0U);
 }
 
-TEST_P(ClipboardMonitorReadingTest, WithFileCaptureOffOnlyTheOtherFlavoursOfAFileCopyAreKept)
+TEST_P(ClipboardMonitorTest, WithFileCaptureOffOnlyTheOtherFlavoursOfAFileCopyAreKept)
 {
     m_settings.setCaptureFiles(false);
     start();
@@ -131,7 +114,7 @@ TEST_P(ClipboardMonitorReadingTest, WithFileCaptureOffOnlyTheOtherFlavoursOfAFil
     EXPECT_EQ(m_pasteboard.fileURLRequests(), 0U);
 }
 
-TEST_P(ClipboardMonitorReadingTest, WithImageCaptureOffNoImageIsRead)
+TEST_P(ClipboardMonitorTest, WithImageCaptureOffNoImageIsRead)
 {
     m_settings.setCaptureImages(false);
     start();
@@ -145,7 +128,7 @@ TEST_P(ClipboardMonitorReadingTest, WithImageCaptureOffNoImageIsRead)
     EXPECT_EQ(m_captures.at(0).payload, ClipPayload({.html = "<b>"}));
 }
 
-TEST_P(ClipboardMonitorReadingTest, AnotherImageFormatIsConverted)
+TEST_P(ClipboardMonitorTest, AnotherImageFormatIsConverted)
 {
     start();
     m_pasteboard.copy({.otherImage = FakeImageConverter::image("photo")});
@@ -154,7 +137,7 @@ TEST_P(ClipboardMonitorReadingTest, AnotherImageFormatIsConverted)
         m_captures.at(0).payload, ClipPayload({.imagePNG = FakeImageConverter::png("photo")}));
 }
 
-TEST_P(ClipboardMonitorReadingTest, APNGThatIsRefusedFallsBackToAnotherFormat)
+TEST_P(ClipboardMonitorTest, APNGThatIsRefusedFallsBackToAnotherFormat)
 {
     start();
     m_pasteboard.copy(
@@ -166,7 +149,7 @@ TEST_P(ClipboardMonitorReadingTest, APNGThatIsRefusedFallsBackToAnotherFormat)
         m_captures.at(0).payload, ClipPayload({.imagePNG = FakeImageConverter::png("photo")}));
 }
 
-TEST_P(ClipboardMonitorReadingTest, AnImageThatCannotBeDecodedContributesNothing)
+TEST_P(ClipboardMonitorTest, AnImageThatCannotBeDecodedContributesNothing)
 {
     start();
     m_pasteboard.copy({.otherImage = "broken"});
@@ -177,7 +160,7 @@ TEST_P(ClipboardMonitorReadingTest, AnImageThatCannotBeDecodedContributesNothing
     EXPECT_EQ(m_captures.at(0).payload, text("caption"));
 }
 
-TEST_P(ClipboardMonitorReadingTest, AFlavourThatIsRefusedContributesNothing)
+TEST_P(ClipboardMonitorTest, AFlavourThatIsRefusedContributesNothing)
 {
     start();
     m_pasteboard.copy({.plainText = "text", .rtf = "{}", .refused = {Flavour::rtf}});
@@ -185,7 +168,7 @@ TEST_P(ClipboardMonitorReadingTest, AFlavourThatIsRefusedContributesNothing)
     EXPECT_EQ(m_captures.at(0).payload, text("text"));
 }
 
-TEST_P(ClipboardMonitorReadingTest, WhatWasReadBeforeAnOwnerHungIsRecorded)
+TEST_P(ClipboardMonitorTest, WhatWasReadBeforeAnOwnerHungIsRecorded)
 {
     start();
     for (const Flavour flavour : {Flavour::rtf, Flavour::html, Flavour::png}) {
@@ -204,9 +187,7 @@ TEST_P(ClipboardMonitorReadingTest, WhatWasReadBeforeAnOwnerHungIsRecorded)
         m_captures.at(2).payload, ClipPayload({.plainText = "text", .rtf = "{}", .html = "<b>"}));
 }
 
-TEST_P(
-    ClipboardMonitorReadingTest,
-    ContentWhoseFirstFlavourIsUnreadableIsDroppedAndTheNextCopyRecorded)
+TEST_P(ClipboardMonitorTest, ContentWhoseFirstFlavourIsUnreadableIsDroppedAndTheNextCopyRecorded)
 {
     start();
     m_pasteboard.copy({.plainText = "text", .html = "<b>", .hanging = {Flavour::plainText}});
@@ -221,7 +202,7 @@ TEST_P(
     EXPECT_THAT(texts(), ElementsAre("next"));
 }
 
-TEST_P(ClipboardMonitorReadingTest, ContentWhoseOwnerLeavesDuringTheReadIsDropped)
+TEST_P(ClipboardMonitorTest, ContentWhoseOwnerLeavesDuringTheReadIsDropped)
 {
     start();
     m_pasteboard.gate().hold();
@@ -235,7 +216,7 @@ TEST_P(ClipboardMonitorReadingTest, ContentWhoseOwnerLeavesDuringTheReadIsDroppe
     EXPECT_THAT(m_captures, IsEmpty());
 }
 
-TEST_P(ClipboardMonitorReadingTest, EmptyContentIsDropped)
+TEST_P(ClipboardMonitorTest, EmptyContentIsDropped)
 {
     start();
     m_pasteboard.copyText("");
@@ -248,7 +229,7 @@ TEST_P(ClipboardMonitorReadingTest, EmptyContentIsDropped)
     EXPECT_THAT(m_pasteboard.keeps(), IsEmpty());
 }
 
-TEST_P(ClipboardMonitorReadingTest, BlanksAndEmptyBuffersAreContent)
+TEST_P(ClipboardMonitorTest, BlanksAndEmptyBuffersAreContent)
 {
     start();
     m_pasteboard.copyText("  \n ");
@@ -260,7 +241,7 @@ TEST_P(ClipboardMonitorReadingTest, BlanksAndEmptyBuffersAreContent)
 
 // The size limit
 
-TEST_P(ClipboardMonitorReadingTest, ContentOfExactlyTheLimitIsRecorded)
+TEST_P(ClipboardMonitorTest, ContentOfExactlyTheLimitIsRecorded)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -276,7 +257,7 @@ TEST_P(ClipboardMonitorReadingTest, ContentOfExactlyTheLimitIsRecorded)
     EXPECT_EQ(m_captures.at(1).payload.byteCount(), megabyte);
 }
 
-TEST_P(ClipboardMonitorReadingTest, ContentOverTheLimitIsDropped)
+TEST_P(ClipboardMonitorTest, ContentOverTheLimitIsDropped)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -291,7 +272,7 @@ TEST_P(ClipboardMonitorReadingTest, ContentOverTheLimitIsDropped)
     EXPECT_THAT(m_pasteboard.keeps(), IsEmpty());
 }
 
-TEST_P(ClipboardMonitorReadingTest, AnImageOf30MegabytesIsOverTheDefaultLimit)
+TEST_P(ClipboardMonitorTest, AnImageOf30MegabytesIsOverTheDefaultLimit)
 {
     start();
     m_pasteboard.copy({.png = QByteArray(30 * megabyte, 'a')});
@@ -302,7 +283,7 @@ TEST_P(ClipboardMonitorReadingTest, AnImageOf30MegabytesIsOverTheDefaultLimit)
     EXPECT_THAT(m_captures, SizeIs(1));
 }
 
-TEST_P(ClipboardMonitorReadingTest, NothingMoreIsReadOnceTheLimitIsPassed)
+TEST_P(ClipboardMonitorTest, NothingMoreIsReadOnceTheLimitIsPassed)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -311,7 +292,7 @@ TEST_P(ClipboardMonitorReadingTest, NothingMoreIsReadOnceTheLimitIsPassed)
     EXPECT_EQ(m_pasteboard.contentRequests(), 1U);
 }
 
-TEST_P(ClipboardMonitorReadingTest, ThePNGOfAConvertedImageCountsNotTheOriginal)
+TEST_P(ClipboardMonitorTest, ThePNGOfAConvertedImageCountsNotTheOriginal)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -329,7 +310,7 @@ TEST_P(ClipboardMonitorReadingTest, ThePNGOfAConvertedImageCountsNotTheOriginal)
     EXPECT_EQ(m_converter.conversions(), 2U);
 }
 
-TEST_P(ClipboardMonitorReadingTest, ALimitOutOfRangeIsClamped)
+TEST_P(ClipboardMonitorTest, ALimitOutOfRangeIsClamped)
 {
     const auto limitAskedFor = [this] {
         m_pasteboard.forgetRequests();
@@ -348,7 +329,7 @@ TEST_P(ClipboardMonitorReadingTest, ALimitOutOfRangeIsClamped)
 
 // Images that are still to be decoded
 
-TEST_P(ClipboardMonitorReadingTest, AnUndecodedImageMayBeLargerThanTheLimit)
+TEST_P(ClipboardMonitorTest, AnUndecodedImageMayBeLargerThanTheLimit)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -363,7 +344,7 @@ TEST_P(ClipboardMonitorReadingTest, AnUndecodedImageMayBeLargerThanTheLimit)
             testing::Field(&FakePasteboard::Request::byteLimit, 64 * megabyte))));
 }
 
-TEST_P(ClipboardMonitorReadingTest, AnUndecodedImageThatIsFarTooLargeIsLeftOut)
+TEST_P(ClipboardMonitorTest, AnUndecodedImageThatIsFarTooLargeIsLeftOut)
 {
     m_settings.setMaxItemSizeMB(1);
     start();
@@ -375,7 +356,7 @@ TEST_P(ClipboardMonitorReadingTest, AnUndecodedImageThatIsFarTooLargeIsLeftOut)
 
 // Content that outlives its owner
 
-TEST_P(ClipboardMonitorReadingTest, RecordedContentIsOfferedAgainWhenItsOwnerLeaves)
+TEST_P(ClipboardMonitorTest, RecordedContentIsOfferedAgainWhenItsOwnerLeaves)
 {
     start();
     m_pasteboard.copy({.plainText = "text", .html = "<b>"});
@@ -388,7 +369,7 @@ TEST_P(ClipboardMonitorReadingTest, RecordedContentIsOfferedAgainWhenItsOwnerLea
     EXPECT_THAT(m_captures, SizeIs(1)) << "the offer carries the marker";
 }
 
-TEST_P(ClipboardMonitorReadingTest, ContentOfAnOwnerThatServesOneReadIsRecordedAndOfferedAgain)
+TEST_P(ClipboardMonitorTest, ContentOfAnOwnerThatServesOneReadIsRecordedAndOfferedAgain)
 {
     start();
     m_pasteboard.copy({.plainText = "text", .leavesAfterOneRead = true});
@@ -397,7 +378,7 @@ TEST_P(ClipboardMonitorReadingTest, ContentOfAnOwnerThatServesOneReadIsRecordedA
     EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(text("text")));
 }
 
-TEST_P(ClipboardMonitorReadingTest, WhetherTheSourceOfKeptContentHasEndedCanBeAsked)
+TEST_P(ClipboardMonitorTest, WhetherTheSourceOfKeptContentHasEndedCanBeAsked)
 {
     const auto editor = std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s);
     m_workspace.setFrontmost(editor);
@@ -413,7 +394,7 @@ TEST_P(ClipboardMonitorReadingTest, WhetherTheSourceOfKeptContentHasEndedCanBeAs
     EXPECT_TRUE(hasEnded());
 }
 
-TEST_P(ClipboardMonitorReadingTest, TheEndOfASourceThatIsNotKnownCannotBeAskedFor)
+TEST_P(ClipboardMonitorTest, TheEndOfASourceThatIsNotKnownCannotBeAskedFor)
 {
     start();
     m_workspace.setFrontmost(nullptr);
@@ -428,7 +409,7 @@ TEST_P(ClipboardMonitorReadingTest, TheEndOfASourceThatIsNotKnownCannotBeAskedFo
     EXPECT_FALSE(m_pasteboard.keeps().at(1).hasSourceEnded);
 }
 
-TEST_P(ClipboardMonitorReadingTest, ContentThatWasSkippedIsNotOfferedAgain)
+TEST_P(ClipboardMonitorTest, ContentThatWasSkippedIsNotOfferedAgain)
 {
     start();
     m_pasteboard.copyText("recorded");

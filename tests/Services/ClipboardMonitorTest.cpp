@@ -19,16 +19,6 @@ using What = FakePasteboard::Request::What;
 
 namespace {
 
-/// What holds on every desktop.
-class ClipboardMonitorTest : public MonitorTest, public testing::WithParamInterface<Desktop>
-{
-protected:
-    ClipboardMonitorTest()
-        : MonitorTest(GetParam())
-    {
-    }
-};
-
 INSTANTIATE_TEST_SUITE_P(
     Desktops, ClipboardMonitorTest, testing::Values(Desktop::notifies, Desktop::isPolled),
     [](const auto& test) {
