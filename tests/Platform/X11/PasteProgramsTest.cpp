@@ -132,10 +132,17 @@ protected:
     {
         ASSERT_TRUE(QFile(path(u"out"_s)).open(QIODevice::WriteOnly));
         start(name, {path(u"out"_s)});
+        // An editor may be in front before it has read its file, and takes text as another then.
+        ASSERT_TRUE(waitUntil([this] { return title().contains("/out"); }, 20s));
         pasteEverywhere([this] { m_session.run(u"xdotool"_s, {u"key"_s, u"ctrl+s"_s}); });
     }
 
 private:
+    QByteArray title()
+    {
+        return m_session.run(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowname"_s});
+    }
+
     XSession m_session;
     XClient m_client{m_session.display()};
     X11Desktop m_desktop{m_session.display().toStdString()};
