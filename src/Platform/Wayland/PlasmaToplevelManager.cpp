@@ -8,7 +8,7 @@ namespace tessly {
 
 namespace {
 
-constexpr std::uint32_t version = 4;
+constexpr std::uint32_t version = 13;
 
 } // namespace
 
@@ -121,10 +121,10 @@ PlasmaToplevelManager::PlasmaToplevelManager(
     using Object = org_kde_plasma_window_management;
     static constexpr org_kde_plasma_window_management_listener listener = {
         .show_desktop_changed = [](void*, Object*, std::uint32_t) {},
-        .window = &PlasmaToplevelManager::appeared,
+        .window = [](void*, Object*, std::uint32_t) {},
         .stacking_order_changed = [](void*, Object*, wl_array*) {},
         .stacking_order_uuid_changed = [](void*, Object*, const char*) {},
-        .window_with_uuid = [](void*, Object*, std::uint32_t, const char*) {},
+        .window_with_uuid = &PlasmaToplevelManager::appeared,
         .stacking_order_changed_2 = [](void*, Object*) {}};
     org_kde_plasma_window_management_add_listener(object, &listener, this);
 }
@@ -136,11 +136,11 @@ PlasmaToplevelManager::~PlasmaToplevelManager()
 }
 
 void PlasmaToplevelManager::appeared(
-    void* data, org_kde_plasma_window_management* object, std::uint32_t id)
+    void* data, org_kde_plasma_window_management* object, std::uint32_t, const char* uuid)
 {
     auto& self = *static_cast<PlasmaToplevelManager*>(data);
-    self.m_handles.push_back(
-        std::make_unique<Handle>(self, org_kde_plasma_window_management_get_window(object, id)));
+    self.m_handles.push_back(std::make_unique<Handle>(
+        self, org_kde_plasma_window_management_get_window_by_uuid(object, uuid)));
 }
 
 void PlasmaToplevelManager::closed(Handle* handle)
