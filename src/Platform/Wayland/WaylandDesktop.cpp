@@ -165,6 +165,11 @@ std::optional<KeyStrokes> WaylandDesktop::strokes(PasteChord chord) const
     return m_connection->keyboard().strokes(chord);
 }
 
+QByteArray WaylandDesktop::symbolWithShift(std::uint32_t key) const
+{
+    return m_connection->keyboard().symbolWithShift(key);
+}
+
 QFuture<KeySender::Sending> WaylandDesktop::press(
     WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
     KeySender::IsThere isThere)

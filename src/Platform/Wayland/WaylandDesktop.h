@@ -73,6 +73,9 @@ public:
     /// none if there are no keys that mean the same whatever layout is in effect. An American
     /// keyboard's where none is known. A read of memory.
     [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
+    /// XKB's name ("exclam") of what a key of the upper row types with Shift in the first layout of
+    /// the user's keyboard; empty for other keys. A read of memory.
+    [[nodiscard]] QByteArray symbolWithShift(std::uint32_t key) const;
 
     /// Presses and releases the keys of a chord, if the compositor says in time that this window is
     /// in front (null: that no window is, as far as it tells of any), and if `isThere` says then

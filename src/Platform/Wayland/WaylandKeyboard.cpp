@@ -94,35 +94,34 @@ void WaylandKeyboard::setKeymap(const QByteArray& text)
     } else {
         return;
     }
-    publishStrokes();
+    publishKeymap();
 }
 
-void WaylandKeyboard::publishStrokes()
+void WaylandKeyboard::publishKeymap()
 {
     const auto* const keymap = m_told.empty() ? american() : &m_told.front().keymap;
-    std::map<PasteChord, KeyStrokes> all;
-    for (const auto chord :
-         {PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert}) {
-        if (const auto strokes = keymap != nullptr ? keymap->strokes(chord) : std::nullopt) {
-            all.emplace(chord, *strokes);
-        }
-    }
+    auto published = keymap != nullptr ? std::optional(*keymap) : std::nullopt;
     const std::scoped_lock lock(m_mutex);
-    std::swap(m_strokes, all);
+    std::swap(m_published, published);
 }
 
 std::optional<KeyStrokes> WaylandKeyboard::strokes(PasteChord chord) const
 {
     const std::scoped_lock lock(m_mutex);
-    const auto found = m_strokes.find(chord);
-    return found != m_strokes.end() ? std::optional(found->second) : std::nullopt;
+    return m_published ? m_published->strokes(chord) : std::nullopt;
+}
+
+QByteArray WaylandKeyboard::symbolWithShift(std::uint32_t key) const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_published ? m_published->symbolWithShift(key) : QByteArray();
 }
 
 void WaylandKeyboard::start()
 {
     m_isStarted = true;
     if (m_told.empty()) {
-        publishStrokes();
+        publishKeymap();
     }
     makeVirtualKeyboard();
 }

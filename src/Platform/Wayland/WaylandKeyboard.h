@@ -49,6 +49,8 @@ public:
     [[nodiscard]] bool has(Way way) const;
     /// As WaylandKeymap's, of the user's key map; an American one's where none is told. Any thread.
     [[nodiscard]] std::optional<KeyStrokes> strokes(PasteChord chord) const;
+    /// As WaylandKeymap's, of the same key map. Any thread.
+    [[nodiscard]] QByteArray symbolWithShift(std::uint32_t key) const;
 
     /// The seat there is now; null if there is none.
     void setSeat(wl_seat* seat);
@@ -81,7 +83,7 @@ private:
     /// The user's key map if all chords can be made on it, else an American one.
     [[nodiscard]] const WaylandKeymap* usableKeymap();
     [[nodiscard]] const WaylandKeymap* american();
-    void publishStrokes();
+    void publishKeymap();
 
     WaylandEventLoop& m_loop;
     std::unique_ptr<zwp_virtual_keyboard_manager_v1, Deleter> m_virtualKeyboards;
@@ -94,7 +96,8 @@ private:
     std::optional<WaylandKeymap> m_american;
     bool m_isStarted = false;
     mutable std::mutex m_mutex;
-    std::map<PasteChord, KeyStrokes> m_strokes;
+    /// The one told last, or the American one; none before the start, or where there is neither.
+    std::optional<WaylandKeymap> m_published;
 };
 
 } // namespace tessly

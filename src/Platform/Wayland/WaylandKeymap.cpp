@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <linux/input-event-codes.h>
 #include <memory>
 #include <ranges>
 #include <xkbcommon/xkbcommon.h>
@@ -61,6 +62,14 @@ bool meansTheSameInAllLayouts(xkb_keymap* keymap, const PasteKeys& keys)
         }
     }
     return true;
+}
+
+QByteArray symbolName(xkb_keysym_t symbol)
+{
+    // The longest that there are have 27 characters.
+    std::array<char, 64> name{};
+    const int length = xkb_keysym_get_name(symbol, name.data(), name.size());
+    return symbol == XKB_KEY_NoSymbol || length < 0 ? QByteArray() : QByteArray(name.data());
 }
 
 KeyStrokes strokesOf(const WaylandKeymap::Steps& steps)
@@ -155,6 +164,21 @@ WaylandKeymap::WaylandKeymap(xkb_keymap* keymap)
             }
         }
     }
+    findSymbolsWithShift(keymap);
+}
+
+void WaylandKeymap::findSymbolsWithShift(xkb_keymap* keymap)
+{
+    const Owned<xkb_state> state(xkb_state_new(keymap));
+    const auto shift = xkb_keymap_mod_get_index(keymap, XKB_MOD_NAME_SHIFT);
+    if (!state || shift == XKB_MOD_INVALID) {
+        return;
+    }
+    xkb_state_update_mask(state.get(), xkb_mod_mask_t{1} << shift, 0, 0, 0, 0, 0);
+    for (std::uint32_t key = KEY_1; key <= KEY_0; ++key) {
+        m_symbolsWithShift.at(key - KEY_1) =
+            symbolName(xkb_state_key_get_one_sym(state.get(), key + firstXkbKey));
+    }
 }
 
 std::optional<WaylandKeymap> WaylandKeymap::fromText(const QByteArray& text)
@@ -189,6 +213,11 @@ const WaylandKeymap::Steps& WaylandKeymap::steps(PasteChord chord) const
 const std::optional<KeyStrokes>& WaylandKeymap::strokes(PasteChord chord) const
 {
     return m_strokes.at(static_cast<std::size_t>(chord));
+}
+
+QByteArray WaylandKeymap::symbolWithShift(std::uint32_t key) const
+{
+    return key >= KEY_1 && key <= KEY_0 ? m_symbolsWithShift.at(key - KEY_1) : QByteArray();
 }
 
 bool WaylandKeymap::canMakeAll() const

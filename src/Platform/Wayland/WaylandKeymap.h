@@ -56,16 +56,22 @@ public:
     /// or another one has another character on its key, which with Ctrl is another command; or a
     /// modifier would have to be locked.
     [[nodiscard]] const std::optional<KeyStrokes>& strokes(PasteChord chord) const;
+    /// XKB's name ("exclam") of what a key of the upper row types with Shift in the first layout;
+    /// empty for other keys. `key` as in linux/input-event-codes.h.
+    [[nodiscard]] QByteArray symbolWithShift(std::uint32_t key) const;
     /// Whether it can make them all by `steps`.
     [[nodiscard]] bool canMakeAll() const;
 
 private:
     explicit WaylandKeymap(xkb_keymap* keymap);
+    void findSymbolsWithShift(xkb_keymap* keymap);
 
     QByteArray m_text;
     /// By the chord's number.
     std::array<Steps, 3> m_steps;
     std::array<std::optional<KeyStrokes>, 3> m_strokes;
+    /// From KEY_1 to KEY_0.
+    std::array<QByteArray, 10> m_symbolsWithShift;
 };
 
 } // namespace tessly

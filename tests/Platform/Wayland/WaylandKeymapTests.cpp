@@ -70,6 +70,37 @@ Steps controlV(std::uint32_t key, std::uint32_t group)
         set(0)};
 }
 
+std::vector<QByteArray> upperRowWithShift(const char* layout)
+{
+    const auto of = keymap(layout);
+    std::vector<QByteArray> symbols;
+    for (std::uint32_t key = KEY_1; key <= KEY_0; ++key) {
+        symbols.push_back(of.symbolWithShift(key));
+    }
+    return symbols;
+}
+
+TEST(WaylandKeymapTest, tellsWhatTheUpperRowTypesWithShift)
+{
+    EXPECT_THAT(
+        upperRowWithShift("us"),
+        ElementsAre(
+            "exclam", "at", "numbersign", "dollar", "percent", "asciicircum", "ampersand",
+            "asterisk", "parenleft", "parenright"));
+    EXPECT_THAT(
+        upperRowWithShift("de"), ElementsAre(
+                                     "exclam", "quotedbl", "section", "dollar", "percent",
+                                     "ampersand", "slash", "parenleft", "parenright", "equal"));
+    EXPECT_THAT(
+        upperRowWithShift("fr"), ElementsAre("1", "2", "3", "4", "5", "6", "7", "8", "9", "0"));
+    EXPECT_THAT(
+        upperRowWithShift("ru,us"),
+        ElementsAre(
+            "exclam", "quotedbl", "numerosign", "semicolon", "percent", "colon", "question",
+            "asterisk", "parenleft", "parenright"));
+    EXPECT_THAT(keymap("us").symbolWithShift(KEY_A), QByteArray());
+}
+
 TEST(WaylandKeymapTest, makesEveryChordOnAnAmericanKeyboard)
 {
     const auto us = WaylandKeymap::american().value();
