@@ -178,6 +178,7 @@ void AppDelegate::applicationDidFinishLaunching()
     makeQuickPasteController();
     m_model->hotKeyConfigurationDidChange = [self = QPointer(this)] {
         if (self) {
+            self->m_platform->hotKeys().forgetRefusal();
             setupHotKeys(self);
         }
     };

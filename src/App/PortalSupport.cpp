@@ -22,13 +22,20 @@ std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile()
         std::make_unique<ThreadExecutor>("tessly-token"));
 }
 
+std::unique_ptr<RestoreTokenFile> makeHotKeyRefusalFile()
+{
+    return std::make_unique<RestoreTokenFile>(
+        AppPaths::applicationSupportDirectory() + u"/hot-keys-refused"_s,
+        std::make_unique<ThreadExecutor>("tessly-refusal"));
+}
+
 QStringList portalProtocols(const PortalKeySender* sender, const PortalHotKeyCenter& hotKeys)
 {
     QStringList protocols;
     if (sender != nullptr && sender->isAvailable()) {
         protocols.append(u"org.freedesktop.portal.RemoteDesktop"_s);
     }
-    if (hotKeys.isAvailable()) {
+    if (hotKeys.hasPortal()) {
         protocols.append(u"org.freedesktop.portal.GlobalShortcuts"_s);
     }
     return protocols;

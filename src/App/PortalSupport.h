@@ -17,6 +17,9 @@ class RestoreTokenFile;
 /// Where the leave to press keys is kept, in the data folder.
 [[nodiscard]] std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile();
 
+/// Where it is kept, in the data folder, that the user refused hot keys.
+[[nodiscard]] std::unique_ptr<RestoreTokenFile> makeHotKeyRefusalFile();
+
 /// The portal's interfaces that are there. `sender` may be null.
 [[nodiscard]] QStringList
 portalProtocols(const PortalKeySender* sender, const PortalHotKeyCenter& hotKeys);

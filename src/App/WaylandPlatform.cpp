@@ -8,17 +8,40 @@
 #include "RestoreTokenFile.h"
 #include "StatusItems.h"
 #include "UnnamedWorkspace.h"
+#include "WaylandDesktop.h"
 #include "WaylandKeySender.h"
 #include "WaylandPasteboard.h"
 #include "WaylandWorkspace.h"
 
+using namespace Qt::StringLiterals;
+
 namespace tessly {
+
+namespace {
+
+/// Portals have their backend chosen by the names in $XDG_CURRENT_DESKTOP.
+PortalHotKeyCenter::Trigger hotKeyTrigger(const WaylandDesktop& desktop)
+{
+    const auto names = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
+    if (!names.contains(u"KDE"_s, Qt::CaseInsensitive)) {
+        return portalTrigger;
+    }
+    return [&desktop](quint32 keyCode, quint32 modifiers) {
+        return kdeTrigger(keyCode, modifiers, [&desktop](std::uint32_t key) {
+            return desktop.symbolWithShift(key);
+        });
+    };
+}
+
+} // namespace
 
 WaylandPlatform::WaylandPlatform(
     const DesktopChoice& choice, Clock& clock, const std::function<void()>& connectionLost)
     : FreedesktopPlatform(choice)
     , m_portal(connectPortal, clock)
-    , m_hotKeys(m_portal, clock, directPasteShortcut)
+    , m_hotKeys(
+          m_portal, clock, directPasteShortcut,
+          {.trigger = hotKeyTrigger(m_desktop), .refusal = makeHotKeyRefusalFile()})
     , m_statusItem(makeBusStatusItem())
 {
     makePasteboard(choice, connectionLost);

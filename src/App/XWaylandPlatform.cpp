@@ -17,7 +17,7 @@ XWaylandPlatform::XWaylandPlatform(
           m_portal, makeRestoreTokenFile(),
           [this](PasteChord chord) { return m_compositor.strokes(chord); })
     , m_keys(m_sender, PasteClipboard::of(m_pasteboard))
-    , m_hotKeys(m_portal, clock, directPasteShortcut)
+    , m_hotKeys(m_portal, clock, directPasteShortcut, {.refusal = makeHotKeyRefusalFile()})
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {
     m_pasteboard.setConnectionLost(std::move(connectionLost));

@@ -89,6 +89,8 @@ public:
     /// calls.
     [[nodiscard]] virtual Registration
     registerKey(quint32 keyCode, quint32 modifiers, KeyID key) = 0;
+    /// The user has just asked for keys: a refusal that is remembered from before counts no longer.
+    virtual void forgetRefusal() {}
     /// Gives a key up, also one whose registration has not been answered.
     virtual Status unregisterKey(Reference key) = 0;
 };

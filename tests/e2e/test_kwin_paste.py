@@ -75,7 +75,7 @@ class Refused(Expecting, WaylandCase):
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
         self.expect_refusal(FAILED, NOT_ALLOWED, "paste", "1")
         wait_until(lambda: self.status()["paste"], "pasting is allowed")
-        portal.press("paste-2")
+        portal.press("paste-02")
         wait_until(lambda: self.clipboard.read() == b"older", "the entry is on the clipboard")
         portal.wait_for_keys(4)
 

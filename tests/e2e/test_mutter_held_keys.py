@@ -27,9 +27,9 @@ class HeldKeys(Expecting, WaylandCase):
 
     def test_a_hot_key_pastes_when_it_and_its_modifiers_are_up(self):
         with self.keyboard.held("Alt", "Shift"):
-            self.portal.hold("paste-2")
+            self.portal.hold("paste-02")
             self.assertTrue(holds_for(0.3, lambda: not self.portal.keys()))
-        self.portal.let_go("paste-2")
+        self.portal.let_go("paste-02")
         self.editor.wait_for_text("needle one")
 
 

@@ -86,7 +86,7 @@ class Pasting(Expecting, WaylandCase):
         editor = SeenEditor(self.desktop).start()
         self.allow()
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
-        self.portal.press("paste-2")
+        self.portal.press("paste-02")
         editor.wait_for_text("needle one")
 
     def test_the_user_is_not_asked_a_second_time(self):

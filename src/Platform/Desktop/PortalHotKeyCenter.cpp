@@ -23,6 +23,7 @@ Q_LOGGING_CATEGORY(lcHotKeys, "com.brackmoor.tessly.PortalHotKeyCenter")
 const QString interface = u"org.freedesktop.portal.GlobalShortcuts"_s;
 const QString activated = u"Activated"_s;
 const QString deactivated = u"Deactivated"_s;
+const QString shortcutsChanged = u"ShortcutsChanged"_s;
 
 /// Some desktops tell of a held key again and again, and not all tell of its release: a key that
 /// was not heard of for longer than keyboards take to repeat has been let go.
@@ -44,37 +45,82 @@ QCoro::Task<Status> answered(QFuture<Status> answer)
     co_return co_await answer;
 }
 
-/// The ids of the shortcuts that an answer lists.
-QStringList idsIn(const QVariant& list)
+/// The shortcuts that an answer or a signal lists.
+QList<PortalShortcut> shortcutsIn(const QVariant& list)
 {
     const auto argument = list.value<QDBusArgument>();
-    if (argument.currentSignature() != "a(sa{sv})"_L1) {
-        return {};
-    }
-    QStringList ids;
-    for (const PortalShortcut& shortcut : qdbus_cast<QList<PortalShortcut>>(argument)) {
-        ids << shortcut.id;
-    }
-    return ids;
+    return argument.currentSignature() == "a(sa{sv})"_L1
+               ? qdbus_cast<QList<PortalShortcut>>(argument)
+               : QList<PortalShortcut>();
+}
+
+/// Desktops describe the keys of a shortcut to people. KDE has nothing to describe where the keys
+/// are another program's, or the user took them away; a description that lacks says nothing.
+bool hasKeys(const PortalShortcut& shortcut)
+{
+    const QVariant keys = shortcut.properties.value(u"trigger_description"_s);
+    return !keys.isValid() || !keys.toString().isEmpty();
 }
 
 } // namespace
 
 PortalHotKeyCenter::PortalHotKeyCenter(DesktopPortal& portal, Clock& clock, Describe describe)
+    : PortalHotKeyCenter(portal, clock, std::move(describe), Options())
+{
+}
+
+PortalHotKeyCenter::PortalHotKeyCenter(
+    DesktopPortal& portal, Clock& clock, Describe describe, Options options)
     : m_portal(portal)
     , m_clock(clock)
     , m_describe(std::move(describe))
+    , m_options(std::move(options))
+    , m_consent(m_options.refusal ? Consent::unread : Consent::open)
 {
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
     connect(&m_portal, &DesktopPortal::received, this, &PortalHotKeyCenter::received);
     m_portal.listen(interface, activated);
     m_portal.listen(interface, deactivated);
+    m_portal.listen(interface, shortcutsChanged);
     connect(&m_portal, &DesktopPortal::stateChanged, this, &PortalHotKeyCenter::portalChanged);
     portalChanged();
+    if (m_options.refusal) {
+        readRefusal(this);
+    }
 }
 
 PortalHotKeyCenter::~PortalHotKeyCenter() = default;
+
+bool PortalHotKeyCenter::isAvailable() const
+{
+    if (!m_isAvailable || m_isRefused) {
+        return false;
+    }
+    return m_keys.empty() ||
+           (m_held && std::ranges::any_of(*m_held, &std::pair<const QString, bool>::second));
+}
+
+QCoro::Task<> PortalHotKeyCenter::readRefusal(QPointer<PortalHotKeyCenter> self)
+{
+    const QFuture<QString> read = self->m_options.refusal->read();
+    const QString text = co_await read;
+    if (self && self->m_consent == Consent::unread) {
+        self->m_consent = text.isEmpty() ? Consent::open : Consent::refused;
+        self->bind();
+    }
+}
+
+void PortalHotKeyCenter::forgetRefusal()
+{
+    if (m_consent == Consent::open) {
+        return;
+    }
+    m_consent = Consent::open;
+    m_isRefused = false;
+    m_options.refusal->write({});
+    bindLater();
+}
 
 void PortalHotKeyCenter::portalChanged()
 {
@@ -153,7 +199,7 @@ PortalHotKeyCenter::registerKey(quint32 keyCode, quint32 modifiers, KeyID key)
     const Reference reference = m_nextReference++;
     const LoopAnswer<Status> answer(unavailable);
     Registration registration = {.key = reference, .status = answered(answer.future())};
-    const auto trigger = portalTrigger(keyCode, modifiers);
+    const auto trigger = m_options.trigger(keyCode, modifiers);
     if (!trigger) {
         answer(invalid);
         return registration;
@@ -203,7 +249,16 @@ void PortalHotKeyCenter::bindLater()
 /// Has the portal hold the keys that are registered, and no others.
 void PortalHotKeyCenter::bind()
 {
-    if (!m_isAvailable) {
+    if (!m_isAvailable || m_consent == Consent::unread) {
+        return;
+    }
+    if (m_consent == Consent::refused) {
+        if (!m_keys.empty() && !std::exchange(m_hasToldRefusal, true)) {
+            qCInfo(
+                lcHotKeys, "Hot keys were refused before; they are asked for again once they are "
+                           "switched on in the settings");
+        }
+        m_isRefused = true;
         return;
     }
     QList<PortalShortcut> wanted;
@@ -260,8 +315,26 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
     }
     self->m_untilNextTry = firstTryAgain;
     self->m_isRefused = false;
-    self->m_held = idsIn(response.results.value(u"shortcuts"_s));
+    self->m_held.emplace();
+    self->learnKeys(response.results.value(u"shortcuts"_s));
     self->settle();
+}
+
+/// Of all that the session holds, or of some of it.
+void PortalHotKeyCenter::learnKeys(const QVariant& shortcuts)
+{
+    QStringList withoutKeys;
+    for (const PortalShortcut& shortcut : shortcutsIn(shortcuts)) {
+        m_held->insert_or_assign(shortcut.id, hasKeys(shortcut));
+        if (!hasKeys(shortcut)) {
+            withoutKeys << shortcut.id;
+        }
+    }
+    if (!withoutKeys.isEmpty()) {
+        // They stay ours: the user can give them keys in the desktop's settings at any time.
+        qCWarning(lcHotKeys).noquote()
+            << "The desktop has given no keys to" << withoutKeys.join(u", "_s);
+    }
 }
 
 /// Answers by what the session holds, once that is known.
@@ -291,6 +364,10 @@ void PortalHotKeyCenter::end(DesktopPortal::Outcome outcome)
         tryAgainLater([this] { bind(); });
         return;
     }
+    if (outcome == DesktopPortal::Outcome::cancelled && m_options.refusal) {
+        m_consent = Consent::refused;
+        m_options.refusal->write(u"refused"_s);
+    }
     if (!std::exchange(m_hasToldRefusal, true)) {
         qCWarning(lcHotKeys, "The desktop gave no leave for hot keys; none are held");
     }
@@ -307,6 +384,10 @@ void PortalHotKeyCenter::received(const QDBusMessage& signal)
     const bool isOurs = signal.interface() == interface && m_session && m_held &&
                         arguments.value(0).value<QDBusObjectPath>().path() == m_session->path();
     if (!isOurs) {
+        return;
+    }
+    if (signal.member() == shortcutsChanged) {
+        learnKeys(arguments.value(1));
         return;
     }
     const QString shortcut = arguments.value(1).toString();

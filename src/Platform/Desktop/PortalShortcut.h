@@ -2,11 +2,14 @@
 
 #include "HotKeyCenter.h"
 
+#include <QByteArray>
 #include <QDBusArgument>
 #include <QList>
 #include <QString>
 #include <QVariantMap>
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 
 namespace tessly {
@@ -29,7 +32,17 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShortcut& v
 /// HotKeyCenter has no such key or modifier.
 [[nodiscard]] std::optional<QString> portalTrigger(quint32 keyCode, quint32 modifiers);
 
-/// What the program's keys are called: "paste-3", "Paste entry 3", for the key with the id 3.
+/// XKB's name of what a key types with Shift, empty where it is not known. `key` as in
+/// linux/input-event-codes.h.
+using SymbolWithShift = std::function<QByteArray(std::uint32_t key)>;
+
+/// The same for KDE, which compares a shortcut with what the key types, Shift left out where typing
+/// it took Shift: on an American keyboard Alt+Shift+1 is "ALT+exclam" there and nothing else is, on
+/// a French one "ALT+1".
+[[nodiscard]] std::optional<QString>
+kdeTrigger(quint32 keyCode, quint32 modifiers, const SymbolWithShift& symbolWithShift);
+
+/// What the program's keys are called: "paste-03", "Paste entry 3", for the key with the id 3.
 [[nodiscard]] PortalShortcut directPasteShortcut(HotKeyCenter::KeyID key);
 
 } // namespace tessly

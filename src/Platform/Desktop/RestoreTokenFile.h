@@ -9,8 +9,9 @@
 
 namespace tessly {
 
-/// Where the portal's leave to press keys is kept from one start of the program to the next: a file
-/// that only its owner can read, from its first byte, and that holds one token or another whole.
+/// Where what the portal or its user has answered is kept from one start of the program to the
+/// next, such as the token for pressing keys: a file that only its owner can read, from its first
+/// byte, and that holds one token or another whole.
 ///
 /// Files are read and written by the executor; failures are logged, without the token. Main thread
 /// only.

@@ -240,7 +240,10 @@ void MockPortal::bindShortcuts(const QDBusMessage& message, const QVariantMap& o
                 m_sessions[path].shortcuts.insert(shortcut.id, trigger(shortcut));
                 bound << PortalShortcut{
                     .id = shortcut.id,
-                    .properties = {{u"trigger_description"_s, trigger(shortcut)}}};
+                    .properties = {
+                        {u"trigger_description"_s, keylessTriggers.contains(trigger(shortcut))
+                                                       ? QString()
+                                                       : trigger(shortcut)}}};
             }
         }
         return QVariantMap{{u"shortcuts"_s, QVariant::fromValue(bound)}};
@@ -378,6 +381,20 @@ void MockPortal::pressShortcut(const QString& id)
 void MockPortal::releaseShortcut(const QString& id)
 {
     sendShortcutSignal(u"Deactivated"_s, id);
+}
+
+void MockPortal::changeKeys(const QString& id, const QString& description)
+{
+    for (const auto& [path, session] : m_sessions.asKeyValueRange()) {
+        if (session.shortcuts.contains(id)) {
+            auto signal = QDBusMessage::createTargetedSignal(
+                session.owner, portalPath, common + u"GlobalShortcuts"_s, u"ShortcutsChanged"_s);
+            const QList<PortalShortcut> changed = {
+                {.id = id, .properties = {{u"trigger_description"_s, description}}}};
+            signal << QVariant::fromValue(QDBusObjectPath(path)) << QVariant::fromValue(changed);
+            m_bus.send(signal);
+        }
+    }
 }
 
 void MockPortal::sendShortcutSignal(const QString& name, const QString& id)

@@ -75,6 +75,8 @@ public:
     bool givesTokens = true;
     /// Keys, as triggers, that other programs hold.
     QSet<QString> takenTriggers = {};
+    /// Keys, as triggers, that are bound to nothing, though their shortcuts are held.
+    QSet<QString> keylessTriggers = {};
 
     // What it and its user do.
 
@@ -90,6 +92,8 @@ public:
     void press(const QString& trigger);
     void pressShortcut(const QString& id);
     void releaseShortcut(const QString& id);
+    /// The user gives a shortcut other keys in the desktop's settings, or none.
+    void changeKeys(const QString& id, const QString& description);
 
     // What programs did.
 

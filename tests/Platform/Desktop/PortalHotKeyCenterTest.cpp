@@ -2,9 +2,12 @@
 
 #include "LogCapture.h"
 #include "PortalWorld.h"
+#include "ThreadExecutor.h"
 #include "contract/HotKeyCenterContract.h"
 
 #include <gmock/gmock.h>
+
+#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -75,10 +78,11 @@ protected:
     PortalHotKeyCenterTest() { startMock(); }
     ~PortalHotKeyCenterTest() override { m_center.reset(); }
 
-    void startCenter()
+    void startCenter(PortalHotKeyCenter::Options options = {})
     {
         openPortal();
-        m_center = std::make_unique<PortalHotKeyCenter>(*m_portal, m_clock, directPasteShortcut);
+        m_center = std::make_unique<PortalHotKeyCenter>(
+            *m_portal, m_clock, directPasteShortcut, std::move(options));
         const auto installed = m_center->installHandler([this](const HotKeyCenter::Press& press) {
             m_heard.push_back(press.key.id);
             return HotKeyCenter::done;
@@ -130,6 +134,16 @@ protected:
         return asked;
     }
 
+    /// Another run of the program, which remembers what the user refused in those before.
+    void startRun()
+    {
+        m_center.reset();
+        startCenter(
+            {.refusal = std::make_unique<RestoreTokenFile>(
+                 m_folder.filePath(u"refused"_s), std::make_unique<ThreadExecutor>("test"))});
+    }
+
+    QTemporaryDir m_folder;
     std::unique_ptr<PortalHotKeyCenter> m_center;
     std::vector<quint32> m_heard;
 };
@@ -138,7 +152,7 @@ TEST_F(PortalHotKeyCenterTest, KeysOfOneTurnAreAskedForTogetherAndByName)
 {
     startHolding();
     EXPECT_TRUE(m_center->isAvailable());
-    ASSERT_THAT(asked(), ElementsAre(QStringList{u"paste-1"_s, u"paste-2"_s, u"paste-3"_s}));
+    ASSERT_THAT(asked(), ElementsAre(QStringList{u"paste-01"_s, u"paste-02"_s, u"paste-03"_s}));
     const auto shortcuts = qdbus_cast<QList<PortalShortcut>>(
         mock().calls(bindShortcuts)[0].arguments.value(1).value<QDBusArgument>());
     EXPECT_EQ(shortcuts[2].properties.value(u"description"_s), u"Paste entry 3"_s);
@@ -166,6 +180,83 @@ TEST_F(PortalHotKeyCenterTest, KeysThatTheAnswerLacksAreTaken)
     EXPECT_TRUE(waitUntil([this] { return !m_heard.empty(); }));
     EXPECT_THAT(m_heard, ElementsAre(3));
     EXPECT_THAT(asked(), SizeIs(1)) << "what is left is held already";
+}
+
+TEST_F(PortalHotKeyCenterTest, ADesktopMayTakeTheKeysByOtherNames)
+{
+    startCenter({.trigger = [](quint32 keyCode, quint32) { return u"key %1"_s.arg(keyCode); }});
+    auto first = registerKey(1);
+    ASSERT_EQ(await(std::move(first.status)), HotKeyCenter::done);
+    EXPECT_THAT(mock().held(), ElementsAre(u"key 18"_s));
+}
+
+TEST_F(PortalHotKeyCenterTest, ItIsNotAvailableBeforeTheUserHasAgreed)
+{
+    mock().user = User::takesTime;
+    startCenter();
+    const auto keys = registerAll();
+    ASSERT_TRUE(waitUntil([this] { return mock().openQuestions() == 1; }));
+    settle();
+    EXPECT_TRUE(m_center->hasPortal());
+    EXPECT_FALSE(m_center->isAvailable());
+    mock().answer(User::grants);
+    EXPECT_TRUE(waitUntil([this] { return m_center->isAvailable(); }));
+}
+
+TEST_F(PortalHotKeyCenterTest, ItIsAvailableAsSoonAsOneShortcutHasKeys)
+{
+    const LogCapture log;
+    mock().keylessTriggers = {u"ALT+SHIFT+1"_s, u"ALT+SHIFT+2"_s, u"ALT+SHIFT+3"_s};
+    startHolding();
+    EXPECT_FALSE(m_center->isAvailable());
+    ASSERT_THAT(log.lines(category), SizeIs(1));
+    EXPECT_TRUE(log.lines(category)[0].text.contains(u"paste-01, paste-02, paste-03"_s));
+    mock().changeKeys(u"paste-02"_s, u"Alt+F2"_s);
+    EXPECT_TRUE(waitUntil([this] { return m_center->isAvailable(); }));
+    mock().pressShortcut(u"paste-02"_s);
+    EXPECT_TRUE(waitUntil([this] { return !m_heard.empty(); }));
+    EXPECT_THAT(m_heard, ElementsAre(2));
+    mock().changeKeys(u"paste-02"_s, {});
+    EXPECT_TRUE(waitUntil([this] { return !m_center->isAvailable(); }));
+}
+
+TEST_F(PortalHotKeyCenterTest, WhatTheUserRefusedIsNotAskedForInLaterRuns)
+{
+    mock().user = User::cancels;
+    startRun();
+    EXPECT_THAT(
+        statuses(registerAll()),
+        ElementsAre(
+            HotKeyCenter::unavailable, HotKeyCenter::unavailable, HotKeyCenter::unavailable));
+    mock().user = User::grants;
+
+    const LogCapture log;
+    startRun();
+    auto keys = registerAll();
+    ASSERT_TRUE(waitUntil([&] { return !log.lines(category).empty(); }));
+    settle();
+    EXPECT_THAT(asked(), SizeIs(1));
+    EXPECT_FALSE(m_center->isAvailable());
+    EXPECT_FALSE(keys[0].status.isReady()) << "nobody else holds them";
+
+    m_center->forgetRefusal();
+    EXPECT_THAT(
+        statuses(std::move(keys)),
+        ElementsAre(HotKeyCenter::done, HotKeyCenter::done, HotKeyCenter::done));
+    EXPECT_TRUE(m_center->isAvailable());
+
+    startRun();
+    EXPECT_EQ(statuses(registerAll())[0], HotKeyCenter::done);
+}
+
+TEST_F(PortalHotKeyCenterTest, WhatTheDesktopDidNotLetTheUserSeeIsAskedForAgain)
+{
+    mock().user = User::isOverruled;
+    startRun();
+    EXPECT_EQ(statuses(registerAll())[0], HotKeyCenter::unavailable);
+    mock().user = User::grants;
+    startRun();
+    EXPECT_EQ(statuses(registerAll())[0], HotKeyCenter::done);
 }
 
 class PortalHotKeyCenterRefusalTest : public PortalHotKeyCenterTest,
@@ -213,7 +304,8 @@ TEST_F(PortalHotKeyCenterTest, AnotherSetIsAskedForInAnotherSession)
     auto second = registerKey(2);
     ASSERT_EQ(await(std::move(second.status)), HotKeyCenter::done);
     EXPECT_THAT(
-        asked(), ElementsAre(QStringList{u"paste-1"_s}, QStringList{u"paste-1"_s, u"paste-2"_s}));
+        asked(),
+        ElementsAre(QStringList{u"paste-01"_s}, QStringList{u"paste-01"_s, u"paste-02"_s}));
     EXPECT_EQ(mock().sessions(), 1);
     EXPECT_EQ(m_center->unregisterKey(first.key), HotKeyCenter::done);
     settle();
@@ -281,13 +373,13 @@ TEST_F(PortalHotKeyCenterTest, AKeyThatIsHeldIsHeardOnce)
 {
     startHolding();
     for (int time = 0; time < 3; ++time) {
-        mock().pressShortcut(u"paste-1"_s);
+        mock().pressShortcut(u"paste-01"_s);
         settle();
         m_clock.advance(500ms);
     }
     EXPECT_THAT(m_heard, ElementsAre(1));
-    mock().releaseShortcut(u"paste-1"_s);
-    mock().pressShortcut(u"paste-1"_s);
+    mock().releaseShortcut(u"paste-01"_s);
+    mock().pressShortcut(u"paste-01"_s);
     settle();
     EXPECT_THAT(m_heard, ElementsAre(1, 1));
 }
@@ -295,12 +387,12 @@ TEST_F(PortalHotKeyCenterTest, AKeyThatIsHeldIsHeardOnce)
 TEST_F(PortalHotKeyCenterTest, WhereReleasesAreNotToldKeysAreHeardAgainAllTheSame)
 {
     startHolding();
-    mock().pressShortcut(u"paste-1"_s);
+    mock().pressShortcut(u"paste-01"_s);
     settle();
     m_clock.advance(2s);
-    mock().pressShortcut(u"paste-1"_s);
+    mock().pressShortcut(u"paste-01"_s);
     settle();
-    mock().pressShortcut(u"paste-2"_s);
+    mock().pressShortcut(u"paste-02"_s);
     settle();
     EXPECT_THAT(m_heard, ElementsAre(1, 1, 2));
 }
@@ -309,24 +401,24 @@ TEST_F(PortalHotKeyCenterTest, KeysAreUpAMomentAfterTheLastIs)
 {
     startHolding();
     EXPECT_TRUE(m_center->keysUp().isFinished());
-    mock().pressShortcut(u"paste-1"_s);
-    mock().pressShortcut(u"paste-2"_s);
+    mock().pressShortcut(u"paste-01"_s);
+    mock().pressShortcut(u"paste-02"_s);
     settle();
     const QFuture<bool> up = m_center->keysUp();
-    mock().releaseShortcut(u"paste-1"_s);
+    mock().releaseShortcut(u"paste-01"_s);
     settle();
     m_clock.advance(300ms);
     EXPECT_FALSE(up.isFinished());
-    mock().releaseShortcut(u"paste-2"_s);
+    mock().releaseShortcut(u"paste-02"_s);
     settle();
     EXPECT_FALSE(up.isFinished());
     EXPECT_FALSE(m_center->keysUp().isFinished()) << "the modifiers are still down";
     m_clock.advance(200ms);
-    mock().pressShortcut(u"paste-3"_s);
+    mock().pressShortcut(u"paste-03"_s);
     settle();
     m_clock.advance(100ms);
     EXPECT_FALSE(up.isFinished()) << "so they are for another key";
-    mock().releaseShortcut(u"paste-3"_s);
+    mock().releaseShortcut(u"paste-03"_s);
     settle();
     m_clock.advance(250ms);
     ASSERT_TRUE(up.isFinished());
@@ -337,14 +429,14 @@ TEST_F(PortalHotKeyCenterTest, KeysAreUpAMomentAfterTheLastIs)
 TEST_F(PortalHotKeyCenterTest, KeysThatStayDownAreNotWaitedForForEver)
 {
     startHolding();
-    mock().pressShortcut(u"paste-1"_s);
+    mock().pressShortcut(u"paste-01"_s);
     settle();
     const QFuture<bool> up = m_center->keysUp();
     for (int time = 0; time < 3; ++time) {
         EXPECT_FALSE(up.isFinished());
         m_clock.advance(500ms);
         // It repeats.
-        mock().pressShortcut(u"paste-1"_s);
+        mock().pressShortcut(u"paste-01"_s);
         settle();
     }
     ASSERT_TRUE(up.isFinished());
@@ -363,7 +455,7 @@ TEST_F(PortalHotKeyCenterTest, AnotherProgramCannotPressAKey)
     auto forged = QDBusMessage::createSignal(
         path, u"org.freedesktop.portal.GlobalShortcuts"_s, u"Activated"_s);
     const auto call = mock().calls(bindShortcuts)[0];
-    forged << call.arguments[0] << u"paste-1"_s << qulonglong{1} << QVariantMap();
+    forged << call.arguments[0] << u"paste-01"_s << qulonglong{1} << QVariantMap();
     ASSERT_TRUE(stranger.send(forged));
     stranger.call(QDBusMessage::createMethodCall(
         u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,

@@ -12,7 +12,7 @@ granted; a test that needs a keyboard before opens one of its own.
 
 What the program saved, it may take up again: `tokens` gives those handed out, and a portal started
 with `tokens=[...]` accepts them without asking. The user presses a hot key with
-`press("paste-3")`; hot keys have no keys here, so their modifiers are held by the test's own
+`press("paste-03")`; hot keys have no keys here, so their modifiers are held by the test's own
 keyboard where that matters.
 """
 
