@@ -1,6 +1,5 @@
 """KWin: pasting from the panel and by command, into programs of two toolkits and a terminal."""
 
-import os
 import unittest
 
 import wayland_tests
@@ -30,8 +29,6 @@ class IntoQtEditor(wayland_tests.Into, WaylandCase):
     make = QtEditor
 
 
-ENTRY = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "packaging",
-                     "com.brackmoor.tessly.desktop")
 NOT_ALLOWED = ("Copied to the clipboard, but not pasted: Tessly is not allowed to press keys in other "
                "applications.")
 PROTOCOLS = {"org_kde_plasma_window_management", "org_kde_kwin_fake_input"}
@@ -39,10 +36,10 @@ CONTROL, V = 29, 47  # as the kernel counts keys
 
 
 class Trusted(Expecting, WaylandCase):
-    """Permissions are checked, and the desktop entry of the package asks for them."""
+    """Permissions are checked, and Tessly is installed as its package does it."""
 
     desktop_class = KWin
-    desktop_options = {"trusting": False, "entry": ENTRY}
+    desktop_options = {"trusting": False, "installed": True}
 
     def test_it_may_press_keys_and_see_what_is_in_front(self):
         status = self.status()

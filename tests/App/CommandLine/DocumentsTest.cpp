@@ -276,14 +276,20 @@ TEST(Documents, FishOffersCommandsAndTheirOptions)
 
 TEST(Documents, TheDesktopEntryIsValidAndItsActionsAreCommands)
 {
-    const QString path = QStringLiteral(TESSLY_PACKAGING "/com.brackmoor.tessly.desktop");
+    const QString path = QStringLiteral(TESSLY_DESKTOP_ENTRY);
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     int commands = 0;
     for (QByteArray line : file.readAll().split('\n')) {
-        if (line.startsWith("Exec=tessly ")) {
-            EXPECT_NE(findCommand(line.mid(12).toStdString()), nullptr) << line.toStdString();
-            ++commands;
+        if (line.startsWith("Exec=")) {
+            const QList<QByteArray> words = line.mid(5).split(' ');
+            // Desktops trust the program at this path, and no other.
+            EXPECT_TRUE(words[0].startsWith('/')) << line.toStdString();
+            EXPECT_TRUE(words[0].endsWith("/bin/tessly")) << line.toStdString();
+            if (words.size() > 1) {
+                EXPECT_NE(findCommand(words[1].toStdString()), nullptr) << line.toStdString();
+                ++commands;
+            }
         }
     }
     EXPECT_GT(commands, 0);

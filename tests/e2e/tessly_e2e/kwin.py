@@ -5,6 +5,7 @@ import shutil
 
 from .keyboard import Keyboard
 from .processes import read_log
+from .tessly import program as program_of_tests
 from .waiting import wait_until
 from .wayland_clipboard import WaylandClipboard
 from .wayland_session import Toplevel, Toplevels, WaylandSession
@@ -91,19 +92,19 @@ class PlasmaWindows(Toplevels):
 class KWin(WaylandSession):
     """`trusting=False` leaves the interfaces for task bars and for pressing keys to the programs
     that KWin trusts, since an installed desktop entry asks for that; the tests then have neither
-    keyboard nor windows. `entry` is the path of a desktop entry to be installed for Tessly.
+    keyboard nor windows. With `installed` Tessly is one of those, installed as its package does it.
     `keyboard` is what the settings of the desktop say of layouts: their names, variants, options."""
 
     name = "KDE"
 
-    def __init__(self, *, bus=True, size=(1280, 800), trusting=True, entry=None,
+    def __init__(self, *, bus=True, size=(1280, 800), trusting=True, installed=False,
                  keyboard=None):
         super().__init__(bus=bus)
         self.size = size
         self.tells_windows = trusting
         self.keyboard = self.windows = None
         self._installed = None
-        self._entry = entry
+        self._is_package = installed
         self._layouts = keyboard
 
     def _start_compositor(self):
@@ -125,8 +126,9 @@ class KWin(WaylandSession):
         if self._layouts is not None:
             with open(os.path.join(folder, "kxkbrc"), "w") as file:
                 file.write(_LAYOUTS.format(*self._layouts))
-        if self._entry is not None:
-            self._install_entry(os.path.join(folder, "data", "applications"))
+        if self._is_package:
+            self._install_package(program_of_tests())
+            environment["XDG_DATA_DIRS"] = self.path("usr", "share") + ":/usr/share"
         if self.tells_windows:
             environment["KWIN_WAYLAND_NO_PERMISSION_CHECKS"] = "1"
         self.compositor = self.start(
@@ -145,16 +147,10 @@ class KWin(WaylandSession):
             self.keyboard = FakeKeyboard(self.connect())
             self.pointer = FakePointer(self.connect())
 
-    def _install_entry(self, folder):
-        """As the package does, but for where the program is."""
-        os.makedirs(folder)
-        with open(self._entry) as file:
-            lines = file.read().splitlines()
-        with open(os.path.join(folder, os.path.basename(self._entry)), "w") as file:
-            for line in lines:
-                if line.startswith("Exec="):
-                    line = "Exec=" + self._install_path("tessly")
-                file.write(line + "\n")
+    def _install_package(self, program):
+        build = os.path.join(os.path.dirname(program), "..")
+        self.run(["cmake", "--install", build, "--strip", "--prefix", self.path("usr")])
+        self._installed = self.path("usr", "bin", "tessly")
 
     def _install_path(self, name):
         return self.path("bin", name)
