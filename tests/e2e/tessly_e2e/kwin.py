@@ -58,10 +58,8 @@ class PlasmaWindows(Toplevels):
         self._connection = connection
         self._windows = {}
         self._management = connection.bind("org_kde_plasma_window_management", 13)
-        self._management.on["window"] = lambda number: self._add(
-            number, self._management.get_window(number))
-        self._management.on["window_with_uuid"] = lambda number, _: self._add(
-            number, self._management.get_window(number))
+        self._management.on["window_with_uuid"] = lambda number, uuid: self._add(
+            number, self._management.get_window_by_uuid(uuid))
         connection.roundtrip()
 
     def _add(self, number, window):

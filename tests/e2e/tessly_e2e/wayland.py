@@ -66,7 +66,8 @@ INTERFACES = {
          "pointer_motion_absolute i i", "keyboard_key u u")),
 
     "org_kde_plasma_window_management": Interface(
-        ("show_desktop u", "get_window new:org_kde_plasma_window u"),
+        ("show_desktop u", "get_window new:org_kde_plasma_window u",
+         "get_window_by_uuid new:org_kde_plasma_window s"),
         ("show_desktop_changed u", "window u", "stacking_order_changed a",
          "stacking_order_uuid_changed s", "window_with_uuid u s")),
     "org_kde_plasma_window": Interface(
