@@ -29,6 +29,7 @@ constexpr std::array otherInterfaces = {
     "org_kde_plasma_window_management",
     "zwp_virtual_keyboard_manager_v1",
     "org_kde_kwin_fake_input",
+    "org_kde_kwin_keystate",
 };
 
 template <std::size_t count>

@@ -170,6 +170,11 @@ QByteArray WaylandDesktop::symbolWithShift(std::uint32_t key) const
     return m_connection->keyboard().symbolWithShift(key);
 }
 
+QFuture<bool> WaylandDesktop::modifiersUp()
+{
+    return m_connection->modifiersUp();
+}
+
 QFuture<KeySender::Sending> WaylandDesktop::press(
     WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
     KeySender::IsThere isThere)

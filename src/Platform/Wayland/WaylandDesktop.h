@@ -84,6 +84,10 @@ public:
         WaylandKeyboard::Way way, PasteChord chord, std::shared_ptr<const TrackedWindow> target,
         KeySender::IsThere isThere);
 
+    /// True once no modifier is held down any more, as far as the compositor tells of that; false
+    /// if it does not come to that in time.
+    [[nodiscard]] QFuture<bool> modifiersUp();
+
     /// Those of the connection that there is now.
     [[nodiscard]] std::shared_ptr<WaylandToplevels> toplevels() const;
     /// What was in front lately, on any connection.

@@ -19,8 +19,8 @@ struct Paste
     bool isOver = false;
 };
 
-/// Another one.
-struct CatchUp
+/// What is asked of the compositor, until it is known, or until it is too late.
+struct Question
 {
     LoopAnswer<bool> answer;
 };
@@ -76,6 +76,7 @@ void WaylandDesktopConnection::startLater(std::function<void()> ready, std::func
 void WaylandDesktopConnection::makeSeat()
 {
     m_keyboard = std::make_unique<WaylandKeyboard>(m_loop, m_registry);
+    m_modifiers = PlasmaModifiers::find(m_registry);
     m_seat = std::make_unique<WaylandSeat>(
         m_registry,
         WaylandSeat::Events{
@@ -131,18 +132,40 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
         });
 }
 
+QFuture<bool> WaylandDesktopConnection::modifiersUp()
+{
+    return askInTime([this](const std::function<void()>& yes) {
+        // What was pressed by now may not be known here yet.
+        m_loop.awaitOtherPrograms([this, yes] {
+            if (m_modifiers) {
+                m_modifiers->whenUp(yes);
+            } else {
+                yes();
+            }
+        });
+    });
+}
+
 QFuture<bool> WaylandDesktopConnection::catchUp()
 {
-    return askLoop(m_loop, false, [this](const auto& answer) {
+    return askInTime([this](const std::function<void()>& yes) { m_loop.awaitOtherPrograms(yes); });
+}
+
+/// True when `ask`, which is called on the loop's thread, has called what it is given; false if it
+/// does not in time, or drops it.
+QFuture<bool>
+WaylandDesktopConnection::askInTime(std::function<void(const std::function<void()>& yes)> ask)
+{
+    return askLoop(m_loop, false, [this, ask = std::move(ask)](const auto& answer) {
         // Held by what waits for the compositor, so that the answer comes if that is dropped.
-        const auto question = std::make_shared<CatchUp>(CatchUp{.answer = answer});
+        const auto question = std::make_shared<Question>(Question{.answer = answer});
         const auto deadline =
-            m_loop.callAfter(m_options.patience, [late = std::weak_ptr<CatchUp>(question)] {
+            m_loop.callAfter(m_options.patience, [late = std::weak_ptr<Question>(question)] {
                 if (const auto question = late.lock()) {
                     question->answer(false);
                 }
             });
-        m_loop.awaitOtherPrograms([this, question, deadline] {
+        ask([this, question, deadline] {
             m_loop.cancel(deadline);
             question->answer(true);
         });

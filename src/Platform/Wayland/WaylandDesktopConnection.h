@@ -2,6 +2,7 @@
 
 #include "DesktopEntries.h"
 #include "KeySender.h"
+#include "PlasmaModifiers.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
 #include "WaylandKeyboard.h"
@@ -62,12 +63,16 @@ public:
         KeySender::IsThere isThere);
 
     /// As WaylandDesktop's.
+    [[nodiscard]] QFuture<bool> modifiersUp();
+    /// As WaylandDesktop's.
     [[nodiscard]] QFuture<bool> catchUp();
 
     /// Runs a job on its thread, which goes on after the end of the connection.
     void callAfter(std::chrono::milliseconds delay, std::function<void()> job);
 
 private:
+    [[nodiscard]] QFuture<bool>
+    askInTime(std::function<void(const std::function<void()>& yes)> ask);
     void makeSeat();
     void makeToplevels();
     void lost();
@@ -78,6 +83,8 @@ private:
     WaylandRegistry m_registry;
     std::unique_ptr<WaylandKeyboard> m_keyboard;
     std::unique_ptr<WaylandSeat> m_seat;
+    /// Null where the compositor does not tell.
+    std::unique_ptr<PlasmaModifiers> m_modifiers;
     std::shared_ptr<WaylandToplevels> m_toplevels;
     std::atomic<bool> m_isConnected = true;
     std::function<void()> m_ended;

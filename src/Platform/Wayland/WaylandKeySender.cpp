@@ -41,4 +41,10 @@ WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> targ
     co_return co_await sending;
 }
 
+QCoro::Task<bool> FakeInputSender::ready()
+{
+    const QFuture<bool> up = desktop().modifiersUp();
+    co_return co_await up;
+}
+
 } // namespace tessly

@@ -21,6 +21,8 @@ protected:
     /// `desktop` must outlive this.
     WaylandKeySender(WaylandDesktop& desktop, WaylandKeyboard::Way way);
 
+    [[nodiscard]] WaylandDesktop& desktop() { return m_desktop; }
+
 private:
     WaylandDesktop& m_desktop;
     WaylandKeyboard::Way m_way;
@@ -36,7 +38,9 @@ public:
     }
 };
 
-/// By org_kde_kwin_fake_input. Modifiers that the user holds down are lifted, and stay so.
+/// By org_kde_kwin_fake_input. Modifiers that the user holds down are waited for where the
+/// compositor tells of them, since it does not let go of them then; elsewhere they are lifted, and
+/// stay so.
 class FakeInputSender final : public WaylandKeySender
 {
 public:
@@ -44,6 +48,7 @@ public:
         : WaylandKeySender(desktop, WaylandKeyboard::Way::fakeInput)
     {
     }
+    [[nodiscard]] QCoro::Task<bool> ready() override;
 };
 
 } // namespace tessly

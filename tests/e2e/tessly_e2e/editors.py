@@ -259,9 +259,15 @@ class GtkEditor(_Editor):
 
     def __init__(self, desktop, name="gtk.txt", *, backend=None):
         super().__init__(desktop, name, backend)
+
+    def start(self, text=""):
+        super().start(text)
         if self._backend == "wayland":
-            # What it calls itself there is no desktop entry's name.
-            self.source_id = self.source_name = "mousepad"
+            # Earlier ones call themselves by what is no desktop entry's name.
+            self.source_id = self.geometry().app_id
+            if not os.path.exists(f"/usr/share/applications/{self.source_id}.desktop"):
+                self.source_name = self.source_id
+        return self
 
     def _environment(self):
         return {"GDK_BACKEND": self._backend}

@@ -141,12 +141,19 @@ class KWin(WaylandSession):
             self._use(os.path.join(folder, "kwin"), file.read().strip())
         self.clipboard = WaylandClipboard(self)
         if self.tells_windows:
+            # From the version on that tells of modifiers it does not lift them.
+            _, version = self.connect().globals["org_kde_kwin_keystate"]
+            self.lifts_modifiers = version < 5
+        if self.tells_windows:
             self.windows = PlasmaWindows(self.connect())
             self.keyboard = FakeKeyboard(self.connect())
             self.pointer = FakePointer(self.connect())
 
     def _install_package(self, program):
         build = os.path.join(os.path.dirname(program), "..")
+        if not os.path.exists(os.path.join(build, "cmake_install.cmake")):
+            self._installed = program  # as it is
+            return
         self.run(["cmake", "--install", build, "--strip", "--prefix", self.path("usr")])
         self._installed = self.path("usr", "bin", "tessly")
 

@@ -77,6 +77,12 @@ INTERFACES = {
          "geometry i i u u", "icon_changed", "pid_changed u")),
 }
 
+# The same under the name that it got when it became a standard.
+for _name in [name for name in INTERFACES if name.startswith("zwlr_data_control")]:
+    _theirs = INTERFACES[_name]
+    INTERFACES[_name.replace("zwlr", "ext")] = Interface(
+        *([message.replace("zwlr", "ext") for message in messages] for messages in _theirs))
+
 
 class ProtocolError(Exception):
     """The compositor refused a request, or went away."""
@@ -139,6 +145,12 @@ class Connection:
                 + struct.pack("=II", version, made.number))
         self._write(self._registry.number, 0, body, [])
         return made
+
+    def bind_data_control(self, version):
+        """Under the one of its names that the compositor knows."""
+        is_standard = "ext_data_control_manager_v1" in self.globals
+        return (self.bind("ext_data_control_manager_v1", 1) if is_standard
+                else self.bind("zwlr_data_control_manager_v1", version))
 
     def _new(self, interface):
         # Numbers are not used twice: these connections are short.
@@ -313,7 +325,7 @@ class Selection:
         self._types = {}
         self.changes = 0
         self._current = None
-        manager = connection.bind("zwlr_data_control_manager_v1", 2)
+        manager = connection.bind_data_control(2)
         device = manager.get_data_device(connection.bind("wl_seat", 1))
         device.on["data_offer"] = self._offered
         device.on["selection"] = self._selected

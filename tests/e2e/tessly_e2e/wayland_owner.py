@@ -46,7 +46,7 @@ class Owner:
         self._one_shot = options.one_shot
         display = os.path.join(os.environ["XDG_RUNTIME_DIR"], os.environ["WAYLAND_DISPLAY"])
         self._connection = Connection(display)
-        manager = self._connection.bind("zwlr_data_control_manager_v1", 1)
+        manager = self._connection.bind_data_control(1)
         device = manager.get_data_device(self._connection.bind("wl_seat", 1))
         source = manager.create_data_source()
         source.on["send"] = self._send

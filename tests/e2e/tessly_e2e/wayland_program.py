@@ -17,7 +17,7 @@ class WaylandProgram:
     def __init__(self, desktop):
         self._desktop = desktop
         self._connection = Connection(desktop.socket)
-        self._manager = self._connection.bind("zwlr_data_control_manager_v1", 1)
+        self._manager = self._connection.bind_data_control(1)
         self._device = self._manager.get_data_device(self._connection.bind("wl_seat", 1))
         self._device.on["data_offer"] = self._offered
         self._device.on["selection"] = self._selected

@@ -59,6 +59,8 @@ class WaylandSession(Session):
     kind = "wayland"
     # What XDG_CURRENT_DESKTOP says.
     name = None
+    # Whether one keyboard can let go of what another one holds.
+    lifts_modifiers = True
 
     def _start_desktop(self):
         os.mkdir(self.path("compositor"), 0o700)
