@@ -21,7 +21,7 @@ class IntoTerminal(shared_tests.PasteOrder, wayland_tests.HeldKeys, WaylandCase)
         program = self.start_program()
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
         for position in (2, 3, 4):
-            portal.press(f"paste-{position}")
+            portal.press(f"paste-{position:02}")
         self.expect_in(program, "two;", "three;", "four;")
 
 

@@ -56,7 +56,7 @@ class WithoutTheWindows(WaylandCase):
     def break_connection(self, connection, window):
         """Tells more of a window than the connection of a stopped program holds."""
         self.tessly.process.send_signal(signal.SIGSTOP)
-        for number in range(400):
+        for number in range(1000):
             window.set_title(f"{number} " + "x" * 1900)
         connection.close()
         wait_until(lambda: not self.desktop.windows.visible(app_id="noisy"), "the window is gone")
