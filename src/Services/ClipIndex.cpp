@@ -66,6 +66,7 @@ void ClipIndex::attach()
             m_connection.execute(schema::rebuildFullText);
             transaction.commit();
         }
+        deleteSecurely();
         m_isAvailable = true;
     } catch (const SQLiteError& error) {
         if (isHindrance(error.code())) {
@@ -191,6 +192,17 @@ void ClipIndex::make()
     m_connection.execute(schema::fullText);
     m_connection.execute(schema::rebuildFullText);
     transaction.commit();
+    deleteSecurely();
+}
+
+/// Has deleted words removed from the index at once, where SQLite can do that: later versions leave
+/// some behind when the index is merged.
+void ClipIndex::deleteSecurely()
+{
+    constexpr int firstVersion = 3'042'000;
+    if (sqlite3_libversion_number() >= firstVersion) {
+        m_connection.execute(schema::deleteSecurely);
+    }
 }
 
 void ClipIndex::drop()

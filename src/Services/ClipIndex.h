@@ -56,6 +56,7 @@ public:
 
 private:
     void make();
+    void deleteSecurely();
     void drop();
     void dropByForce(Dropping dropping);
     [[nodiscard]] bool isInStep();

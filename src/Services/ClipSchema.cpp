@@ -79,6 +79,10 @@ const char* const checkFullText =
 
 const char* const optimizeFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('optimize');";
 
+const char* const deleteSecurely =
+    "INSERT INTO clips_fts(clips_fts, rank) SELECT 'secure-delete', 1 WHERE NOT EXISTS"
+    " (SELECT 1 FROM clips_fts_config WHERE k = 'secure-delete' AND v = 1);";
+
 const char* const detachFullText = R"sql(
 DROP TRIGGER IF EXISTS clips_after_insert;
 DROP TRIGGER IF EXISTS clips_after_delete;

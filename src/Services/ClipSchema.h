@@ -37,6 +37,9 @@ extern const char* const rebuildFullText;
 /// Fails where SQLite cannot use the index, although the file has one.
 extern const char* const tryFullText;
 
+/// Has words removed from the index when they are deleted, once and for all; from SQLite 3.42 on.
+extern const char* const deleteSecurely;
+
 /// Compares the index with the table; fails where they differ.
 extern const char* const checkFullText;
 

@@ -25,8 +25,9 @@ Clip textClip()
 /// Seconds since 1970 of a moment of local time.
 double at(int year, int month, int day, int hour = 12, int minute = 0)
 {
-    return static_cast<double>(
-        QDateTime(QDate(year, month, day), QTime(hour, minute)).toSecsSinceEpoch());
+    QDateTime moment = QDate(year, month, day).startOfDay();
+    moment.setTime(QTime(hour, minute));
+    return static_cast<double>(moment.toSecsSinceEpoch());
 }
 
 TEST(Presentation, EveryKindHasItsTitleAndSymbol)

@@ -79,7 +79,10 @@ ListView {
     delegate: ClipRow {
         id: row
 
-        x: 8
+        // Newer views put every row at 0, whatever its x is.
+        transform: Translate {
+            x: 8
+        }
         width: ListView.view.width - 2 * 8
         isSelected: index === list.panel.selectedRow
         onHeightChanged: list.rowHeight = height

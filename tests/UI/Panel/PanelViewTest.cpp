@@ -50,7 +50,8 @@ protected:
     [[nodiscard]] bool isAtTop()
     {
         QQuickItem* const first = find(u"row-0"_s);
-        return first != nullptr && first->mapToItem(&item(u"history"_s), QPointF()).y() == 8;
+        return first != nullptr &&
+               first->mapToItem(&item(u"history"_s), QPointF()) == QPointF(8, 8);
     }
     /// Whether a row is within what is seen of the list.
     [[nodiscard]] bool isInSight(int row)

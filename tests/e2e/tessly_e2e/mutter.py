@@ -53,8 +53,11 @@ class Mutter(WaylandSession):
 
     def _start_compositor(self):
         folder = self.path("compositor")
+        # Later ones know nothing of sessions of X11.
+        version = int(re.search(rb"mutter (\d+)", self.run(["mutter", "--version"]).stdout)[1])
+        options = ["--sm-disable"] if version < 49 else []
         self.compositor = self.start(
-            ["mutter", "--headless", "--wayland", "--sm-disable", "--wayland-display", "mutter",
+            ["mutter", "--headless", "--wayland", *options, "--wayland-display", "mutter",
              "--virtual-monitor", "{}x{}".format(*self.size)],
             environment={"XDG_RUNTIME_DIR": folder, "XDG_CONFIG_HOME": folder,
                          "XDG_CACHE_HOME": folder, "HOME": folder})
