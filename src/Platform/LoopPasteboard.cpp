@@ -4,6 +4,7 @@
 
 #include <QCoroFuture>
 
+#include <algorithm>
 #include <utility>
 
 namespace tessly {
@@ -80,6 +81,9 @@ WriteTicket LoopPasteboard::write(std::vector<PasteboardItem> items)
         return {};
     }
     const WriteTicket ticket(++m_lastTicket);
+    m_isText =
+        std::ranges::any_of(items, [](const auto& item) { return item.plainText.has_value(); }) &&
+        std::ranges::none_of(items, [](const auto& item) { return item.png || item.fileURL; });
     m_loop.post([clipboard = m_clipboard, items = std::move(items), ticket] {
         clipboard->write(items, ticket);
     });

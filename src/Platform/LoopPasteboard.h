@@ -45,6 +45,12 @@ public:
     [[nodiscard]] WriteTicket write(std::vector<PasteboardItem> items) final;
     /// False if the desktop did not take what was written, or something else is there.
     [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) final;
+    /// Whether what was written with this ticket, if it is the last, is text and neither an image
+    /// nor files.
+    [[nodiscard]] bool isText(WriteTicket ticket) const
+    {
+        return m_isText && ticket.number() == m_lastTicket;
+    }
     [[nodiscard]] quint64 fetchCount() const final { return m_state.fetchCount; }
     void clear() final;
     void keepWhenOwnerLeaves(
@@ -88,6 +94,8 @@ private:
     MainThreadCall m_changed;
     MainThreadCall m_connectionLost;
     quint64 m_lastTicket = 0;
+    /// What was written last.
+    bool m_isText = false;
     LoopClipboard* m_clipboard = nullptr;
     Loop m_loop;
 };

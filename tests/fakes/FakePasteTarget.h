@@ -2,6 +2,7 @@
 
 #include "PasteTarget.h"
 
+#include <optional>
 #include <utility>
 
 namespace tessly::test {
@@ -17,6 +18,8 @@ public:
     {
     }
 
+    /// As `pasteChord` unless it is set.
+    void setTextPasteChord(PasteChord chord) { m_textChord = chord; }
     void setActive(bool active) { m_isActive = active && !m_isTerminated; }
     void terminate()
     {
@@ -30,10 +33,15 @@ public:
     [[nodiscard]] bool isTerminated() const override { return m_isTerminated; }
     void activate() override { setActive(true); }
     [[nodiscard]] PasteChord pasteChord() const override { return m_chord; }
+    [[nodiscard]] PasteChord textPasteChord() const override
+    {
+        return m_textChord.value_or(m_chord);
+    }
 
 private:
     QString m_id;
     PasteChord m_chord;
+    std::optional<PasteChord> m_textChord = {};
     bool m_isActive = false;
     bool m_isTerminated = false;
 };

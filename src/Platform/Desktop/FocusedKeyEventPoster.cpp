@@ -60,7 +60,8 @@ FocusedKeyEventPoster::postPaste(std::shared_ptr<RunningApplication> target, Wri
     if (!isReady) {
         co_return PostResult::targetNotInFront;
     }
-    const PasteChord chord = application->pasteChord();
+    const bool isText = m_clipboard.isText && m_clipboard.isText(content);
+    const PasteChord chord = isText ? application->textPasteChord() : application->pasteChord();
     const auto sending = co_await send(chord, application, content);
     if (sending != KeySender::Sending::noKeys || chord == PasteChord::shiftInsert ||
         alive.expired()) {

@@ -17,6 +17,7 @@ struct PasteClipboard
     {
         return {
             .holds = [&pasteboard](WriteTicket ticket) { return pasteboard.holds(ticket); },
+            .isText = [&pasteboard](WriteTicket ticket) { return pasteboard.isText(ticket); },
             .offerAsPrimary =
                 [&pasteboard](WriteTicket ticket) { return pasteboard.offerAsPrimary(ticket); },
             .begin =
@@ -27,6 +28,8 @@ struct PasteClipboard
 
     /// Whether what was written with this ticket is there to be pasted.
     std::function<QCoro::Task<bool>(WriteTicket)> holds = {};
+    /// Whether it is text and neither an image nor files.
+    std::function<bool(WriteTicket)> isText = {};
     /// Offers it as PRIMARY too, for what pastes only that; false if it cannot be done.
     std::function<QCoro::Task<bool>(WriteTicket)> offerAsPrimary = {};
     /// Last thing before the keys: whether it is still there, as PRIMARY too if that is what they

@@ -11,6 +11,8 @@ class PasteTarget : public RunningApplication
 public:
     /// The keys by which it pastes. A read of memory.
     [[nodiscard]] virtual PasteChord pasteChord() const = 0;
+    /// The same for what is text and neither an image nor files.
+    [[nodiscard]] virtual PasteChord textPasteChord() const { return pasteChord(); }
 };
 
 } // namespace tessly

@@ -29,6 +29,8 @@ public:
     void activate() override {}
     /// The one that most programs know.
     [[nodiscard]] PasteChord pasteChord() const override { return PasteChord::controlV; }
+    /// The one that editors and terminals both know, which paste CLIPBOARD or PRIMARY by it.
+    [[nodiscard]] PasteChord textPasteChord() const override { return PasteChord::shiftInsert; }
 
 private:
     HasOwnFocus m_hasOwnFocus;

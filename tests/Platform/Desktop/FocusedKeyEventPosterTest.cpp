@@ -27,6 +27,7 @@ public:
     {
         return {
             .holds = [this](WriteTicket) { return write(); },
+            .isText = [this](WriteTicket) { return m_isText; },
             .offerAsPrimary = [this](WriteTicket) { return offer(); },
             .begin =
                 [this](WriteTicket, bool isPrimaryPasted) {
@@ -38,6 +39,7 @@ public:
     Gate& offers() { return m_offers; }
     void refuseToWrite() { m_canWrite = false; }
     void refuseToOffer() { m_canOffer = false; }
+    void setText(bool isText) { m_isText = isText; }
     void replaceAfterTheAnswer() { m_isReplaced = true; }
     [[nodiscard]] int offersAsked() const { return m_offersAsked; }
     /// Whether PRIMARY had to be there, too, when the keys were last due.
@@ -61,6 +63,7 @@ private:
     Gate m_offers;
     bool m_canWrite = true;
     bool m_canOffer = true;
+    bool m_isText = true;
     bool m_isReplaced = false;
     int m_offersAsked = 0;
     bool m_wasPrimaryNeeded = false;
@@ -170,6 +173,18 @@ TEST_F(FocusedKeyEventPosterTest, EachTargetGetsItsChord)
         m_sender.chords(),
         ElementsAre(PasteChord::controlV, PasteChord::controlShiftV, PasteChord::shiftInsert));
     EXPECT_EQ(m_clipboard.offersAsked(), 1) << "PRIMARY is the user's where it is not needed";
+}
+
+TEST_F(FocusedKeyEventPosterTest, TextMayHaveAChordOfItsOwn)
+{
+    const auto target = inFront();
+    target->setTextPasteChord(PasteChord::shiftInsert);
+    for (const bool isText : {true, false}) {
+        m_clipboard.setText(isText);
+        EXPECT_EQ(await(m_poster.postPaste(target, WriteTicket(1))), PostResult::posted);
+        EXPECT_EQ(m_clipboard.wasPrimaryNeeded(), isText);
+    }
+    EXPECT_THAT(m_sender.chords(), ElementsAre(PasteChord::shiftInsert, PasteChord::controlV));
 }
 
 TEST_F(FocusedKeyEventPosterTest, WhatCannotBePastedIntoIsNotInFront)

@@ -13,6 +13,7 @@ TEST(UnnamedApplicationTest, NothingIsToldOfIt)
     EXPECT_EQ(application.bundleIdentifier(), std::nullopt);
     EXPECT_FALSE(application.isTerminated());
     EXPECT_EQ(application.pasteChord(), PasteChord::controlV);
+    EXPECT_EQ(application.textPasteChord(), PasteChord::shiftInsert) << "it may be a terminal";
 }
 
 TEST(UnnamedApplicationTest, ItIsActiveAsSoonAsTheProgramItselfHasNotTheKeyboard)

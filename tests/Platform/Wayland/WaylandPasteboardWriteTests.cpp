@@ -391,6 +391,19 @@ TEST_F(WaylandPasteboardWriteTest, primaryIsOfferedOnRequestUntilAnotherProgramT
     EXPECT_EQ(program().paste(), "text");
 }
 
+TEST_F(WaylandPasteboardWriteTest, itIsKnownWhetherTheLastWriteIsText)
+{
+    const auto isText = [this](const PasteboardItem& item) {
+        m_ticket = pasteboard().write({item});
+        return pasteboard().isText(m_ticket);
+    };
+    EXPECT_TRUE(isText({.plainText = "text", .html = "<b>text</b>"}));
+    const WriteTicket text = m_ticket;
+    EXPECT_FALSE(isText({.plainText = "caption", .png = "png"}));
+    EXPECT_FALSE(isText({.plainText = "/a", .fileURL = "file:///a"}));
+    EXPECT_FALSE(pasteboard().isText(text)) << "it is not the last any more";
+}
+
 TEST_F(WaylandPasteboardWriteTest, primaryIsTheLastWrite)
 {
     ASSERT_TRUE(m_ticket = pasteboard().write({PasteboardItem{.plainText = "first"}}));
