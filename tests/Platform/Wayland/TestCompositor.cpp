@@ -294,6 +294,8 @@ void TestCompositor::freeze(std::function<void()> first)
                 first();
             }
             if (m_endsFrozen) {
+                // Here, since what a client asks may be what the loop is to look at next.
+                wl_display_destroy_clients(m_display);
                 wl_display_terminate(m_display);
             }
         });
