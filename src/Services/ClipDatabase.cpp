@@ -36,11 +36,12 @@ void requireFileOfLog(const QString& path)
 
 SQLiteConnection open(const QString& path)
 {
-    requireFileOfLog(path);
-    // Before SQLite, which would create the file for others to read. The companions get their
-    // rights from the file.
-    createPrivateFile(path);
     try {
+        SQLiteConnection::requireOwnFiles(path);
+        requireFileOfLog(path);
+        // Before SQLite, which would create the file for others to read. The companions get their
+        // rights from the file.
+        createPrivateFile(path);
         return SQLiteConnection(path);
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
@@ -64,8 +65,9 @@ ClipPatience patience()
 
 SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
 {
-    requireFileOfLog(path);
     try {
+        SQLiteConnection::requireOwnFiles(path);
+        requireFileOfLog(path);
         return SQLiteConnection(path, access);
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
