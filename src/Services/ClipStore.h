@@ -11,6 +11,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -80,8 +81,8 @@ public:
     /// When it returns, no byte of the content is left in the database's files; where wiping them
     /// failed, or another process reads just then, the log says so, and `scrub` is to do it.
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);
-    /// As `remove`, in parts where there is much: when it throws, the latest entries may be gone and
-    /// others not.
+    /// As `remove`, in parts where there is much: when it throws, the latest entries may be gone
+    /// and others not.
     [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
     [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
 
@@ -121,7 +122,13 @@ private:
         ++m_waiting;
         return m_actor.run([this, operation = std::move(operation)]() mutable {
             --m_waiting;
-            return operation();
+            try {
+                return operation();
+            } catch (const std::bad_alloc&) {
+                // In the words in which SQLite says it.
+                throw ClipStoreError(
+                    ClipStoreError::Case::execute, QStringLiteral("out of memory"));
+            }
         });
     }
 
