@@ -107,10 +107,10 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     });
 }
 
-void ClipDatabase::followFile()
+bool ClipDatabase::followFile()
 {
     if (!m_connection.hasMoved()) {
-        return;
+        return false;
     }
     qCWarning(lcStore, "The database file was moved or deleted: the history is opened anew");
     try {
@@ -132,6 +132,7 @@ void ClipDatabase::followFile()
     }
     m_hasResidue = true;
     m_isIndexChecked = false;
+    return true;
 }
 
 /// Under the path the log of a file that has gone would be taken for that of the file which is
@@ -273,9 +274,14 @@ void ClipDatabase::requireFile() const
 {
     // SQLite would go on writing to a file that nobody can open any more.
     if (m_connection.hasMoved()) {
-        throw ClipStoreError(
-            ClipStoreError::Case::execute, u"The database file was moved or deleted."_s);
+        throwThatFileHasMoved();
     }
+}
+
+void ClipDatabase::throwThatFileHasMoved()
+{
+    throw ClipStoreError(
+        ClipStoreError::Case::execute, u"The database file was moved or deleted."_s);
 }
 
 void ClipDatabase::execute(const char* sql)
