@@ -1,11 +1,13 @@
 #include "InstanceLock.h"
 
+#include "FileError.h"
+#include "PrivateFiles.h"
+
 #include <QFile>
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -14,9 +16,19 @@ namespace tessly {
 
 namespace {
 
-QByteArray lockPath(const QString& dataFolder)
+const QString action = u"open the lock file"_s;
+
+QString lockPath(const QString& dataFolder)
 {
-    return QFile::encodeName(dataFolder + u"/tessly.lock"_s);
+    return dataFolder + u"/tessly.lock"_s;
+}
+
+/// A descriptor, or -1 with errno. Follows no link and waits for nobody at the end of a pipe.
+int openFile(const QString& path, int flags)
+{
+    return ::open(
+        QFile::encodeName(path).constData(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+        S_IRUSR | S_IWUSR);
 }
 
 /// The whole file. Locks of this sort belong to an open file, so that they end with it, and can be
@@ -33,32 +45,41 @@ struct flock wholeFile()
 
 std::unique_ptr<InstanceLock> InstanceLock::acquire(const QString& dataFolder)
 {
-    const QByteArray path = lockPath(dataFolder);
-    const int file = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (file < 0) {
-        throw std::system_error(errno, std::generic_category(), path.toStdString());
+    const QString path = lockPath(dataFolder);
+    if (const std::optional<QString> objection = objectionTo(path)) {
+        throw FileError(action, path, *objection);
     }
+    const int file = openFile(path, O_RDWR | O_CREAT);
+    if (file < 0) {
+        throw FileError(action, path, std::errc(errno));
+    }
+    std::unique_ptr<InstanceLock> result(new InstanceLock(file));
+    // What was opened may be another file than that which was looked at.
+    if (const std::optional<QString> objection = objectionTo(file)) {
+        throw FileError(action, path, *objection);
+    }
+    // Where the file system knows no rights it is as good.
+    ::fchmod(file, S_IRUSR | S_IWUSR);
     struct flock lock = wholeFile();
-    if (fcntl(file, F_OFD_SETLK, &lock) != 0) {
-        const int error = errno;
-        close(file);
-        if (error == EAGAIN || error == EACCES) {
+    if (::fcntl(file, F_OFD_SETLK, &lock) != 0) {
+        if (errno == EAGAIN || errno == EACCES) {
             return nullptr;
         }
-        throw std::system_error(error, std::generic_category(), path.toStdString());
+        throw FileError(action, path, std::errc(errno));
     }
-    return std::unique_ptr<InstanceLock>(new InstanceLock(file));
+    return result;
 }
 
 bool InstanceLock::isHeld(const QString& dataFolder)
 {
-    const int file = open(lockPath(dataFolder).constData(), O_RDONLY | O_CLOEXEC);
+    const QString path = lockPath(dataFolder);
+    const int file = objectionTo(path) ? -1 : openFile(path, O_RDONLY);
     if (file < 0) {
         return false;
     }
     struct flock lock = wholeFile();
-    const bool isAnswered = fcntl(file, F_OFD_GETLK, &lock) == 0;
-    close(file);
+    const bool isAnswered = ::fcntl(file, F_OFD_GETLK, &lock) == 0;
+    ::close(file);
     return isAnswered && lock.l_type != F_UNLCK;
 }
 

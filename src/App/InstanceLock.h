@@ -12,7 +12,8 @@ class InstanceLock
 {
 public:
     /// Takes the lock of `dataFolder`, which must exist. Null if another process holds it; throws
-    /// std::system_error if the lock file cannot be made.
+    /// FileError if the lock file cannot be made, or if what is in its place is not the user's own
+    /// ordinary file.
     [[nodiscard]] static std::unique_ptr<InstanceLock> acquire(const QString& dataFolder);
 
     /// Whether a process holds the lock. Takes nothing, so that nobody who wants it loses it to the

@@ -37,8 +37,10 @@ Q_LOGGING_CATEGORY(log, "com.brackmoor.tessly.AppDelegate")
 void keepToOurselves()
 {
     umask(S_IRWXG | S_IRWXO);
-    const rlimit none = {.rlim_cur = 0, .rlim_max = 0};
-    setrlimit(RLIMIT_CORE, &none);
+    // One byte, not none: the kernel hands a crash to a program that the system has for it whatever
+    // the limit, but for this one.
+    const rlimit smallest = {.rlim_cur = 1, .rlim_max = 1};
+    setrlimit(RLIMIT_CORE, &smallest);
 }
 
 /// Ends the process with no more ado: QtDBus would wait for a bus that is silent.

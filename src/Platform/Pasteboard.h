@@ -39,6 +39,8 @@ enum class ReadStatus {
     /// The whole content is lost to this read: its owner hung or went away before it had handed
     /// over anything, or a newer content has taken its place.
     unreadable,
+    /// The whole content is lost: there is not enough memory for it just now.
+    noMemory,
 };
 
 template <typename Value>

@@ -20,6 +20,10 @@ public:
     /// Answers for keys that were never set. Not written to the store.
     virtual void registerDefaults(const QVariantMap& defaults) = 0;
 
+    /// Whether what is stored could be read; an empty store could. If not, every key answers as if
+    /// it had never been set, which says nothing of what the user wants.
+    [[nodiscard]] virtual bool couldBeRead() const = 0;
+
     /// 0 if the value is no whole number.
     [[nodiscard]] virtual qint64 integer(const QString& key) const = 0;
     /// False if the value is neither true nor a number other than 0.

@@ -57,13 +57,16 @@ AppSettings::AppSettings(UserDefaults& defaults, QObject* parent)
 {
     m_defaults.registerDefaults(registeredDefaults());
     m_maxHistory = std::clamp<qint64>(m_defaults.integer(maxHistoryKey), 10, 10'000);
-    if (const std::optional<QString> stored = m_defaults.string(maxHistoryKey)) {
+    if (!m_defaults.couldBeRead()) {
+        m_isMaxHistoryKnown = false;
+    } else if (const std::optional<QString> stored = m_defaults.string(maxHistoryKey)) {
         stored->toLongLong(&m_isMaxHistoryKnown);
     }
     if (!m_isMaxHistoryKnown) {
         qCWarning(
-            lcAppSettings, "The stored maxHistory is no number: nothing is trimmed until it is "
-                           "set in the settings.");
+            lcAppSettings, "%s: nothing is trimmed until it is set in the settings.",
+            m_defaults.couldBeRead() ? "The stored maxHistory is no number"
+                                     : "The stored maxHistory could not be read");
     }
     m_captureImages = m_defaults.boolean(captureImagesKey);
     m_captureFiles = m_defaults.boolean(captureFilesKey);

@@ -35,8 +35,9 @@ public:
 
     /// How many unpinned clips the history keeps: 10 … 10000.
     [[nodiscard]] qint64 maxHistory() const { return m_maxHistory; }
-    /// As `maxHistory`, for what is deleted by it: no limit while what is stored is no number, so
-    /// that a slip of the hand in the settings file ("10.000") costs no entry.
+    /// As `maxHistory`, for what is deleted by it: no limit while what is stored is no number or
+    /// could not be read at all, so that neither a slip of the hand in the settings file ("10.000")
+    /// nor a disk that fails costs an entry.
     [[nodiscard]] qint64 trimLimit() const;
     [[nodiscard]] bool captureImages() const { return m_captureImages; }
     [[nodiscard]] bool captureFiles() const { return m_captureFiles; }

@@ -36,11 +36,12 @@ void requireFileOfLog(const QString& path)
 
 SQLiteConnection open(const QString& path)
 {
-    requireFileOfLog(path);
-    // Before SQLite, which would create the file for others to read. The companions get their
-    // rights from the file.
-    createPrivateFile(path);
     try {
+        SQLiteConnection::requireOwnFiles(path);
+        requireFileOfLog(path);
+        // Before SQLite, which would create the file for others to read. The companions get their
+        // rights from the file.
+        createPrivateFile(path);
         return SQLiteConnection(path);
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
@@ -64,8 +65,9 @@ ClipPatience patience()
 
 SQLiteConnection openToRead(const QString& path, SQLiteConnection::Access access)
 {
-    requireFileOfLog(path);
     try {
+        SQLiteConnection::requireOwnFiles(path);
+        requireFileOfLog(path);
         return SQLiteConnection(path, access);
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
@@ -105,10 +107,10 @@ ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
     });
 }
 
-void ClipDatabase::followFile()
+bool ClipDatabase::followFile()
 {
     if (!m_connection.hasMoved()) {
-        return;
+        return false;
     }
     qCWarning(lcStore, "The database file was moved or deleted: the history is opened anew");
     try {
@@ -130,6 +132,7 @@ void ClipDatabase::followFile()
     }
     m_hasResidue = true;
     m_isIndexChecked = false;
+    return true;
 }
 
 /// Under the path the log of a file that has gone would be taken for that of the file which is
@@ -271,9 +274,14 @@ void ClipDatabase::requireFile() const
 {
     // SQLite would go on writing to a file that nobody can open any more.
     if (m_connection.hasMoved()) {
-        throw ClipStoreError(
-            ClipStoreError::Case::execute, u"The database file was moved or deleted."_s);
+        throwThatFileHasMoved();
     }
+}
+
+void ClipDatabase::throwThatFileHasMoved()
+{
+    throw ClipStoreError(
+        ClipStoreError::Case::execute, u"The database file was moved or deleted."_s);
 }
 
 void ClipDatabase::execute(const char* sql)

@@ -70,8 +70,8 @@ private:
 
     // Opening.
     void makeReady();
-    /// Opens the history anew if its file is gone or another one is in its place.
-    void followFile();
+    /// Opens the history anew if its file is gone or another one is in its place; whether it was.
+    bool followFile();
     void leaveCompanions();
     void validateIntegrity();
     void prepareTables();
@@ -93,7 +93,9 @@ private:
     /// Deletes some clips, no more than the log should have to hold; whether others are left.
     [[nodiscard]] bool clearSome(bool includePinned);
     void trim(qint64 maximum);
+    /// Throws if the file is gone or another one is in its place.
     void requireFile() const;
+    [[noreturn]] static void throwThatFileHasMoved();
 
     // Upkeep.
     [[nodiscard]] ClipRescue endRescue();

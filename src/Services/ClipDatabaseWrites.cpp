@@ -122,7 +122,7 @@ WHERE content_hash = ?;)sql")
 
 void ClipDatabase::trimHistory(qint64 maximum)
 {
-    requireFile();
+    followFile();
     // The user wants to have less.
     m_hasResidue = true;
     withIndexMended([&] { trim(maximum); });
@@ -145,7 +145,7 @@ WHERE rowid IN (
 
 void ClipDatabase::setPinned(bool pinned, QUuid id)
 {
-    requireFile();
+    followFile();
     withIndexMended([&] {
         prepare(R"sql(UPDATE clips
 SET is_pinned = ?,
@@ -170,7 +170,7 @@ void ClipDatabase::markUsed(QUuid id, bool moveToTop)
     if (!moveToTop) {
         return;
     }
-    requireFile();
+    followFile();
     const auto use = [&] {
         const double now = m_now();
         dateClipsBefore(now, m_connection);
@@ -195,7 +195,7 @@ WHERE id = ?;)sql")
 
 void ClipDatabase::remove(QUuid id)
 {
-    requireFile();
+    followFile();
     m_hasResidue = true;
     withIndexMended([&] {
         prepare("DELETE FROM clips WHERE id = ?;").text(1, storedID(id)).run(writeFailure);
@@ -205,7 +205,10 @@ void ClipDatabase::remove(QUuid id)
 
 void ClipDatabase::clear(bool includePinned)
 {
-    requireFile();
+    if (followFile()) {
+        // What the user saw and wanted to be gone is not what is there now, a backup perhaps.
+        throwThatFileHasMoved();
+    }
     abandonRescue();
     m_hasResidue = true;
     // Overwriting what is deleted sends all of it through the log: in parts, so that a disk that is

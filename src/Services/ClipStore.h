@@ -11,6 +11,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stop_token>
 #include <vector>
@@ -70,8 +71,8 @@ public:
     summaries(QString query, std::optional<ClipKind> kind, qint64 limit);
 
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then
-    /// trims. If the database's file is gone, it is made anew first, and if another one is in its
-    /// place, that is taken.
+    /// trims. As all that changes entries, it makes the database's file anew first if that is gone,
+    /// and takes the one that is there if another one is in its place.
     [[nodiscard]] QCoro::Task<Clip> save(
         const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
@@ -80,8 +81,8 @@ public:
     /// When it returns, no byte of the content is left in the database's files; where wiping them
     /// failed, or another process reads just then, the log says so, and `scrub` is to do it.
     [[nodiscard]] QCoro::Task<void> remove(QUuid id);
-    /// As `remove`, in parts where there is much: when it throws, the latest entries may be gone and
-    /// others not.
+    /// As `remove`, in parts: when it throws, the latest entries may be gone and others not. If
+    /// another file is in the place of the database's, it takes that, throws and clears nothing.
     [[nodiscard]] QCoro::Task<void> clear(bool includePinned);
     [[nodiscard]] QCoro::Task<void> trimHistory(qint64 maximum);
 
@@ -121,7 +122,13 @@ private:
         ++m_waiting;
         return m_actor.run([this, operation = std::move(operation)]() mutable {
             --m_waiting;
-            return operation();
+            try {
+                return operation();
+            } catch (const std::bad_alloc&) {
+                // In the words in which SQLite says it.
+                throw ClipStoreError(
+                    ClipStoreError::Case::execute, QStringLiteral("out of memory"));
+            }
         });
     }
 

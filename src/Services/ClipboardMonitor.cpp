@@ -8,6 +8,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -513,6 +514,18 @@ void ClipboardMonitor::keep(const Mutable& content, const ClipPayload& payload)
 /// None if there is nothing to be recorded, or it is not wanted any more.
 QCoro::Task<std::optional<ClipPayload>>
 ClipboardMonitor::payload(QPointer<ClipboardMonitor> self, Reading reading)
+{
+    try {
+        co_return co_await payloadOf(self, reading);
+    } catch (const std::bad_alloc&) {
+        // What was made of it by then is free again.
+        logLoss(reading, PayloadReader::noMemory);
+    }
+    co_return std::nullopt;
+}
+
+QCoro::Task<std::optional<ClipPayload>>
+ClipboardMonitor::payloadOf(QPointer<ClipboardMonitor> self, Reading reading)
 {
     const auto isWanted = [self, reading] { return self && self->isWanted(reading); };
     PayloadReader::Content content = co_await self->m_reader.read(reading.changeCount, isWanted);

@@ -147,6 +147,9 @@ private:
     static QCoro::Task<> recordAgain(QPointer<ClipboardMonitor> self, Reading reading);
     static QCoro::Task<std::optional<ClipPayload>>
     payload(QPointer<ClipboardMonitor> self, Reading reading);
+    /// The same; throws std::bad_alloc where there is not enough memory.
+    static QCoro::Task<std::optional<ClipPayload>>
+    payloadOf(QPointer<ClipboardMonitor> self, Reading reading);
 
     Dependencies m_dependencies;
     PayloadReader m_reader;

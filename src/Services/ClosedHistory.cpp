@@ -32,6 +32,12 @@ Stamp stampOf(const QString& path)
 template <typename Read>
 auto read(const QString& path, Read read) -> std::invoke_result_t<Read, ClipDatabase&>
 {
+    try {
+        // A link that leads nowhere is no history that is not there.
+        SQLiteConnection::requireOwnFiles(path);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
+    }
     if (!QFileInfo::exists(path) && !QFileInfo::exists(path + u"-wal"_s)) {
         return {};
     }

@@ -56,6 +56,8 @@ const char* putInto(Field& field, ReadResult<Value> result, qint64& bytesLeft)
         return tooLarge;
     case ReadStatus::unreadable:
         return PayloadReader::unreadable;
+    case ReadStatus::noMemory:
+        return PayloadReader::noMemory;
     }
     Q_UNREACHABLE();
 }
@@ -63,6 +65,7 @@ const char* putInto(Field& field, ReadResult<Value> result, qint64& bytesLeft)
 } // namespace
 
 const char* const PayloadReader::unreadable = "its content could not be read in time";
+const char* const PayloadReader::noMemory = "there was not enough memory for it";
 
 qint64 PayloadReader::byteLimit() const
 {

@@ -39,6 +39,8 @@ public:
 
     /// As a loss: the owner did not answer in time, or something else was copied.
     static const char* const unreadable;
+    /// As a loss: other programs have the memory, or the content is that large.
+    static const char* const noMemory;
 
     /// All of it must outlive what is being read.
     PayloadReader(

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLoggingCategory>
 
 #include <array>
 #include <cerrno>
@@ -16,6 +17,8 @@ using namespace Qt::StringLiterals;
 namespace tessly::AppPaths {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcAppPaths, "com.brackmoor.tessly.AppPaths")
 
 constexpr QStringView databaseName = u"history.sqlite";
 constexpr std::array databaseFiles = {
@@ -51,6 +54,32 @@ void mark(const QString& rescueFolder)
     }
 }
 
+/// What an earlier program, or whoever copied a rescue back, has left open to others.
+void protectRescues(const QString& dataFolder)
+{
+    const QString recovered = recoveredHistory(dataFolder);
+    if (!QFileInfo(recovered).isDir()) {
+        return;
+    }
+    try {
+        makeFolderPrivate(recovered);
+        const QDir::Filters own = QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks;
+        for (const QFileInfo& rescue : QDir(recovered).entryInfoList(own | QDir::Dirs)) {
+            makeFolderPrivate(rescue.filePath());
+            for (const QFileInfo& file : QDir(rescue.filePath()).entryInfoList(own | QDir::Files)) {
+                if (!makeFilePrivate(file.filePath())) {
+                    qCWarning(
+                        lcAppPaths, "Others may be able to read “%s”",
+                        qUtf8Printable(file.filePath()));
+                }
+            }
+        }
+    } catch (const FileError& error) {
+        // They are no part of the history that is about to be opened.
+        qCWarning(lcAppPaths, "%s", error.what());
+    }
+}
+
 void move(const QString& file, const QString& destination)
 {
     if (QFileInfo::exists(destination)) {
@@ -82,7 +111,9 @@ QString databasePath()
 
 void prepareDirectories()
 {
-    preparePrivateFolder(applicationSupportDirectory(), Parents::create);
+    const QString folder = applicationSupportDirectory();
+    preparePrivateFolder(folder, Parents::create);
+    protectRescues(folder);
 }
 
 std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
@@ -99,6 +130,9 @@ std::optional<QString> recoverDatabaseFiles(const QString& dataFolder)
     }
 
     const QString recovered = recoveredHistory(dataFolder);
+    if (QFileInfo(recovered).isSymLink()) {
+        throw FileError(u"create the folder"_s, recovered, u"is a symbolic link"_s);
+    }
     preparePrivateFolder(recovered, Parents::create);
     QString rescue = inFolder(
         recovered, recoveryFolderName(QDateTime::currentDateTimeUtc(), QUuid::createUuid()));

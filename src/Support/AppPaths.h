@@ -18,7 +18,8 @@ namespace tessly::AppPaths {
 [[nodiscard]] QString databasePath();
 
 /// Creates the data folder and what leads to it; nobody else can enter them, from their first
-/// moment. An existing data folder is closed to others.
+/// moment. An existing data folder is closed to others, and so are earlier rescues with their
+/// files; where that fails it is logged.
 void prepareDirectories();
 
 /// Moves the database's files out of `dataFolder` into a folder of their own in its "Recovered

@@ -15,4 +15,12 @@ FileError::FileError(const QString& action, QString path, std::errc code)
 {
 }
 
+FileError::FileError(const QString& action, QString path, const QString& reason)
+    : m_path(std::move(path))
+    , m_code(std::errc::operation_not_permitted)
+    , m_description(u"Could not %1 “%2”: it %3"_s.arg(action, m_path, reason))
+    , m_what(m_description.toUtf8())
+{
+}
+
 } // namespace tessly

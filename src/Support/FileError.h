@@ -14,6 +14,9 @@ class FileError final : public std::exception
 public:
     /// `action` says what was tried: "create the folder".
     FileError(const QString& action, QString path, std::errc code);
+    /// Where not the file system but the program refuses: `reason` follows "it", "is a symbolic
+    /// link". The code is `operation_not_permitted`.
+    FileError(const QString& action, QString path, const QString& reason);
 
     [[nodiscard]] const QString& path() const { return m_path; }
     [[nodiscard]] std::errc code() const { return m_code; }

@@ -1,8 +1,11 @@
 #include "SQLiteConnection.h"
 
+#include "PrivateFiles.h"
 #include "SQLiteError.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <sqlite3.h>
 
@@ -27,25 +30,39 @@ void SQLiteConnection::Close::operator()(sqlite3* handle) const
 
 SQLiteConnection::SQLiteConnection(const QString& path)
 {
-    open(QFile::encodeName(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    open(path, {}, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
 }
 
 SQLiteConnection::SQLiteConnection(const QString& path, Access access)
 {
-    if (access == Access::readOnly) {
-        open(QFile::encodeName(path), SQLITE_OPEN_READONLY);
-    } else {
-        open(
-            "file:" + QFile::encodeName(path).toPercentEncoding("/") + "?immutable=1",
-            SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    open(path, access == Access::readOnlyUnshared ? "immutable=1" : "", SQLITE_OPEN_READONLY);
+}
+
+void SQLiteConnection::requireOwnFiles(const QString& path)
+{
+    for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s, u"-journal"_s}) {
+        const QString file = path + companion;
+        if (const std::optional<QString> objection = objectionTo(file)) {
+            throw SQLiteError(u"“%1” %2"_s.arg(file, *objection), SQLITE_CANTOPEN);
+        }
     }
 }
 
-void SQLiteConnection::open(const QByteArray& name, int flags)
+void SQLiteConnection::open(const QString& path, const QByteArray& query, int flags)
 {
+    requireOwnFiles(path);
+    // Told not to follow links, SQLite takes none on the whole way.
+    const QFileInfo file(path);
+    const QString folder = file.dir().canonicalPath();
+    const QByteArray name =
+        QFile::encodeName(folder.isEmpty() ? path : QDir(folder).filePath(file.fileName()));
     sqlite3* handle = nullptr;
-    const int result =
-        sqlite3_open_v2(name.constData(), &handle, flags | SQLITE_OPEN_FULLMUTEX, nullptr);
+    const int result = sqlite3_open_v2(
+        (query.isEmpty() ? name : "file:" + name.toPercentEncoding("/") + '?' + query).constData(),
+        &handle,
+        flags | (query.isEmpty() ? 0 : SQLITE_OPEN_URI) | SQLITE_OPEN_NOFOLLOW |
+            SQLITE_OPEN_FULLMUTEX,
+        nullptr);
     m_handle.reset(handle);
     if (result != SQLITE_OK) {
         const QString message = handle != nullptr ? errorMessage() : QString();

@@ -16,7 +16,9 @@ class SQLiteConnection
 {
 public:
     /// Opens the file for reading and writing and creates it if there is none. Throws SQLiteError
-    /// with the message "Unknown SQLite error" where SQLite has no words of its own.
+    /// with the message "Unknown SQLite error" where SQLite has no words of its own. A symbolic
+    /// link that leads to the file's folder is followed, one in the place of the file or of its
+    /// companions is not: see `requireOwnFiles`.
     explicit SQLiteConnection(const QString& path);
 
     enum class Access {
@@ -27,6 +29,11 @@ public:
     };
     /// Opens an existing file for reading. Throws as above.
     SQLiteConnection(const QString& path, Access access);
+
+    /// Throws SQLiteError ("cannot open", with words that name the file) if what is in the place of
+    /// the file or of one of its companions cannot be the program's own: a link would lead SQLite
+    /// to another's file, and a pipe would hold it up for good.
+    static void requireOwnFiles(const QString& path);
 
     /// How long a call waits for a lock that another process holds.
     void setBusyTimeout(std::chrono::milliseconds timeout);
@@ -89,7 +96,7 @@ public:
     };
 
 private:
-    void open(const QByteArray& name, int flags);
+    void open(const QString& path, const QByteArray& query, int flags);
     void setStopWatch(StopWatch* watch);
 
     struct Close

@@ -4,6 +4,7 @@
 #include "BusNames.h"
 #include "ClipDatabase.h"
 #include "InstanceLock.h"
+#include "PlantedFile.h"
 
 #include <gmock/gmock.h>
 
@@ -167,6 +168,27 @@ TEST_F(CommandRunnerTest, ADamagedHistoryIsAnErrorAndStaysAsItIs)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), garbage);
     EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files).size(), 1);
+}
+
+TEST_F(CommandRunnerTest, WhatIsPlantedInThePlaceOfTheHistoryIsAnErrorAndHoldsNobodyUp)
+{
+    for (const Planted what : {Planted::pipe, Planted::link, Planted::linkToNothing}) {
+        const PlantedFile planted(what, m_databasePath, m_folder.filePath(u"victim"_s));
+        const PlantedFile lock(
+            Planted::pipe, m_folder.filePath(u"tessly.lock"_s), m_folder.filePath(u"other"_s));
+        for (const CommandID command : {CommandID::list, CommandID::status}) {
+            EXPECT_EQ(run(command), exitFailed);
+            ASSERT_THAT(m_complaints, SizeIs(1));
+            EXPECT_THAT(m_complaints[0], HasSubstr(m_databasePath.toStdString()));
+            EXPECT_THAT(m_complaints[0], HasSubstr(planted.reason().toStdString()));
+            EXPECT_EQ(m_printed, "");
+        }
+        planted.expectUntouched();
+        for (const QFileInfo& file :
+             QDir(m_folder.path()).entryInfoList(QDir::AllEntries | QDir::System)) {
+            QFile::remove(file.filePath());
+        }
+    }
 }
 
 TEST_F(CommandRunnerTest, WithoutABusARunningProgramIsSaidToBeOutOfReach)

@@ -1,11 +1,12 @@
 #include "InstanceLock.h"
 
+#include "FileError.h"
+#include "PlantedFile.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QTemporaryDir>
-
-#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -60,8 +61,47 @@ TEST(InstanceLock, CanBeAskedForWithoutBeingTakenOrMade)
 TEST(InstanceLock, SaysWhyItCannotBeMade)
 {
     const QTemporaryDir folder;
-    EXPECT_THROW((void)InstanceLock::acquire(folder.filePath(u"missing"_s)), std::system_error);
+    EXPECT_THROW((void)InstanceLock::acquire(folder.filePath(u"missing"_s)), FileError);
 }
+
+TEST(InstanceLock, IsTakenFromOthersWhereTheyCouldReadIt)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"tessly.lock"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0666), 0);
+    const auto lock = InstanceLock::acquire(folder.path());
+    struct stat status = {};
+    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+class PlantedLock : public testing::TestWithParam<test::Planted>
+{
+};
+
+TEST_P(PlantedLock, IsNotTakenAndHoldsNobodyUp)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"tessly.lock"_s);
+    const test::PlantedFile planted(GetParam(), path, folder.filePath(u"victim"_s));
+    if (!planted.isPlanted()) {
+        GTEST_SKIP() << "only the superuser can give a file to another";
+    }
+    try {
+        (void)InstanceLock::acquire(folder.path());
+        FAIL() << "it was taken";
+    } catch (const FileError& error) {
+        EXPECT_EQ(
+            error.description(),
+            u"Could not open the lock file “%1”: it %2"_s.arg(path, planted.reason()));
+    }
+    EXPECT_FALSE(InstanceLock::isHeld(folder.path()));
+    planted.expectUntouched();
+}
+
+INSTANTIATE_TEST_SUITE_P(Everything, PlantedLock, testing::ValuesIn(test::everyPlanted));
 
 } // namespace
 } // namespace tessly

@@ -58,6 +58,19 @@ TEST_F(AppSettingsTest, NothingIsTrimmedWhileTheStoredLimitIsNoNumber)
     }
 }
 
+TEST_F(AppSettingsTest, NothingIsTrimmedWhileTheStoreCouldNotBeRead)
+{
+    m_defaults.preset(u"maxHistory"_s, u"10000"_s);
+    m_defaults.makeUnreadable();
+    const LogCapture log;
+    AppSettings settings(m_defaults);
+    EXPECT_EQ(settings.maxHistory(), 500);
+    EXPECT_EQ(settings.trimLimit(), std::numeric_limits<qint64>::max());
+    EXPECT_EQ(log.lines(u"com.brackmoor.tessly.AppSettings"_s).size(), 1U);
+    settings.setMaxHistory(700);
+    EXPECT_EQ(settings.trimLimit(), 700) << "the user has said so";
+}
+
 TEST_F(AppSettingsTest, DefaultsAreNotWrittenToTheStore)
 {
     const AppSettings settings(m_defaults);

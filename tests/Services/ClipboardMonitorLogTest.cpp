@@ -57,6 +57,25 @@ TEST_F(MonitorLogTest, EveryCopyThatIsLostIsOneLineWithItsReason)
             u"A copy was not recorded: its owner handed over nothing of what can be recorded."_s));
 }
 
+TEST_F(MonitorLogTest, ACopyForWhichThereIsNoMemoryIsALineAndTheNextIsRecorded)
+{
+    const auto tooMuch =
+        ElementsAre(u"A copy was not recorded: there was not enough memory for it."_s);
+    start();
+    for (const Flavour flavour : {Flavour::plainText, Flavour::png}) {
+        EXPECT_THAT(
+            linesAbout(
+                {.plainText = "text",
+                 .png = FakeImageConverter::png("1"),
+                 .beyondMemory = {flavour}}),
+            tooMuch);
+    }
+    EXPECT_THAT(linesAbout({.otherImage = FakeImageConverter::imageBeyondMemory()}), tooMuch);
+    EXPECT_THAT(m_captures, IsEmpty());
+    EXPECT_THAT(linesAbout({.plainText = "next"}), IsEmpty());
+    EXPECT_THAT(m_captures, SizeIs(1));
+}
+
 TEST_F(MonitorLogTest, ACopyThatIsOvertakenIsALine)
 {
     start();

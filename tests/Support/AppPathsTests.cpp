@@ -224,6 +224,54 @@ TEST_F(AppPathsTest, keepsRescuedFilesFromOthers)
     EXPECT_EQ(permissions(rescue.value()), 0700U);
 }
 
+TEST_F(AppPathsTest, takesEarlierRescuesFromOthers)
+{
+    const QString rescue = home(u".local/share/Tessly/Recovered History/history-recovery-1"_s);
+    ASSERT_TRUE(QDir().mkpath(rescue));
+    write(home(u"elsewhere"_s), "another's");
+    for (const QString& file : allFiles) {
+        write(rescue + u'/' + file, "old");
+        ::chmod(QFile::encodeName(rescue + u'/' + file).constData(), 0644);
+    }
+    const QString link = rescue + u"/link"_s;
+    ASSERT_TRUE(QFile::link(home(u"elsewhere"_s), link));
+    ASSERT_TRUE(QFile::link(home(), QFileInfo(rescue).path() + u"/link"_s));
+    const QString recovered = QFileInfo(rescue).path();
+    for (const QString& path : {home(), home(u"elsewhere"_s), recovered, rescue}) {
+        ::chmod(QFile::encodeName(path).constData(), 0755);
+    }
+    AppPaths::prepareDirectories();
+    EXPECT_EQ(permissions(recovered), 0700U);
+    EXPECT_EQ(permissions(rescue), 0700U);
+    for (const QString& file : allFiles) {
+        EXPECT_EQ(permissions(rescue + u'/' + file), 0600U) << file.toStdString();
+    }
+    EXPECT_EQ(permissions(home()), 0755U) << "a link is not followed";
+    EXPECT_EQ(permissions(home(u"elsewhere"_s)), 0755U) << "a link is not followed";
+}
+
+TEST_F(AppPathsTest, doesNotRescueIntoAFolderThatALinkLeadsTo)
+{
+    ASSERT_TRUE(QDir().mkdir(home(u"elsewhere"_s)));
+    ::chmod(QFile::encodeName(home(u"elsewhere"_s)).constData(), 0755);
+    ASSERT_TRUE(QFile::link(home(u"elsewhere"_s), home(u"Recovered History"_s)));
+    write(home(u"history.sqlite"_s), "damaged");
+    EXPECT_THROW(AppPaths::recoverDatabaseFiles(home()), FileError);
+    EXPECT_EQ(permissions(home(u"elsewhere"_s)), 0755U);
+    EXPECT_EQ(entries(home(u"elsewhere"_s)), QStringList());
+    EXPECT_EQ(read(home(u"history.sqlite"_s)), "damaged");
+}
+
+TEST_F(AppPathsTest, followsALinkInThePlaceOfTheDataFolder)
+{
+    ASSERT_TRUE(QDir().mkpath(home(u".local/share"_s)));
+    ASSERT_TRUE(QDir().mkdir(home(u"elsewhere"_s)));
+    ::chmod(QFile::encodeName(home(u"elsewhere"_s)).constData(), 0755);
+    ASSERT_TRUE(QFile::link(home(u"elsewhere"_s), home(u".local/share/Tessly"_s)));
+    AppPaths::prepareDirectories();
+    EXPECT_EQ(permissions(home(u"elsewhere"_s)), 0700U);
+}
+
 TEST_F(AppPathsTest, aRescueThatFailsHalfWayDeletesNothing)
 {
     for (const QString& file : allFiles) {

@@ -1,5 +1,7 @@
 #include "FakeImageConverter.h"
 
+#include <new>
+
 namespace tessly::test {
 
 namespace {
@@ -19,10 +21,18 @@ QByteArray FakeImageConverter::png(QByteArrayView name)
     return pngSignature.toByteArray().append(name);
 }
 
+QByteArray FakeImageConverter::imageBeyondMemory()
+{
+    return QByteArrayLiteral("huge");
+}
+
 QCoro::Task<std::optional<QByteArray>> FakeImageConverter::pngData(QByteArray image)
 {
     ++m_conversions;
     co_await m_gate.pass();
+    if (image == imageBeyondMemory()) {
+        throw std::bad_alloc();
+    }
     if (!image.startsWith(imagePrefix)) {
         co_return std::nullopt;
     }

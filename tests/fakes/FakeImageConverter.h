@@ -6,12 +6,14 @@
 namespace tessly::test {
 
 /// A converter for images of a format of its own: `image(name)` becomes `png(name)`, anything else
-/// cannot be decoded.
+/// cannot be decoded. For `imageBeyondMemory` there is not enough memory.
 class FakeImageConverter final : public ImageConverter
 {
 public:
     [[nodiscard]] static QByteArray image(QByteArrayView name);
     [[nodiscard]] static QByteArray png(QByteArrayView name);
+
+    [[nodiscard]] static QByteArray imageBeyondMemory();
 
     [[nodiscard]] std::size_t conversions() const { return m_conversions; }
     [[nodiscard]] Gate& gate() { return m_gate; }

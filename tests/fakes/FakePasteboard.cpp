@@ -107,6 +107,8 @@ FakePasteboard::read(qint64 changeCount, Flavour flavour, qint64 byteLimit)
     } else if (m_ownerLeft || m_isSilent || m_content->hanging.contains(flavour)) {
         result.status = m_hasDelivered ? ReadStatus::absent : ReadStatus::unreadable;
         m_isSilent = m_hasDelivered;
+    } else if (m_content->beyondMemory.contains(flavour)) {
+        result.status = ReadStatus::noMemory;
     } else if (m_content->refused.contains(flavour)) {
         result.status = ReadStatus::absent;
     } else if (offered(flavour)->size() > byteLimit) {

@@ -29,6 +29,8 @@ public:
         std::set<Flavour> hanging = {};
         /// Flavours that are offered and then refused.
         std::set<Flavour> refused = {};
+        /// Flavours for which the reader has not enough memory.
+        std::set<Flavour> beyondMemory = {};
         /// The owner does not even list its types.
         bool hidesTypes = false;
         /// The owner leaves once it has delivered one flavour.

@@ -1,6 +1,7 @@
 #include "IniUserDefaults.h"
 
 #include "IniFile.h"
+#include "PrivateFiles.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,8 +11,11 @@
 #include <glib/gstdio.h>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <mutex>
 #include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -30,22 +34,40 @@ constexpr int fileMode = 0600;
     throw std::runtime_error(what.toStdString());
 }
 
-/// The file's bytes, empty if there is none. Throws std::runtime_error.
-QByteArray contents(const QString& path)
+/// Throws std::runtime_error unless it is an ordinary file that the user or the system has made.
+void requireSettings(const QString& path, const struct stat& status)
 {
-    const QFileInfo info(path);
-    if (!info.exists()) {
-        return {};
-    }
-    // Opening a pipe would wait for its writer.
-    if (!info.isFile()) {
+    if (!S_ISREG(status.st_mode)) {
         fail(path + u" is not a file"_s);
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        fail(u"cannot read "_s + path + u": "_s + file.errorString());
+    if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+        fail(path + u" belongs to another user"_s);
     }
-    const QByteArray bytes = file.readAll();
+}
+
+/// The file's bytes; none if there is no file. Throws std::runtime_error.
+std::optional<QByteArray> contents(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (::stat(name.constData(), &status) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) {
+            return std::nullopt;
+        }
+        fail(u"cannot read "_s + path + u": "_s + qt_error_string(errno));
+    }
+    // Before it is opened, which would wait for a pipe's writer, and once more when it is.
+    requireSettings(path, status);
+    const int descriptor = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    QFile file;
+    if (descriptor < 0 ||
+        !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        fail(u"cannot read "_s + path + u": "_s + qt_error_string(errno));
+    }
+    if (::fstat(descriptor, &status) == 0) {
+        requireSettings(path, status);
+    }
+    QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         fail(u"cannot read "_s + path + u": "_s + file.errorString());
     }
@@ -61,7 +83,12 @@ void replaceContents(const QString& path, const QByteArray& bytes)
         fail(u"cannot make "_s + info.path() + u": "_s + qt_error_string(errno));
     }
     // Through a link, so that a settings file that is kept elsewhere stays there.
-    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
+    const QString target = info.exists()      ? info.canonicalFilePath()
+                           : info.isSymLink() ? info.symLinkTarget()
+                                              : path;
+    if (const std::optional<QString> objection = objectionTo(target)) {
+        fail(target + u' ' + *objection);
+    }
     GError* error = nullptr;
     if (!g_file_set_contents_full(
             QFile::encodeName(target).constData(), bytes.constData(),
@@ -98,7 +125,7 @@ public:
             return;
         }
         try {
-            IniFile file(contents(m_path));
+            IniFile file(contents(m_path).value_or(QByteArray()));
             for (const auto& [key, value] : m_unwritten.asKeyValueRange()) {
                 if (value) {
                     file.setValue(key, *value);
@@ -137,8 +164,14 @@ IniUserDefaults::IniUserDefaults(const QString& path, std::unique_ptr<Executor> 
     , m_executor(std::move(executor))
 {
     try {
-        m_values = IniFile(contents(path)).values();
+        if (const std::optional<QByteArray> bytes = contents(path)) {
+            m_values = IniFile(*bytes).values();
+        } else if (QFileInfo(path).isSymLink()) {
+            // The disk that has them may not be there yet.
+            fail(path + u" leads to no file"_s);
+        }
     } catch (const std::runtime_error& error) {
+        m_couldBeRead = false;
         qCWarning(logCategory, "Settings start from their defaults: %s", error.what());
     }
 }

@@ -15,7 +15,9 @@ namespace tessly {
 /// was read, are kept.
 ///
 /// A change that cannot be written is logged (once, until writing works again), stays in memory and
-/// is written with the next one.
+/// is written with the next one. A symbolic link in the place of the file is followed; where it
+/// does not lead to an ordinary file of the user's own, nothing is changed (one that the system
+/// provides is read).
 class IniUserDefaults final : public UserDefaults
 {
 public:
@@ -25,6 +27,7 @@ public:
     ~IniUserDefaults() override;
 
     void registerDefaults(const QVariantMap& defaults) override;
+    [[nodiscard]] bool couldBeRead() const override { return m_couldBeRead; }
     [[nodiscard]] qint64 integer(const QString& key) const override;
     [[nodiscard]] bool boolean(const QString& key) const override;
     [[nodiscard]] std::optional<QString> string(const QString& key) const override;
@@ -41,6 +44,7 @@ private:
 
     QVariantMap m_defaults;
     QHash<QString, QString> m_values;
+    bool m_couldBeRead = true;
     std::shared_ptr<Writer> m_writer;
     std::unique_ptr<Executor> m_executor;
 };

@@ -8,6 +8,7 @@
 #include <QImageWriter>
 
 #include <array>
+#include <new>
 
 namespace tessly {
 
@@ -58,6 +59,17 @@ std::optional<QByteArray> converted(QByteArray bytes, const IsEnding& isEnding)
     return png;
 }
 
+/// Other programs decide how large their images are: one for which there is not enough memory is
+/// one that cannot be converted.
+std::optional<QByteArray> convertedWithinMemory(QByteArray bytes, const IsEnding& isEnding)
+{
+    try {
+        return converted(std::move(bytes), isEnding);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 QtImageConverter::QtImageConverter()
@@ -79,7 +91,7 @@ QtImageConverter::~QtImageConverter()
 QCoro::Task<std::optional<QByteArray>> QtImageConverter::pngData(QByteArray image)
 {
     auto png = m_actor.run([image = std::move(image), isEnding = m_isEnding]() mutable {
-        return converted(std::exchange(image, {}), isEnding);
+        return convertedWithinMemory(std::exchange(image, {}), isEnding);
     });
     co_return co_await png;
 }

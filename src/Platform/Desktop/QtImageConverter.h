@@ -13,9 +13,11 @@ namespace tessly {
 class QtImageConverter final : public ImageConverter
 {
 public:
-    /// The most that an image may take when decoded, in bytes: 134 million pixels. The whole
-    /// process then decodes no image larger than that.
-    static constexpr qint64 maximumDecodedBytes = qint64{512} << 20;
+    /// The most that an image may take when decoded, in bytes: what fills the largest PNG that can
+    /// be recorded, should nothing of it be packed. 65 million pixels of four bytes are one and a
+    /// half 8K screens or the photograph of a camera of 60 megapixels. The whole process then
+    /// decodes no image larger than that.
+    static constexpr qint64 maximumDecodedBytes = qint64{250} << 20;
 
     /// Works on a thread of its own.
     QtImageConverter();

@@ -2,6 +2,7 @@
 
 #include "FileError.h"
 #include "LoopAnswer.h"
+#include "PrivateFiles.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -60,6 +61,9 @@ QString readToken(const QString& path)
             return {};
         }
         throw FileError(u"read"_s, path, std::errc(errno));
+    }
+    if (const std::optional<QString> objection = objectionTo(file.descriptor())) {
+        throw FileError(u"read"_s, path, *objection);
     }
     std::array<char, longestToken> bytes = {};
     const ssize_t count = ::read(file.descriptor(), bytes.data(), bytes.size());

@@ -3,6 +3,7 @@
 #include "FlavourTargets.h"
 #include "MendedUTF8.h"
 #include "PasteboardText.h"
+#include "WithinMemory.h"
 
 #include <algorithm>
 #include <array>
@@ -58,16 +59,19 @@ void WaylandClipboardContent::read(Flavour flavour, qint64 byteLimit, ReadDone d
     search(
         targetsOf(flavour), byteLimit,
         [flavour, byteLimit, done = std::move(done)](const Found& found) {
-            ReadResult<QByteArray> result{.status = found.status, .value = found.bytes};
-            if (found.status == ReadStatus::read && flavour == Flavour::plainText) {
-                result.value = isLatin1Target(found.type) ? utf8FromLatin1(found.bytes)
-                                                          : mendedUTF8(found.bytes);
-            } else if (
-                found.status == ReadStatus::read &&
-                (found.bytes.isEmpty() || (flavour == Flavour::png && !isPNG(found.bytes)))) {
-                // Nothing at all is a text like any other, and nothing else.
-                result = {.status = ReadStatus::absent};
-            }
+            auto result = withinMemory([&] {
+                ReadResult<QByteArray> result{.status = found.status, .value = found.bytes};
+                if (found.status == ReadStatus::read && flavour == Flavour::plainText) {
+                    result.value = isLatin1Target(found.type) ? utf8FromLatin1(found.bytes)
+                                                              : mendedUTF8(found.bytes);
+                } else if (
+                    found.status == ReadStatus::read &&
+                    (found.bytes.isEmpty() || (flavour == Flavour::png && !isPNG(found.bytes)))) {
+                    // Nothing at all is a text like any other, and nothing else.
+                    result = {.status = ReadStatus::absent};
+                }
+                return result;
+            });
             if (result.value.size() > byteLimit) {
                 result = {.status = ReadStatus::tooLarge};
             }
@@ -81,7 +85,8 @@ void WaylandClipboardContent::readFileURLs(qint64 byteLimit, FileURLsDone done)
         2 * std::min(byteLimit, std::numeric_limits<qint64>::max() / 4) + fileListOverhead;
     search(fileListTargets(), listLimit, [byteLimit, done = std::move(done)](const Found& found) {
         if (found.status == ReadStatus::read) {
-            done(limitedFileURLs(fileURLs(found.type, found.bytes), byteLimit));
+            done(withinMemory(
+                [&] { return limitedFileURLs(fileURLs(found.type, found.bytes), byteLimit); }));
         } else {
             done({.status = found.status});
         }
@@ -204,6 +209,9 @@ void WaylandClipboardContent::received(
         return;
     case WaylandPipeReader::End::tooLarge:
         answer(search, {.status = ReadStatus::tooLarge});
+        return;
+    case WaylandPipeReader::End::noMemory:
+        answer(search, {.status = ReadStatus::noMemory});
         return;
     case WaylandPipeReader::End::timedOut:
         m_isSilent |= m_isServed;

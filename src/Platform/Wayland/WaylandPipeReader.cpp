@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <poll.h>
 #include <unistd.h>
 #include <utility>
@@ -92,9 +93,15 @@ void WaylandPipeReader::take(ReadID id, Read& read, qsizetype size)
         return;
     }
     if (total > read.bytes.capacity()) {
-        // Grows by doubling, but to no more than may be held.
-        read.bytes.reserve(
-            std::min<qint64>(read.bounds.byteLimit, std::max(total, 2 * read.bytes.capacity())));
+        try {
+            // Grows by doubling, but to no more than may be held.
+            read.bytes.reserve(std::min<qint64>(
+                read.bounds.byteLimit, std::max(total, 2 * read.bytes.capacity())));
+        } catch (const std::bad_alloc&) {
+            read.drained = total;
+            answer(id, End::noMemory);
+            return;
+        }
     }
     read.bytes.append(m_chunk.data(), size);
     m_loop.cancel(read.stallTimer);

@@ -26,6 +26,8 @@ public:
         complete,
         /// More bytes than `byteLimit`.
         tooLarge,
+        /// More than there is memory for just now.
+        noMemory,
         /// A deadline passed, or the pipe cannot be read.
         timedOut,
         /// Given up by the asker.

@@ -3,6 +3,7 @@
 #include "FlavourTargets.h"
 #include "MendedUTF8.h"
 #include "PasteboardText.h"
+#include "WithinMemory.h"
 
 #include <algorithm>
 #include <array>
@@ -78,14 +79,17 @@ void X11ClipboardContent::read(Flavour flavour, qint64 byteLimit, ReadDone done)
         targetsOf(flavour), byteLimit,
         [latin1 = m_loop.atom("STRING"), flavour, byteLimit,
          done = std::move(done)](const Found& found) {
-            ReadResult<QByteArray> result{.status = found.status};
-            if (found.status == ReadStatus::read) {
-                result.value = found.bytes;
-            }
-            if (found.status == ReadStatus::read && flavour == Flavour::plainText) {
-                result.value =
-                    found.type == latin1 ? utf8FromLatin1(found.bytes) : mendedUTF8(found.bytes);
-            }
+            auto result = withinMemory([&] {
+                ReadResult<QByteArray> result{.status = found.status};
+                if (found.status == ReadStatus::read) {
+                    result.value = found.bytes;
+                }
+                if (found.status == ReadStatus::read && flavour == Flavour::plainText) {
+                    result.value = found.type == latin1 ? utf8FromLatin1(found.bytes)
+                                                        : mendedUTF8(found.bytes);
+                }
+                return result;
+            });
             if (found.status == ReadStatus::read && flavour == Flavour::png &&
                 !isPNG(found.bytes)) {
                 result = {.status = ReadStatus::absent};
@@ -103,7 +107,8 @@ void X11ClipboardContent::readFileURLs(qint64 byteLimit, FileURLsDone done)
         2 * std::min(byteLimit, std::numeric_limits<qint64>::max() / 4) + fileListOverhead;
     search(fileListTargets(), listLimit, [byteLimit, done = std::move(done)](const Found& found) {
         if (found.status == ReadStatus::read) {
-            done(limitedFileURLs(fileURLs(found.target, found.bytes), byteLimit));
+            done(withinMemory(
+                [&] { return limitedFileURLs(fileURLs(found.target, found.bytes), byteLimit); }));
         } else {
             done({.status = found.status});
         }
@@ -290,6 +295,8 @@ ReadStatus X11ClipboardContent::statusOf(X11Conversion::End end) const
         return ReadStatus::absent;
     case X11Conversion::End::tooLarge:
         return ReadStatus::tooLarge;
+    case X11Conversion::End::noMemory:
+        return ReadStatus::noMemory;
     case X11Conversion::End::ownerLeft:
     case X11Conversion::End::timedOut:
         return m_isServed ? ReadStatus::absent : ReadStatus::unreadable;

@@ -1,6 +1,7 @@
 #include "X11SelectionTransfer.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace tessly {
@@ -149,6 +150,15 @@ void X11SelectionTransfer::fetched(const xcb_get_property_reply_t* reply)
     }
 }
 
+/// Answers; what comes from this reply on is thrown away.
+void X11SelectionTransfer::drainFrom(const xcb_get_property_reply_t& reply, X11Conversion::End end)
+{
+    answer(end);
+    stopDeadlines();
+    startDeadlines(m_conversion.drainDeadline);
+    drain(reply);
+}
+
 void X11SelectionTransfer::drain(const xcb_get_property_reply_t& reply)
 {
     const bool isEmpty = m_offset == 0 && byteCount(reply) == 0 && reply.bytes_after == 0;
@@ -170,15 +180,17 @@ void X11SelectionTransfer::take(const xcb_get_property_reply_t& reply)
     const bool isEnd = m_offset == 0 && size == 0 && reply.bytes_after == 0;
     const bool isWrong = !isAcceptable(reply);
     if (isWrong || total > m_conversion.byteLimit) {
-        answer(isWrong ? X11Conversion::End::refused : X11Conversion::End::tooLarge);
-        stopDeadlines();
-        startDeadlines(m_conversion.drainDeadline);
-        drain(reply);
+        drainFrom(reply, isWrong ? X11Conversion::End::refused : X11Conversion::End::tooLarge);
         return;
     }
     m_type = reply.type;
-    m_bytes.append(
-        static_cast<const char*>(xcb_get_property_value(&reply)), static_cast<qsizetype>(size));
+    try {
+        m_bytes.append(
+            static_cast<const char*>(xcb_get_property_value(&reply)), static_cast<qsizetype>(size));
+    } catch (const std::bad_alloc&) {
+        drainFrom(reply, X11Conversion::End::noMemory);
+        return;
+    }
     if (reply.bytes_after > 0) {
         m_offset += static_cast<std::uint32_t>(size);
         fetch();

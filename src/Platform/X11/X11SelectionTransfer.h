@@ -21,6 +21,8 @@ struct X11Conversion
         refused,
         /// More bytes than `byteLimit`.
         tooLarge,
+        /// More than there is memory for just now.
+        noMemory,
         /// A deadline passed.
         timedOut,
         /// The owner went away before it was done.
@@ -109,6 +111,7 @@ private:
     void fetch();
     void fetched(const xcb_get_property_reply_t* reply);
     void take(const xcb_get_property_reply_t& reply);
+    void drainFrom(const xcb_get_property_reply_t& reply, X11Conversion::End end);
     void drain(const xcb_get_property_reply_t& reply);
     [[nodiscard]] bool isAcceptable(const xcb_get_property_reply_t& reply) const;
     void chunkTaken();

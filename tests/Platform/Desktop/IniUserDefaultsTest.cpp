@@ -3,6 +3,8 @@
 #include "InlineExecutor.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
+#include "OrdinaryUser.h"
+#include "PlantedFile.h"
 #include "ThreadExecutor.h"
 
 #include <gtest/gtest.h>
@@ -216,6 +218,88 @@ TEST_F(IniUserDefaultsTest, WhatStandsInThePlaceOfTheFileIsNotReplaced)
     EXPECT_EQ(defaults.integer(u"key"_s), 5);
     EXPECT_TRUE(QFileInfo(m_path).isDir());
     EXPECT_EQ(warnings(log), 2U) << "one for reading, one for writing";
+}
+
+TEST_F(IniUserDefaultsTest, AFileThatIsNotThereCouldBeRead)
+{
+    EXPECT_TRUE(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).couldBeRead());
+    setFileBytes("[General]\nkey=1\n");
+    EXPECT_TRUE(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).couldBeRead());
+}
+
+TEST_F(IniUserDefaultsTest, WhatCannotBeReadIsSaidAndStaysAsItIs)
+{
+    const OrdinaryUser user(m_folder.path());
+    setFileBytes("[General]\nkey=2\n");
+    for (const QString& closed : {m_path, QFileInfo(m_path).path()}) {
+        const LogCapture log;
+        ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0), 0);
+        IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
+        EXPECT_FALSE(defaults.couldBeRead()) << closed.toStdString();
+        defaults.setInteger(u"other"_s, 3);
+        ASSERT_EQ(chmod(QFile::encodeName(closed).constData(), 0700), 0);
+        EXPECT_EQ(fileBytes(), "[General]\nkey=2\n");
+        EXPECT_EQ(warnings(log), 2U) << "one for reading, one for writing";
+    }
+}
+
+TEST_F(IniUserDefaultsTest, ADiskThatFailsIsNoEmptyFile)
+{
+    const LogCapture log;
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(m_path).path()));
+    // An ordinary file whose beginning cannot be read: nothing is mapped at address 0.
+    ASSERT_TRUE(QFile::link(u"/proc/self/mem"_s, m_path));
+    EXPECT_FALSE(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).couldBeRead());
+    EXPECT_EQ(warnings(log), 1U);
+}
+
+TEST_F(IniUserDefaultsTest, ALinkThatLeadsNowhereIsNoEmptyFile)
+{
+    const LogCapture log;
+    m_path = m_folder.filePath(u"settings.ini"_s);
+    ASSERT_TRUE(QFile::link(m_folder.filePath(u"elsewhere.ini"_s), m_path));
+    EXPECT_FALSE(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).couldBeRead());
+    EXPECT_EQ(warnings(log), 1U);
+}
+
+TEST_F(IniUserDefaultsTest, WhatIsPlantedInThePlaceOfTheFileIsNeitherReadNorChanged)
+{
+    for (const Planted what : {Planted::pipe, Planted::folder, Planted::fileOfAnother}) {
+        const LogCapture log;
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"elsewhere"_s);
+        const PlantedFile planted(what, file, folder.filePath(u"victim"_s));
+        if (!planted.isPlanted()) {
+            continue;
+        }
+        // Also by way of a link, and of a link to that.
+        const QString link = folder.filePath(u"link"_s);
+        const QString second = folder.filePath(u"second"_s);
+        ASSERT_TRUE(QFile::link(file, link));
+        ASSERT_TRUE(QFile::link(link, second));
+        for (const QString& path : {file, link, second}) {
+            IniUserDefaults defaults(path, std::make_unique<InlineExecutor>());
+            EXPECT_FALSE(defaults.couldBeRead());
+            defaults.setInteger(u"key"_s, 5);
+        }
+        EXPECT_EQ(warnings(log), 6U);
+        planted.expectUntouched();
+    }
+}
+
+TEST_F(IniUserDefaultsTest, AFileOfTheSystemsIsReadAndNotReplaced)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can make one";
+    }
+    const LogCapture log;
+    setFileBytes("[General]\nkey=1\n");
+    const OrdinaryUser user(m_folder.path());
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
+    EXPECT_EQ(defaults.integer(u"key"_s), 1);
+    defaults.setInteger(u"key"_s, 2);
+    EXPECT_EQ(fileBytes(), "[General]\nkey=1\n");
+    EXPECT_EQ(warnings(log), 1U);
 }
 
 TEST_F(IniUserDefaultsTest, APipeInThePlaceOfTheFileHoldsNobodyUp)

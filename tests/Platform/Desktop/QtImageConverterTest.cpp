@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
+#include <QFile>
 #include <QImage>
+#include <QImageReader>
 #include <QImageWriter>
 
 #include <algorithm>
@@ -72,6 +74,70 @@ QByteArray inflated(const char* format)
     return bytes;
 }
 
+/// A number of so many bytes, the least significant first.
+QByteArray littleEndian(int number, int bytes)
+{
+    QByteArray result;
+    for (int index = 0; index < bytes; ++index) {
+        result += static_cast<char>(number >> (8 * index));
+    }
+    return result;
+}
+
+/// One frame of two colours at the top left of a screen, of whose pixels only the first is there.
+QByteArray gif(QSize screen, QSize frame)
+{
+    return "GIF89a" + littleEndian(screen.width(), 2) + littleEndian(screen.height(), 2) +
+           QByteArray::fromHex("800000ff0000ffffff2c00000000") + littleEndian(frame.width(), 2) +
+           littleEndian(frame.height(), 2) + QByteArray::fromHex("0002024401003b");
+}
+
+/// An animation of one small frame on a canvas.
+QByteArray webp(QSize canvas)
+{
+    const auto chunk = [](const QByteArray& name, const QByteArray& data) {
+        return name + littleEndian(static_cast<int>(data.size()), 4) + data +
+               QByteArray(data.size() % 2, '\0');
+    };
+    // A file of one image is a RIFF with that image's chunk.
+    const QByteArray still = encoded(picture(), "webp").sliced(12);
+    const QByteArray frame =
+        littleEndian(0, 3) + littleEndian(0, 3) + littleEndian(picture().width() - 1, 3) +
+        littleEndian(picture().height() - 1, 3) + littleEndian(100, 3) + littleEndian(0, 1) + still;
+    const QByteArray chunks =
+        "WEBP" +
+        chunk(
+            "VP8X", littleEndian(0x12, 4) + littleEndian(canvas.width() - 1, 3) +
+                        littleEndian(canvas.height() - 1, 3)) +
+        chunk("ANIM", littleEndian(0, 6)) + chunk("ANMF", frame);
+    return "RIFF" + littleEndian(static_cast<int>(chunks.size()), 4) + chunks;
+}
+
+qint64 statusBytes(QByteArrayView field)
+{
+    QFile file(u"/proc/self/status"_s);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith(field)) {
+            return line.sliced(field.size()).trimmed().split(' ').front().toLongLong() * 1024;
+        }
+    }
+    ADD_FAILURE() << "no " << field.data();
+    return 0;
+}
+
+/// By how much the memory of the process was larger at the most, in bytes.
+template <typename Operation>
+qint64 peakGrowth(Operation operation)
+{
+    QFile peak(u"/proc/self/clear_refs"_s);
+    EXPECT_TRUE(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    EXPECT_EQ(peak.write("5"), 1);
+    const qint64 before = statusBytes("VmRSS:");
+    operation();
+    return statusBytes("VmHWM:") - before;
+}
+
 } // namespace
 
 TEST(QtImageConverter, losslessFormatsKeepEveryPixel)
@@ -127,6 +193,40 @@ TEST(QtImageConverter, anImageThatDecodesToMoreThanTheBoundIsNone)
 {
     EXPECT_EQ(converted(inflated("bmp")), std::nullopt);
     EXPECT_EQ(converted(inflated("jpeg")), std::nullopt);
+}
+
+TEST(QtImageConverter, aFewBytesDoNotTakeTheMemoryOfAHugeImage)
+{
+    const QSize huge(11'000, 11'000);
+    const QSize tiny(1, 1);
+    const std::vector<std::pair<const char*, QByteArray>> claims = {
+        {"gif of a huge frame", gif(huge, huge)},
+        {"gif of a huge frame on a small screen", gif(tiny, huge)},
+        {"gif of a huge frame on no screen", gif(QSize(0, 0), huge)},
+        {"gif of a small frame on a huge screen", gif(huge, tiny)},
+        {"animated webp", webp(huge)},
+        {"bmp", inflated("bmp")},
+        {"jpeg", inflated("jpeg")},
+    };
+    for (const auto& [name, bytes] : claims) {
+        ASSERT_LT(bytes.size(), 10'000) << name;
+        const qint64 growth = peakGrowth([&bytes = bytes] { (void)converted(bytes); });
+        EXPECT_LT(growth, qint64{32} << 20) << name;
+    }
+    EXPECT_TRUE(converted(gif(QSize(60, 40), QSize(60, 40)))) << "one that is not huge";
+    EXPECT_TRUE(converted(webp(QSize(60, 40)))) << "one that is not huge";
+}
+
+TEST(QtImageConverter, anImageAsLargeAsAnyScreenIsConverted)
+{
+    QImage image(7680, 4320, QImage::Format_Mono);
+    image.fill(1);
+    const auto png = converted(encoded(image, "bmp"));
+    ASSERT_TRUE(png);
+    QBuffer buffer;
+    buffer.setData(*png);
+    buffer.open(QIODevice::ReadOnly);
+    EXPECT_EQ(QImageReader(&buffer, "png").size(), image.size());
 }
 
 TEST(QtImageConverter, aBrokenImageHarmsNobody)

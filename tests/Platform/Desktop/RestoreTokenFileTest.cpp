@@ -2,6 +2,7 @@
 
 #include "LogCapture.h"
 #include "ManualExecutor.h"
+#include "PlantedFile.h"
 #include "ThreadExecutor.h"
 
 #include <QDir>
@@ -152,6 +153,23 @@ TEST_F(RestoreTokenFileTest, WhatIsNoFileHoldsNobodyUp)
     const LogCapture log;
     EXPECT_EQ(read(), QString());
     EXPECT_THAT(log.lines(u"com.brackmoor.tessly.RestoreTokenFile"_s), SizeIs(1));
+}
+
+TEST_F(RestoreTokenFileTest, WhatIsPlantedIsNoToken)
+{
+    for (const Planted what : everyPlanted) {
+        const QTemporaryDir folder;
+        m_path = folder.filePath(u"token"_s);
+        const PlantedFile planted(what, m_path, folder.filePath(u"victim"_s));
+        if (!planted.isPlanted()) {
+            continue;
+        }
+        restart();
+        const LogCapture log;
+        EXPECT_EQ(read(), QString());
+        EXPECT_THAT(log.lines(u"com.brackmoor.tessly.RestoreTokenFile"_s), SizeIs(1));
+        planted.expectUntouched();
+    }
 }
 
 TEST_F(RestoreTokenFileTest, TheCallerDoesNotWait)

@@ -259,18 +259,10 @@ TEST_F(ClipFaults, ofAFileThatIsDeletedEndWithTheNextSave)
 {
     history.open();
     fill(3);
-    const Clip clip = all().front();
     for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
         ASSERT_TRUE(QFile::remove(history.path() + companion));
     }
-    const QString expected =
-        u"Clipboard database operation failed: The database file was moved or deleted."_s;
     ClipDatabase& database = history.database();
-    EXPECT_EQ(errorOf([&] { database.setPinned(true, clip.id); }).description(), expected);
-    EXPECT_EQ(errorOf([&] { database.markUsed(clip.id, true); }).description(), expected);
-    EXPECT_EQ(errorOf([&] { database.remove(clip.id); }).description(), expected);
-    EXPECT_EQ(errorOf([&] { database.clear(true); }).description(), expected);
-    EXPECT_EQ(errorOf([&] { database.trimHistory(10); }).description(), expected);
     EXPECT_EQ(all().size(), 3U) << "what is there can still be pasted";
 
     history.saveText("a new beginning");
@@ -279,6 +271,109 @@ TEST_F(ClipFaults, ofAFileThatIsDeletedEndWithTheNextSave)
     history.saveText("that goes on");
     history.open();
     EXPECT_EQ(all().size(), 2U);
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFileThatIsReplacedEndWithWhateverIsDoneToAnEntry)
+{
+    history.open();
+    fill(12);
+    const std::vector<Clip> clips = all();
+    history.close();
+    const QString backup = QDir(history.folder()).filePath(u"backup"_s);
+    ASSERT_TRUE(QFile::copy(history.path(), backup));
+    const auto restore = [&] {
+        history.saveText("since the backup");
+        const QString copy = QDir(history.folder()).filePath(u"copy"_s);
+        ASSERT_TRUE(QFile::copy(backup, copy));
+        ASSERT_EQ(
+            std::rename(
+                QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
+            0);
+    };
+    ClipDatabase& database = history.open();
+
+    restore();
+    database.setPinned(true, clips.back().id);
+    EXPECT_EQ(all().size(), 12U);
+    EXPECT_EQ(all().front().id, clips.back().id) << "pinned in the file that is there now";
+    restore();
+    database.markUsed(clips.back().id, true);
+    EXPECT_EQ(all().front().id, clips.back().id);
+    restore();
+    database.remove(clips.front().id);
+    EXPECT_EQ(all().size(), 11U);
+    restore();
+    database.trimHistory(10);
+    EXPECT_EQ(all().size(), 10U);
+    history.open();
+    EXPECT_EQ(all().size(), 10U);
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFileThatIsReplacedDoNotClearTheOtherBeforeItIsShown)
+{
+    history.open();
+    fill(1);
+    HistoryFile other;
+    other.open();
+    other.saveText("restored");
+    other.close();
+    const QString copy = QDir(history.folder()).filePath(u"copy"_s);
+    ASSERT_TRUE(QFile::copy(other.path(), copy));
+    ASSERT_EQ(
+        std::rename(
+            QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
+        0);
+    EXPECT_EQ(
+        errorOf([&] { history.database().clear(true); }).description(),
+        u"Clipboard database operation failed: The database file was moved or deleted."_s);
+    EXPECT_EQ(HistoryFile::previews(all()), QStringList{u"restored"_s});
+    history.database().clear(true);
+    EXPECT_EQ(all().size(), 0U);
+}
+
+TEST_F(ClipFaults, ofAFolderThatIsClosedMeanwhileLoseNothing)
+{
+    const OrdinaryUser user(history.folder());
+    history.open();
+    fill(1);
+    ::chmod(QFile::encodeName(history.folder()).constData(), 0500);
+    history.saveText("into the files that are open");
+    history.database().remove(all().back().id);
+    EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+    EXPECT_EQ(HistoryFile::previews(all()), QStringList{u"into the files that are open"_s});
+    expectSound();
+}
+
+TEST_F(ClipFaults, ofAFolderThatIsNoLongerTheUsersLastAsLongAsThat)
+{
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can give a folder away";
+    }
+    const OrdinaryUser user(history.folder());
+    history.open();
+    fill(2);
+    const auto give = [this](uid_t owner) {
+        const QByteArray folder = QFile::encodeName(history.folder());
+        const uid_t ordinary = ::geteuid();
+        EXPECT_EQ(::seteuid(0), 0);
+        EXPECT_EQ(::chown(folder.constData(), owner == 0 ? 0 : ordinary, 0), 0);
+        EXPECT_EQ(::chmod(folder.constData(), 0755), 0);
+        EXPECT_EQ(::seteuid(ordinary), 0);
+    };
+    ASSERT_TRUE(QFile::remove(history.path()));
+    give(0);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const ClipStoreError error = errorOf([this] { history.saveText("nowhere to go"); });
+        EXPECT_EQ(error.errorCase(), Case::openDatabase);
+        EXPECT_TRUE(error.message().contains(u"Operation not permitted"_s));
+        EXPECT_EQ(all().size(), 2U) << "what is there can still be pasted";
+    }
+    give(1);
+    history.saveText("a new beginning");
+    history.open();
+    EXPECT_EQ(all().size(), 1U);
     expectSound();
 }
 
