@@ -235,14 +235,13 @@ void WaylandClipboard::write(const std::vector<PasteboardItem>& items, WriteTick
 {
     if (m_device) {
         forgetKept();
-        own(items, ticket);
+        own(std::make_shared<PasteboardOffer>(items, ticket));
     }
 }
 
-void WaylandClipboard::own(const std::vector<PasteboardItem>& items, WriteTicket ticket)
+void WaylandClipboard::own(Offer offer)
 {
-    auto written = std::make_unique<Written>(
-        Written{.offer = std::make_shared<PasteboardOffer>(items, ticket)});
+    auto written = std::make_unique<Written>(Written{.offer = std::move(offer)});
     written->source =
         sourceOf(written->offer, [this, written = written.get()] { cancelled(written); });
     m_device->setSelection(written->source.get());
@@ -383,10 +382,13 @@ bool WaylandClipboard::isSourceGone() const
 
 void WaylandClipboard::offerKept()
 {
-    // Contents have no times here: a copy that is on its way already must not be overrun.
-    m_loop.awaitOtherPrograms([this, changeCount = m_state.changeCount()] {
+    // Contents have no times here: a copy that is on its way already must not be overrun. The offer
+    // is made before it is asked for one, since that takes a while where the content is large.
+    m_loop.awaitOtherPrograms([this, changeCount = m_state.changeCount(),
+                               offer = std::make_shared<PasteboardOffer>(m_kept->items)] {
         if (m_device && isCurrent(changeCount) && m_hasOwnerLeft && m_kept) {
-            own(std::exchange(m_kept, std::nullopt)->items);
+            m_kept.reset();
+            own(offer);
         }
     });
 }

@@ -77,7 +77,7 @@ private:
     void nothingSelected();
     void cleared();
     void dropContent();
-    void own(const std::vector<PasteboardItem>& items, WriteTicket ticket = {});
+    void own(Offer offer);
     [[nodiscard]] Offer offerOf(WriteTicket ticket) const;
     [[nodiscard]] std::unique_ptr<WaylandDataSource>
     sourceOf(const Offer& offer, std::function<void()> cancelled);
