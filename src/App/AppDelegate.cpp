@@ -178,7 +178,9 @@ void AppDelegate::applicationDidFinishLaunching()
     makeQuickPasteController();
     m_model->hotKeyConfigurationDidChange = [self = QPointer(this)] {
         if (self) {
-            self->m_platform->hotKeys().forgetRefusal();
+            if (self->m_settings.directPasteShortcuts()) {
+                self->m_platform->hotKeys().forgetRefusal();
+            }
             setupHotKeys(self);
         }
     };

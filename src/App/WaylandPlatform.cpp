@@ -20,17 +20,19 @@ namespace tessly {
 namespace {
 
 /// Portals have their backend chosen by the names in $XDG_CURRENT_DESKTOP.
-PortalHotKeyCenter::Trigger hotKeyTrigger(const WaylandDesktop& desktop)
+PortalHotKeyCenter::Options hotKeyOptions(const WaylandDesktop& desktop)
 {
+    PortalHotKeyCenter::Options options = {.refusal = makeHotKeyRefusalFile()};
     const auto names = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
-    if (!names.contains(u"KDE"_s, Qt::CaseInsensitive)) {
-        return portalTrigger;
+    if (names.contains(u"KDE"_s, Qt::CaseInsensitive)) {
+        options.describesKeys = true;
+        options.trigger = [&desktop](quint32 keyCode, quint32 modifiers) {
+            return kdeTrigger(keyCode, modifiers, [&desktop](std::uint32_t key) {
+                return desktop.symbolWithShift(key);
+            });
+        };
     }
-    return [&desktop](quint32 keyCode, quint32 modifiers) {
-        return kdeTrigger(keyCode, modifiers, [&desktop](std::uint32_t key) {
-            return desktop.symbolWithShift(key);
-        });
-    };
+    return options;
 }
 
 } // namespace
@@ -39,9 +41,7 @@ WaylandPlatform::WaylandPlatform(
     const DesktopChoice& choice, Clock& clock, const std::function<void()>& connectionLost)
     : FreedesktopPlatform(choice)
     , m_portal(connectPortal, clock)
-    , m_hotKeys(
-          m_portal, clock, directPasteShortcut,
-          {.trigger = hotKeyTrigger(m_desktop), .refusal = makeHotKeyRefusalFile()})
+    , m_hotKeys(m_portal, clock, directPasteShortcut, hotKeyOptions(m_desktop))
     , m_statusItem(makeBusStatusItem())
 {
     makePasteboard(choice, connectionLost);

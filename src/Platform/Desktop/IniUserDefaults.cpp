@@ -3,6 +3,7 @@
 #include "IniFile.h"
 #include "PrivateFiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -45,15 +46,35 @@ void requireSettings(const QString& path, const struct stat& status)
     }
 }
 
+/// Whether the path, or a folder on its way, is a link to what is not there (yet): the disk with
+/// the settings may not be mounted.
+bool leadsNowhere(const QString& path)
+{
+    for (QString part = QDir::cleanPath(path); !part.isEmpty();
+         part = part.left(part.lastIndexOf(u'/'))) {
+        const QByteArray name = QFile::encodeName(part);
+        struct stat status = {};
+        if (::lstat(name.constData(), &status) == 0) {
+            return S_ISLNK(status.st_mode) && ::stat(name.constData(), &status) != 0;
+        }
+    }
+    return false;
+}
+
 /// The file's bytes; none if there is no file. Throws std::runtime_error.
 std::optional<QByteArray> contents(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
     if (::stat(name.constData(), &status) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR) {
+        const int error = errno;
+        if (leadsNowhere(path)) {
+            fail(path + u" leads to no file"_s);
+        }
+        if (error == ENOENT || error == ENOTDIR) {
             return std::nullopt;
         }
+        errno = error;
         fail(u"cannot read "_s + path + u": "_s + qt_error_string(errno));
     }
     // Before it is opened, which would wait for a pipe's writer, and once more when it is.
@@ -83,9 +104,7 @@ void replaceContents(const QString& path, const QByteArray& bytes)
         fail(u"cannot make "_s + info.path() + u": "_s + qt_error_string(errno));
     }
     // Through a link, so that a settings file that is kept elsewhere stays there.
-    const QString target = info.exists()      ? info.canonicalFilePath()
-                           : info.isSymLink() ? info.symLinkTarget()
-                                              : path;
+    const QString target = info.exists() ? info.canonicalFilePath() : path;
     if (const std::optional<QString> objection = objectionTo(target)) {
         fail(target + u' ' + *objection);
     }
@@ -166,9 +185,6 @@ IniUserDefaults::IniUserDefaults(const QString& path, std::unique_ptr<Executor> 
     try {
         if (const std::optional<QByteArray> bytes = contents(path)) {
             m_values = IniFile(*bytes).values();
-        } else if (QFileInfo(path).isSymLink()) {
-            // The disk that has them may not be there yet.
-            fail(path + u" leads to no file"_s);
         }
     } catch (const std::runtime_error& error) {
         m_couldBeRead = false;

@@ -54,12 +54,12 @@ QList<PortalShortcut> shortcutsIn(const QVariant& list)
                : QList<PortalShortcut>();
 }
 
-/// Desktops describe the keys of a shortcut to people. KDE has nothing to describe where the keys
-/// are another program's, or the user took them away; a description that lacks says nothing.
-bool hasKeys(const PortalShortcut& shortcut)
+/// There is nothing to describe to people where the keys are another program's, or the user took
+/// them away; a description that lacks says nothing.
+bool describesNone(const PortalShortcut& shortcut)
 {
     const QVariant keys = shortcut.properties.value(u"trigger_description"_s);
-    return !keys.isValid() || !keys.toString().isEmpty();
+    return keys.isValid() && keys.toString().isEmpty();
 }
 
 } // namespace
@@ -325,8 +325,9 @@ void PortalHotKeyCenter::learnKeys(const QVariant& shortcuts)
 {
     QStringList withoutKeys;
     for (const PortalShortcut& shortcut : shortcutsIn(shortcuts)) {
-        m_held->insert_or_assign(shortcut.id, hasKeys(shortcut));
-        if (!hasKeys(shortcut)) {
+        const bool hasKeys = !m_options.describesKeys || !describesNone(shortcut);
+        m_held->insert_or_assign(shortcut.id, hasKeys);
+        if (!hasKeys) {
             withoutKeys << shortcut.id;
         }
     }

@@ -35,6 +35,9 @@ public:
     struct Options
     {
         Trigger trigger = portalTrigger;
+        /// Whether this desktop's portal describes the keys of all shortcuts that have some; others
+        /// describe none.
+        bool describesKeys = false;
         /// Keeps from one run to the next that the user refused; null: nothing does.
         std::unique_ptr<RestoreTokenFile> refusal = nullptr;
     };

@@ -27,6 +27,8 @@ public:
     PlasmaModifiers(const PlasmaModifiers&) = delete;
     PlasmaModifiers& operator=(const PlasmaModifiers&) = delete;
 
+    /// Whether none is held down, as far as has been heard.
+    [[nodiscard]] bool areUp() const { return m_held.empty(); }
     /// `up` is called once none is held down, which may be at once; or dropped with this.
     void whenUp(std::function<void()> up);
 

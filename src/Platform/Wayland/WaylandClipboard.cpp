@@ -384,9 +384,10 @@ void WaylandClipboard::offerKept()
 {
     // Contents have no times here: a copy that is on its way already must not be overrun. The offer
     // is made before it is asked for one, since that takes a while where the content is large.
-    m_loop.awaitOtherPrograms([this, changeCount = m_state.changeCount(),
-                               offer = std::make_shared<PasteboardOffer>(m_kept->items)] {
-        if (m_device && isCurrent(changeCount) && m_hasOwnerLeft && m_kept) {
+    m_kept->offer = std::make_shared<PasteboardOffer>(m_kept->items);
+    m_loop.awaitOtherPrograms([this, changeCount = m_state.changeCount(), offer = m_kept->offer] {
+        const bool isStillKept = m_kept && m_kept->offer == offer;
+        if (m_device && isCurrent(changeCount) && m_hasOwnerLeft && isStillKept) {
             m_kept.reset();
             own(offer);
         }

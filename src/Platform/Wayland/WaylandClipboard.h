@@ -57,6 +57,8 @@ private:
     {
         std::vector<PasteboardItem> items;
         Pasteboard::HasSourceEnded hasSourceEnded;
+        /// Once it is about to be offered.
+        Offer offer = {};
         /// Until the source is looked for again.
         WaylandEventLoop::TimerID timer = 0;
     };

@@ -121,7 +121,9 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
                 };
                 const bool isInFront =
                     m_toplevels->front() == target && (!target || !target->isGone());
-                if (!isInFront) {
+                const bool isSpoiled =
+                    way == WaylandKeyboard::Way::fakeInput && m_modifiers && !m_modifiers->areUp();
+                if (!isInFront || isSpoiled) {
                     done(Sending::notInFront);
                 } else if (!isThere()) {
                     done(Sending::contentReplaced);

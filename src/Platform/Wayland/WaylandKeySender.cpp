@@ -4,10 +4,13 @@
 #include "WaylandRunningApplication.h"
 
 #include <QCoroFuture>
+#include <QLoggingCategory>
 
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcKeySender, "com.brackmoor.tessly.WaylandKeySender")
 
 /// None of what is not known by a window.
 std::shared_ptr<const TrackedWindow> windowOf(const std::shared_ptr<const PasteTarget>& target)
@@ -44,7 +47,12 @@ WaylandKeySender::send(PasteChord chord, std::shared_ptr<const PasteTarget> targ
 QCoro::Task<bool> FakeInputSender::ready()
 {
     const QFuture<bool> up = desktop().modifiersUp();
-    co_return co_await up;
+    const bool areUp = co_await up;
+    if (!areUp) {
+        qCInfo(
+            lcKeySender, "No keys are pressed: a modifier is held down, and would be part of them");
+    }
+    co_return areUp;
 }
 
 } // namespace tessly

@@ -167,8 +167,8 @@ KeySender::Sending WaylandKeyboard::fake(PasteChord chord)
     if (!strokes) {
         return KeySender::Sending::noKeys;
     }
-    // All keyboards have one state together here. What the user holds is let go of, and not pressed
-    // again, since the user may let go meanwhile. Which keys those are is not told: windows see the
+    // All keyboards have one state together here. What the user holds is let go of, where the
+    // compositor still does that, and not pressed again, since the user may let go meanwhile. Which keys those are is not told: windows see the
     // release of one that is not held only if it has never been pressed, and it means nothing to
     // them.
     for (const auto key : modifierKeys) {

@@ -84,10 +84,6 @@ void X11Keyboard::start()
                  xkb_x11_setup_xkb_extension(
                      connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                      XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr) == 1;
-    m_unmapped = xcb_generate_id(connection);
-    xcb_create_window(
-        connection, 0, m_unmapped, m_loop.root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-        XCB_COPY_FROM_PARENT, 0, nullptr);
 }
 
 void X11Keyboard::post(Paste paste)
@@ -125,7 +121,7 @@ void X11Keyboard::step()
     }
     const bool isOver = std::chrono::steady_clock::now() >= m_deadline;
     const auto held = heldKeys();
-    const bool isGrabbed = m_windows.isKeyboardGrabbed() || isGrabbedElsewhere();
+    const bool isGrabbed = m_windows.isKeyboardGrabbed();
     if (!isOver && (isGrabbed || (!held.empty() && m_phase == Phase::waitingForRelease))) {
         m_loop.callAfter(lookInterval, [this] { step(); });
     } else if (isGrabbed && !held.empty() && m_phase == Phase::waitingForRelease) {
@@ -169,7 +165,7 @@ X11Keyboard::Result X11Keyboard::press()
     }
 
     const ServerGrab grab(connection);
-    if (!m_windows.isInFrontNow(*paste.target) || isGrabbedElsewhere()) {
+    if (!m_windows.isInFrontNow(*paste.target)) {
         return Result::targetNotInFront;
     }
     if (!isContentThere(paste)) {
@@ -209,20 +205,6 @@ X11Keyboard::Result X11Keyboard::press()
     const auto done =
         owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
     return done ? Result::posted : Result::failed;
-}
-
-/// Windows are told of grabs, but a window that came to the front after one knows nothing of it. The
-/// server looks for other programs' grabs before it refuses the keyboard to a window that is not to
-/// be seen.
-bool X11Keyboard::isGrabbedElsewhere() const
-{
-    auto* const connection = m_loop.connection();
-    const auto reply = owned(xcb_grab_keyboard_reply(
-        connection,
-        xcb_grab_keyboard(
-            connection, 0, m_unmapped, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-        nullptr));
-    return reply && reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
 }
 
 /// What another program has copied since may be a password. While the server serves no one else,

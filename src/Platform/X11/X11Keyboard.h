@@ -103,7 +103,6 @@ private:
     void step();
     void finish(Result result);
     [[nodiscard]] Result press();
-    [[nodiscard]] bool isGrabbedElsewhere() const;
     [[nodiscard]] bool isContentThere(const Paste& paste) const;
     [[nodiscard]] xcb_window_t selectionOwner(xcb_atom_t selection) const;
     /// The layout in effect; none if the server is gone.
@@ -117,8 +116,6 @@ private:
     X11EventLoop& m_loop;
     X11WindowTracker& m_windows;
     xcb_atom_t m_clipboard = XCB_ATOM_NONE;
-    /// Never shown.
-    xcb_window_t m_unmapped = XCB_WINDOW_NONE;
     bool m_isUsable = false;
     std::deque<Paste> m_pastes;
     Phase m_phase = Phase::waitingForRelease;

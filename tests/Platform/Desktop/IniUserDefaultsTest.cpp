@@ -168,6 +168,7 @@ TEST_F(IniUserDefaultsTest, ALinkToAFileElsewhereStaysALink)
 {
     const QString elsewhere = m_folder.filePath(u"elsewhere.ini"_s);
     m_path = m_folder.filePath(u"settings.ini"_s);
+    ASSERT_TRUE(QFile(elsewhere).open(QIODevice::WriteOnly));
     ASSERT_TRUE(QFile::link(elsewhere, m_path));
     IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
     defaults.setInteger(u"key"_s, 1);
@@ -257,7 +258,23 @@ TEST_F(IniUserDefaultsTest, ALinkThatLeadsNowhereIsNoEmptyFile)
 {
     const LogCapture log;
     m_path = m_folder.filePath(u"settings.ini"_s);
-    ASSERT_TRUE(QFile::link(m_folder.filePath(u"elsewhere.ini"_s), m_path));
+    const QString elsewhere = m_folder.filePath(u"elsewhere.ini"_s);
+    ASSERT_TRUE(QFile::link(elsewhere, m_path));
+    IniUserDefaults defaults(m_path, std::make_unique<InlineExecutor>());
+    EXPECT_FALSE(defaults.couldBeRead());
+    EXPECT_EQ(warnings(log), 1U);
+    // What is there once the disk is may say otherwise.
+    defaults.setString(u"key"_s, u"value"_s);
+    EXPECT_FALSE(QFile::exists(elsewhere));
+    EXPECT_EQ(warnings(log), 2U);
+}
+
+TEST_F(IniUserDefaultsTest, AFolderThatLeadsNowhereIsNoEmptyFile)
+{
+    const LogCapture log;
+    const QString folder = m_folder.filePath(u"settings"_s);
+    ASSERT_TRUE(QFile::link(m_folder.filePath(u"elsewhere"_s), folder));
+    m_path = folder + u"/settings.ini"_s;
     EXPECT_FALSE(IniUserDefaults(m_path, std::make_unique<InlineExecutor>()).couldBeRead());
     EXPECT_EQ(warnings(log), 1U);
 }

@@ -112,9 +112,9 @@ protected:
         }
         return statuses;
     }
-    void startHolding()
+    void startHolding(PortalHotKeyCenter::Options options = {})
     {
-        startCenter();
+        startCenter(std::move(options));
         ASSERT_THAT(
             statuses(registerAll()),
             ElementsAre(HotKeyCenter::done, HotKeyCenter::done, HotKeyCenter::done));
@@ -207,7 +207,7 @@ TEST_F(PortalHotKeyCenterTest, ItIsAvailableAsSoonAsOneShortcutHasKeys)
 {
     const LogCapture log;
     mock().keylessTriggers = {u"ALT+SHIFT+1"_s, u"ALT+SHIFT+2"_s, u"ALT+SHIFT+3"_s};
-    startHolding();
+    startHolding({.describesKeys = true});
     EXPECT_FALSE(m_center->isAvailable());
     ASSERT_THAT(log.lines(category), SizeIs(1));
     EXPECT_TRUE(log.lines(category)[0].text.contains(u"paste-01, paste-02, paste-03"_s));
@@ -218,6 +218,15 @@ TEST_F(PortalHotKeyCenterTest, ItIsAvailableAsSoonAsOneShortcutHasKeys)
     EXPECT_THAT(m_heard, ElementsAre(2));
     mock().changeKeys(u"paste-02"_s, {});
     EXPECT_TRUE(waitUntil([this] { return !m_center->isAvailable(); }));
+}
+
+TEST_F(PortalHotKeyCenterTest, WhereKeysAreNeverDescribedShortcutsHaveThemAllTheSame)
+{
+    const LogCapture log;
+    mock().keylessTriggers = {u"ALT+SHIFT+1"_s, u"ALT+SHIFT+2"_s, u"ALT+SHIFT+3"_s};
+    startHolding();
+    EXPECT_TRUE(m_center->isAvailable());
+    EXPECT_THAT(log.lines(category), IsEmpty());
 }
 
 TEST_F(PortalHotKeyCenterTest, WhatTheUserRefusedIsNotAskedForInLaterRuns)

@@ -104,6 +104,22 @@ TEST_F(PlasmaModifiersTest, thoseThatStayDownAreTooLate)
     EXPECT_TRUE(answer(desktop().modifiersUp()));
 }
 
+TEST_F(PlasmaModifiersTest, oneThatIsPressedLastThingBeforeKeepsTheKeysBack)
+{
+    auto& modifiers = m_compositor.add<TestModifiers>();
+    const auto press = [this](WaylandKeyboard::Way way) {
+        const QFuture<KeySender::Sending> sending =
+            desktop().press(way, PasteChord::controlV, nullptr, [] { return true; });
+        EXPECT_TRUE(waitUntil([&] { return sending.isFinished(); }));
+        return sending.result();
+    };
+    hold(modifiers, alt);
+    EXPECT_EQ(press(WaylandKeyboard::Way::fakeInput), KeySender::Sending::notInFront);
+    letGo(modifiers, alt);
+    EXPECT_EQ(press(WaylandKeyboard::Way::fakeInput), KeySender::Sending::failed)
+        << "this compositor takes no keys";
+}
+
 TEST_F(PlasmaModifiersTest, locksAreNotHeld)
 {
     auto& modifiers = m_compositor.add<TestModifiers>();
