@@ -13,8 +13,8 @@ namespace tessly {
 
 /// The windows of a compositor that has org_kde_plasma_window_management.
 ///
-/// Version 13 (KWin 5.22) is the first that announces windows by UUID. Asking for them by number, as
-/// earlier ones do, gets windows that are gone from KWin 6, and ends it when they are released.
+/// Version 13 (KWin 5.22) is the first that announces windows by UUID. Asking for them by number,
+/// as earlier ones do, gets windows that are gone from KWin 6, and ends it when they are released.
 class PlasmaToplevelManager final : public WaylandToplevelManager
 {
 public:
