@@ -108,6 +108,10 @@ void replaceContents(const QString& path, const QByteArray& bytes)
     if (const std::optional<QString> objection = objectionTo(target)) {
         fail(target + u' ' + *objection);
     }
+    if (info.exists()) {
+        // Newer GLib gives the new file the mode of the old one. Some file systems have no modes.
+        static_cast<void>(QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner));
+    }
     GError* error = nullptr;
     if (!g_file_set_contents_full(
             QFile::encodeName(target).constData(), bytes.constData(),
