@@ -75,7 +75,7 @@ QByteArray inflated(const char* format)
 }
 
 /// A number of so many bytes, the least significant first.
-QByteArray littleEndian(int number, int bytes)
+QByteArray littleEndian(qint64 number, int bytes)
 {
     QByteArray result;
     for (int index = 0; index < bytes; ++index) {
