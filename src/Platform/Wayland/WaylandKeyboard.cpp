@@ -168,9 +168,9 @@ KeySender::Sending WaylandKeyboard::fake(PasteChord chord)
         return KeySender::Sending::noKeys;
     }
     // All keyboards have one state together here. What the user holds is let go of, where the
-    // compositor still does that, and not pressed again, since the user may let go meanwhile. Which keys those are is not told: windows see the
-    // release of one that is not held only if it has never been pressed, and it means nothing to
-    // them.
+    // compositor still does that, and not pressed again, since the user may let go meanwhile. Which
+    // keys those are is not told: windows see the release of one that is not held only if it has
+    // never been pressed, and it means nothing to them.
     for (const auto key : modifierKeys) {
         fakeKey(key, false);
     }
