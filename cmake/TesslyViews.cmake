@@ -11,6 +11,7 @@ function(tessly_add_view_module name)
     target_link_libraries(${name}
         PUBLIC Qt6::Quick QCoro6::Core PkgConfig::XCB ${VIEW_DEPENDS}
         PRIVATE tessly_options)
+    target_precompile_headers(${name} REUSE_FROM tessly_support)
 
     # What the QML module has to know of the types of the floor below.
     get_target_property(metatypes tessly_ui INTERFACE_QT_META_TYPES_BUILD_FILE)

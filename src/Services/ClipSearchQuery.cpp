@@ -9,7 +9,7 @@ namespace tessly {
 
 namespace {
 
-QString quoted(QString text)
+QString inQuotes(QString text)
 {
     return u'"' + text.replace(u'"', u"\"\""_s) + u'"';
 }
@@ -55,9 +55,9 @@ QByteArray ftsQuery(const QString& text)
 {
     QStringList terms;
     for (const QString& token : tokens(text.toLower())) {
-        terms.append(quoted(token) + u'*');
+        terms.append(inQuotes(token) + u'*');
     }
-    return (terms.isEmpty() ? quoted(text) : terms.join(u" AND "_s)).toUtf8();
+    return (terms.isEmpty() ? inQuotes(text) : terms.join(u" AND "_s)).toUtf8();
 }
 
 QByteArray likePattern(const QString& text)

@@ -20,7 +20,7 @@ QString toQString(std::string_view text)
 }
 
 /// An argument as it is shown: what is in it must not speak to the terminal.
-QString quoted(std::string_view argument)
+QString inQuotes(std::string_view argument)
 {
     return u'"' + terminalLine(toQString(argument)) + u'"';
 }
@@ -75,7 +75,7 @@ public:
             }
         }
         if (!m_complaint && m_command.takesPosition && m_invocation.position == 0) {
-            complain(u"%1 needs the position of an entry"_s.arg(quoted(full())));
+            complain(u"%1 needs the position of an entry"_s.arg(inQuotes(full())));
         }
         return m_complaint ? wrong(*m_complaint) : m_invocation;
     }
@@ -92,12 +92,12 @@ private:
         const std::string_view name = argument.substr(0, equals);
         const auto option = std::ranges::find(m_command.options, name, &OptionDescription::name);
         if (option == m_command.options.end()) {
-            complain(u"%1 has no option %2"_s.arg(quoted(full()), quoted(name)));
+            complain(u"%1 has no option %2"_s.arg(inQuotes(full()), inQuotes(name)));
             return;
         }
         const bool takesValue = option->value != OptionDescription::Value::none;
         if (!takesValue && equals != std::string_view::npos) {
-            complain(u"%1 takes no value"_s.arg(quoted(name)));
+            complain(u"%1 takes no value"_s.arg(inQuotes(name)));
             return;
         }
         std::string_view value;
@@ -106,7 +106,7 @@ private:
         } else if (takesValue && m_next < m_arguments.size()) {
             value = m_arguments[m_next++];
         } else if (takesValue) {
-            complain(u"%1 needs a value"_s.arg(quoted(name)));
+            complain(u"%1 needs a value"_s.arg(inQuotes(name)));
             return;
         }
         set(option->id, value);
@@ -133,14 +133,14 @@ private:
         case OptionID::kind:
             m_invocation.kind = clipKind(toQString(value));
             if (!m_invocation.kind) {
-                complain(u"there is no kind %1"_s.arg(quoted(value)));
+                complain(u"there is no kind %1"_s.arg(inQuotes(value)));
             }
             break;
         case OptionID::limit:
             if (const auto count = number(value)) {
                 m_invocation.limit = *count;
             } else {
-                complain(u"%1 is no number of entries"_s.arg(quoted(value)));
+                complain(u"%1 is no number of entries"_s.arg(inQuotes(value)));
             }
             break;
         }
@@ -149,12 +149,12 @@ private:
     void parsePosition(std::string_view argument)
     {
         if (!m_command.takesPosition || m_invocation.position != 0) {
-            complain(u"%1 takes no %2"_s.arg(quoted(full()), quoted(argument)));
+            complain(u"%1 takes no %2"_s.arg(inQuotes(full()), inQuotes(argument)));
             return;
         }
         m_invocation.position = number(argument).value_or(0);
         if (m_invocation.position == 0) {
-            complain(u"%1 is no position: positions are numbers from 1"_s.arg(quoted(argument)));
+            complain(u"%1 is no position: positions are numbers from 1"_s.arg(inQuotes(argument)));
         }
     }
 
@@ -197,7 +197,7 @@ Invocation parseCommandLine(const std::vector<const char*>& arguments)
     const QString reason = isKnown                  ? u"%1 stands alone"_s
                            : first.starts_with('-') ? u"there is no option %1"_s
                                                     : u"there is no command %1"_s;
-    return wrong(reason.arg(quoted(first)) + u"; see \"tessly --help\""_s);
+    return wrong(reason.arg(inQuotes(first)) + u"; see \"tessly --help\""_s);
 }
 
 QString programVersion()

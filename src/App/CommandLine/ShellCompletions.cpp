@@ -31,7 +31,7 @@ std::string joinedKinds()
 }
 
 /// In single quotes, as all three shells take them.
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     std::string quotedText = "'";
     for (const char character : text) {
@@ -173,11 +173,11 @@ std::string fishCompletion()
     text += "complete -c tessly -f\n";
     for (const StandaloneOption& option : standaloneOptions()) {
         text += "complete -c tessly -n __fish_use_subcommand -l " +
-                std::string(option.name.substr(2)) + " -d " + quoted(option.summary) + '\n';
+                std::string(option.name.substr(2)) + " -d " + inQuotes(option.summary) + '\n';
     }
     forEachCommand([&](const CommandDescription& command) {
         text += "complete -c tessly -n __fish_use_subcommand -a " + std::string(command.name) +
-                " -d " + quoted(command.summary) + '\n';
+                " -d " + inQuotes(command.summary) + '\n';
         const std::string condition = "complete -c tessly -n '__fish_seen_subcommand_from " +
                                       std::string(command.name) + "' -l ";
         for (const OptionDescription& option : command.options) {
@@ -186,14 +186,14 @@ std::string fishCompletion()
             case Value::none:
                 break;
             case Value::kind:
-                text += " -x -a " + quoted(joinedKinds());
+                text += " -x -a " + inQuotes(joinedKinds());
                 break;
             case Value::text:
             case Value::count:
                 text += " -x";
                 break;
             }
-            text += " -d " + quoted(option.summary) + '\n';
+            text += " -d " + inQuotes(option.summary) + '\n';
         }
         text += condition + "help -d 'explain the command'\n";
     });
