@@ -20,6 +20,20 @@ class Panel(wayland_tests.Panel, WaylandCase):
         self.assertLess(abs(panel.x + panel.width / 2 - width / 2), 2)
         self.assertLess(abs(panel.y + panel.height / 2 - height / 2), 20)
 
+    def test_behind_a_full_screen_window_it_closes_again(self):
+        terminal = WaylandTerminal(self.desktop).start()
+        self.desktop.messages.command("fullscreen enable")
+        wait_until(lambda: terminal.geometry().width == self.desktop.size[0], "it is full-screen")
+        self.tessly.command("show")
+        wait_until(lambda: any("did not get the keyboard" in line
+                               for line in self.tessly.remarks()), "Tessly says why")
+        self.keyboard.type("typed")
+        wait_until(lambda: terminal.text() == "typed", "the terminal has the keys")
+        # It opens again as soon as it can be seen.
+        self.desktop.messages.command("fullscreen disable")
+        wait_until(lambda: terminal.geometry().width < self.desktop.size[0], "it is a tile")
+        self.assertIsNone(self.tessly.panel_window())
+        self.tessly.open_panel()
 
     def test_it_loads_nothing_for_drawing_with_a_graphics_card(self):
         self.tessly.open_panel()

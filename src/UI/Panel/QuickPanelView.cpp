@@ -4,6 +4,7 @@
 #include "Tokens.h"
 #include "WindowGeometry.h"
 
+#include <QLoggingCategory>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
@@ -20,6 +21,12 @@ namespace {
 
 // After a panel is closed, it is often opened again soon.
 constexpr auto memoryIsKept = 10s;
+
+// A compositor gives the focus to a window that it shows within a frame or two. One that does not
+// has it behind a full-screen window: there the user sees nothing of it, and types elsewhere.
+constexpr auto focusComes = 300ms;
+
+Q_LOGGING_CATEGORY(lcPanel, "com.brackmoor.tessly.QuickPanelView")
 
 } // namespace
 
@@ -41,6 +48,15 @@ QuickPanelView::QuickPanelView(PanelModel& model)
                 m_hasBeenActive = true;
             } else if (m_hasBeenActive) {
                 focusLost();
+            }
+        });
+        m_focusTimer.setSingleShot(true);
+        m_focusTimer.setInterval(focusComes);
+        connect(&m_focusTimer, &QTimer::timeout, this, &QuickPanelView::closeWithoutFocus);
+        connect(m_window.get(), &QQuickWindow::frameSwapped, this, [this] {
+            if (m_isShown && !m_hasBeenDrawn) {
+                m_hasBeenDrawn = true;
+                m_focusTimer.start();
             }
         });
     }
@@ -84,6 +100,7 @@ void QuickPanelView::show(const QRect& anchor)
     m_x11->prepareToShow();
     m_isShown = true;
     m_hasBeenActive = false;
+    m_hasBeenDrawn = false;
     m_window->show();
 }
 
@@ -99,6 +116,7 @@ void QuickPanelView::close()
         return;
     }
     m_isShown = false;
+    m_focusTimer.stop();
     m_window->hide();
     m_window->releasePointer();
     m_memoryTimer.start();
@@ -111,6 +129,16 @@ void QuickPanelView::focusLost()
 {
     if (m_isShown && m_events.resignedKey) {
         m_events.resignedKey();
+    }
+}
+
+void QuickPanelView::closeWithoutFocus()
+{
+    if (m_isShown && !m_hasBeenActive) {
+        qCWarning(
+            lcPanel, "The panel is closed again: it did not get the keyboard, perhaps because it is "
+                     "behind a full-screen window");
+        focusLost();
     }
 }
 

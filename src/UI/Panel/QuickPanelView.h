@@ -36,13 +36,17 @@ public:
 
 private:
     void focusLost();
+    void closeWithoutFocus();
     void releaseMemory();
 
     Events m_events;
     bool m_isShown = false;
     bool m_hasBeenActive = false;
+    bool m_hasBeenDrawn = false;
     std::unique_ptr<PanelWindow> m_window;
     std::unique_ptr<X11ViewWindow> m_x11;
+    /// Runs from the first frame of a showing until the focus must have come.
+    QTimer m_focusTimer;
     QTimer m_memoryTimer;
 };
 
