@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "ActivationToken.h"
 #include "AppPaths.h"
 #include "ClipStoreError.h"
 #include "ConfirmationView.h"
@@ -192,6 +193,8 @@ void AppDelegate::applicationDidFinishLaunching()
     } else {
         showOnboarding();
     }
+    // Whatever the program was started with was for that window.
+    keepActivationToken({});
     m_commands = std::make_unique<HistoryCommands>(HistoryCommands::Dependencies{
         .model = *m_model,
         .store = *m_store,
@@ -328,6 +331,7 @@ BusActions AppDelegate::busActions()
         .hide = [this] { closePanel(); },
         .toggle = [this] { m_quickPasteController->toggle(); },
         .quit = [this] { quitApplication(); },
+        .keepActivationToken = keepActivationToken,
     };
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 
 namespace tessly {
@@ -11,6 +13,9 @@ struct BusActions
     std::function<void()> hide;
     std::function<void()> toggle;
     std::function<void()> quit;
+    /// Called before `show` and `toggle` with the permission to take the focus that came with the
+    /// request; empty when none did.
+    std::function<void(const QString& token)> keepActivationToken;
 };
 
 } // namespace tessly

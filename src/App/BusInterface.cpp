@@ -1,5 +1,6 @@
 #include "BusInterface.h"
 
+#include "ActivationToken.h"
 #include "BusNames.h"
 #include "Invocation.h"
 
@@ -32,6 +33,12 @@ BusInterface::BusInterface(
 
 void BusInterface::Show() const
 {
+    Show({});
+}
+
+void BusInterface::Show(const QVariantMap& platformData) const
+{
+    m_actions.keepActivationToken(activationToken(platformData));
     m_actions.show();
 }
 
@@ -42,6 +49,12 @@ void BusInterface::Hide() const
 
 void BusInterface::Toggle() const
 {
+    Toggle({});
+}
+
+void BusInterface::Toggle(const QVariantMap& platformData) const
+{
+    m_actions.keepActivationToken(activationToken(platformData));
     m_actions.toggle();
 }
 

@@ -29,8 +29,11 @@ public:
 
 public Q_SLOTS:
     void Show() const;
+    /// `platformData`: as org.freedesktop.Application has it.
+    void Show(const QVariantMap& platformData) const;
     void Hide() const;
     void Toggle() const;
+    void Toggle(const QVariantMap& platformData) const;
     void Quit() const;
     void Pause() const;
     void Resume() const;

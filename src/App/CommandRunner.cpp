@@ -1,5 +1,6 @@
 #include "CommandRunner.h"
 
+#include "ActivationToken.h"
 #include "BusNames.h"
 #include "BusTypes.h"
 #include "ClosedHistory.h"
@@ -36,15 +37,22 @@ struct Call
     std::chrono::milliseconds BusClient::Limits::* limit = &BusClient::Limits::answer;
 };
 
+/// What lets the panel take the focus, where this command was given such a permission.
+QVariantList platformData()
+{
+    const QVariantMap data = ownPlatformData();
+    return data.isEmpty() ? QVariantList() : QVariantList{data};
+}
+
 Call callFor(const Invocation& invocation)
 {
     switch (invocation.command) {
     case CommandID::show:
-        return {u"Show"_s};
+        return {u"Show"_s, platformData()};
     case CommandID::hide:
         return {u"Hide"_s};
     case CommandID::toggle:
-        return {u"Toggle"_s};
+        return {u"Toggle"_s, platformData()};
     case CommandID::pause:
         return {u"Pause"_s};
     case CommandID::resume:
@@ -235,7 +243,8 @@ std::optional<int> CommandRunner::showRunningInstance()
     const bool isThere = m_client.waitUntilRunning(
         [this] { return !InstanceLock::isHeld(m_dataFolder); }, m_client.limits().start);
     if (isThere) {
-        const QDBusMessage answer = m_client.call(u"Show"_s, {}, m_client.limits().answer);
+        const QDBusMessage answer =
+            m_client.call(u"Show"_s, platformData(), m_client.limits().answer);
         if (answer.type() == QDBusMessage::ReplyMessage) {
             return EXIT_SUCCESS;
         }

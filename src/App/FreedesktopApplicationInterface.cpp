@@ -1,5 +1,7 @@
 #include "FreedesktopApplicationInterface.h"
 
+#include "ActivationToken.h"
+
 namespace tessly {
 
 FreedesktopApplicationInterface::FreedesktopApplicationInterface(
@@ -9,14 +11,16 @@ FreedesktopApplicationInterface::FreedesktopApplicationInterface(
 {
 }
 
-void FreedesktopApplicationInterface::Activate(const QVariantMap& /*platformData*/) const
+void FreedesktopApplicationInterface::Activate(const QVariantMap& platformData) const
 {
+    m_actions.keepActivationToken(activationToken(platformData));
     m_actions.show();
 }
 
 void FreedesktopApplicationInterface::Open(
-    const QStringList& /*uris*/, const QVariantMap& /*platformData*/) const
+    const QStringList& /*uris*/, const QVariantMap& platformData) const
 {
+    m_actions.keepActivationToken(activationToken(platformData));
     m_actions.show();
 }
 

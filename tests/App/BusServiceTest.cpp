@@ -51,6 +51,8 @@ protected:
                 .hide = [this] { m_asked.push_back("hide"); },
                 .toggle = [this] { m_asked.push_back("toggle"); },
                 .quit = [this] { m_asked.push_back("quit"); },
+                .keepActivationToken =
+                    [this](const QString& token) { m_tokens.push_back(token.toStdString()); },
             },
             m_commands, std::move(connect));
     }
@@ -102,6 +104,7 @@ protected:
     std::shared_ptr<FakeRunningApplication> m_editor =
         std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s, u"Editor"_s);
     std::vector<std::string> m_asked;
+    std::vector<std::string> m_tokens;
     HistoryCommands m_commands{{
         .model = *m_model,
         .store = *m_store,
@@ -130,6 +133,28 @@ TEST_F(BusServiceTest, DesktopsActivateTheProgramByOpeningThePanel)
         call(u"Open"_s, {QStringList(), QVariantMap()}, application).type(),
         QDBusMessage::ReplyMessage);
     EXPECT_THAT(m_asked, ElementsAre("show", "show"));
+}
+
+TEST_F(BusServiceTest, ThePermissionToTakeTheFocusComesBeforeThePanel)
+{
+    start();
+    const QString application = u"org.freedesktop.Application"_s;
+    const QVariantMap token = {{u"activation-token"_s, u"one"_s}};
+    const QVariantMap older = {{u"desktop-startup-id"_s, u"two"_s}};
+    const QVariantMap both = {
+        {u"desktop-startup-id"_s, u"two"_s}, {u"activation-token"_s, u"three"_s}};
+    for (const auto& [method, arguments, interface] :
+         std::vector<std::tuple<QString, QVariantList, QString>>{
+             {u"Show"_s, {token}, busInterface},
+             {u"Toggle"_s, {older}, busInterface},
+             {u"Activate"_s, {both}, application},
+             {u"Open"_s, {QStringList(), token}, application},
+             {u"Show"_s, {}, busInterface},
+             {u"Show"_s, {QVariantMap{{u"activation-token"_s, 7}}}, busInterface}}) {
+        EXPECT_EQ(call(method, arguments, interface).type(), QDBusMessage::ReplyMessage);
+    }
+    EXPECT_THAT(m_tokens, ElementsAre("one", "two", "three", "one", "", "7"));
+    EXPECT_THAT(m_asked, ElementsAre("show", "toggle", "show", "show", "show", "show"));
 }
 
 TEST_F(BusServiceTest, RecordingIsPausedAndResumed)
@@ -346,6 +371,7 @@ TEST_F(BusServiceTest, OfTwoThatRunTheLaterOneOpensThePanelOfTheOtherAndQuits)
             .hide = [&] { askedOfLater.push_back("hide"); },
             .toggle = [&] { askedOfLater.push_back("toggle"); },
             .quit = [&] { askedOfLater.push_back("quit"); },
+            .keepActivationToken = {},
         },
         m_commands, [this] { return m_bus.connect(); });
     later.start();

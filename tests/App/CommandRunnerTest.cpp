@@ -5,9 +5,12 @@
 #include "ClipDatabase.h"
 #include "InstanceLock.h"
 #include "PlantedFile.h"
+#include "TestSupport.h"
 
 #include <gmock/gmock.h>
 
+#include <QDBusArgument>
+#include <QDBusVirtualObject>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -25,6 +28,20 @@ using testing::SizeIs;
 
 namespace tessly::test {
 namespace {
+
+/// Hears what is asked of an object.
+class Listener final : public QDBusVirtualObject
+{
+public:
+    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*bus*/) override
+    {
+        calls.push_back(message);
+        return true;
+    }
+
+    std::vector<QDBusMessage> calls;
+};
 
 /// Commands in a data folder of the test's own, on whatever bus the test says.
 class CommandRunnerTest : public testing::Test
@@ -254,6 +271,33 @@ TEST_F(CommandRunnerTest, AProgramThatDoesNotAnswerIsGivenUp)
     for (const CommandID command : {CommandID::show, CommandID::list, CommandID::status}) {
         EXPECT_EQ(run(command), exitFailed);
         EXPECT_THAT(m_complaints, ElementsAre("Tessly does not answer"));
+    }
+}
+
+TEST_F(CommandRunnerTest, ThePermissionToTakeTheFocusIsPassedOn)
+{
+    TestBus bus;
+    QDBusConnection other = bus.connect();
+    ASSERT_TRUE(other.registerService(busName));
+    Listener listener;
+    ASSERT_TRUE(other.registerVirtualObject(busPath, &listener));
+    m_connect = [&] { return bus.connect(); };
+    run(CommandID::toggle);
+    qputenv("XDG_ACTIVATION_TOKEN", "a token");
+    run(CommandID::show);
+    m_startsSecond = true;
+    run({});
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    // Answered by nobody while the commands ran, which this thread waited for.
+    ASSERT_TRUE(waitUntil([&] { return listener.calls.size() == 3; }));
+    EXPECT_EQ(listener.calls[0].member(), u"Toggle"_s);
+    EXPECT_THAT(listener.calls[0].arguments(), IsEmpty());
+    for (const std::size_t call : {1U, 2U}) {
+        EXPECT_EQ(listener.calls[call].member(), u"Show"_s);
+        ASSERT_THAT(listener.calls[call].arguments(), SizeIs(1));
+        EXPECT_EQ(
+            qdbus_cast<QVariantMap>(listener.calls[call].arguments().at(0)),
+            (QVariantMap{{u"activation-token"_s, u"a token"_s}}));
     }
 }
 

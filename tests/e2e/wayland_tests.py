@@ -208,6 +208,16 @@ class Panel:
         self.assertTrue(0 <= panel.x <= width - panel.width, panel)
         self.assertTrue(0 <= panel.y <= height - panel.height, panel)
 
+    def test_a_permission_that_the_compositor_has_forgotten_does_no_harm(self):
+        self.terminal(self.desktop).start()
+        self.desktop.run([self.tessly.program, "show"],
+                         environment={**self.tessly.environment, "XDG_ACTIVATION_TOKEN": "old"})
+        self.tessly.wait_for_panel()
+        self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+        # Nor at the next opening, which has none.
+        self.tessly.open_panel()
+
     def test_escape_closes_it_and_the_window_before_has_the_keys_again(self):
         terminal = self.terminal(self.desktop).start()
         self.tessly.open_panel()

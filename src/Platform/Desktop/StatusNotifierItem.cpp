@@ -1,5 +1,6 @@
 #include "StatusNotifierItem.h"
 
+#include "ActivationToken.h"
 #include "BusConnecting.h"
 #include "StatusMenuAdaptor.h"
 #include "StatusNotifierItemAdaptor.h"
@@ -66,6 +67,7 @@ StatusNotifierItem::Exported::Exported(Connect connect, ToIndependentPixels toIn
         {
             .activated = [this](QPoint position) { clicked(position); },
             .contextMenu = [this](QPoint position) { contextMenu(position); },
+            .activationToken = keepActivationToken,
         },
         menuPath, &m_item);
     new StatusMenuAdaptor(

@@ -147,4 +147,9 @@ void StatusNotifierItemAdaptor::Scroll(int /*delta*/, const QString& /*orientati
     // There is nothing to scroll through.
 }
 
+void StatusNotifierItemAdaptor::ProvideXdgActivationToken(const QString& token)
+{
+    m_actions.activationToken(token);
+}
+
 } // namespace tessly

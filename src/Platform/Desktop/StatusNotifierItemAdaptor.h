@@ -64,6 +64,8 @@ public:
         std::function<void(QPoint)> activated;
         /// The program is to show the menu itself.
         std::function<void(QPoint)> contextMenu;
+        /// The next window that comes up may take the focus with this token.
+        std::function<void(const QString&)> activationToken;
     };
 
     /// `menuPath`: where the menu is for trays that draw it.
@@ -92,6 +94,8 @@ public Q_SLOTS:
     void SecondaryActivate(int x, int y);
     void ContextMenu(int x, int y);
     void Scroll(int delta, const QString& orientation);
+    /// Comes before the click or the menu's action that it is for.
+    void ProvideXdgActivationToken(const QString& token);
 
 Q_SIGNALS:
     void NewTitle();

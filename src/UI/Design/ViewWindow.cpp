@@ -26,6 +26,10 @@ namespace {
 // Those that window managers show, in device pixels.
 constexpr std::array iconSizes = {16, 24, 32, 48, 64};
 
+/// Where the toolkit looks for a Wayland compositor's permission to take the focus, if there is
+/// one.
+constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
+
 /// What has to be done once in a process, before its first window. Windows have no parent.
 QWindow* prepared()
 {
@@ -66,6 +70,16 @@ void ViewWindow::useIcon()
 void ViewWindow::setCloseRequested(std::function<void()> closeRequested)
 {
     m_closeRequested = std::move(closeRequested);
+}
+
+void ViewWindow::bringToFront()
+{
+    raise();
+    // The toolkit uses it up, newer ones already when the window is shown.
+    if (qEnvironmentVariableIsSet(activationTokenVariable) &&
+        QGuiApplication::platformName().startsWith(u"wayland"_s)) {
+        requestActivate();
+    }
 }
 
 bool ViewWindow::load(const QUrl& source, const QVariantMap& properties)

@@ -24,6 +24,9 @@ public:
     void setCloseRequested(std::function<void()> closeRequested);
     /// `properties` are the root's required ones. Whether it worked; the log tells why not.
     bool load(const QUrl& source, const QVariantMap& properties);
+    /// In front of the other windows, with the keyboard where the desktop gives it. On X11 that
+    /// takes `X11ViewWindow` as well.
+    void bringToFront();
     [[nodiscard]] bool isLoaded() const { return status() == Ready; }
     [[nodiscard]] bool showsFocus() const { return m_showsFocus; }
 

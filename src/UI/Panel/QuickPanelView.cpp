@@ -106,7 +106,7 @@ void QuickPanelView::show(const QRect& anchor)
 
 void QuickPanelView::activate()
 {
-    m_window->raise();
+    m_window->bringToFront();
     m_x11->activate();
 }
 
@@ -136,8 +136,9 @@ void QuickPanelView::closeWithoutFocus()
 {
     if (m_isShown && !m_hasBeenActive) {
         qCWarning(
-            lcPanel, "The panel is closed again: it did not get the keyboard, perhaps because it is "
-                     "behind a full-screen window");
+            lcPanel,
+            "The panel is closed again: it did not get the keyboard, perhaps because it is "
+            "behind a full-screen window");
         focusLost();
     }
 }

@@ -46,7 +46,7 @@ void QuickConfirmation::ask(
         place();
         m_window->show();
     }
-    m_window->raise();
+    m_window->bringToFront();
     m_x11->activate();
 }
 

@@ -63,7 +63,7 @@ void QuickStatusMenu::show(std::vector<StatusMenuItem> items, QPoint position, C
     place(position);
     m_isShown = true;
     m_window->show();
-    m_window->raise();
+    m_window->bringToFront();
     // Keys go to whichever window of the program the toolkit takes for the focused one.
     qApp->installEventFilter(this);
     if (m_x11->isUsed()) {

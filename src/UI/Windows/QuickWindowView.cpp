@@ -61,7 +61,7 @@ void QuickWindowView::show()
     } else if (m_window->windowStates().testFlag(Qt::WindowMinimized)) {
         m_window->showNormal();
     }
-    m_window->raise();
+    m_window->bringToFront();
     m_x11->activate();
 }
 

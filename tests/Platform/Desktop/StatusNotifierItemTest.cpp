@@ -1,5 +1,6 @@
 #include "StatusNotifierItem.h"
 
+#include "ActivationToken.h"
 #include "LogCapture.h"
 #include "StatusIcon.h"
 #include "StatusNotifierItemAdaptor.h"
@@ -341,6 +342,17 @@ TEST_F(StatusNotifierItemTest, ASecondaryActivationIsOneToo)
     showInTray();
     m_tray->call(u"SecondaryActivate"_s, {200, 10});
     EXPECT_TRUE(waitUntil([this] { return !m_leftClicks.empty(); }));
+}
+
+TEST_F(StatusNotifierItemTest, ThePermissionToTakeTheFocusIsKeptForTheWindow)
+{
+    showInTray();
+    m_tray->call(u"ProvideXdgActivationToken"_s, {u"a token"_s});
+    m_tray->call(u"Activate"_s, {200, 10});
+    ASSERT_TRUE(waitUntil([this] { return !m_leftClicks.empty(); }));
+    EXPECT_EQ(qEnvironmentVariable(activationTokenVariable), u"a token"_s);
+    keepActivationToken({});
+    EXPECT_FALSE(qEnvironmentVariableIsSet(activationTokenVariable));
 }
 
 TEST_F(StatusNotifierItemTest, APlaceThatTheTrayDoesNotKnowIsNone)
