@@ -18,6 +18,12 @@ class Status(wayland_tests.Status, WaylandCase):
     desktop_class = KWin
 
 
+class StartsAndEnds(wayland_tests.StartsAndEnds, WaylandCase):
+    desktop_class = KWin
+    accessible = True
+    editor = QtTerminal
+
+
 class CompositorsEnd(wayland_tests.CompositorsEnd, WaylandCase):
     desktop_class = KWin
 

@@ -3,6 +3,7 @@
 import signal
 import unittest
 
+import wayland_tests
 from tessly_e2e import wait_until
 from tessly_e2e.commands import FAILED, Expecting
 from tessly_e2e.editors import SeenEditor
@@ -29,6 +30,12 @@ class Panel(WaylandCase):
         wait_until(editor.is_in_front, "the editor has the keys")
         self.keyboard.type("typed")
         editor.wait_for_text("typed")
+
+
+class StartsAndEnds(wayland_tests.StartsAndEnds, WaylandCase):
+    desktop_class = Mutter
+    accessible = True
+    editor = SeenEditor
 
 
 class Pasting(Expecting, WaylandCase):

@@ -99,6 +99,11 @@ class Tray(Expecting, WaylandCase):
         self.tessly.wait_for_closed_panel()
 
 
+class StartsAndEnds(wayland_tests.StartsAndEnds, WaylandCase):
+    desktop_class = Sway
+    editor = WaylandTerminal
+
+
 class CompositorsEnd(wayland_tests.CompositorsEnd, WaylandCase):
     desktop_class = Sway
 

@@ -518,6 +518,39 @@ class Killed:
             time.sleep(0.01)
 
 
+class StartsAndEnds:
+    """`editor` types into a window; another is open beside it. Compositors tell each program that
+    starts of them, and hear of its end in the midst of it."""
+
+    ROUNDS = 10
+
+    def test_the_desktop_outlives_them(self):
+        self.editor(self.desktop).start("beside it")
+        editor = self.editor(self.desktop).start()
+        for round_number in range(self.ROUNDS):
+            with self.subTest(round=round_number):
+                if round_number > 0:
+                    self.tessly.start()
+                if round_number % 3 == 0:
+                    self.tessly.stop()
+                elif round_number % 3 == 1:
+                    self.tessly.kill()
+                else:
+                    self.tessly.command("quit")
+                    wait_until(lambda: not self.tessly.is_running(), "tessly ends")
+                    self.assertEqual(self.tessly.process.returncode, 0)
+                self.assertTrue(self.desktop.is_alive())
+        self.tessly.start()
+        self.clipboard.copy("after them all")
+        self.history.wait_for_text("after them all")
+        self.tessly.open_panel()
+        self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+        wait_until(editor.is_in_front, "the editor has the keys")
+        self.keyboard.type("typed")
+        editor.wait_for_text("typed")
+
+
 class CompositorsEnd(Expecting):
     """The last test of its desktop."""
 
