@@ -14,6 +14,7 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
 <busconfig>
   <type>session</type>
   <listen>unix:path={socket}</listen>
+  <servicedir>{services}</servicedir>
   <auth>EXTERNAL</auth>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
@@ -41,6 +42,7 @@ class Session:
     tells_windows = True
     # What is seen, as pixels; None where no program may look.
     screen = None
+    bus_program = ["dbus-daemon"]
 
     def __init__(self, *, bus=True):
         self.has_bus = bus
@@ -88,7 +90,7 @@ class Session:
         return self.environment["XDG_CONFIG_HOME"]
 
     def _make_folders(self):
-        for name in ("logs", "runtime", "tmp", "files"):
+        for name in ("logs", "runtime", "tmp", "files", "services"):
             os.mkdir(self.path(name), 0o700)
         self.environment = {
             "PATH": "/usr/local/bin:/usr/bin:/bin",
@@ -129,10 +131,14 @@ class Session:
         socket = self.path("runtime", "bus")
         configuration = self.path("runtime", "bus.conf")
         with open(configuration, "w") as file:
-            file.write(BUS_CONFIGURATION.format(socket=socket))
-        self.bus = self.start(["dbus-daemon", "--nofork", "--config-file=" + configuration])
+            file.write(BUS_CONFIGURATION.format(socket=socket, services=self.bus_services()))
+        self.bus = self.start([*self.bus_program, "--nofork", "--config-file=" + configuration])
         wait_until(lambda: os.path.exists(socket), lambda: read_log(self.bus))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket
+
+    def bus_services(self):
+        """The folder of the services that the session bus can start."""
+        return self.path("services")
 
     def start(self, arguments, *, environment=None, **options):
         """Starts a program that ends with the desktop; see Processes.start."""
