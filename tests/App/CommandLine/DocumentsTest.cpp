@@ -10,8 +10,10 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include <cstring>
 #include <functional>
 #include <regex>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using testing::AllOf;
@@ -276,11 +278,11 @@ TEST(Documents, FishOffersCommandsAndTheirOptions)
 
 TEST(Documents, TheDesktopEntryIsValidAndItsActionsAreCommands)
 {
-    const QString path = QStringLiteral(TESSLY_DESKTOP_ENTRY);
+    const QString path = QStringLiteral(TESSLY_PACKAGING_BUILT "/com.brackmoor.tessly.desktop");
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    int commands = 0;
-    for (QByteArray line : file.readAll().split('\n')) {
+    std::vector<std::string> commands;
+    for (const QByteArray& line : file.readAll().split('\n')) {
         if (line.startsWith("Exec=")) {
             const QList<QByteArray> words = line.mid(5).split(' ');
             // Desktops trust the program at this path, and no other.
@@ -288,15 +290,64 @@ TEST(Documents, TheDesktopEntryIsValidAndItsActionsAreCommands)
             EXPECT_TRUE(words[0].endsWith("/bin/tessly")) << line.toStdString();
             if (words.size() > 1) {
                 EXPECT_NE(findCommand(words[1].toStdString()), nullptr) << line.toStdString();
-                ++commands;
+                commands.push_back(words[1].toStdString());
             }
         }
     }
-    EXPECT_GT(commands, 0);
+    EXPECT_THAT(commands, ElementsAre("show", "pause", "resume", "quit"));
     NEEDS(u"desktop-file-validate"_s);
     const Ran ran = run(u"desktop-file-validate"_s, {path});
     EXPECT_EQ(ran.output, "");
     EXPECT_EQ(ran.status, 0);
+}
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+TEST(Documents, TheBusAndSystemdStartTheProgramByItsWholePath)
+{
+    for (const auto& [name, key] :
+         {std::pair("com.brackmoor.tessly.service", "\nExec="),
+          std::pair("tessly.service", "\nExecStart=")}) {
+        const std::string text =
+            contents(QStringLiteral(TESSLY_PACKAGING_BUILT "/") + QLatin1StringView(name))
+                .toStdString();
+        const auto at = text.find(key);
+        ASSERT_NE(at, std::string::npos) << name;
+        const std::string command =
+            text.substr(at + std::strlen(key), text.find('\n', at + 1) - at - std::strlen(key));
+        EXPECT_TRUE(std::regex_match(command, std::regex("/.*/bin/tessly"))) << command;
+    }
+}
+
+TEST(Documents, TheMetainfoIsValid)
+{
+    NEEDS(u"appstreamcli"_s);
+    const Ran ran = run(
+        u"appstreamcli"_s, {u"validate"_s, u"--no-net"_s, u"--pedantic"_s,
+                            QStringLiteral(TESSLY_PACKAGING "/com.brackmoor.tessly.metainfo.xml")});
+    EXPECT_EQ(ran.status, 0) << ran.output.toStdString();
+}
+
+TEST(Documents, MetainfoAndPackageAreOfThisVersion)
+{
+    const std::string version = programVersion().toStdString();
+    // Of several releases, the newest comes first.
+    std::smatch found;
+    const std::string metainfo =
+        contents(QStringLiteral(TESSLY_PACKAGING "/com.brackmoor.tessly.metainfo.xml"))
+            .toStdString();
+    ASSERT_TRUE(std::regex_search(metainfo, found, std::regex("<release version=\"([^\"]*)\"")));
+    EXPECT_EQ(found[1], version);
+    const std::string changelog =
+        contents(QStringLiteral(TESSLY_PACKAGING "/../debian/changelog")).toStdString();
+    // A suffix of the package alone may follow.
+    ASSERT_TRUE(std::regex_search(changelog, found, std::regex("^tessly \\(([0-9.]*)[^)]*\\)")));
+    EXPECT_EQ(found[1], version);
 }
 
 } // namespace
