@@ -1,3 +1,4 @@
+#include "SQLiteBlob.h"
 #include "SQLiteConnection.h"
 #include "SQLiteError.h"
 #include "SQLiteStatement.h"
@@ -102,6 +103,24 @@ TEST_F(SQLiteTest, keepsBoundBytesUntilTheStatementGoes)
         EXPECT_EQ(select.bytes(0), QByteArray(10'000, 'x'));
         EXPECT_EQ(select.bytes(1), QByteArray(10'000, 'y'));
     }
+}
+
+TEST_F(SQLiteTest, readsAsMuchOfAFieldAsIsWanted)
+{
+    connection.execute("CREATE TABLE fields (text TEXT, data BLOB, other BLOB);"
+                       "INSERT INTO fields VALUES ('t\xc3\xa4xt', x'00ff00', NULL);"
+                       "INSERT INTO fields VALUES ('', x'', 17);");
+    const SQLiteBlob text(connection, "fields", "text", 1);
+    EXPECT_EQ(text.size(), 5);
+    EXPECT_EQ(text.all(), "t\xc3\xa4xt");
+    EXPECT_EQ(text.first(2), "t\xc3");
+    EXPECT_EQ(text.first(100), text.all());
+    EXPECT_EQ(SQLiteBlob(connection, "fields", "data", 1).all(), QByteArray("\0\xff\0", 3));
+    const QByteArray empty = SQLiteBlob(connection, "fields", "data", 2).all();
+    EXPECT_TRUE(empty.isEmpty() && !empty.isNull());
+    EXPECT_THROW(SQLiteBlob(connection, "fields", "other", 1), SQLiteError);
+    EXPECT_THROW(SQLiteBlob(connection, "fields", "other", 2), SQLiteError);
+    EXPECT_THROW(SQLiteBlob(connection, "fields", "text", 3), SQLiteError);
 }
 
 TEST_F(SQLiteTest, refusesParametersThatAreNone)
