@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ClipPayload.h"
+#include "ListedPayload.h"
 
 #include <QString>
 #include <QUuid>
@@ -17,7 +17,7 @@ struct Clip
     double createdAt = 0;
     /// The latest capture or use; drives the order.
     double lastUsedAt = 0;
-    ClipPayload payload;
+    ListedPayload payload;
     /// The application in front at the latest capture.
     std::optional<QString> sourceAppName;
     std::optional<QString> sourceBundleID;

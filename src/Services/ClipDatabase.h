@@ -43,6 +43,7 @@ public:
         const std::vector<Clip>& held = {}, const std::stop_token& stop = {});
 
     [[nodiscard]] std::optional<Clip> clip(qint64 position);
+    [[nodiscard]] std::optional<ClipPayload> payload(QUuid id);
     [[nodiscard]] std::vector<ClipSummary>
     summaries(const QString& query, std::optional<ClipKind> kind, qint64 limit);
 

@@ -1,5 +1,6 @@
 #include "ClipDatabase.h"
 
+#include "ClipContents.h"
 #include "ClipDecoder.h"
 #include "ClipOrder.h"
 #include "ClipSearchQuery.h"
@@ -7,6 +8,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -58,38 +60,29 @@ ClipDatabase::find(const QString& query, std::optional<ClipKind> kind, qint64 li
 std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std::vector<Clip>& held)
 {
     // A clip's content never changes, so that what the caller has is as good as what is stored.
-    QHash<QUuid, const ClipPayload*> payloads;
+    QHash<QUuid, const ListedPayload*> payloads;
     for (const Clip& clip : held) {
         payloads.insert(clip.id, &clip.payload);
     }
-    ClipStatement identifier = prepare("SELECT id FROM clips WHERE rowid = ?;");
-    ClipStatement whole =
-        prepare(QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE rowid = ?;");
+    // An equal share for each, so that what is held does not depend on the others.
+    const qint64 share =
+        ClipStore::heldContent / std::max(static_cast<qint64>(rows.size()), ClipStore::usualClips);
+    ClipContents contents(m_connection);
     ClipStatement bookkeeping =
         prepare(QByteArrayLiteral("SELECT") + bookkeepingColumns + " FROM clips WHERE rowid = ?;");
-    const auto find = [](ClipStatement& statement, qint64 row) {
-        statement.reset();
-        return statement.integer(1, row).next(readFailure);
-    };
 
     std::vector<Clip> clips;
     clips.reserve(rows.size());
     for (const qint64 row : rows) {
-        const ClipPayload* payload = nullptr;
-        if (!payloads.isEmpty() && find(identifier, row)) {
-            payload = payloads.value(decodeID(identifier.row().bytes(0)));
-        }
-        ClipStatement& statement = payload != nullptr ? bookkeeping : whole;
-        if (!find(statement, row)) {
+        bookkeeping.reset();
+        if (!bookkeeping.integer(1, row).next(readFailure)) {
             continue;
         }
-        clips.push_back(
-            payload != nullptr ? decodeClip(statement.row(), *payload)
-                               : decodeClip(statement.row()));
-        // Made here, so that the thread that shows the list need not read megabytes.
-        (void)clips.back().payload.kind();
-        (void)clips.back().payload.previewLine();
-        statement.reset();
+        Clip& clip = clips.emplace_back(decodeClip(bookkeeping.row(), {}));
+        const ListedPayload* const known = payloads.value(clip.id);
+        const bool isKept =
+            known != nullptr && (known->held() == nullptr || known->held()->byteCount() <= share);
+        clip.payload = isKept ? *known : contents.listed(row, share);
     }
     return clips;
 }
@@ -106,6 +99,17 @@ std::optional<Clip> ClipDatabase::clip(qint64 position)
         }
         std::vector<Clip> clips = read({rows.back()}, {});
         return clips.empty() ? std::nullopt : std::optional(std::move(clips.front()));
+    });
+}
+
+std::optional<ClipPayload> ClipDatabase::payload(QUuid id)
+{
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&]() -> std::optional<ClipPayload> {
+        ClipStatement statement = prepare("SELECT rowid FROM clips WHERE id = ?;");
+        if (!statement.text(1, storedID(id)).next(readFailure)) {
+            return std::nullopt;
+        }
+        return ClipContents(m_connection).payload(statement.row().integer(0));
     });
 }
 
@@ -136,10 +140,12 @@ ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint
 
 std::optional<Clip> ClipDatabase::clipWithHash(const QByteArray& hash)
 {
-    ClipStatement statement = prepare(
-        QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE content_hash = ? LIMIT 1;");
-    statement.text(1, hash);
-    return statement.next(readFailure) ? std::optional(decodeClip(statement.row())) : std::nullopt;
+    ClipStatement statement = prepare("SELECT rowid FROM clips WHERE content_hash = ? LIMIT 1;");
+    if (!statement.text(1, hash).next(readFailure)) {
+        return std::nullopt;
+    }
+    std::vector<Clip> clips = read({statement.row().integer(0)}, {});
+    return clips.empty() ? std::nullopt : std::optional(std::move(clips.front()));
 }
 
 } // namespace tessly

@@ -32,16 +32,8 @@ const char* const bookkeepingColumns = R"sql(
     clips.pin_order,
     clips.copy_count)sql";
 
-// Kind, preview, search text and hash are stored for searching and never read back.
-const char* const clipColumns = R"sql(
-    clips.id,
-    clips.created_at,
-    clips.last_used_at,
-    clips.source_app_name,
-    clips.source_bundle_id,
-    clips.is_pinned,
-    clips.pin_order,
-    clips.copy_count,
+// Kind, preview and search text are stored for searching, and made anew of a content that is read.
+const char* const contentColumns = R"sql(
     clips.plain_text,
     clips.rtf,
     clips.html,
@@ -66,7 +58,7 @@ const char* const summaryColumns = R"sql(
     ifnull(length(CAST(clips.plain_text AS BLOB)), 0) + ifnull(length(clips.rtf), 0)
         + ifnull(length(clips.html), 0) + ifnull(length(clips.image_png), 0))sql";
 
-Clip decodeClip(const SQLiteStatement& row, const ClipPayload& payload)
+Clip decodeClip(const SQLiteStatement& row, const ListedPayload& payload)
 {
     return {
         .id = decodeID(row.bytes(0)),
@@ -81,24 +73,26 @@ Clip decodeClip(const SQLiteStatement& row, const ClipPayload& payload)
     };
 }
 
-Clip decodeClip(const SQLiteStatement& row)
+ClipPayload decodePayload(const SQLiteStatement& row)
 {
-    // A row with a bad identifier is refused before its content is copied.
-    Clip clip = decodeClip(row, ClipPayload());
-    clip.payload = ClipPayload({
-        .plainText = data(row, 8),
-        .rtf = data(row, 9),
-        .html = data(row, 10),
-        .imagePNG = data(row, 11),
-        .fileURLs = stringList(row.bytes(12)).value_or(QByteArrayList()),
+    return ClipPayload({
+        .plainText = data(row, 0),
+        .rtf = data(row, 1),
+        .html = data(row, 2),
+        .imagePNG = data(row, 3),
+        .fileURLs = decodeFileURLs(row.bytes(4)),
     });
-    return clip;
+}
+
+QByteArrayList decodeFileURLs(const QByteArray& json)
+{
+    return stringList(json).value_or(QByteArrayList());
 }
 
 ClipSummary decodeSummary(const SQLiteStatement& row, qint64 position)
 {
     qint64 byteCount = row.integer(11);
-    for (const QByteArray& url : stringList(row.bytes(10)).value_or(QByteArrayList())) {
+    for (const QByteArray& url : decodeFileURLs(row.bytes(10))) {
         byteCount += url.size();
     }
     return {

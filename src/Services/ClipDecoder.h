@@ -6,20 +6,24 @@
 
 namespace tessly {
 
-/// The columns that `decodeClip` reads, in its order.
-extern const char* const clipColumns;
-/// Those of them that `decodeClip` with a payload at hand reads: all but the content.
+/// The columns that `decodeClip` reads, in its order: all but the content.
 extern const char* const bookkeepingColumns;
+
+/// The columns that `decodePayload` reads, in its order.
+extern const char* const contentColumns;
 
 /// The columns that `decodeSummary` reads.
 extern const char* const summaryColumns;
 
-/// The clip in a row of `clipColumns`. Throws ClipStoreError `decode` if its identifier is none; a
-/// file list that cannot be read is empty.
-[[nodiscard]] Clip decodeClip(const SQLiteStatement& row);
+/// The clip of a content in a row of `bookkeepingColumns`. Throws ClipStoreError `decode` if its
+/// identifier is none.
+[[nodiscard]] Clip decodeClip(const SQLiteStatement& row, const ListedPayload& payload);
 
-/// The clip in a row of `bookkeepingColumns`.
-[[nodiscard]] Clip decodeClip(const SQLiteStatement& row, const ClipPayload& payload);
+/// The content in a row of `contentColumns`.
+[[nodiscard]] ClipPayload decodePayload(const SQLiteStatement& row);
+
+/// A stored list of files; empty if it cannot be read.
+[[nodiscard]] QByteArrayList decodeFileURLs(const QByteArray& json);
 
 /// The entry in a row of `summaryColumns`. Throws like `decodeClip`.
 [[nodiscard]] ClipSummary decodeSummary(const SQLiteStatement& row, qint64 position);

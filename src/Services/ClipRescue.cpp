@@ -80,28 +80,40 @@ std::set<qint64> rowsOf(const SQLiteConnection& damaged)
     return rows;
 }
 
+struct RescuedClip
+{
+    Clip clip;
+    ClipPayload payload;
+};
+
 /// The clip of a row; none if it cannot be read or is no longer what was stored.
-std::optional<Clip> clipOf(const SQLiteConnection& damaged, qint64 row)
+std::optional<RescuedClip> clipOf(const SQLiteConnection& damaged, qint64 row)
 {
     try {
-        ClipStatement statement(
-            damaged, QByteArrayLiteral("SELECT") + clipColumns + " FROM clips WHERE rowid = ?;");
+        ClipStatement bookkeeping(
+            damaged,
+            QByteArrayLiteral("SELECT") + bookkeepingColumns + " FROM clips WHERE rowid = ?;");
+        ClipStatement content(
+            damaged, QByteArrayLiteral("SELECT") + contentColumns + " FROM clips WHERE rowid = ?;");
         ClipStatement hash(damaged, "SELECT content_hash FROM clips WHERE rowid = ?;");
-        if (!statement.integer(1, row).next(readFailure) ||
-            !hash.integer(1, row).next(readFailure)) {
+        if (!bookkeeping.integer(1, row).next(readFailure) ||
+            !content.integer(1, row).next(readFailure) || !hash.integer(1, row).next(readFailure)) {
             return std::nullopt;
         }
-        Clip clip = decodeClip(statement.row());
-        const bool isWhole = clip.payload.contentHash() == hash.row().bytes(0);
-        return isWhole ? std::optional(std::move(clip)) : std::nullopt;
+        // A row with a bad identifier is refused before its content is copied.
+        const Clip clip = decodeClip(bookkeeping.row(), {});
+        const ClipPayload payload = decodePayload(content.row());
+        const bool isWhole = payload.contentHash() == hash.row().bytes(0);
+        return isWhole ? std::optional(RescuedClip{clip, payload}) : std::nullopt;
     } catch (const ClipStoreError&) {
         return std::nullopt;
     }
 }
 
 /// False if the history has it already.
-bool insert(const Clip& clip, SQLiteConnection& history)
+bool insert(const RescuedClip& rescued, SQLiteConnection& history)
 {
+    const auto& [clip, payload] = rescued;
     ClipStatement statement(history, R"sql(INSERT OR IGNORE INTO clips (
     id, created_at, last_used_at, kind, preview, search_text,
     plain_text, rtf, html, image_png, file_urls,
@@ -111,17 +123,17 @@ bool insert(const Clip& clip, SQLiteConnection& history)
     statement.text(1, storedID(clip.id))
         .real(2, clip.createdAt)
         .real(3, clip.lastUsedAt)
-        .text(4, rawValue(clip.payload.kind()))
-        .text(5, clip.payload.preview())
-        .text(6, clip.payload.searchText())
-        .text(7, clip.payload.plainText())
-        .data(8, clip.payload.rtf())
-        .data(9, clip.payload.html())
-        .data(10, clip.payload.imagePNG())
-        .data(11, clip.payload.fileURLsJSON())
+        .text(4, rawValue(payload.kind()))
+        .text(5, payload.preview())
+        .text(6, payload.searchText())
+        .text(7, payload.plainText())
+        .data(8, payload.rtf())
+        .data(9, payload.html())
+        .data(10, payload.imagePNG())
+        .data(11, payload.fileURLsJSON())
         .text(12, clip.sourceAppName)
         .text(13, clip.sourceBundleID)
-        .text(14, clip.payload.contentHash())
+        .text(14, payload.contentHash())
         .integer(15, clip.isPinned ? 1 : 0)
         .integer(17, clip.copyCount);
     if (clip.isPinned && clip.pinOrder) {
@@ -185,10 +197,10 @@ void ClipRescuer::copySome()
         if (!row.isPinned && unpinned >= m_maximumHistory) {
             continue;
         }
-        const std::optional<Clip> clip = clipOf(*m_damaged, row.row);
-        if (clip && insert(*clip, m_history)) {
-            bytes += clip->payload.byteCount();
-            unpinned += clip->isPinned ? 0 : 1;
+        const std::optional<RescuedClip> rescued = clipOf(*m_damaged, row.row);
+        if (rescued && insert(*rescued, m_history)) {
+            bytes += rescued->payload.byteCount();
+            unpinned += rescued->clip.isPinned ? 0 : 1;
         }
     }
     setProgress(next);

@@ -33,6 +33,11 @@ QCoro::Task<std::optional<Clip>> ClipStore::clip(qint64 position)
     return run([&database = *m_database, position] { return database.clip(position); });
 }
 
+QCoro::Task<std::optional<ClipPayload>> ClipStore::payload(QUuid id)
+{
+    return run([&database = *m_database, id] { return database.payload(id); });
+}
+
 QCoro::Task<std::shared_ptr<const std::vector<ClipSummary>>>
 ClipStore::summaries(QString query, std::optional<ClipKind> kind, qint64 limit)
 {

@@ -38,6 +38,12 @@ public:
         bool operator==(const Statistics&) const = default;
     };
 
+    /// Bytes of content that the clips of one answer hold at the most, all together. Each has an
+    /// equal share of it, that of `usualClips` where they are fewer; content that is larger is left
+    /// out (ListedPayload), and fetched by `payload` when it is needed.
+    static constexpr qint64 heldContent = qint64(32) * 1024 * 1024;
+    static constexpr qint64 usualClips = 50;
+
     /// Seconds since 1970-01-01 00:00:00 UTC; called on the worker.
     using Now = std::function<double()>;
 
@@ -53,9 +59,9 @@ public:
 
     /// The clips that match, in list order, `limit` at the most (negative: all).
     ///
-    /// `held` are clips that the caller has from earlier answers: the content of these is taken
-    /// over (shared, not copied) instead of being read again. A search whose `stop` is requested
-    /// ends early, also in the middle of a scan, and then throws `execute` with SQLite's
+    /// `held` are clips that the caller has from earlier answers: what they know of their content
+    /// is taken over (shared, not copied) instead of being read again. A search whose `stop` is
+    /// requested ends early, also in the middle of a scan, and then throws `execute` with SQLite's
     /// "interrupted".
     [[nodiscard]] QCoro::Task<std::vector<Clip>> search(
         QString query, std::optional<ClipKind> kind, qint64 limit, std::vector<Clip> held = {},
@@ -65,14 +71,18 @@ public:
     /// history is shorter.
     [[nodiscard]] QCoro::Task<std::optional<Clip>> clip(qint64 position);
 
+    /// The whole content of a clip; none if the history does not have the clip any more.
+    [[nodiscard]] QCoro::Task<std::optional<ClipPayload>> payload(QUuid id);
+
     /// As `search`, without the contents, of which a long history has more than fits in memory.
     /// Shared, so that whoever hands them on need not touch ten thousand of them. Never null.
     [[nodiscard]] QCoro::Task<std::shared_ptr<const std::vector<ClipSummary>>>
     summaries(QString query, std::optional<ClipKind> kind, qint64 limit);
 
     /// Stores a capture: a new entry, or one more use of the entry with the same content; then
-    /// trims. As all that changes entries, it makes the database's file anew first if that is gone,
-    /// and takes the one that is there if another one is in its place.
+    /// trims. Known content is not read for that: the clip that is returned holds its content only
+    /// where a list would. As all that changes entries, it makes the database's file anew first if
+    /// that is gone, and takes the one that is there if another one is in its place.
     [[nodiscard]] QCoro::Task<Clip> save(
         const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);

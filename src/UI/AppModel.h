@@ -216,15 +216,23 @@ private:
     static QCoro::Task<> save(QPointer<AppModel> self, Capture capture);
     void saveFailed(Capture capture, const QString& message);
     void saveUnsaved();
-    static QCoro::Task<PasteService::Turn> turnToWrite(QPointer<AppModel> self, Turn turn);
+    /// What came of writing a clip on the pasteboard.
+    struct Written
+    {
+        /// None if it was not.
+        WriteTicket ticket;
+        /// Why not.
+        ActionOutcome failure;
+    };
+    static QCoro::Task<Written> write(QPointer<AppModel> self, Clip clip, PasteStyle style);
     static QCoro::Task<> pasteInTurn(
         QPointer<AppModel> self, Clip clip, PasteStyle style,
         std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion);
     static QCoro::Task<>
     clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCompletion completion);
     static QCoro::Task<> copyInTurn(
-        QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
-        std::function<void(WriteTicket, bool isHeld)> done);
+        QPointer<AppModel> self, Clip clip, PasteStyle style, Turn turn,
+        std::function<void(const Written&, bool isHeld)> done);
     static QCoro::Task<> fetch(
         QPointer<AppModel> self, QString query, std::optional<ClipKind> kind, std::stop_token stop);
     static QCoro::Task<> finish(

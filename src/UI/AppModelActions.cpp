@@ -38,6 +38,8 @@ const ActionOutcome copiedWithoutAccess = {
     u"Copied to the clipboard, but not pasted: Tessly is not allowed to press keys in other "
     "applications."_s};
 const ActionOutcome notRestored = {ActionOutcome::Case::notRestored, notRestoredMessage};
+const ActionOutcome deletedMeanwhile = {
+    ActionOutcome::Case::notRestored, u"That clipboard item is no longer in the history."_s};
 
 void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
 {
@@ -79,30 +81,53 @@ void AppModel::paste(
     pasteInTurn(this, pasted, style, std::move(target), std::move(turn), std::move(completion));
 }
 
-/// Waits until the clipboard may be written, or the model has gone.
-QCoro::Task<PasteService::Turn> AppModel::turnToWrite(QPointer<AppModel> self, Turn turn)
+/// To be called in turn. What the list does not hold is fetched only then, so that of many pastes
+/// that wait the content of one is in memory.
+QCoro::Task<AppModel::Written> AppModel::write(QPointer<AppModel> self, Clip clip, PasteStyle style)
 {
-    const PasteService::Turn held = co_await turn;
-    if (self) {
-        // Writing puts an end to what is on the clipboard now.
-        co_await self->settle();
+    std::optional<ClipPayload> payload;
+    ActionOutcome failure = deletedMeanwhile;
+    if (const ClipPayload* const held = clip.payload.held()) {
+        payload = *held;
+    } else {
+        try {
+            payload = co_await self->m_dependencies.store.payload(clip.id);
+        } catch (const std::exception& error) {
+            failure = {ActionOutcome::Case::storeFailed, QString::fromUtf8(error.what())};
+        }
+        if (!self) {
+            co_return {};
+        }
     }
-    co_return held;
+    if (!payload) {
+        co_return {.ticket = {}, .failure = failure};
+    }
+    // Writing puts an end to what is on the clipboard now.
+    co_await self->settle();
+    if (!self) {
+        co_return {};
+    }
+    const WriteTicket ticket =
+        self->m_dependencies.pasteService.write(*payload, style == PasteStyle::plainTextOnly);
+    co_return {.ticket = ticket, .failure = notRestored};
 }
 
 QCoro::Task<> AppModel::pasteInTurn(
     QPointer<AppModel> self, Clip clip, PasteStyle style,
     std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion)
 {
-    const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
+    const PasteService::Turn held = co_await turn;
+    if (!self) {
+        co_return;
+    }
+    const auto [ticket, failure] = co_await write(self, clip, style);
     if (!self) {
         co_return;
     }
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const WriteTicket ticket = pasteService.write(clip.payload, style == PasteStyle::plainTextOnly);
     if (!ticket) {
-        self->showBanner(notRestoredMessage, BannerKind::error);
-        tell(completion, notRestored);
+        self->showBanner(failure.message, BannerKind::error);
+        tell(completion, failure);
         co_return;
     }
     if (!target || target->isTerminated() || target->bundleIdentifier() == ownBundleIdentifier) {
@@ -202,9 +227,13 @@ void AppModel::copy(const Clip& clip, PasteStyle style, const ActionCompletion& 
 void AppModel::copy(
     const Clip& clip, PasteStyle style, Turn turn, const ActionCompletion& completion)
 {
-    const auto done = [this, completion](WriteTicket ticket, bool isHeld) {
-        if (!ticket) {
-            tell(completion, notRestored);
+    const auto done = [this, completion](const Written& written, bool isHeld) {
+        if (!written.ticket) {
+            // A clip that holds nothing of the kind just stays where it is.
+            if (written.failure != notRestored) {
+                showBanner(written.failure.message, BannerKind::error);
+            }
+            tell(completion, written.failure);
             return;
         }
         if (closePanel) {
@@ -215,23 +244,23 @@ void AppModel::copy(
         }
         tell(completion, isHeld ? ActionOutcome() : notCopied);
     };
-    copyInTurn(this, clip.payload, style, std::move(turn), done);
+    copyInTurn(this, clip, style, std::move(turn), done);
 }
 
 /// `done` is told, unless the model goes before, of the write and whether it is there to be read.
 QCoro::Task<> AppModel::copyInTurn(
-    QPointer<AppModel> self, ClipPayload payload, PasteStyle style, Turn turn,
-    std::function<void(WriteTicket, bool isHeld)> done)
+    QPointer<AppModel> self, Clip clip, PasteStyle style, Turn turn,
+    std::function<void(const Written&, bool isHeld)> done)
 {
-    const PasteService::Turn held = co_await turnToWrite(self, std::move(turn));
+    const PasteService::Turn held = co_await turn;
     if (!self) {
         co_return;
     }
     PasteService& pasteService = self->m_dependencies.pasteService;
-    const WriteTicket ticket = pasteService.write(payload, style == PasteStyle::plainTextOnly);
-    const bool isHeld = ticket && co_await pasteService.holds(ticket);
+    const Written written = co_await write(self, clip, style);
+    const bool isHeld = written.ticket && co_await pasteService.holds(written.ticket);
     if (self && done) {
-        done(ticket, isHeld);
+        done(written, isHeld);
     }
 }
 

@@ -303,7 +303,7 @@ TEST_F(AppDelegateTest, EnablingStartsRecordingAndLeadsIntoThePanel)
     EXPECT_TRUE(m_views.panel != nullptr && m_views.panel->isShown());
     copy("after it was");
     ASSERT_TRUE(listBecomes(1));
-    EXPECT_EQ(model().clips().front().payload.plainText(), "after it was");
+    EXPECT_EQ(model().clips().front().payload.held()->plainText(), "after it was");
     stop();
     m_views.onboarding = nullptr;
     startFirst();
@@ -487,7 +487,7 @@ TEST_F(AppDelegateTest, ClearingKeepsWhatIsPinned)
     m_views.confirmation->answer(true);
     EXPECT_TRUE(bannerBecomes(u"Clipboard history cleared."_s));
     ASSERT_TRUE(listBecomes(1));
-    EXPECT_EQ(model().clips().front().payload.plainText(), "pinned");
+    EXPECT_EQ(model().clips().front().payload.held()->plainText(), "pinned");
 }
 
 TEST_F(AppDelegateTest, TheMenuOpensPanelAndSettingsAndQuits)
@@ -577,7 +577,7 @@ TEST_F(AppDelegateTest, WhatWasJustCopiedIsInTheHistoryBeforeTheProgramEnds)
     stop();
     start();
     ASSERT_TRUE(listBecomes(1));
-    EXPECT_EQ(model().clips().front().payload.plainText(), "just copied");
+    EXPECT_EQ(model().clips().front().payload.held()->plainText(), "just copied");
 }
 
 TEST_F(AppDelegateTest, AnOwnerThatHangsHoldsUpTheEndNotForLong)

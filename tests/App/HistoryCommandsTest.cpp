@@ -281,7 +281,7 @@ TEST_F(HistoryCommandsTest, AListTellsEachEntrysPositionInTheWholeHistory)
             .isPinned = clip.isPinned,
             .pinOrder = clip.pinOrder,
             .copyCount = clip.copyCount,
-            .byteCount = clip.payload.byteCount(),
+            .byteCount = clip.payload.held()->byteCount(),
         };
         EXPECT_EQ(all[i], expected) << i;
     }

@@ -195,10 +195,10 @@ TEST_F(AppModelActionsTest, APasteAsPlainTextWritesPlainTextAlone)
     m_model->reload(AppModel::Debounce::no);
     run();
     m_model->paste(clip(0), PasteStyle::plainTextOnly, m_editor);
-    EXPECT_EQ(m_pasteboard.ownItems(), plainTextItems(clip(0).payload));
+    EXPECT_EQ(m_pasteboard.ownItems(), plainTextItems(*clip(0).payload.held()));
     pass(1s);
     m_model->paste(clip(0), PasteStyle::original, m_editor);
-    EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(clip(0).payload));
+    EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(*clip(0).payload.held()));
 }
 
 TEST_F(AppModelActionsTest, ACompletedPasteMovesTheClipToTheTopIfTheSettingSaysSo)
@@ -349,8 +349,8 @@ TEST_F(AppModelActionsTest, PastesInARowEachPasteTheirOwnClip)
     EXPECT_EQ(
         m_pasteboard.writes(),
         (std::vector{
-            pasteboardItems(clip(1).payload), pasteboardItems(clip(2).payload),
-            pasteboardItems(clip(0).payload)}));
+            pasteboardItems(*clip(1).payload.held()), pasteboardItems(*clip(2).payload.held()),
+            pasteboardItems(*clip(0).payload.held())}));
     EXPECT_FALSE(m_model->banner().has_value());
 }
 
@@ -365,8 +365,8 @@ TEST_F(AppModelActionsTest, APositionsPlaceInTheOrderIsThatOfItsKey)
     EXPECT_EQ(
         m_pasteboard.writes(),
         (std::vector{
-            pasteboardItems(clip(1).payload), pasteboardItems(clip(0).payload),
-            pasteboardItems(clip(2).payload)}));
+            pasteboardItems(*clip(1).payload.held()), pasteboardItems(*clip(0).payload.held()),
+            pasteboardItems(*clip(2).payload.held())}));
 }
 
 TEST_F(AppModelActionsTest, APositionThatIsNotThereHoldsUpNobody)
@@ -475,7 +475,7 @@ TEST_F(AppModelActionsTest, PositionsCountPinnedClipsFirst)
     for (const char* text : {"three", "one"}) {
         const std::vector<Clip> all = stored();
         const auto found = std::ranges::find_if(
-            all, [text](const Clip& each) { return each.payload.plainText() == text; });
+            all, [text](const Clip& each) { return each.payload.held()->plainText() == text; });
         result(m_store->setPinned(true, found->id));
     }
     const auto pasted = [this](int position) {
@@ -581,7 +581,7 @@ TEST_F(AppModelActionsTest, ACopyAsPlainTextOfWhatHasNoneIsAFailure)
     EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
     EXPECT_EQ(m_panelCloses, 0);
     m_model->copySelected(PasteStyle::original);
-    EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(clip(0).payload));
+    EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(*clip(0).payload.held()));
 }
 
 TEST_F(AppModelActionsTest, ActionsDoWithoutAPanel)

@@ -66,7 +66,8 @@ std::vector<QByteArray> AppModelFixture::texts() const
 {
     std::vector<QByteArray> texts;
     for (const Clip& clip : m_model->clips()) {
-        texts.push_back(clip.payload.plainText().value_or("(no text)"));
+        const ClipPayload* const payload = clip.payload.held();
+        texts.push_back(payload ? payload->plainText().value_or("(no text)") : "(not held)");
     }
     return texts;
 }

@@ -342,11 +342,11 @@ TEST_F(AppModelTest, AnUnchangedEntryKeepsItsContentInMemory)
 {
     save("kept");
     reload();
-    const auto* const bytes = m_model->clips().at(0).payload.plainText()->constData();
+    const auto* const bytes = m_model->clips().at(0).payload.held()->plainText()->constData();
     save("new");
     reload();
     ASSERT_THAT(texts(), ElementsAre("new", "kept"));
-    EXPECT_EQ(m_model->clips().at(1).payload.plainText()->constData(), bytes);
+    EXPECT_EQ(m_model->clips().at(1).payload.held()->plainText()->constData(), bytes);
 }
 
 // Wiping what was dropped
@@ -767,7 +767,7 @@ protected:
     [[nodiscard]] QByteArray selected() const
     {
         return m_model->selectedClip()
-                   ? m_model->selectedClip()->payload.plainText().value_or(QByteArray())
+                   ? m_model->selectedClip()->payload.held()->plainText().value_or(QByteArray())
                    : "(none)";
     }
 };

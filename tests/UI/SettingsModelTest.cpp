@@ -33,7 +33,7 @@ protected:
     {
         QByteArrayList texts;
         for (const Clip& clip : stored()) {
-            texts.append(clip.payload.plainText().value_or("(no text)"));
+            texts.append(clip.payload.held()->plainText().value_or("(no text)"));
         }
         return texts;
     }

@@ -220,8 +220,9 @@ TEST_F(ClipDatabaseSearch, takesOverTheContentThatTheCallerHolds)
     ASSERT_EQ(clips.size(), 2U);
     EXPECT_EQ(clips[0].id, b.id);
     EXPECT_EQ(
-        clips[0].payload.plainText()->constData(), held.front().payload.plainText()->constData());
-    EXPECT_EQ(clips[1].payload.plainText(), "changed");
+        clips[0].payload.held()->plainText()->constData(),
+        held.front().payload.held()->plainText()->constData());
+    EXPECT_EQ(clips[1].payload.held()->plainText(), "changed");
     for (const Clip& clip : clips) {
         EXPECT_EQ(clip.copyCount, 7);
         EXPECT_TRUE(clip.isPinned);

@@ -302,7 +302,7 @@ INSTANTIATE_TEST_SUITE_P(
             "delete",
             [](HistoryFile& history) {
                 for (const Clip& clip : history.database().search({}, std::nullopt, -1)) {
-                    if (clip.payload.plainText()->startsWith(secret)) {
+                    if (clip.payload.held()->plainText()->startsWith(secret)) {
                         history.database().remove(clip.id);
                     }
                 }

@@ -194,7 +194,7 @@ TEST_F(ClipFaults, ofAFullDiskLeaveTheHistoryAsItWas)
     history.saveText(QByteArray(1'000'000, 'y'));
     EXPECT_EQ(all().size(), 20U);
     history.database().scrub();
-    EXPECT_FALSE(bytes().contains(*before.front().payload.plainText()));
+    EXPECT_FALSE(bytes().contains(*before.front().payload.held()->plainText()));
     expectSound();
 }
 

@@ -183,7 +183,7 @@ TEST(ClipRandom, operationsAgreeWithAListInMemory)
             for (const QByteArray& query : {word, word.mid(1) + " common", QByteArray("%_")}) {
                 std::vector<Clip> expected = before;
                 std::erase_if(expected, [&](const Clip& clip) {
-                    return !clip.payload.plainText()->contains(query);
+                    return !clip.payload.held()->plainText()->contains(query);
                 });
                 const std::vector<Clip> found =
                     history.database().search(QString::fromLatin1(query), std::nullopt, -1);

@@ -127,7 +127,7 @@ TEST_F(ClipRescueTest, bringsOverAllThatCanBeRead)
     EXPECT_EQ(after, expected);
     EXPECT_TRUE(after.front().isPinned);
     for (const Clip& clip : after) {
-        EXPECT_FALSE(lost.contains(*clip.payload.plainText()));
+        EXPECT_FALSE(lost.contains(*clip.payload.held()->plainText()));
     }
     EXPECT_EQ(history.database().search(u"text 299"_s, std::nullopt, -1).size(), 1U);
     expectSound();

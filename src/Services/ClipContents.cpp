@@ -1,0 +1,121 @@
+#include "ClipContents.h"
+
+#include "ClipDecoder.h"
+#include "ClipStatement.h"
+#include "ClipStoreError.h"
+#include "PreviewLine.h"
+#include "SQLiteBlob.h"
+#include "SQLiteError.h"
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+const char* const readFailure = "Could not read clipboard history";
+const char* const table = "clips";
+
+/// Runs `read` with the one row of a query about a clip.
+template <typename Read>
+auto withRow(ClipStatement& statement, qint64 row, Read read)
+{
+    if (!statement.integer(1, row).next(readFailure)) {
+        throw ClipStoreError(
+            ClipStoreError::Case::execute,
+            QLatin1StringView(readFailure) + u": a row is missing"_s);
+    }
+    auto result = read(statement.row());
+    // Else SQLite would keep the row's content.
+    statement.reset();
+    return result;
+}
+
+template <typename Read>
+auto withBlob(const SQLiteConnection& connection, const char* column, qint64 row, Read read)
+{
+    try {
+        return read(SQLiteBlob(connection, table, column, row));
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(
+            ClipStoreError::Case::execute,
+            QLatin1StringView(readFailure) + u": "_s + error.message(), error.code());
+    }
+}
+
+} // namespace
+
+ClipContents::ClipContents(const SQLiteConnection& connection)
+    : m_connection(connection)
+    // SQLite tells the length of a blob without reading it; that of a text it would count.
+    , m_size(connection, R"sql(SELECT typeof(plain_text),
+    ifnull(length(rtf), 0) + ifnull(length(html), 0) + ifnull(length(image_png), 0)
+        + ifnull(length(file_urls), 0)
+FROM clips WHERE rowid = ?;)sql")
+    , m_content(
+          connection, QByteArrayLiteral("SELECT") + contentColumns + " FROM clips WHERE rowid = ?;")
+{
+}
+
+ListedPayload ClipContents::listed(qint64 row, qint64 largestHeld)
+{
+    if (size(row) > largestHeld) {
+        return outline(row);
+    }
+    const ClipPayload payload = withRow(m_content, row, decodePayload);
+    (void)payload.kind();
+    (void)payload.previewLine();
+    return payload;
+}
+
+ClipPayload ClipContents::payload(qint64 row) const
+{
+    return ClipPayload({
+        .plainText = all("plain_text", row),
+        .rtf = all("rtf", row),
+        .html = all("html", row),
+        .imagePNG = all("image_png", row),
+        .fileURLs = decodeFileURLs(all("file_urls", row).value_or(QByteArray())),
+    });
+}
+
+/// The bytes of all flavours, more or less: of the files, those of the list as it is stored.
+qint64 ClipContents::size(qint64 row)
+{
+    bool hasText = false;
+    const qint64 size = withRow(m_size, row, [&hasText](const SQLiteStatement& found) {
+        hasText = found.bytes(0) != "null";
+        return found.integer(1);
+    });
+    const auto sizeOf = [](const SQLiteBlob& blob) { return blob.size(); };
+    return hasText ? size + withBlob(m_connection, "plain_text", row, sizeOf) : size;
+}
+
+ListedPayload ClipContents::outline(qint64 row) const
+{
+    // What is stored for searching serves: to make it anew, the content would have to be read.
+    ClipStatement known(m_connection, "SELECT kind, content_hash FROM clips WHERE rowid = ?;");
+    auto outline = withRow(known, row, [](const SQLiteStatement& found) {
+        return ListedPayload::Outline{
+            .kind = clipKind(QString::fromUtf8(found.bytes(0))).value_or(ClipKind::text),
+            .previewLine = {},
+            .contentHash = found.bytes(1)};
+    });
+    outline.previewLine = withBlob(m_connection, "preview", row, [](const SQLiteBlob& preview) {
+        return previewLine(preview.first(previewLineBytes));
+    });
+    return ListedPayload(std::move(outline));
+}
+
+std::optional<QByteArray> ClipContents::all(const char* column, qint64 row) const
+{
+    ClipStatement absence(
+        m_connection,
+        QByteArrayLiteral("SELECT ") + column + " IS NULL FROM clips WHERE rowid = ?;");
+    if (withRow(absence, row, [](const SQLiteStatement& found) { return found.integer(0) != 0; })) {
+        return std::nullopt;
+    }
+    return withBlob(m_connection, column, row, [](const SQLiteBlob& blob) { return blob.all(); });
+}
+
+} // namespace tessly

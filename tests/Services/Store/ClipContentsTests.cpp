@@ -1,0 +1,173 @@
+#include "HistoryFile.h"
+#include "UI/QtPrinting.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly::test {
+
+namespace {
+
+/// What a list of fifty holds of a clip; the stored list of no files is a part of it.
+constexpr qint64 share =
+    ClipStore::heldContent / ClipStore::usualClips - QByteArrayView("[]").size();
+
+class ClipContents : public testing::Test
+{
+protected:
+    ClipContents() { history.open(); }
+
+    Clip save(const ClipPayload& payload)
+    {
+        return history.database().save(payload, std::nullopt, std::nullopt, 10'000);
+    }
+
+    [[nodiscard]] std::vector<Clip> list(qint64 limit, const std::vector<Clip>& held = {})
+    {
+        return history.database().search({}, std::nullopt, limit, held);
+    }
+
+    static qint64 heldBytes(const std::vector<Clip>& clips)
+    {
+        qint64 bytes = 0;
+        for (const Clip& clip : clips) {
+            bytes += clip.payload.held() != nullptr ? clip.payload.held()->byteCount() : 0;
+        }
+        return bytes;
+    }
+
+    HistoryFile history;
+};
+
+/// Of that many bytes, one kind after the other.
+ClipPayload payloadOf(qint64 bytes, int number)
+{
+    QByteArray content(bytes, static_cast<char>('a' + number % 26));
+    content.replace(0, 10, QByteArray::number(1'000'000'000 + number));
+    switch (number % 5) {
+    case 0:
+        return ClipPayload({.plainText = content});
+    case 1:
+        return ClipPayload({.imagePNG = content});
+    case 2:
+        return ClipPayload({.rtf = content});
+    case 3:
+        return ClipPayload({.plainText = "https://example.org/" + content.mid(20)});
+    default:
+        return ClipPayload({.plainText = content.first(bytes / 2), .html = content.mid(bytes / 2)});
+    }
+}
+
+} // namespace
+
+TEST_F(ClipContents, ofAListAreBoundedWhateverTheirSizes)
+{
+    std::map<QUuid, ClipPayload> saved;
+    std::vector<QUuid> order;
+    int number = 0;
+    for (const qint64 bytes : {qint64(100), share - 1, share, share + 1, 4 * share, share / 2}) {
+        for (int i = 0; i < 10; ++i) {
+            const ClipPayload payload = payloadOf(bytes, number++);
+            order.insert(order.begin(), save(payload).id);
+            saved.emplace(order.front(), payload);
+        }
+    }
+    for (const qint64 limit : {10, 50, -1}) {
+        const std::vector<Clip> clips = list(limit);
+        ASSERT_EQ(clips.size(), limit < 0 ? order.size() : static_cast<std::size_t>(limit));
+        EXPECT_LE(heldBytes(clips), ClipStore::heldContent) << limit;
+        for (std::size_t i = 0; i < clips.size(); ++i) {
+            ASSERT_EQ(clips[i].id, order[i]) << "the newest first";
+            const ClipPayload& payload = saved.at(clips[i].id);
+            EXPECT_EQ(clips[i].payload, ListedPayload(payload));
+            EXPECT_EQ(clips[i].payload.kind(), payload.kind());
+            EXPECT_EQ(clips[i].payload.previewLine(), payload.previewLine());
+            EXPECT_EQ(clips[i].payload.contentHash(), payload.contentHash());
+            // Sixty leave each a little less.
+            const qint64 bytes = payload.byteCount();
+            if (limit > 0) {
+                EXPECT_EQ(clips[i].payload.held() != nullptr, bytes <= share) << bytes;
+            }
+            EXPECT_EQ(history.database().payload(clips[i].id), payload);
+        }
+    }
+}
+
+TEST_F(ClipContents, thatAreHeldAreLetGoWhereManyMoreAreListed)
+{
+    for (int i = 0; i < 100; ++i) {
+        save(payloadOf(share, i));
+    }
+    const std::vector<Clip> held = list(50);
+    EXPECT_EQ(heldBytes(held), 50 * share);
+    const std::vector<Clip> all = list(-1, held);
+    ASSERT_EQ(all.size(), 100U);
+    EXPECT_LE(heldBytes(all), ClipStore::heldContent);
+}
+
+TEST_F(ClipContents, thatAListLeftOutAreNotLookedAtAgain)
+{
+    save(payloadOf(share + 1, 0));
+    const std::vector<Clip> held = list(50);
+    history.execute("UPDATE clips SET preview = 'changed'");
+    EXPECT_EQ(list(50, held), held);
+    EXPECT_EQ(list(50, held).front().payload.previewLine(), held.front().payload.previewLine());
+}
+
+TEST_F(ClipContents, comeBackAsTheyWere)
+{
+    const QByteArray much(share + 1, 'x');
+    for (const ClipPayload& payload : {
+             ClipPayload({.plainText = "x"}),
+             ClipPayload({.plainText = much, .rtf = "", .html = "", .imagePNG = ""}),
+             ClipPayload({.rtf = "", .html = much}),
+             ClipPayload({.plainText = "", .imagePNG = QByteArray("\0\xff\0", 3) + much}),
+             ClipPayload({.plainText = "text", .fileURLs = {"file:///a", "file:///" + much}}),
+         }) {
+        const Clip clip = save(payload);
+        EXPECT_EQ(history.database().payload(clip.id), payload);
+    }
+}
+
+TEST_F(ClipContents, ofAClipThatIsGoneAreNone)
+{
+    const Clip clip = save(payloadOf(share + 1, 1));
+    ASSERT_TRUE(history.database().payload(clip.id).has_value());
+    history.database().remove(clip.id);
+    EXPECT_EQ(history.database().payload(clip.id), std::nullopt);
+}
+
+TEST_F(ClipContents, thatCannotBeReadAreAnError)
+{
+    const Clip clip = save(payloadOf(share + 1, 1));
+    // A row, and no content that anybody could paste.
+    history.execute("UPDATE clips SET image_png = 17");
+    EXPECT_THROW((void)history.database().payload(clip.id), ClipStoreError);
+    history.execute("DROP TABLE clips");
+    EXPECT_THROW((void)history.database().payload(clip.id), ClipStoreError);
+}
+
+TEST_F(ClipContents, areNotReadToCountARepeat)
+{
+    const ClipPayload payload = payloadOf(share + 1, 1);
+    const Clip first = save(payload);
+    ASSERT_NE(first.payload.held(), nullptr);
+    const Clip again = save(payload);
+    EXPECT_EQ(again.id, first.id);
+    EXPECT_EQ(again.copyCount, 2);
+    EXPECT_EQ(again.payload.held(), nullptr);
+    EXPECT_EQ(again.payload, first.payload);
+}
+
+TEST_F(ClipContents, ofTheClipAtAPositionAreLeftOutAsInAList)
+{
+    save(payloadOf(share + 1, 1));
+    save(payloadOf(share, 1));
+    EXPECT_NE(history.database().clip(1)->payload.held(), nullptr);
+    EXPECT_EQ(history.database().clip(2)->payload.held(), nullptr);
+}
+
+} // namespace tessly::test
