@@ -1,10 +1,14 @@
-"""Contents for which there is not enough memory."""
+"""Contents for which there is not enough memory, and how much memory contents take."""
 
+import hashlib
 import os
 import resource
+import sqlite3
+import struct
 import unittest
+from contextlib import closing
 
-from tessly_e2e import bmp, png, wait_until
+from tessly_e2e import bmp, png, procfs, wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.sway import Sway
 from tessly_e2e.wayland_case import WaylandCase
@@ -69,6 +73,73 @@ class OnX11(ShortOfMemory, TesslyCase):
 class OnSway(ShortOfMemory, WaylandCase):
     desktop_class = Sway
     TEXT = "text/plain;charset=utf-8"
+
+
+class ManyLargeImages(TesslyCase):
+    """A list of the largest images there usually are, none of which is held for it."""
+
+    IMAGES = 50
+    SIZE = 25 * MB
+    # In kilobytes. One image may be in memory at a time, for its paste.
+    PEAK = 120 * 1024
+    SOME = 4 * 1024
+
+    def image(self, number):
+        return png.SIGNATURE + number.to_bytes(4, "big") * (self.SIZE // 4)
+
+    def content_hash(self, image):
+        found = hashlib.sha256()
+        for label, data in ((b"text", b""), (b"rtf", b""), (b"html", b""), (b"png", image),
+                            (b"files", b"[]")):
+            found.update(label + struct.pack(">Q", len(data)) + data)
+        return found.hexdigest()
+
+    def fill_history(self, size):
+        """As the program would have, but for the time that it takes."""
+        self.tessly.stop()
+        with closing(sqlite3.connect(self.history.path)) as connection:
+            connection.execute("PRAGMA synchronous = OFF")
+            for number in range(self.IMAGES):
+                image = self.image(number)[:size]
+                with connection:
+                    connection.execute(
+                        "INSERT INTO clips (id, created_at, last_used_at, kind, preview, "
+                        "search_text, image_png, file_urls, content_hash) "
+                        "VALUES (?, ?, ?, 'image', 'Image', 'image screenshot photo', ?, "
+                        "CAST('[]' AS BLOB), ?)",
+                        (f"{number:08X}-0000-4000-8000-000000000000", 1e9 + number, 1e9 + number,
+                         image, self.content_hash(image)))
+        self.tessly.start()
+
+    def look_through_and_copy(self, size):
+        """Pastes the oldest, and lets go of it; the highest and the last amount of memory."""
+        panel = self.tessly.open_panel()
+        before = panel.wait_for_rest()
+        for _ in range(self.IMAGES - 1):
+            self.keyboard.press("Down")
+        panel.wait_for_rest(unlike=before)
+        self.keyboard.press("Return")
+        self.tessly.wait_for_closed_panel()
+        self.wait_for_own_content()
+        self.assertTrue(self.clipboard.read("image/png", timeout=60) == self.image(0)[:size])
+        peak = procfs.peak_memory(self.tessly.pid)
+        # Whose entry is looked for without a look at all the others.
+        text = f"copied after images of {size}"
+        self.clipboard.copy(text)
+        wait_until(lambda: self.history.contains(text), "the next copy is recorded")
+        return peak, procfs.memory(self.tessly.pid)
+
+    def test_are_listed_and_pasted_within_little_memory(self):
+        # What program and toolkit take without them.
+        self.fill_history(1000)
+        small_peak, small = self.look_through_and_copy(1000)
+        self.tessly.command("clear", "--everything")
+        self.fill_history(self.SIZE)
+        peak, after = self.look_through_and_copy(self.SIZE)
+        print(f"resident at the peak {peak // 1024} MB ({small_peak // 1024} MB with small images),"
+              f" after it {after.resident // 1024} MB ({small.resident // 1024} MB)")
+        self.assertLess(peak, self.PEAK)
+        self.assertLess(after.anonymous, small.anonymous + self.SOME)
 
 
 if __name__ == "__main__":

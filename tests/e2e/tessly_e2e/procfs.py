@@ -20,6 +20,12 @@ def memory(pid):
     return Memory(int(sizes["Rss"]), int(sizes["Pss"]), int(sizes["Anonymous"]))
 
 
+def peak_memory(pid):
+    """The most that was ever resident, in kilobytes."""
+    with open(f"/proc/{pid}/status") as file:
+        return int(re.search(r"^VmHWM:\s+(\d+) kB", file.read(), re.MULTILINE).group(1))
+
+
 def _threads(pid, name):
     for thread in os.listdir(f"/proc/{pid}/task"):
         try:
