@@ -202,6 +202,20 @@ TEST_F(HistoryCommandsTest, WhatCannotBeWrittenIsSaid)
     EXPECT_EQ(message(), u"Could not restore that clipboard item."_s);
 }
 
+TEST_F(HistoryCommandsTest, WhatIsTooLargeForAListIsFetched)
+{
+    const QByteArray text(ClipStore::heldContent, 'x');
+    save(text);
+    m_commands->paste(1, PasteStyle::original, note());
+    EXPECT_EQ(pasteOutcome(), ActionOutcome{});
+    EXPECT_EQ(written(), text);
+    m_commands->copy(2, PasteStyle::original, note());
+    EXPECT_EQ(outcome(), ActionOutcome{});
+    m_commands->copy(1, PasteStyle::original, note());
+    EXPECT_EQ(outcome(), ActionOutcome{});
+    EXPECT_EQ(written(), text);
+}
+
 TEST_F(HistoryCommandsTest, PinningAndUnpinningActOnTheEntryAtThePosition)
 {
     m_commands->setPinned(3, true, note());

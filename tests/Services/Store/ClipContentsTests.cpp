@@ -1,4 +1,6 @@
+#include "FaultVFS.h"
 #include "HistoryFile.h"
+#include "LogCapture.h"
 #include "UI/QtPrinting.h"
 
 #include <gtest/gtest.h>
@@ -148,6 +150,39 @@ TEST_F(ClipContents, thatCannotBeReadAreAnError)
     EXPECT_THROW((void)history.database().payload(clip.id), ClipStoreError);
     history.execute("DROP TABLE clips");
     EXPECT_THROW((void)history.database().payload(clip.id), ClipStoreError);
+}
+
+TEST_F(ClipContents, areWholeOrAnErrorWhereverTheDiskFails)
+{
+    history.close();
+    const LogCapture log;
+    FaultVFS vfs;
+    history.open();
+    // More than SQLite keeps in memory.
+    const ClipPayload payload = payloadOf(8 * 1024 * 1024, 1);
+    const QUuid id = save(payload).id;
+    int errors = 0;
+    for (int number = 1;; number += 1 + number / 2) {
+        history.open();
+        vfs.fail(FaultVFS::Call::read, FaultVFS::Fault::io, number, FaultVFS::Span::fromThenOn);
+        std::optional<ClipPayload> read;
+        try {
+            read = history.database().payload(id);
+            EXPECT_EQ(read, payload);
+        } catch (const ClipStoreError& error) {
+            EXPECT_EQ(error.errorCase(), ClipStoreError::Case::execute);
+            ++errors;
+        }
+        const bool hasFailed = vfs.hasFailed();
+        vfs.failNothing();
+        EXPECT_NE(read.has_value(), hasFailed) << number;
+        if (!hasFailed) {
+            break;
+        }
+    }
+    EXPECT_GT(errors, 5);
+    EXPECT_EQ(history.database().payload(id), payload);
+    history.close();
 }
 
 TEST_F(ClipContents, areNotReadToCountARepeat)
