@@ -121,6 +121,9 @@ TEST_F(SQLiteTest, readsAsMuchOfAFieldAsIsWanted)
     EXPECT_THROW(SQLiteBlob(connection, "fields", "other", 1), SQLiteError);
     EXPECT_THROW(SQLiteBlob(connection, "fields", "other", 2), SQLiteError);
     EXPECT_THROW(SQLiteBlob(connection, "fields", "text", 3), SQLiteError);
+    // What is no longer there is not made up.
+    connection.execute("UPDATE fields SET text = 'other' WHERE rowid = 1");
+    EXPECT_THROW((void)text.first(2), SQLiteError);
 }
 
 TEST_F(SQLiteTest, refusesParametersThatAreNone)

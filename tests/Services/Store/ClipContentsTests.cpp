@@ -101,7 +101,7 @@ TEST_F(ClipContents, ofAListAreBoundedWhateverTheirSizes)
 TEST_F(ClipContents, thatAreHeldAreLetGoWhereManyMoreAreListed)
 {
     for (int i = 0; i < 100; ++i) {
-        save(payloadOf(share, i));
+        save(payloadOf(i < 50 ? share / 2 - 1 : share, i));
     }
     const std::vector<Clip> held = list(50);
     EXPECT_EQ(heldBytes(held), 50 * share);
@@ -164,7 +164,7 @@ TEST_F(ClipContents, areWholeOrAnErrorWhereverTheDiskFails)
     int errors = 0;
     for (int number = 1;; number += 1 + number / 2) {
         history.open();
-        vfs.fail(FaultVFS::Call::read, FaultVFS::Fault::io, number, FaultVFS::Span::fromThenOn);
+        vfs.fail(FaultVFS::Call::read, FaultVFS::Fault::io, number, FaultVFS::Span::once);
         std::optional<ClipPayload> read;
         try {
             read = history.database().payload(id);
