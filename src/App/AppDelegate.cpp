@@ -295,16 +295,16 @@ QCoro::Task<> AppDelegate::setupHotKeys(QPointer<AppDelegate> self)
     }
 }
 
-std::optional<QRect> AppDelegate::panelAnchor() const
+QCoro::Task<std::optional<QRect>> AppDelegate::panelAnchor()
 {
     if (QGuiApplication::primaryScreen() == nullptr) {
-        return std::nullopt;
+        co_return std::nullopt;
     }
     const StatusItem& item = m_platform->statusItem();
     if (item.presence() == StatusItem::Presence::present && item.rectangle()) {
-        return item.rectangle();
+        co_return item.rectangle();
     }
-    return QRect(QCursor::pos(), QSize(1, 1));
+    co_return co_await m_platform->panelAnchor();
 }
 
 HistoryCommands::Abilities AppDelegate::abilities()

@@ -74,7 +74,7 @@ private:
     static QCoro::Task<> setupHotKeys(QPointer<AppDelegate> self);
     void showOnboarding();
     void tellOnboardingOfTray();
-    [[nodiscard]] std::optional<QRect> panelAnchor() const;
+    [[nodiscard]] QCoro::Task<std::optional<QRect>> panelAnchor();
     [[nodiscard]] BusActions busActions();
     [[nodiscard]] HistoryCommands::Abilities abilities();
 

@@ -4,7 +4,14 @@
 #include "X11Platform.h"
 #include "XWaylandPlatform.h"
 
+#include <QCursor>
+
 namespace tessly {
+
+QCoro::Task<std::optional<QRect>> DesktopPlatform::panelAnchor()
+{
+    co_return QRect(QCursor::pos(), QSize(1, 1));
+}
 
 std::unique_ptr<DesktopPlatform>
 makeDesktopPlatform(const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)

@@ -12,8 +12,12 @@
 #include "StatusItem.h"
 #include "Workspace.h"
 
+#include <QCoroTask>
+#include <QRect>
+
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tessly {
 
@@ -37,6 +41,10 @@ public:
     [[nodiscard]] virtual LoginItem& loginItem() = 0;
     [[nodiscard]] virtual const Bundle& bundle() = 0;
 
+    /// Beside what the panel is shown where it is not known where the icon is (global,
+    /// device-independent pixels): the pointer, or else the whole of a screen; none if neither is
+    /// known.
+    [[nodiscard]] virtual QCoro::Task<std::optional<QRect>> panelAnchor();
     /// Leads the user to where the desktop grants a permission that the program has asked for;
     /// false if there is no such place.
     [[nodiscard]] virtual bool openSettings(const QUrl& url) { return workspace().openURL(url); }

@@ -32,7 +32,7 @@ public:
     virtual void setEvents(Events events) = 0;
     [[nodiscard]] virtual bool isShown() const = 0;
     /// Shows the window beside `anchor` (global, device-independent pixels), whole on the anchor's
-    /// screen. Whether it came up shows in `isShown`.
+    /// screen; in its middle if the anchor is all of it. Whether it came up shows in `isShown`.
     virtual void show(const QRect& anchor) = 0;
     /// Brings the window to the front and gives it the keyboard.
     virtual void activate() = 0;

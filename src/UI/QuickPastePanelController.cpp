@@ -34,13 +34,28 @@ QuickPastePanelController::~QuickPastePanelController() = default;
 
 void QuickPastePanelController::show()
 {
-    if (isShown()) {
-        return;
+    if (!isShown() && !m_opening) {
+        open(this);
     }
-    const auto anchor = m_anchorProvider();
-    if (!anchor) {
-        return;
+}
+
+QCoro::Task<> QuickPastePanelController::open(QPointer<QuickPastePanelController> self)
+{
+    const auto opening = std::make_shared<bool>();
+    self->m_opening = opening;
+    const std::optional<QRect> anchor = co_await self->m_anchorProvider();
+    // Meanwhile it may have been closed, and opened again.
+    if (!self || self->m_opening != opening) {
+        co_return;
     }
+    self->m_opening.reset();
+    if (anchor) {
+        self->present(*anchor);
+    }
+}
+
+void QuickPastePanelController::present(const QRect& anchor)
+{
     AppModel& model = m_dependencies.model;
     m_targetApplication = m_dependencies.workspace.frontmostApplication();
     if (m_targetApplication && m_targetApplication->bundleIdentifier() == ownBundleIdentifier) {
@@ -53,7 +68,7 @@ void QuickPastePanelController::show()
 
     makeView();
     if (m_view) {
-        m_view->show(*anchor);
+        m_view->show(anchor);
     }
     if (!isShown()) {
         presentationDidEnd();
@@ -67,6 +82,7 @@ void QuickPastePanelController::show()
 
 void QuickPastePanelController::close()
 {
+    m_opening.reset();
     if (isShown()) {
         m_view->close();
     } else {
@@ -76,7 +92,7 @@ void QuickPastePanelController::close()
 
 void QuickPastePanelController::toggle()
 {
-    if (isShown()) {
+    if (isShown() || m_opening) {
         close();
     } else {
         show();

@@ -5,7 +5,9 @@
 #include "OutsideClickMonitor.h"
 #include "PanelView.h"
 
+#include <QCoroTask>
 #include <QObject>
+#include <QPointer>
 #include <QRect>
 
 #include <functional>
@@ -21,8 +23,9 @@ class QuickPastePanelController final : public QObject
     Q_OBJECT
 
 public:
-    /// Where the panel is shown (global, device-independent pixels); none if there is no place.
-    using AnchorProvider = std::function<std::optional<QRect>()>;
+    /// Where the panel is shown (global, device-independent pixels); none if there is no place. The
+    /// desktop may have to be asked.
+    using AnchorProvider = std::function<QCoro::Task<std::optional<QRect>>()>;
     /// Makes the panel's window; asked at the first opening, so that a program that only records
     /// never loads it. Null if it cannot be made.
     using ViewFactory = std::function<std::unique_ptr<PanelView>()>;
@@ -47,7 +50,7 @@ public:
         KeepsOpen keepsOpen, QObject* parent = nullptr);
     ~QuickPastePanelController() override;
 
-    /// Nothing happens if the panel is up, or if there is no place for it.
+    /// Nothing happens if the panel is up or about to be, or if there is no place for it.
     void show();
     void close();
     /// Opens the panel, or closes it.
@@ -60,6 +63,8 @@ public:
     [[nodiscard]] bool isShown() const;
 
 private:
+    static QCoro::Task<> open(QPointer<QuickPastePanelController> self);
+    void present(const QRect& anchor);
     void makeView();
     void installEventMonitors();
     void dismiss();
@@ -71,6 +76,8 @@ private:
     ViewFactory m_viewFactory;
     KeepsOpen m_keepsOpen;
     std::unique_ptr<PanelView> m_view;
+    /// Of the opening for which a place is being looked for; null if none is.
+    std::shared_ptr<bool> m_opening;
     /// Whether keys are handled and clicks and lost focus close the panel: while it is up, unless
     /// it is kept open.
     bool m_isWatching = false;

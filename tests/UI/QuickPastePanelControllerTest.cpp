@@ -3,6 +3,7 @@
 #include "AppModelFixture.h"
 #include "FakeOutsideClickMonitor.h"
 #include "FakePanelView.h"
+#include "Gate.h"
 
 #include <gmock/gmock.h>
 
@@ -30,7 +31,7 @@ protected:
     {
         m_controller = std::make_unique<QuickPastePanelController>(
             QuickPastePanelController::Dependencies{*m_model, m_workspace, m_clicks, m_clock},
-            [this] { return m_anchor; },
+            [this] { return anchor(); },
             [this]() -> std::unique_ptr<PanelView> {
                 ++m_viewsMade;
                 if (m_viewIsMissing) {
@@ -41,6 +42,22 @@ protected:
                 return view;
             },
             keepsOpen);
+    }
+
+    QCoro::Task<std::optional<QRect>> anchor()
+    {
+        if (m_gate) {
+            co_await m_gate->pass();
+        }
+        co_return m_anchor;
+    }
+
+    /// From now on the place has to be waited for.
+    Gate& holdAnchor()
+    {
+        m_gate.emplace();
+        m_gate->hold();
+        return *m_gate;
     }
 
     void show()
@@ -80,6 +97,7 @@ protected:
 
     FakeOutsideClickMonitor m_clicks;
     std::optional<QRect> m_anchor = QRect(100, 0, 24, 24);
+    std::optional<Gate> m_gate;
     bool m_viewIsMissing = false;
     int m_viewsMade = 0;
     /// The controller's.
@@ -286,6 +304,50 @@ TEST_F(QuickPastePanelControllerTest, OpeningWhileOpenChangesNothing)
     EXPECT_EQ(m_model->query(), u"typed"_s);
     EXPECT_THAT(m_view->calls(), ElementsAre(Call::show, Call::activate));
     EXPECT_EQ(m_clicks.watches(), 1U);
+}
+
+TEST_F(QuickPastePanelControllerTest, OpensOnceItsPlaceIsKnown)
+{
+    Gate& gate = holdAnchor();
+    const auto editor = bringToFront(u"org.example.editor"_s);
+    show();
+    show();
+    EXPECT_FALSE(m_controller->isShown());
+    EXPECT_EQ(gate.waiting(), 1U) << "asked for once";
+    gate.open();
+    run();
+    expectOpen();
+    EXPECT_EQ(m_view->anchor(), QRect(100, 0, 24, 24));
+    EXPECT_EQ(m_model->currentTargetApplication(), editor);
+}
+
+TEST_F(QuickPastePanelControllerTest, IsNotOpenedAnyMoreWhenClosedBeforeItsPlaceIsKnown)
+{
+    Gate& gate = holdAnchor();
+    show();
+    m_controller->close();
+    show();
+    m_controller->toggle();
+    gate.releaseWaiting();
+    run();
+    EXPECT_FALSE(m_controller->isShown());
+    EXPECT_EQ(m_viewsMade, 0);
+
+    m_controller->toggle();
+    run();
+    gate.open();
+    run();
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, MayGoBeforeItsPlaceIsKnown)
+{
+    Gate& gate = holdAnchor();
+    show();
+    m_controller.reset();
+    gate.open();
+    run();
+    EXPECT_EQ(m_viewsMade, 0);
 }
 
 TEST_F(QuickPastePanelControllerTest, WithoutAnAnchorNothingHappens)

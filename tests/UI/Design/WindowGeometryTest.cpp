@@ -53,6 +53,13 @@ TEST(PanelGeometryTest, KeepsToTheScreenOfItsAnchor)
     EXPECT_TRUE(left.contains(geometry(QRect(-40, -200, 20, 20), left)));
 }
 
+TEST(PanelGeometryTest, AWholeScreenHasThePanelInItsMiddle)
+{
+    const QRect right(1920, 100, 1280, 1024);
+    const QRect panel = panelGeometry(right, panelSize, right.adjusted(0, 24, 0, 0));
+    EXPECT_LE((panel.center() - right.center()).manhattanLength(), 2);
+}
+
 TEST(PanelGeometryTest, AnAnchorBeyondTheWorkAreaIsMetAtItsEdge)
 {
     const QRect panel = geometry(QRect(600, 1100, 10, 10));
