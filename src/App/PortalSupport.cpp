@@ -15,6 +15,11 @@ QDBusConnection connectPortal()
     return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"tessly-portal"_s);
 }
 
+QDBusConnection connectShell()
+{
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"tessly-shell"_s);
+}
+
 std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile()
 {
     return std::make_unique<RestoreTokenFile>(

@@ -14,6 +14,9 @@ class RestoreTokenFile;
 /// The connection to the session bus on which the portal is asked. Opened on a thread of its own.
 [[nodiscard]] QDBusConnection connectPortal();
 
+/// The one on which the extension of GNOME Shell is asked.
+[[nodiscard]] QDBusConnection connectShell();
+
 /// Where the leave to press keys is kept, in the data folder.
 [[nodiscard]] std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile();
 

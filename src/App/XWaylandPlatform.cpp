@@ -3,15 +3,36 @@
 #include "PortalShortcut.h"
 #include "PortalSupport.h"
 #include "RestoreTokenFile.h"
+#include "ScreenPixels.h"
 #include "StatusItems.h"
+#include "X11WindowTracker.h"
+
+#include <QCoroFuture>
+#include <QGuiApplication>
+#include <QScreen>
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace tessly {
+
+namespace {
+
+/// The screen with the focused window, or else the primary one.
+QRect screenOf(const std::optional<QRect>& focused)
+{
+    const QRect screen = focused ? screenAround(*focused, screenPixels()) : QRect();
+    const QScreen* const primary = QGuiApplication::primaryScreen();
+    return screen.isEmpty() && primary != nullptr ? primary->geometry() : screen;
+}
+
+} // namespace
 
 XWaylandPlatform::XWaylandPlatform(
     const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
     : FreedesktopPlatform(choice)
+    , m_shell(std::make_shared<ShellExtension>(connectShell, clock))
     , m_portal(connectPortal, clock)
     , m_sender(
           m_portal, makeRestoreTokenFile(),
@@ -26,6 +47,27 @@ XWaylandPlatform::XWaylandPlatform(
 
 XWaylandPlatform::~XWaylandPlatform() = default;
 
+QCoro::Task<std::optional<QRect>> XWaylandPlatform::panelAnchor()
+{
+    // The X server knows where the pointer was when it was last over an X11 window. This object may
+    // go while the others are asked.
+    const std::weak_ptr<X11WindowTracker> windows = m_desktop.windows();
+    if (const auto place = co_await m_shell->place()) {
+        if (const QRect anchor = anchorAt(*place, screenPixels()); !anchor.isEmpty()) {
+            co_return anchor;
+        }
+    }
+    std::optional<QFuture<std::optional<QRect>>> asked;
+    if (const auto there = windows.lock()) {
+        asked = there->frontRectangle();
+    }
+    std::optional<QRect> focused;
+    if (asked) {
+        focused = co_await *asked;
+    }
+    co_return screenOf(focused);
+}
+
 bool XWaylandPlatform::openSettings(const QUrl&)
 {
     return m_sender.askAgain();
@@ -33,7 +75,11 @@ bool XWaylandPlatform::openSettings(const QUrl&)
 
 QStringList XWaylandPlatform::protocols() const
 {
-    return FreedesktopPlatform::protocols() + portalProtocols(&m_sender, m_hotKeys);
+    QStringList protocols = FreedesktopPlatform::protocols();
+    if (m_shell->isPresent()) {
+        protocols.append(u"GNOME Shell extension"_s);
+    }
+    return protocols + portalProtocols(&m_sender, m_hotKeys);
 }
 
 } // namespace tessly

@@ -5,6 +5,8 @@
 #include "FreedesktopPlatform.h"
 #include "PortalHotKeyCenter.h"
 #include "PortalKeySender.h"
+#include "ShellExtension.h"
+#include "ShellWorkspace.h"
 #include "UnnamedWorkspace.h"
 #include "WaylandDesktop.h"
 #include "X11Desktop.h"
@@ -15,7 +17,8 @@
 namespace tessly {
 
 /// A Wayland session whose clipboard can only be reached by way of its X server. That shows the
-/// windows of X11 programs and no others, and takes keys for those alone.
+/// windows of X11 programs and no others, and takes keys for those alone; GNOME Shell tells of the
+/// others where the program's extension of it is enabled.
 class XWaylandPlatform final : public FreedesktopPlatform
 {
 public:
@@ -29,6 +32,7 @@ public:
     OutsideClickMonitor& outsideClicks() override { return m_outsideClicks; }
     HotKeyCenter& hotKeys() override { return m_hotKeys; }
     StatusItem& statusItem() override { return m_statusItem; }
+    [[nodiscard]] QCoro::Task<std::optional<QRect>> panelAnchor() override;
     [[nodiscard]] bool openSettings(const QUrl& url) override;
     [[nodiscard]] QStringList protocols() const override;
 
@@ -36,7 +40,9 @@ private:
     X11Pasteboard m_pasteboard;
     X11Desktop m_desktop;
     X11Workspace m_x11Workspace{m_desktop};
-    UnnamedWorkspace m_workspace{&m_x11Workspace};
+    UnnamedWorkspace m_unnamedWorkspace{&m_x11Workspace};
+    const std::shared_ptr<ShellExtension> m_shell;
+    ShellWorkspace m_workspace{m_shell, m_unnamedWorkspace};
     X11OutsideClickMonitor m_outsideClicks{m_desktop};
     /// For the user's keyboard.
     WaylandDesktop m_compositor;

@@ -20,14 +20,22 @@ QRect ScreenPixels::toIndependent(const QRect& rectangle) const
 
 QRect toIndependentPixels(const QRect& rectangle)
 {
-    const auto screens = QGuiApplication::screens();
-    for (const QScreen* screen : screens) {
-        const ScreenPixels pixels = {screen->geometry(), screen->devicePixelRatio()};
+    for (const ScreenPixels& pixels : screenPixels()) {
         if (pixels.nativeGeometry().contains(rectangle.center())) {
             return pixels.toIndependent(rectangle);
         }
     }
     return rectangle;
+}
+
+std::vector<ScreenPixels> screenPixels()
+{
+    std::vector<ScreenPixels> pixels;
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen* const screen : screens) {
+        pixels.push_back({screen->geometry(), screen->devicePixelRatio()});
+    }
+    return pixels;
 }
 
 } // namespace tessly

@@ -2,6 +2,8 @@
 
 #include <QRect>
 
+#include <vector>
+
 namespace tessly {
 
 /// A rectangle in the display's own pixels, as other programs tell it, in Qt's device-independent
@@ -19,5 +21,8 @@ struct ScreenPixels
     [[nodiscard]] QRect nativeGeometry() const;
     [[nodiscard]] QRect toIndependent(const QRect& rectangle) const;
 };
+
+/// The screens that there are. Main thread; none without a QGuiApplication.
+[[nodiscard]] std::vector<ScreenPixels> screenPixels();
 
 } // namespace tessly

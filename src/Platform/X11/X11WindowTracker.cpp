@@ -67,6 +67,24 @@ QFuture<bool> X11WindowTracker::catchUp(History::TimePoint since)
     });
 }
 
+QFuture<std::optional<QRect>> X11WindowTracker::frontRectangle()
+{
+    return askLoop(m_loop, std::optional<QRect>(), [this](const auto& answer) {
+        const auto window = front().window;
+        if (!window) {
+            return;
+        }
+        xcb_connection_t* const connection = m_loop.connection();
+        const auto size = xcb_get_geometry(connection, window->id());
+        const auto place = xcb_translate_coordinates(connection, window->id(), m_loop.root(), 0, 0);
+        const auto sizeTold = owned(xcb_get_geometry_reply(connection, size, nullptr));
+        const auto placeTold = owned(xcb_translate_coordinates_reply(connection, place, nullptr));
+        if (sizeTold && placeTold) {
+            answer(QRect(placeTold->dst_x, placeTold->dst_y, sizeTold->width, sizeTold->height));
+        }
+    });
+}
+
 void X11WindowTracker::start()
 {
     m_loop.learnAtoms(

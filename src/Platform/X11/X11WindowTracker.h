@@ -6,6 +6,7 @@
 #include "X11Window.h"
 
 #include <QFuture>
+#include <QRect>
 
 #include <functional>
 #include <initializer_list>
@@ -51,6 +52,9 @@ public:
     /// at that moment or later have been looked at anew. Also when the server goes away, or the
     /// loop ends. Any thread.
     [[nodiscard]] QFuture<bool> catchUp(History::TimePoint since);
+    /// Where the window in front is, in the display's own pixels; none if nothing is in front. Any
+    /// thread.
+    [[nodiscard]] QFuture<std::optional<QRect>> frontRectangle();
     /// Asks that this window come to the front, also when it is minimised or on another workspace.
     /// Any thread.
     void requestActivation(std::shared_ptr<const X11Window> window);

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "BusConnecting.h"
+#include "Clock.h"
+#include "FrontHistory.h"
+#include "LoopAnswer.h"
+#include "ShellPlace.h"
+#include "ShellWindow.h"
+
+#include <QCoroTask>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QFuture>
+#include <QObject>
+#include <QVariantMap>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace tessly {
+
+/// The program's own extension of GNOME Shell, where the user has enabled it: tells which window is
+/// in front and where the pointer is, over the session bus. Main thread only, but for the history;
+/// nothing waits for the bus or the shell.
+///
+/// It comes and goes at any time: GNOME has no extensions while the screen is locked. One that does
+/// not answer counts as it was last.
+class ShellExtension final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Connect = BusConnecting::Connect;
+    using Window = std::shared_ptr<const ShellWindow>;
+    using History = FrontHistory<ShellWindow>;
+
+    struct Front
+    {
+        /// None when nothing is in front.
+        Window window = {};
+        /// Whether keys go to it, and not to the shell itself.
+        bool hasKeyboard = false;
+
+        bool operator==(const Front&) const = default;
+    };
+
+    /// How long the extension has to tell what is in front. After it has let that pass it is not
+    /// waited for again before it is heard of.
+    static constexpr std::chrono::seconds patience{3};
+    /// The same for the pointer's place: the panel is waiting to be shown.
+    static constexpr std::chrono::milliseconds placePatience{250};
+
+    /// `connect` opens the connection to the session bus, on a thread of its own. `clock` must
+    /// outlive this.
+    ShellExtension(Connect connect, Clock& clock, QObject* parent = nullptr);
+    ~ShellExtension() override;
+
+    /// Whether it is there and tells what is in front.
+    [[nodiscard]] bool isPresent() const { return m_isPresent; }
+    /// Nothing is in front while it is not there.
+    [[nodiscard]] const Front& front() const { return m_front; }
+    /// What was in front before that. Outlives this.
+    [[nodiscard]] const std::shared_ptr<History>& history() const { return m_history; }
+
+    /// Finished once it is known what was in front by now, or that there is nobody to tell it.
+    [[nodiscard]] QCoro::Task<> catchUp();
+    /// Asks that this window come to the front.
+    void activate(const ShellWindow& window);
+    /// None if it is not there or does not answer.
+    [[nodiscard]] QCoro::Task<std::optional<ShellPlace>> place();
+
+Q_SIGNALS:
+    /// Another window has come to the front or none is any more, also because the extension came or
+    /// went.
+    void frontChanged();
+
+private Q_SLOTS:
+    void ownerChanged(
+        const QString& name, const QString& before, const QString& owner,
+        const QDBusMessage& signal);
+    void heard(const QDBusMessage& signal);
+    void disconnected();
+
+private:
+    void connected(const QDBusConnection& bus);
+    void setOwner(const QString& owner);
+    [[nodiscard]] QFuture<QDBusMessage> askForFront();
+    [[nodiscard]] QFuture<QDBusMessage> call(
+        const QString& method, const QVariantList& arguments, Clock::Duration patience,
+        std::function<void(const QDBusMessage&)> answered = {});
+    void whenAnswered(
+        const QDBusPendingCall& call, std::function<void(const QDBusPendingCall&)> answered);
+    void frontTold(const QDBusMessage& message);
+    void setFront(const Front& front);
+    void windowClosed(quint64 id);
+
+    Clock& m_clock;
+    std::optional<QDBusConnection> m_bus;
+    BusConnecting m_connecting{[this](const QDBusConnection& bus) { connected(bus); }};
+    /// The extension's unique name on the bus; empty while there is none.
+    QString m_owner;
+    bool m_isPresent = false;
+    /// It let its time pass and has not been heard of since.
+    bool m_isSilent = false;
+    /// Answered once it is known whether it is there, or not known in time.
+    LoopAnswer<bool> m_decided{false};
+    std::unique_ptr<Clock::Timer> m_deciding;
+    std::map<quint64, std::shared_ptr<ShellWindow>> m_windows;
+    Front m_front;
+    const std::shared_ptr<History> m_history = std::make_shared<History>();
+};
+
+} // namespace tessly
