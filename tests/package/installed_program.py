@@ -184,10 +184,17 @@ class Walk:
         return "copied, listed in the panel, pasted"
 
     def upgrade(self):
-        apt("install", path_in_root(PACKAGE))
-        expect(installed_version() == version_of(PACKAGE), "it is not the new version")
-        self.expect_kept()
-        return f"{version_of(BEFORE)} → {version_of(PACKAGE)}, the history as it was"
+        """While the program runs, as it does wherever it is used."""
+        text = "during the upgrade"
+        with self.tessly:
+            apt("install", path_in_root(PACKAGE))
+            expect(installed_version() == version_of(PACKAGE), "it is not the new version")
+            self.expect_kept()
+            self.desktop.clipboard.copy(text)
+            self.tessly.history.wait_for_text(text)
+            self.tessly.open_panel()
+        self.kept = self.tessly.history.clips()
+        return f"{version_of(BEFORE)} → {version_of(PACKAGE)}, the one that runs goes on, the history as it was"
 
     def runs_after_the_upgrade(self):
         text = "after the upgrade"
@@ -228,7 +235,7 @@ class Walk:
         return "Activate opens the panel; commands end with 3 and start nothing"
 
     def remove(self):
-        files = [path for path in files_of_the_package()]
+        files = files_of_the_package()
         apt("remove", "tessly")
         left = [path for path in files if os.path.lexists(ROOT + path)]
         expect(not left, f"files are left: {left}")
@@ -256,7 +263,7 @@ STEPS = [
     ("copy, list, panel, paste, quit", Walk.copies_and_pastes),
     ("the tour", Walk.tour),
     ("on Wayland (sway)", Walk.on_wayland),
-    ("upgrade", Walk.upgrade),
+    ("upgrade while it runs", Walk.upgrade),
     ("start after the upgrade", Walk.runs_after_the_upgrade),
     ("started by the session bus", Walk.is_started_by_the_bus),
     ("remove", Walk.remove),
