@@ -301,6 +301,7 @@ TEST_F(ShellWorkspaceTest, OneThatFallsSilentCountsAsItWasLast)
     shell->answers = true;
     ASSERT_TRUE(waitUntil([this] { return front()->bundleIdentifier() == u"Editor"_s; }));
     EXPECT_EQ(inFrontLately(), QStringList({u"KeePassXC"_s, u"Editor"_s}));
+    EXPECT_GT(shell->calls(u"Front"_s), asked + 1) << "it is asked again";
 }
 
 TEST_F(ShellWorkspaceTest, NonsenseIsNoAnswer)
@@ -332,7 +333,7 @@ TEST_F(ShellWorkspaceTest, NonsenseThatIsSignalledChangesNothing)
     settle();
     EXPECT_EQ(front(), editor);
     EXPECT_TRUE(editor->isActive());
-    shell->nonsense = QVariantList{QVariant::fromValue(QList<int>{1})};
+    shell->nonsense = QVariantList{QVariant::fromValue(QList<int>{600, 400})};
     EXPECT_EQ(await(extension->place()), std::nullopt);
 }
 
@@ -341,17 +342,26 @@ TEST_F(ShellWorkspaceTest, OnlyTheExtensionIsListenedTo)
     openAndWait();
     shell->show(1, u"Editor"_s);
     settle();
+    const auto editor = front();
+    int changes = 0;
+    workspace->setFrontmostChanged([&changes] { ++changes; });
     QDBusConnection stranger = bus.connect();
-    auto signal = QDBusMessage::createSignal(
-        u"/com/brackmoor/tessly/Shell"_s, u"com.brackmoor.tessly.Shell1"_s, u"FrontChanged"_s);
-    signal << QVariantMap();
-    stranger.send(signal);
+    const auto send = [&stranger](const QString& name, const QVariant& argument) {
+        auto signal = QDBusMessage::createSignal(
+            u"/com/brackmoor/tessly/Shell"_s, u"com.brackmoor.tessly.Shell1"_s, name);
+        signal << argument;
+        stranger.send(signal);
+    };
+    send(u"FrontChanged"_s, QVariantMap());
+    send(u"WindowClosed"_s, QVariant::fromValue<qulonglong>(1));
     // Once the bus has answered the stranger, it has passed the signal on.
     stranger.call(QDBusMessage::createMethodCall(
         u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
         u"GetId"_s));
     settle();
-    EXPECT_EQ(front()->bundleIdentifier(), u"Editor"_s);
+    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(front(), editor);
+    EXPECT_FALSE(editor->isTerminated());
     QDBusConnection::disconnectFromBus(stranger.name());
 }
 
