@@ -6,7 +6,8 @@ namespace tessly::test {
 
 PanelViewFixture::PanelViewFixture()
     : m_controller(
-          {*m_model, m_workspace, m_clicks, m_clock}, [this] { return m_anchor; },
+          {*m_model, m_workspace, m_clicks, m_clock},
+          [this]() -> QCoro::Task<std::optional<QRect>> { co_return m_anchor; },
           [this] {
               auto view = std::make_unique<QuickPanelView>(m_panel);
               EXPECT_TRUE(view->isLoaded());
