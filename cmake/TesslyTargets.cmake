@@ -32,6 +32,11 @@ set(TESSLY_PRECOMPILED_HEADERS
     <algorithm> <array> <atomic> <chrono> <functional> <map> <memory> <mutex> <optional> <ranges>
     <string> <thread> <utility> <vector>)
 
+if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
+    # Newer ones of Qt's libraries bring it to whoever links them; who takes precompiled headers must
+    # be compiled as they were.
+    target_compile_options(tessly_options INTERFACE -pthread)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Without it ccache passes on every file that takes them.
     target_compile_options(tessly_options INTERFACE -fpch-preprocess)
