@@ -2,6 +2,8 @@
 
 #include "ViewPlugin.h"
 
+#include <QFile>
+
 #include <memory>
 
 namespace tessly {
@@ -11,11 +13,16 @@ namespace tessly {
 class ViewLoader
 {
 public:
+    /// Takes hold of the library that belongs to this program: an update of both may put a newer
+    /// one in its place while the program runs.
+    ViewLoader();
+
     /// Null, with the reason in the log, if the library cannot be loaded; the next call tries
     /// again.
     [[nodiscard]] ViewFactory* factory();
 
 private:
+    QFile m_library;
     std::unique_ptr<ViewFactory> m_factory;
 };
 

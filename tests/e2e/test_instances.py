@@ -1,5 +1,7 @@
 """One Tessly for a user: starts that meet, and a session bus that is missing, hangs or goes away."""
 
+import os
+import shutil
 import signal
 import unittest
 
@@ -7,6 +9,18 @@ from tessly_e2e import Desktop, Tessly, wait_until
 from tessly_e2e.case import DesktopCase, TesslyCase
 from tessly_e2e.commands import ACTIONS, DONE, FAILED, Expecting
 from tessly_e2e.waiting import holds_for
+
+
+class InstalledTessly(Tessly):
+    """A program in a folder of its own."""
+
+    def __init__(self, desktop, path):
+        super().__init__(desktop)
+        self._path = path
+
+    @property
+    def program(self):
+        return self._path
 
 
 class WithoutABus(Expecting, DesktopCase):
@@ -53,6 +67,27 @@ class WithoutABus(Expecting, DesktopCase):
             self.assertEqual(loser.traces("recording"), [])
             self.tessly.wait_for_trace("recording")
             loser.kill()
+
+
+class AnUpdate(DesktopCase):
+    """While the program runs, its files are replaced."""
+
+    def test_a_program_that_is_replaced_still_opens_its_own_windows(self):
+        tree = self.desktop.path("installed")
+        built = os.path.dirname(os.path.dirname(Tessly(self.desktop).program))
+        library = os.path.join("lib", "tessly", "tessly-views.so")
+        for name in (os.path.join("bin", "tessly"), library):
+            os.makedirs(os.path.dirname(os.path.join(tree, name)))
+            shutil.copy(os.path.join(built, name), os.path.join(tree, name))
+        tessly = InstalledTessly(self.desktop, os.path.join(tree, "bin", "tessly"))
+        self.addCleanup(tessly.kill)
+        tessly.start()
+        # As packages are installed: a new file takes the name of the old one.
+        with open(os.path.join(tree, library + ".new"), "wb") as file:
+            file.write(b"not for the program that runs")
+        os.replace(os.path.join(tree, library + ".new"), os.path.join(tree, library))
+        tessly.open_panel()
+        tessly.stop()
 
 
 class ABusThatGoes(TesslyCase):
