@@ -223,6 +223,8 @@ private:
         WriteTicket ticket;
         /// Why not.
         ActionOutcome failure;
+        /// Whether it took so long that the user may be doing something else by now.
+        bool isLate = false;
     };
     static QCoro::Task<Written> write(QPointer<AppModel> self, Clip clip, PasteStyle style);
     static QCoro::Task<> pasteInTurn(

@@ -25,6 +25,10 @@ const QString notRestoredMessage = u"Could not restore that clipboard item."_s;
 const ActionOutcome copiedOnly = {
     ActionOutcome::Case::copiedOnly,
     u"Copied to the clipboard, but not pasted: no other application was in front."_s};
+const ActionOutcome copiedLate = {
+    ActionOutcome::Case::copiedOnly,
+    u"Copied to the clipboard, but not pasted: it took long to read, and another application is in "
+    "front by now."_s};
 const ActionOutcome copiedOver = {
     ActionOutcome::Case::copiedOnly, u"Not pasted: another program has copied something since."_s};
 const ActionOutcome notCopied = {
@@ -40,6 +44,9 @@ const ActionOutcome copiedWithoutAccess = {
 const ActionOutcome notRestored = {ActionOutcome::Case::notRestored, notRestoredMessage};
 const ActionOutcome deletedMeanwhile = {
     ActionOutcome::Case::notRestored, u"That clipboard item is no longer in the history."_s};
+
+/// Longer than any content takes that the disk has at hand; the user still waits for the paste.
+constexpr Clock::Duration promptly = std::chrono::seconds(2);
 
 void tell(const ActionCompletion& completion, const ActionOutcome& outcome)
 {
@@ -85,6 +92,8 @@ void AppModel::paste(
 /// that wait the content of one is in memory.
 QCoro::Task<AppModel::Written> AppModel::write(QPointer<AppModel> self, Clip clip, PasteStyle style)
 {
+    const auto isLate = std::make_shared<bool>(false);
+    const auto limit = self->m_dependencies.clock.after(promptly, [isLate] { *isLate = true; });
     std::optional<ClipPayload> payload;
     ActionOutcome failure = deletedMeanwhile;
     if (const ClipPayload* const held = clip.payload.held()) {
@@ -109,7 +118,7 @@ QCoro::Task<AppModel::Written> AppModel::write(QPointer<AppModel> self, Clip cli
     }
     const WriteTicket ticket =
         self->m_dependencies.pasteService.write(*payload, style == PasteStyle::plainTextOnly);
-    co_return {.ticket = ticket, .failure = notRestored};
+    co_return {.ticket = ticket, .failure = notRestored, .isLate = *isLate};
 }
 
 QCoro::Task<> AppModel::pasteInTurn(
@@ -120,7 +129,7 @@ QCoro::Task<> AppModel::pasteInTurn(
     if (!self) {
         co_return;
     }
-    const auto [ticket, failure] = co_await write(self, clip, style);
+    const auto [ticket, failure, isLate] = co_await write(self, clip, style);
     if (!self) {
         co_return;
     }
@@ -134,6 +143,13 @@ QCoro::Task<> AppModel::pasteInTurn(
         self->showBanner(copiedMessage, BannerKind::information);
         co_await pasteService.holds(ticket);
         tell(completion, copiedOnly);
+        co_return;
+    }
+    if (isLate && !target->isActive()) {
+        // To call it to the front now would interrupt whatever the user does.
+        self->showBanner(copiedMessage, BannerKind::information);
+        co_await pasteService.holds(ticket);
+        tell(completion, copiedLate);
         co_return;
     }
     if (!pasteService.checkAutomaticPasteAccess()) {

@@ -191,6 +191,30 @@ TEST_F(AppModelContentTest, AHistoryThatCannotBeReadIsAnErrorAndNoCopy)
     EXPECT_EQ(m_panelCloses, 0);
 }
 
+TEST_F(AppModelContentTest, AFetchThatTakesLongCallsNobodyToTheFront)
+{
+    m_model->paste(clip(0), PasteStyle::original, m_editor, completion());
+    settle();
+    m_editor->setActive(false);
+    m_clock.advance(2s);
+    run();
+    EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(m_picture));
+    EXPECT_EQ(m_editor->activations(), 0);
+    EXPECT_THAT(m_keys.pastes(), IsEmpty());
+    EXPECT_EQ(message(), u"Copied to the clipboard."_s);
+    ASSERT_THAT(m_outcomes, SizeIs(1));
+    EXPECT_EQ(m_outcomes.front().resultCase, ActionOutcome::Case::copiedOnly);
+
+    // Where the user still waits for it, it is pasted.
+    m_model->paste(clip(1), PasteStyle::original, m_editor, completion());
+    settle();
+    m_editor->setActive(true);
+    m_clock.advance(2s);
+    run();
+    pass(60ms);
+    EXPECT_THAT(m_keys.pastes(), SizeIs(1));
+}
+
 TEST_F(AppModelContentTest, AFetchThatFailsHoldsUpNobody)
 {
     const Clip picture = clip(0);

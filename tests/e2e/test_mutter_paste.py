@@ -141,7 +141,7 @@ class Refused(Expecting, WaylandCase):
         self.choose("needle")
         self.wait_for_own_content()
         self.assertEqual(self.clipboard.read(), b"needle one")
-        self.tessly.command("show")
+        self.tessly.open_panel()
         self.wait_for_banner(self.tessly, BANNER)
         self.keyboard.press("Escape")
         self.tessly.wait_for_closed_panel()

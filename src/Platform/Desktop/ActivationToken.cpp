@@ -12,11 +12,15 @@ namespace {
 const QString tokenKey = u"activation-token"_s;
 const QString startupIDKey = u"desktop-startup-id"_s;
 
+// Compositors' tokens have some dozens of characters. A request of several thousand bytes would end
+// the connection to the compositor, and the program with it.
+constexpr qsizetype longestToken = 500;
+
 } // namespace
 
 void keepActivationToken(const QString& token)
 {
-    if (token.isEmpty()) {
+    if (token.isEmpty() || token.size() > longestToken) {
         qunsetenv(activationTokenVariable);
     } else {
         qputenv(activationTokenVariable, token.toUtf8());

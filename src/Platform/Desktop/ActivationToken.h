@@ -11,7 +11,7 @@ namespace tessly {
 inline constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
 
 /// Keeps a token for the next window of the program that comes to the front, in place of the one
-/// before; an empty one: that window has none. Main thread.
+/// before; an empty one, or one that is too long to be any: that window has none. Main thread.
 void keepActivationToken(const QString& token);
 
 /// The token that this process was started with, as "platform data" of org.freedesktop.Application;

@@ -2,6 +2,8 @@
 
 #include "ShellExtension.h"
 
+#include <QGuiApplication>
+
 #include <utility>
 
 namespace tessly {
@@ -31,7 +33,9 @@ QStringList ShellApplication::names() const
 bool ShellApplication::isActive() const
 {
     const auto extension = m_extension.lock();
-    return extension && extension->front() == ShellExtension::Front{m_window, true};
+    // The shell may not have told yet that one of the program's own windows has taken the focus.
+    return QGuiApplication::focusWindow() == nullptr && extension &&
+           extension->front() == ShellExtension::Front{m_window, true};
 }
 
 bool ShellApplication::isTerminated() const

@@ -11,6 +11,7 @@
 #include <QLoggingCategory>
 #include <QPointer>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -87,6 +88,16 @@ QRect rectangle(const QList<int>& numbers)
     return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
+/// No desktop is larger; sums of such numbers still are numbers.
+bool arePlausible(const QList<QList<int>>& told)
+{
+    constexpr int furthest = 1'000'000;
+    return std::ranges::all_of(told, [](const QList<int>& numbers) {
+        return std::ranges::all_of(
+            numbers, [](int number) { return -furthest <= number && number <= furthest; });
+    });
+}
+
 std::optional<ShellPlace> placeTold(const QDBusMessage& reply)
 {
     if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != "aiaiaiai"_L1) {
@@ -96,7 +107,8 @@ std::optional<ShellPlace> placeTold(const QDBusMessage& reply)
     for (const QVariant& argument : reply.arguments()) {
         told.append(qdbus_cast<QList<int>>(argument));
     }
-    if (told[0].size() != 2 || told[1].size() != 4 || told[2].size() != 4 || told[3].size() != 2) {
+    if (told[0].size() != 2 || told[1].size() != 4 || told[2].size() != 4 || told[3].size() != 2 ||
+        !arePlausible(told)) {
         return std::nullopt;
     }
     return ShellPlace{
@@ -111,7 +123,10 @@ std::optional<ShellPlace> placeTold(const QDBusMessage& reply)
 ShellExtension::ShellExtension(Connect connect, Clock& clock, QObject* parent)
     : QObject(parent)
     , m_clock(clock)
-    , m_deciding(clock.after(patience, [decided = m_decided] { decided(false); }))
+    , m_deciding(clock.after(patience, [this] {
+        m_isSilent = true;
+        m_decided(false);
+    }))
 {
     m_connecting.start(std::move(connect));
 }
@@ -173,6 +188,7 @@ void ShellExtension::setOwner(const QString& owner)
     }
     m_owner = owner;
     m_isSilent = false;
+    m_isActivating = false;
     // Of windows that close from now on nothing is told.
     for (const auto& known : std::exchange(m_windows, {})) {
         known.second->setGone();
@@ -284,7 +300,7 @@ QCoro::Task<> ShellExtension::catchUp()
     const QPointer<ShellExtension> self(this);
     const QFuture<bool> decided = m_decided.future();
     co_await decided;
-    if (!self || !m_isPresent || m_isSilent) {
+    if (!self || m_owner.isEmpty() || m_isSilent) {
         co_return;
     }
     const QString owner = m_owner;
@@ -297,15 +313,21 @@ QCoro::Task<> ShellExtension::catchUp()
 
 void ShellExtension::activate(const ShellWindow& window)
 {
-    if (m_isPresent && !window.isGone()) {
-        static_cast<void>(
-            call(u"Activate"_s, {QVariant::fromValue<qulonglong>(window.id())}, patience));
+    // A shell that stands still would carry all of them out later, over what the user does by then.
+    if (m_isPresent && !window.isGone() && !std::exchange(m_isActivating, true)) {
+        static_cast<void>(call(
+            u"Activate"_s, {QVariant::fromValue<qulonglong>(window.id())}, patience,
+            [this, owner = m_owner](const QDBusMessage&) {
+                if (owner == m_owner) {
+                    m_isActivating = false;
+                }
+            }));
     }
 }
 
 QCoro::Task<std::optional<ShellPlace>> ShellExtension::place()
 {
-    if (!m_isPresent) {
+    if (!m_isPresent || m_isSilent) {
         co_return std::nullopt;
     }
     const QFuture<QDBusMessage> answer = call(u"Place"_s, {}, placePatience);

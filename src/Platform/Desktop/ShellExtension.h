@@ -49,7 +49,7 @@ public:
 
     /// How long the extension has to tell what is in front. After it has let that pass it is not
     /// waited for again before it is heard of.
-    static constexpr std::chrono::seconds patience{3};
+    static constexpr std::chrono::seconds patience{1};
     /// The same for the pointer's place: the panel is waiting to be shown.
     static constexpr std::chrono::milliseconds placePatience{250};
 
@@ -105,6 +105,8 @@ private:
     bool m_isPresent = false;
     /// It let its time pass and has not been heard of since.
     bool m_isSilent = false;
+    /// It was asked to bring a window to the front, and has not answered.
+    bool m_isActivating = false;
     /// Answered once it is known whether it is there, or not known in time.
     LoopAnswer<bool> m_decided{false};
     std::unique_ptr<Clock::Timer> m_deciding;

@@ -24,7 +24,8 @@ constexpr auto memoryIsKept = 10s;
 
 // A compositor gives the focus to a window that it shows within a frame or two. One that does not
 // has it behind a full-screen window: there the user sees nothing of it, and types elsewhere.
-constexpr auto focusComes = 300ms;
+constexpr auto focusComes = 250ms;
+constexpr auto lastLookForFocus = 50ms;
 
 Q_LOGGING_CATEGORY(lcPanel, "com.brackmoor.tessly.QuickPanelView")
 
@@ -51,12 +52,12 @@ QuickPanelView::QuickPanelView(PanelModel& model)
             }
         });
         m_focusTimer.setSingleShot(true);
-        m_focusTimer.setInterval(focusComes);
         connect(&m_focusTimer, &QTimer::timeout, this, &QuickPanelView::closeWithoutFocus);
         connect(m_window.get(), &QQuickWindow::frameSwapped, this, [this] {
             if (m_isShown && !m_hasBeenDrawn) {
                 m_hasBeenDrawn = true;
-                m_focusTimer.start();
+                m_isLastLook = false;
+                m_focusTimer.start(focusComes);
             }
         });
     }
@@ -134,6 +135,12 @@ void QuickPanelView::focusLost()
 
 void QuickPanelView::closeWithoutFocus()
 {
+    if (!std::exchange(m_isLastLook, true)) {
+        // After a moment in which nothing ran, the timer may be due before the focus, which has
+        // come meanwhile, is known.
+        m_focusTimer.start(lastLookForFocus);
+        return;
+    }
     if (m_isShown && !m_hasBeenActive) {
         qCWarning(
             lcPanel,

@@ -43,6 +43,7 @@ private:
     bool m_isShown = false;
     bool m_hasBeenActive = false;
     bool m_hasBeenDrawn = false;
+    bool m_isLastLook = false;
     std::unique_ptr<PanelWindow> m_window;
     std::unique_ptr<X11ViewWindow> m_x11;
     /// Runs from the first frame of a showing until the focus must have come.

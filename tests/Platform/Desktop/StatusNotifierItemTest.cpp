@@ -351,6 +351,10 @@ TEST_F(StatusNotifierItemTest, ThePermissionToTakeTheFocusIsKeptForTheWindow)
     m_tray->call(u"Activate"_s, {200, 10});
     ASSERT_TRUE(waitUntil([this] { return !m_leftClicks.empty(); }));
     EXPECT_EQ(qEnvironmentVariable(activationTokenVariable), u"a token"_s);
+    // One that no compositor would take from the program.
+    keepActivationToken(QString(5000, u'x'));
+    EXPECT_FALSE(qEnvironmentVariableIsSet(activationTokenVariable));
+    keepActivationToken(u"another"_s);
     keepActivationToken({});
     EXPECT_FALSE(qEnvironmentVariableIsSet(activationTokenVariable));
 }
