@@ -189,6 +189,7 @@ void ShellExtension::setOwner(const QString& owner)
     m_owner = owner;
     m_isSilent = false;
     m_isActivating = false;
+    m_hasToldNonsense = false;
     // Of windows that close from now on nothing is told.
     for (const auto& known : std::exchange(m_windows, {})) {
         known.second->setGone();
@@ -247,9 +248,11 @@ void ShellExtension::frontTold(const QDBusMessage& message)
         isTold ? qdbus_cast<QVariantMap>(message.arguments().constFirst()) : QVariantMap();
     const QVariant id = told.value(u"window"_s);
     if (!isTold || (!told.isEmpty() && id.typeId() != QMetaType::ULongLong)) {
-        qCWarning(lcShell).noquote()
-            << "The extension of GNOME Shell does not tell what is in front:"
-            << (isTold ? u"no window"_s : message.errorMessage());
+        if (!std::exchange(m_hasToldNonsense, true)) {
+            qCWarning(lcShell).noquote()
+                << "The extension of GNOME Shell does not tell what is in front:"
+                << (isTold ? u"no window"_s : message.errorMessage());
+        }
         m_decided(false);
         return;
     }

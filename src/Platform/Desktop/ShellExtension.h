@@ -105,6 +105,8 @@ private:
     bool m_isPresent = false;
     /// It let its time pass and has not been heard of since.
     bool m_isSilent = false;
+    /// What it told was no window, and the log has it.
+    bool m_hasToldNonsense = false;
     /// It was asked to bring a window to the front, and has not answered.
     bool m_isActivating = false;
     /// Answered once it is known whether it is there, or not known in time.
