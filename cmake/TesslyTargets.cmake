@@ -32,6 +32,10 @@ set(TESSLY_PRECOMPILED_HEADERS
     <algorithm> <array> <atomic> <chrono> <functional> <map> <memory> <mutex> <optional> <ranges>
     <string> <thread> <utility> <vector>)
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # The standard library of g++ 12 itself uses what it calls deprecated.
+    target_compile_options(tessly_options INTERFACE -Wno-deprecated-declarations)
+endif()
 if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
     # Newer ones of Qt's libraries bring it to whoever links them; who takes precompiled headers must
     # be compiled as they were.
