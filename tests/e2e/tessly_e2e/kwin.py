@@ -94,6 +94,9 @@ class KWin(WaylandSession):
     `keyboard` is what the settings of the desktop say of layouts: their names, variants, options."""
 
     name = "KDE"
+    # Whether permissions are checked although the tests have both.
+    checks_permissions = False
+    arguments = ("--no-lockscreen", "--no-global-shortcuts")
 
     def __init__(self, *, bus=True, size=(1280, 800), trusting=True, installed=False,
                  keyboard=None):
@@ -127,11 +130,12 @@ class KWin(WaylandSession):
         if self._is_package:
             self._install_package(program_of_tests())
             environment["XDG_DATA_DIRS"] = self.path("usr", "share") + ":/usr/share"
-        if self.tells_windows:
+        if self.tells_windows and not self.checks_permissions:
             environment["KWIN_WAYLAND_NO_PERMISSION_CHECKS"] = "1"
+        self._prepare(environment)
         self.compositor = self.start(
             [program, "--virtual", "--width", width, "--height", height, "--socket", "kwin",
-             "--no-lockscreen", "--no-global-shortcuts", "--xwayland", report],
+             *self.arguments, "--xwayland", report],
             environment=environment, name="kwin")
         wait_until(lambda: os.path.exists(ready) or self.compositor.poll() is not None,
                    lambda: "KWin starts: " + read_log(self.compositor))
@@ -148,6 +152,9 @@ class KWin(WaylandSession):
             self.windows = PlasmaWindows(self.connect())
             self.keyboard = FakeKeyboard(self.connect())
             self.pointer = FakePointer(self.connect())
+
+    def _prepare(self, environment):
+        """Called with what KWin finds in its environment before it starts."""
 
     def _install_package(self, program):
         build = os.path.join(os.path.dirname(program), "..")

@@ -55,6 +55,13 @@ INTERFACES = {
     "zwp_virtual_keyboard_v1": Interface(
         ("keymap u h u", "key u u u", "modifiers u u u u", "destroy")),
 
+    "zwlr_foreign_toplevel_manager_v1": Interface(
+        events=("toplevel new:zwlr_foreign_toplevel_handle_v1", "finished")),
+    "zwlr_foreign_toplevel_handle_v1": Interface(
+        ("set_maximized", "unset_maximized", "set_minimized", "unset_minimized", "activate o",
+         "close"),
+        ("title s", "app_id s", "output_enter o", "output_leave o", "state a", "done", "closed")),
+
     "zwlr_virtual_pointer_manager_v1": Interface(
         ("create_virtual_pointer o new:zwlr_virtual_pointer_v1",)),
     "zwlr_virtual_pointer_v1": Interface(

@@ -1,0 +1,28 @@
+"""KWin as it is used: with permissions, Plasma's portal and Plasma's tray."""
+
+from columns import Columns, main
+from plasma import Plasma
+from services import start_bar
+from tessly_e2e.editors import GtkEditor, QtEditor, QtTerminal
+from tessly_e2e.wayland_case import WaylandCase
+
+
+class OnPlasma(Columns, WaylandCase):
+    desktop_class = Plasma
+    desktop_options = {"installed": True}
+    accessible = True
+    # Nobody is asked before a test wants it.
+    settings = {"directPasteShortcuts": False}
+    programs = (GtkEditor, QtEditor, QtTerminal)
+
+    def hold_hot_keys(self):
+        self.tessly.stop()
+        self.tessly = self.start_tessly()
+        self.desktop.agree()
+
+    def start_tray(self):
+        start_bar(self.desktop)
+
+
+if __name__ == "__main__":
+    main()
