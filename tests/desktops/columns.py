@@ -93,15 +93,24 @@ class Columns(Expecting):
         bus = dbus.bus.BusConnection(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         self.addCleanup(bus.close)
 
-        def items():
+        def process(name):
+            try:
+                return bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                         "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
+                                         (name,))
+            except dbus.DBusException:
+                return None  # an icon that went with its program
+
+        def icon():
             if not bus.name_has_owner(_WATCHER):
-                return []
-            return [str(item).partition("/") for item in bus.call_blocking(
+                return None
+            items = [str(item).partition("/") for item in bus.call_blocking(
                 _WATCHER, "/StatusNotifierWatcher", _PROPERTIES, "Get", "ss",
                 (_WATCHER, "RegisteredStatusNotifierItems"))]
-        (name, _, path), = wait_until(items, "the icon is in the tray")
+            return [item for item in items if process(item[0].partition("@")[0]) == self.tessly.pid]
+        (name, _, path), = wait_until(icon, "the icon is in the tray")
         # What the tray does when the icon is clicked on.
-        bus.call_blocking(name, "/" + (path.partition("@")[0] or "StatusNotifierItem"), _ITEM,
+        bus.call_blocking(name.partition("@")[0], "/" + (path or "StatusNotifierItem"), _ITEM,
                           "Activate", "ii", (0, 0))
         self.tessly.wait_for_panel()
 

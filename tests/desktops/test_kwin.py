@@ -3,6 +3,7 @@
 from columns import Columns, main
 from plasma import Plasma
 from services import start_bar
+from tessly_e2e import wait_until
 from tessly_e2e.editors import GtkEditor, QtEditor, QtTerminal
 from tessly_e2e.wayland_case import WaylandCase
 
@@ -19,6 +20,7 @@ class OnPlasma(Columns, WaylandCase):
         self.tessly.stop()
         self.tessly = self.start_tessly()
         self.desktop.agree()
+        wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
 
     def start_tray(self):
         start_bar(self.desktop)

@@ -95,9 +95,10 @@ class Control:
     def actions(self):
         return [str(name) for name, *_ in self._call(_ACTION, "GetActions")]
 
-    def act(self, name):
-        """Performs an action that the control offers."""
-        self._call(_ACTION, "DoAction", "i", self.actions.index(name))
+    def act(self, name=None):
+        """Performs an action that the control offers; without a name the first, which need not
+        have one."""
+        self._call(_ACTION, "DoAction", "i", self.actions.index(name) if name else 0)
 
     def take_focus(self):
         self._call(_COMPONENT, "GrabFocus")
@@ -184,12 +185,18 @@ class Accessibility:
 
     def application(self, pid):
         """The root of a program's tree, once the program has registered."""
+        return self._application(lambda control: self._process(control) == pid)
+
+    def application_named(self, name):
+        return self._application(lambda control: control.name == name)
+
+    def _application(self, is_wanted):
         registry = Control(self._bus, "org.a11y.atspi.Registry", _ROOT)
 
         def look():
             for application in registry.children:
                 try:
-                    if self._process(application) == pid:
+                    if is_wanted(application):
                         return application
                 except dbus.DBusException:
                     continue  # a program that has just ended

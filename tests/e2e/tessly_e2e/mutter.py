@@ -53,14 +53,10 @@ class Mutter(WaylandSession):
 
     def _start_compositor(self):
         folder = self.path("compositor")
-        # Later ones know nothing of sessions of X11.
-        version = int(re.search(rb"mutter (\d+)", self.run(["mutter", "--version"]).stdout)[1])
-        options = ["--sm-disable"] if version < 49 else []
         self.compositor = self.start(
-            ["mutter", "--headless", "--wayland", *options, "--wayland-display", "mutter",
+            [*self._command(), "--wayland-display", "mutter",
              "--virtual-monitor", "{}x{}".format(*self.size)],
-            environment={"XDG_RUNTIME_DIR": folder, "XDG_CONFIG_HOME": folder,
-                         "XDG_CACHE_HOME": folder, "HOME": folder})
+            environment={"XDG_RUNTIME_DIR": folder, **self._homes(folder)})
 
         def x11():
             return re.search(r"Using public X11 display (:\d+)", self.output())
@@ -82,6 +78,15 @@ class Mutter(WaylandSession):
         self.display.xfixes_select_selection_input(
             self.display.screen().root, self.display.get_atom("CLIPBOARD"),
             xfixes.XFixesSetSelectionOwnerNotifyMask)
+
+    def _command(self):
+        # Later ones know nothing of sessions of X11.
+        version = int(re.search(rb"mutter (\d+)", self.run(["mutter", "--version"]).stdout)[1])
+        return ["mutter", "--headless", "--wayland", *(["--sm-disable"] if version < 49 else [])]
+
+    def _homes(self, folder):
+        """Where it finds nothing of the machine's settings."""
+        return {"XDG_CONFIG_HOME": folder, "XDG_CACHE_HOME": folder, "HOME": folder}
 
     def clipboard_changes(self):
         """How often X11 programs were told of something new on the clipboard. What Wayland programs
