@@ -3,12 +3,11 @@
 #include "StatusReport.h"
 #include "WaylandEventLoop.h"
 #include "WaylandSurvey.h"
-#include "X11EventLoop.h"
 
 #include <QLoggingCategory>
 
 #include <array>
-#include <exception>
+#include <chrono>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -32,6 +31,11 @@ constexpr std::array otherInterfaces = {
     "org_kde_kwin_keystate",
 };
 
+// For an X server. A compositor starts its own on demand, which takes a second or two; without one
+// there is nothing else to be done than to wait.
+constexpr auto patienceBesideACompositor = std::chrono::seconds(5);
+constexpr auto patience = std::chrono::seconds(30);
+
 template <std::size_t count>
 QStringList found(const std::array<const char*, count>& names, const std::set<std::string>& all)
 {
@@ -54,22 +58,30 @@ QByteArray DesktopChoice::toolkitPlatform() const
 std::optional<DesktopChoice> desktopChoice(const DesktopFindings& findings)
 {
     using Kind = DesktopChoice::Kind;
+    const bool hasXServer = findings.xServer == XServerProbe::Outcome::answers;
     if (!findings.compositor) {
-        return findings.hasXServer
-                   ? std::optional(DesktopChoice{.kind = Kind::x11, .protocols = {u"X11"_s}})
-                   : std::nullopt;
+        return hasXServer ? std::optional(DesktopChoice{.kind = Kind::x11, .protocols = {u"X11"_s}})
+                          : std::nullopt;
     }
     const QStringList clipboard = found(dataControls, *findings.compositor);
     const QStringList others = found(otherInterfaces, *findings.compositor);
     if (!clipboard.isEmpty()) {
         return DesktopChoice{.kind = Kind::wayland, .protocols = clipboard + others};
     }
-    if (findings.hasXServer) {
+    if (hasXServer) {
         return DesktopChoice{
             .kind = Kind::xwayland,
             .protocols = QStringList(u"XWayland"_s) + others,
             .remark = u"This Wayland compositor has no data control: Tessly runs on XWayland and "
                       "records what the compositor mirrors there."_s};
+    }
+    if (findings.xServer == XServerProbe::Outcome::silent) {
+        return DesktopChoice{
+            .kind = Kind::wayland,
+            .hasClipboard = false,
+            .protocols = QStringList(u"XWayland (does not answer yet)"_s) + others,
+            .remark = u"XWayland does not answer: Tessly cannot read or write the clipboard until "
+                      "it does."_s};
     }
     return DesktopChoice{
         .kind = Kind::wayland,
@@ -89,18 +101,19 @@ DesktopChoice chooseDesktop()
             qCWarning(lcDesktop) << error.what();
         }
     }
-    std::exception_ptr noXServer;
+    std::shared_ptr<XServerProbe> probe;
     if (!findings.compositor || found(dataControls, *findings.compositor).isEmpty()) {
-        try {
-            const X11EventLoop connection;
-            findings.hasXServer = true;
-        } catch (const std::runtime_error&) {
-            noXServer = std::current_exception();
-        }
+        probe = std::make_shared<XServerProbe>();
+        findings.xServer = probe->wait(findings.compositor ? patienceBesideACompositor : patience);
     }
-    const auto choice = desktopChoice(findings);
+    auto choice = desktopChoice(findings);
+    const bool isSilent = findings.xServer == XServerProbe::Outcome::silent;
     if (!choice) {
-        std::rethrow_exception(noXServer);
+        throw std::runtime_error(
+            isSilent ? "The X server does not answer." : "Could not connect to the X server.");
+    }
+    if (isSilent) {
+        choice->awaited = std::move(probe);
     }
     if (!choice->remark.isEmpty()) {
         qCInfo(lcDesktop).noquote() << choice->remark;

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "XServerProbe.h"
+
 #include <QByteArray>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -27,6 +30,9 @@ struct DesktopChoice
     QStringList protocols = {};
     /// What the user should know of it; empty if there is nothing.
     QString remark = {};
+    /// The X server without which the clipboard is out of reach, and that does not answer yet; null
+    /// if none is waited for.
+    std::shared_ptr<XServerProbe> awaited = nullptr;
 
     /// What $QT_QPA_PLATFORM has to be for it.
     [[nodiscard]] QByteArray toolkitPlatform() const;
@@ -37,7 +43,7 @@ struct DesktopChoice
 /// What was found of a desktop.
 struct DesktopFindings
 {
-    bool hasXServer = false;
+    XServerProbe::Outcome xServer = XServerProbe::Outcome::absent;
     /// The interfaces that the compositor offers; none if there is no compositor.
     std::optional<std::set<std::string>> compositor = {};
 };
@@ -45,8 +51,9 @@ struct DesktopFindings
 /// None if there is no desktop at all.
 [[nodiscard]] std::optional<DesktopChoice> desktopChoice(const DesktopFindings& findings);
 
-/// Looks at the session and chooses. Waits for the compositor, and for the X server where it
-/// matters. Throws std::runtime_error with a sentence for the user if there is no desktop.
+/// Looks at the session and chooses. Waits for the compositor, and where it matters for the X
+/// server: 5 s where the program can do something without it, 30 s where it cannot. Throws
+/// std::runtime_error with a sentence for the user if there is no desktop.
 [[nodiscard]] DesktopChoice chooseDesktop();
 
 } // namespace tessly

@@ -6,6 +6,7 @@
 #include "CommandRunner.h"
 #include "DesktopChoice.h"
 #include "InstanceLock.h"
+#include "MainThreadCall.h"
 #include "StatusReport.h"
 #include "SystemClock.h"
 #include "TerminalText.h"
@@ -85,6 +86,13 @@ QString reasonOf(const std::exception& error)
     endNow(runner.run(invocation));
 }
 
+/// From the beginning, since an application object is made once in a process. Needs one.
+[[noreturn]] void startAgain(char** argv)
+{
+    execv("/proc/self/exe", argv);
+    fail(QString::fromLocal8Bit(std::strerror(errno)));
+}
+
 [[noreturn]] void startSecond(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
@@ -94,10 +102,8 @@ QString reasonOf(const std::exception& error)
     if (const auto status = runner.showRunningInstance()) {
         endNow(*status);
     }
-    // The first has ended meanwhile. From the beginning, since an application object is made once
-    // in a process.
-    execv("/proc/self/exe", argv);
-    fail(QString::fromLocal8Bit(std::strerror(errno)));
+    // The first has ended meanwhile.
+    startAgain(argv);
 }
 
 std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice, Clock& clock)
@@ -149,6 +155,7 @@ int start(int argc, char** argv)
     const auto quit = [] { QCoreApplication::exit(); };
     int status = EXIT_FAILURE;
     bool isBusSilent = false;
+    bool isToStartAgain = false;
     const DesktopChoice choice = [&] {
         try {
             return chooseDesktop();
@@ -168,6 +175,15 @@ int start(int argc, char** argv)
             .quit = quit,
         });
         const TerminationSignals signalsWatch([&delegate] { delegate.quitApplication(); });
+        MainThreadCall xServerAnswers;
+        if (choice.awaited) {
+            xServerAnswers.setCallback([&] {
+                qCInfo(log) << "XWayland answers: Tessly starts again, with the clipboard.";
+                isToStartAgain = true;
+                delegate.quitApplication();
+            });
+            choice.awaited->setAnswered(xServerAnswers.request());
+        }
         delegate.applicationDidFinishLaunching();
         // Not QGuiApplication's, which begins by waiting for the session bus.
         status = QCoreApplication::exec();
@@ -175,6 +191,9 @@ int start(int argc, char** argv)
         delegate.applicationWillTerminate();
     } catch (const std::exception& error) {
         fail(reasonOf(error));
+    }
+    if (isToStartAgain) {
+        startAgain(argv);
     }
     if (isBusSilent) {
         endNow(status);

@@ -9,10 +9,11 @@ namespace {
 
 using Kind = DesktopChoice::Kind;
 using Interfaces = std::set<std::string>;
+using XServer = XServerProbe::Outcome;
 
 TEST(DesktopChoice, WithoutACompositorTheXServerServes)
 {
-    const auto choice = desktopChoice({.hasXServer = true});
+    const auto choice = desktopChoice({.xServer = XServer::answers});
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->kind, Kind::x11);
     EXPECT_TRUE(choice->hasClipboard);
@@ -24,15 +25,16 @@ TEST(DesktopChoice, WithoutACompositorTheXServerServes)
 TEST(DesktopChoice, WithNeitherThereIsNoDesktop)
 {
     EXPECT_FALSE(desktopChoice({}));
+    EXPECT_FALSE(desktopChoice({.xServer = XServer::silent}));
 }
 
 TEST(DesktopChoice, EitherDataControlIsUsedNatively)
 {
     for (const std::string dataControl :
          {"ext_data_control_manager_v1", "zwlr_data_control_manager_v1"}) {
-        for (const bool hasXServer : {false, true}) {
+        for (const auto xServer : {XServer::absent, XServer::silent, XServer::answers}) {
             const auto choice = desktopChoice(
-                {.hasXServer = hasXServer, .compositor = Interfaces{"wl_seat", dataControl}});
+                {.xServer = xServer, .compositor = Interfaces{"wl_seat", dataControl}});
             ASSERT_TRUE(choice);
             EXPECT_EQ(choice->kind, Kind::wayland);
             EXPECT_TRUE(choice->hasClipboard);
@@ -45,7 +47,8 @@ TEST(DesktopChoice, EitherDataControlIsUsedNatively)
 
 TEST(DesktopChoice, WithoutDataControlXWaylandServesAndTheUserIsTold)
 {
-    const auto choice = desktopChoice({.hasXServer = true, .compositor = Interfaces{"wl_seat"}});
+    const auto choice =
+        desktopChoice({.xServer = XServer::answers, .compositor = Interfaces{"wl_seat"}});
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->kind, Kind::xwayland);
     EXPECT_TRUE(choice->hasClipboard);
@@ -60,6 +63,17 @@ TEST(DesktopChoice, WithoutXWaylandEitherTheClipboardIsOutOfReachAndTheUserIsTol
     EXPECT_EQ(choice->kind, Kind::wayland);
     EXPECT_FALSE(choice->hasClipboard);
     EXPECT_TRUE(choice->remark.contains(u"cannot read or write the clipboard"_s));
+}
+
+TEST(DesktopChoice, WhileXWaylandDoesNotAnswerTheClipboardIsOutOfReachAndTheUserIsTold)
+{
+    const auto choice =
+        desktopChoice({.xServer = XServer::silent, .compositor = Interfaces{"wl_seat"}});
+    ASSERT_TRUE(choice);
+    EXPECT_EQ(choice->kind, Kind::wayland);
+    EXPECT_FALSE(choice->hasClipboard);
+    EXPECT_EQ(choice->protocols, QStringList(u"XWayland (does not answer yet)"_s));
+    EXPECT_TRUE(choice->remark.contains(u"until"_s));
 }
 
 TEST(DesktopChoice, NamesWhatItHasAUseForAndNothingElse)

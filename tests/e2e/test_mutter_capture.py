@@ -2,6 +2,7 @@
 what it puts on the clipboard."""
 
 import json
+import os
 import signal
 import unittest
 
@@ -9,6 +10,7 @@ from tessly_e2e import png, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import SeenEditor
 from tessly_e2e.mutter import Mutter
+from tessly_e2e.tessly import BUS_NAME
 from tessly_e2e.wayland_case import Heartbeat, WaylandCase
 from tessly_e2e.waiting import holds_for
 from wayland_tests import HEARTBEAT, PROMPTLY, CompositorsEnd as _CompositorsEnd
@@ -124,6 +126,38 @@ class Hostile(WaylandCase):
                                      "--after", "3")
         offer.wait_for_request("UTF8_STRING")
         self.expect_unharmed()
+
+
+class SilentXWayland(Expecting, WaylandCase):
+    """XWayland is there and serves nobody."""
+
+    desktop_class = Mutter
+
+    def setUp(self):
+        super().setUp()
+        self.tessly.stop()
+        server = self.desktop.x_server()
+        os.kill(server, signal.SIGSTOP)
+        self.addCleanup(os.kill, server, signal.SIGCONT)
+        self.tessly.start()
+        self.server = server
+
+    def test_tessly_is_there_without_the_clipboard_until_it_serves(self):
+        status = self.status()
+        self.assertFalse(status["capture"])
+        self.assertIn("XWayland (does not answer yet)", status["protocols"])
+        self.assertEqual(self.previews(), [])
+        os.kill(self.server, signal.SIGCONT)
+        wait_until(lambda: "starts again" in self.tessly.log(), "it is noticed")
+        self.tessly.wait_for_trace("recording", 2)
+        wait_until(lambda: self.desktop.bus_name_exists(BUS_NAME), "tessly is on the bus again")
+        self.assertTrue(self.status()["capture"])
+        self.record("as ever")
+
+    def test_it_can_be_ended_meanwhile(self):
+        self.expect_silence("quit")
+        wait_until(lambda: not self.tessly.is_running(), "tessly ends")
+        self.assertEqual(self.tessly.process.returncode, 0)
 
 
 class CompositorsEnd(_CompositorsEnd, WaylandCase):

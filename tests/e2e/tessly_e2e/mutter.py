@@ -7,6 +7,7 @@ import dbus
 import dbus.bus
 from Xlib.ext import xfixes
 
+from . import procfs
 from .keyboard import Keyboard, Pointer
 from .processes import read_log
 from .waiting import wait_until
@@ -109,6 +110,11 @@ class Mutter(WaylandSession):
                 del os.environ["XAUTHORITY"]
             else:
                 os.environ["XAUTHORITY"] = before
+
+    def x_server(self):
+        """The process id of its X server, once that is there."""
+        assert self.display  # that it is
+        return procfs.child(self.compositor.pid, "Xwayland")
 
     def output(self):
         with open(self.compositor.output_path, errors="replace") as file:

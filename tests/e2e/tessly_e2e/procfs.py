@@ -14,6 +14,17 @@ _INTERNET_TABLES = ("tcp", "tcp6", "udp", "udp6", "udplite", "udplite6", "raw", 
                     "icmp6", "packet")
 
 
+def child(pid, name):
+    """The process id of the child of that name; None if there is none."""
+    for thread in os.listdir(f"/proc/{pid}/task"):
+        with open(f"/proc/{pid}/task/{thread}/children") as file:
+            for number in map(int, file.read().split()):
+                with open(f"/proc/{number}/comm") as comm:
+                    if comm.read().strip() == name:
+                        return number
+    return None
+
+
 def memory(pid):
     with open(f"/proc/{pid}/smaps_rollup") as file:
         sizes = dict(re.findall(r"^(\w+):\s+(\d+) kB", file.read(), re.MULTILINE))

@@ -1,0 +1,92 @@
+#include "XServerProbe.h"
+#include "XSession.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <future>
+
+using namespace std::chrono_literals;
+
+namespace tessly::test {
+
+namespace {
+
+using Outcome = XServerProbe::Outcome;
+
+// For what is to come; a test that passes does not wait so long.
+constexpr auto patience = 20s;
+
+class XServerProbeTest : public testing::Test
+{
+protected:
+    [[nodiscard]] std::string display() const { return m_session.display().toStdString(); }
+    void freeze() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGSTOP); }
+    void thaw() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGCONT); }
+    void TearDown() override { thaw(); }
+
+    XSession m_session{XSession::WindowManager::none};
+};
+
+TEST_F(XServerProbeTest, aServerThatServesAnswers)
+{
+    EXPECT_EQ(XServerProbe(display()).wait(patience), Outcome::answers);
+}
+
+TEST_F(XServerProbeTest, withoutAServerThereIsNothingToWaitFor)
+{
+    const std::string gone = display();
+    m_session.killServer();
+    EXPECT_EQ(XServerProbe(gone).wait(patience), Outcome::absent);
+}
+
+TEST_F(XServerProbeTest, aServerThatServesNobodyIsSilentAndIsHeardOfOnceItAnswers)
+{
+    freeze();
+    XServerProbe probe(display());
+    std::promise<void> answered;
+    EXPECT_EQ(probe.wait(50ms), Outcome::silent);
+    probe.setAnswered([&] { answered.set_value(); });
+    thaw();
+    EXPECT_EQ(answered.get_future().wait_for(patience), std::future_status::ready);
+    EXPECT_EQ(probe.wait(0ms), Outcome::answers);
+}
+
+TEST_F(XServerProbeTest, whoAsksAfterTheAnswerIsCalledAtOnce)
+{
+    XServerProbe probe(display());
+    ASSERT_EQ(probe.wait(patience), Outcome::answers);
+    bool isCalled = false;
+    probe.setAnswered([&] { isCalled = true; });
+    EXPECT_TRUE(isCalled);
+}
+
+TEST_F(XServerProbeTest, aServerThatEndsInSilenceIsAbsentAndNobodyIsCalled)
+{
+    freeze();
+    XServerProbe probe(display());
+    bool isCalled = false;
+    probe.setAnswered([&] { isCalled = true; });
+    m_session.killServer();
+    EXPECT_EQ(probe.wait(patience), Outcome::absent);
+    EXPECT_FALSE(isCalled);
+}
+
+TEST_F(XServerProbeTest, nobodyIsCalledOnceItIsGone)
+{
+    freeze();
+    bool isCalled = false;
+    XServerProbe other(display());
+    {
+        XServerProbe probe(display());
+        probe.setAnswered([&] { isCalled = true; });
+    }
+    thaw();
+    // Which connects after it.
+    ASSERT_EQ(XServerProbe(display()).wait(patience), Outcome::answers);
+    ASSERT_EQ(other.wait(patience), Outcome::answers);
+    EXPECT_FALSE(isCalled);
+}
+
+} // namespace
+} // namespace tessly::test
