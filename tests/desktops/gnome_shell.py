@@ -67,7 +67,10 @@ class GnomeShell(InstalledServices, Mutter):
             file.write(_TOKEN)
 
     def agree(self):
-        """Agrees to what the dialog for global shortcuts asks for."""
+        """Agrees to what the dialog for global shortcuts asks for; returns what that lists."""
         dialog = self.accessibility.application_named("gnome-control-center-global-shortcuts-provider")
-        dialog.find("button", "Add").act()
+        button = dialog.find("button", "Add")
+        listed = dialog.names("list item")
+        button.act()
         wait_until(lambda: not dialog.find_all("window"), "the dialog is closed")
+        return listed

@@ -31,7 +31,8 @@ class OnGnome(Columns, WaylandCase):
     def hold_hot_keys(self):
         self.tessly.stop()
         self.tessly = self.start_tessly()
-        self.desktop.agree()
+        self.assertEqual(self.desktop.agree(),
+                         [f"Paste entry {number:02}" for number in range(1, 11)])
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
 
 

@@ -93,10 +93,10 @@ kdeTrigger(quint32 keyCode, quint32 modifiers, const SymbolWithShift& symbolWith
 
 PortalShortcut directPasteShortcut(HotKeyCenter::KeyID key)
 {
+    const QString number = u"%1"_s.arg(key.id, 2, 10, QChar(u'0'));
     return {
-        // Desktops list them in the order of their ids.
-        .id = u"paste-%1"_s.arg(key.id, 2, 10, QChar(u'0')),
-        .properties = {{u"description"_s, u"Paste entry %1"_s.arg(key.id)}},
+        .id = u"paste-"_s + number,
+        .properties = {{u"description"_s, u"Paste entry "_s + number}},
     };
 }
 

@@ -42,7 +42,9 @@ using SymbolWithShift = std::function<QByteArray(std::uint32_t key)>;
 [[nodiscard]] std::optional<QString>
 kdeTrigger(quint32 keyCode, quint32 modifiers, const SymbolWithShift& symbolWithShift);
 
-/// What the program's keys are called: "paste-03", "Paste entry 3", for the key with the id 3.
+/// What the program's keys are called: "paste-03", "Paste entry 03", for the key with the id 3.
+/// With two digits, since some desktops list them in the order of the ones, some in that of the
+/// others.
 [[nodiscard]] PortalShortcut directPasteShortcut(HotKeyCenter::KeyID key);
 
 } // namespace tessly

@@ -155,7 +155,7 @@ TEST_F(PortalHotKeyCenterTest, KeysOfOneTurnAreAskedForTogetherAndByName)
     ASSERT_THAT(asked(), ElementsAre(QStringList{u"paste-01"_s, u"paste-02"_s, u"paste-03"_s}));
     const auto shortcuts = qdbus_cast<QList<PortalShortcut>>(
         mock().calls(bindShortcuts)[0].arguments.value(1).value<QDBusArgument>());
-    EXPECT_EQ(shortcuts[2].properties.value(u"description"_s), u"Paste entry 3"_s);
+    EXPECT_EQ(shortcuts[2].properties.value(u"description"_s), u"Paste entry 03"_s);
     EXPECT_EQ(shortcuts[2].properties.value(u"preferred_trigger"_s), u"ALT+SHIFT+3"_s);
     EXPECT_EQ(mock().sessions(), 1);
 }
