@@ -30,6 +30,9 @@ class Plasma(InstalledServices, KWin):
             file.write(_ENTRY.format(os.path.realpath(sys.executable)))
         environment["XDG_MENU_PREFIX"] = self.environment["XDG_MENU_PREFIX"] = "plasma-"
         self.run(["kbuildsycoca6"], environment=environment)
+        # KWin itself may be the first to ask for the portal.
+        self._tell_services(QT_QPA_PLATFORM="wayland",
+                            WAYLAND_DISPLAY=self.path("compositor", "kwin"))
 
     def _start_compositor(self):
         super()._start_compositor()
@@ -38,14 +41,18 @@ class Plasma(InstalledServices, KWin):
         self._tell_services(QT_QPA_PLATFORM="wayland")
 
     def agree(self):
-        """Agrees to what a dialog of the portal asks for."""
+        """Agrees to what a dialog of the portal asks for, if there is one; returns whether it was
+        asked."""
         def dialog():
             return next((window for window in self.windows.all() if window.app_id == PORTAL), None)
-        window = wait_until(dialog, "the portal asks")
-        wait_until(lambda: self.windows.active == window.id, "the dialog has the keys")
 
         def is_closed():
             # It has the keys some time before it knows.
             self.keyboard.press("Return")
             return not holds_for(0.5, dialog)
+        window = dialog()
+        if window is None:
+            return False
+        wait_until(lambda: self.windows.active == window.id, "the dialog has the keys")
         wait_until(is_closed, "the dialog is closed")
+        return True

@@ -18,6 +18,12 @@ Options={}
 ResetOldOptions=true
 """
 
+# What Plasma brings along: earlier versions of its libraries know no program that is in no menu.
+_MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN"
+  "http://www.freedesktop.org/standards/menu-spec/menu-1.0.dtd">
+<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>
+"""
+
 _ACTIVE = 1 << 0
 _MINIMIZED = 1 << 1
 
@@ -127,6 +133,9 @@ class KWin(WaylandSession):
         if self._layouts is not None:
             with open(os.path.join(folder, "kxkbrc"), "w") as file:
                 file.write(_LAYOUTS.format(*self._layouts))
+        os.mkdir(os.path.join(folder, "menus"))
+        with open(os.path.join(folder, "menus", "applications.menu"), "w") as file:
+            file.write(_MENU)
         if self._is_package:
             self._install_package(program_of_tests())
             environment["XDG_DATA_DIRS"] = self.path("usr", "share") + ":/usr/share"
