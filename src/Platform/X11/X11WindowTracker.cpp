@@ -255,9 +255,9 @@ void X11WindowTracker::refresh()
         });
     }
     // Asked after the window is watched: one that goes from now on is noticed.
-    const auto state = m_candidate ? mapState(m_candidate->id()) : std::nullopt;
-    const bool isViewable = state && state != XCB_MAP_STATE_UNMAPPED;
-    if (m_candidate && !state) {
+    const auto facts = m_candidate ? attributes(m_candidate->id()) : nullptr;
+    const bool isViewable = facts && facts->map_state != XCB_MAP_STATE_UNMAPPED;
+    if (m_candidate && !facts) {
         handleGone(m_candidate->id());
         m_candidate.reset();
     }
@@ -318,8 +318,13 @@ xcb_window_t X11WindowTracker::candidate()
     }
     const auto named = X11Property(m_loop, m_loop.root(), activeWindowName).value();
     // Some managers name a window of their own while nothing is active.
-    const bool isApplications = named && *named != m_loop.root() && *named != m_manager;
-    return isApplications ? *named : noWindow;
+    if (!named || *named == m_loop.root() || *named == m_manager) {
+        return noWindow;
+    }
+    // Some have another window for it (Mutter 48, while a Wayland window is active), or name one
+    // that no manager manages.
+    const auto facts = attributes(*named);
+    return facts && facts->override_redirect != 0 ? noWindow : *named;
 }
 
 std::shared_ptr<X11Window> X11WindowTracker::watched(xcb_window_t window)
@@ -351,11 +356,10 @@ void X11WindowTracker::watch(xcb_window_t window, bool isCandidate)
     xcb_change_window_attributes(m_loop.connection(), window, XCB_CW_EVENT_MASK, &events);
 }
 
-std::optional<std::uint8_t> X11WindowTracker::mapState(xcb_window_t window) const
+XcbOwned<xcb_get_window_attributes_reply_t> X11WindowTracker::attributes(xcb_window_t window) const
 {
-    const auto attributes = owned(xcb_get_window_attributes_reply(
+    return owned(xcb_get_window_attributes_reply(
         m_loop.connection(), xcb_get_window_attributes(m_loop.connection(), window), nullptr));
-    return attributes ? std::optional(attributes->map_state) : std::nullopt;
 }
 
 xcb_window_t X11WindowTracker::focus() const

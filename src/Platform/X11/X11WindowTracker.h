@@ -86,8 +86,8 @@ private:
     [[nodiscard]] xcb_window_t candidate();
     [[nodiscard]] std::shared_ptr<X11Window> watched(xcb_window_t window);
     void watch(xcb_window_t window, bool isCandidate);
-    /// None if the window is gone.
-    [[nodiscard]] std::optional<std::uint8_t> mapState(xcb_window_t window) const;
+    /// Null if the window is gone.
+    [[nodiscard]] XcbOwned<xcb_get_window_attributes_reply_t> attributes(xcb_window_t window) const;
     [[nodiscard]] xcb_window_t focus() const;
     /// The window and those it is in, outermost last, without the root.
     [[nodiscard]] std::vector<xcb_window_t> lineage(xcb_window_t window) const;

@@ -389,6 +389,20 @@ TEST(X11WorkspaceTest, anUnmappedWindowIsNotInFrontThoughTheManagerStillNamesIt)
     EXPECT_TRUE(desktop.comesToFront(u"A"_s));
 }
 
+TEST(X11WorkspaceTest, aWindowThatNoManagerManagesIsNotInFrontThoughItIsNamed)
+{
+    TestDesktop desktop(noManager);
+    desktop.client().manage();
+    const auto window = desktop.client().show(look("a", "A"));
+    const auto ofManager = desktop.client().show({.windowClass = {}, .isUnmanaged = true});
+    desktop.client().nameActive(window);
+    ASSERT_TRUE(desktop.comesToFront(u"A"_s));
+    desktop.client().nameActive(ofManager);
+    EXPECT_TRUE(desktop.nothingComesToFront());
+    desktop.client().nameActive(window);
+    EXPECT_TRUE(desktop.comesToFront(u"A"_s));
+}
+
 TEST(X11WorkspaceTest, aWindowThatTheManagerNamesIsInFrontButWithoutFocusNotActive)
 {
     TestDesktop desktop(noManager);
