@@ -6,6 +6,10 @@ if(TESSLY_GUI)
 endif()
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
 find_package(SQLite3 3.40 REQUIRED)
+if(NOT TARGET SQLite3::SQLite3)
+    # Later versions of CMake name it so.
+    add_library(SQLite3::SQLite3 ALIAS SQLite::SQLite3)
+endif()
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 
 pkg_check_modules(URIPARSER REQUIRED IMPORTED_TARGET liburiparser)
