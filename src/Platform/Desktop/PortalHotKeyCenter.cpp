@@ -34,6 +34,9 @@ constexpr auto modifiersLater = 250ms;
 /// How long anyone waits for keys to be let go.
 constexpr auto longestHold = 1s + modifiersLater;
 
+/// In seconds: who refuses faster is a portal, not a person. GNOME answers "other" for both.
+constexpr double shortestThought = 0.5;
+
 /// Between tries with a portal that does not answer; then twice as long each time.
 constexpr auto firstTryAgain = 30s;
 constexpr auto lastTryAgain = 10min;
@@ -299,6 +302,7 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
         center->m_session.reset();
         center->m_held.reset();
     });
+    const double asked = self->m_clock.now();
     const QFuture<DesktopPortal::Response> answer = self->m_portal.request(
         interface, u"BindShortcuts"_s,
         {QVariant::fromValue(QDBusObjectPath(self->m_session->path())),
@@ -308,9 +312,19 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
     if (!self || self->m_run != run || !self->m_isAvailable) {
         co_return;
     }
-    if (response.outcome != DesktopPortal::Outcome::granted || !self->m_session) {
-        // A session that has been ended meanwhile was not meant to hold them.
-        self->end(self->m_session ? response.outcome : DesktopPortal::Outcome::refused);
+    // The portal of GNOME 48 answers "other" when the user has agreed, with what it holds.
+    const bool isGranted = response.outcome == DesktopPortal::Outcome::granted ||
+                           (response.outcome == DesktopPortal::Outcome::refused &&
+                            !shortcutsIn(response.results.value(u"shortcuts"_s)).isEmpty());
+    if (!self->m_session) {
+        // One that has been ended meanwhile was not meant to hold them.
+        self->end(DesktopPortal::Outcome::refused);
+        co_return;
+    }
+    if (!isGranted) {
+        const bool isByUser = response.outcome == DesktopPortal::Outcome::refused &&
+                              self->m_clock.now() - asked >= shortestThought;
+        self->end(isByUser ? DesktopPortal::Outcome::cancelled : response.outcome);
         co_return;
     }
     self->m_untilNextTry = firstTryAgain;

@@ -313,9 +313,10 @@ void MockPortal::ask(
         return;
     }
     const bool isGranted = user == User::grants;
+    const uint agreed = message.member() == u"BindShortcuts" ? boundResponse : 0;
     respond(
         message, options,
-        isGranted               ? 0
+        isGranted               ? agreed
         : user == User::cancels ? 1
                                 : 2,
         isGranted ? granted() : QVariantMap());

@@ -73,6 +73,8 @@ public:
     QSet<QString> tokens = {};
     /// Whether those who start get a token.
     bool givesTokens = true;
+    /// What it answers to BindShortcuts when the user agrees.
+    uint boundResponse = 0;
     /// Keys, as triggers, that other programs hold.
     QSet<QString> takenTriggers = {};
     /// Keys, as triggers, that are bound to nothing, though their shortcuts are held.

@@ -268,6 +268,34 @@ TEST_F(PortalHotKeyCenterTest, WhatTheDesktopDidNotLetTheUserSeeIsAskedForAgain)
     EXPECT_EQ(statuses(registerAll())[0], HotKeyCenter::done);
 }
 
+TEST_F(PortalHotKeyCenterTest, WhatTheUserRefusedIsRememberedAlsoWhereThePortalDoesNotSayWho)
+{
+    mock().user = User::takesTime;
+    startRun();
+    auto keys = registerAll();
+    ASSERT_TRUE(waitUntil([this] { return mock().openQuestions() == 1; }));
+    m_clock.advance(2s);
+    mock().answer(User::isOverruled);
+    EXPECT_EQ(statuses(std::move(keys))[0], HotKeyCenter::unavailable);
+
+    mock().user = User::grants;
+    const LogCapture log;
+    startRun();
+    keys = registerAll();
+    ASSERT_TRUE(waitUntil([&] { return !log.lines(category).empty(); }));
+    settle();
+    EXPECT_THAT(asked(), SizeIs(1));
+}
+
+TEST_F(PortalHotKeyCenterTest, WhatIsBoundIsHeldWhateverThePortalCallsItsAnswer)
+{
+    mock().boundResponse = 2;
+    startHolding();
+    EXPECT_TRUE(m_center->isAvailable());
+    mock().press(u"ALT+SHIFT+2"_s);
+    EXPECT_TRUE(waitUntil([this] { return m_heard == std::vector<quint32>{2}; }));
+}
+
 class PortalHotKeyCenterRefusalTest : public PortalHotKeyCenterTest,
                                       public testing::WithParamInterface<MockPortal::User>
 {
