@@ -49,6 +49,13 @@ QString shortVersion(const Bundle& bundle)
     return version.typeId() == QMetaType::QString ? version.toString() : QString();
 }
 
+/// A path as people write it.
+QString fromHome(const QString& path)
+{
+    const QString home = QDir::homePath() + u'/';
+    return path.startsWith(home) ? u"~/"_s + path.mid(home.size()) : path;
+}
+
 /// A desktop that restores its last session would start a second instance beside the login item's.
 void stayOutOfRestoredSessions(QSessionManager& session)
 {
@@ -250,7 +257,7 @@ void AppDelegate::setupStatusItem()
                 }
             },
         .menuItemChosen = [this](const QString& action) { perform(action); },
-        .presenceChanged = [this] { tellOnboardingOfTray(); },
+        .presenceChanged = [this] { tellOnboardingOfDesktop(); },
     });
     item.setVisible(true);
 }
@@ -378,15 +385,20 @@ void AppDelegate::showOnboarding()
                 self->openQuickPaste();
             }
         });
-    tellOnboardingOfTray();
+    tellOnboardingOfDesktop();
     m_onboardingController->show();
 }
 
-void AppDelegate::tellOnboardingOfTray()
+void AppDelegate::tellOnboardingOfDesktop()
 {
     if (m_onboardingController) {
-        m_onboardingController->setHasTray(
-            m_platform->statusItem().presence() != StatusItem::Presence::absent);
+        m_onboardingController->setDesktop({
+            .recording = m_platform->recordingNote(),
+            .pasting = m_platform->pastingNote(),
+            .storage = u"In %1, for nobody else to read."_s.arg(
+                fromHome(AppPaths::applicationSupportDirectory())),
+            .hasTray = m_platform->statusItem().presence() != StatusItem::Presence::absent,
+        });
     }
 }
 

@@ -73,7 +73,7 @@ private:
     void repairLoginItem();
     static QCoro::Task<> setupHotKeys(QPointer<AppDelegate> self);
     void showOnboarding();
-    void tellOnboardingOfTray();
+    void tellOnboardingOfDesktop();
     [[nodiscard]] QCoro::Task<std::optional<QRect>> panelAnchor();
     [[nodiscard]] BusActions busActions();
     [[nodiscard]] HistoryCommands::Abilities abilities();

@@ -6,7 +6,38 @@
 
 #include <QCursor>
 
+using namespace Qt::StringLiterals;
+
 namespace tessly {
+
+namespace {
+
+const QString nothingToAllow = u"Nothing to allow on this desktop."_s;
+
+QString desktopName()
+{
+    const QStringList names =
+        qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts);
+    if (names.contains(u"GNOME"_s)) {
+        return u"GNOME"_s;
+    }
+    return names.contains(u"KDE"_s) ? u"Plasma"_s : u"The desktop"_s;
+}
+
+} // namespace
+
+QString DesktopPlatform::recordingNote()
+{
+    return pasteboard().access() == PasteboardAccess::available
+               ? nothingToAllow
+               : u"This desktop lets Tessly neither read nor write the clipboard."_s;
+}
+
+QString DesktopPlatform::pastingNote()
+{
+    return keys().isAllowed() ? nothingToAllow
+                              : desktopName() + u" will ask once whether Tessly may press keys."_s;
+}
 
 QCoro::Task<std::optional<QRect>> DesktopPlatform::panelAnchor()
 {

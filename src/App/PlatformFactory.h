@@ -48,6 +48,9 @@ public:
     /// Leads the user to where the desktop grants a permission that the program has asked for;
     /// false if there is no such place.
     [[nodiscard]] virtual bool openSettings(const QUrl& url) { return workspace().openURL(url); }
+    /// What recording and pasting need on this desktop, in a sentence or two for the user.
+    [[nodiscard]] virtual QString recordingNote();
+    [[nodiscard]] QString pastingNote();
     /// The names of what was found to work with.
     [[nodiscard]] virtual QStringList protocols() const = 0;
 };

@@ -68,6 +68,16 @@ QCoro::Task<std::optional<QRect>> XWaylandPlatform::panelAnchor()
     co_return screenOf(focused);
 }
 
+QString XWaylandPlatform::recordingNote()
+{
+    const QString note = FreedesktopPlatform::recordingNote();
+    return m_shell->isPresent()
+               ? note
+               : note +
+                     u" To learn which application a copy is from, it needs its extension of GNOME "
+                     "Shell: gnome-extensions enable tessly@brackmoor.com"_s;
+}
+
 bool XWaylandPlatform::openSettings(const QUrl&)
 {
     return m_sender.askAgain();

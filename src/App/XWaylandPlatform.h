@@ -33,6 +33,7 @@ public:
     HotKeyCenter& hotKeys() override { return m_hotKeys; }
     StatusItem& statusItem() override { return m_statusItem; }
     [[nodiscard]] QCoro::Task<std::optional<QRect>> panelAnchor() override;
+    [[nodiscard]] QString recordingNote() override;
     [[nodiscard]] bool openSettings(const QUrl& url) override;
     [[nodiscard]] QStringList protocols() const override;
 

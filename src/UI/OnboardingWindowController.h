@@ -28,7 +28,7 @@ public:
     void show();
     void close();
     [[nodiscard]] bool isShown() const;
-    void setHasTray(bool hasTray) { m_onboarding.setHasTray(hasTray); }
+    void setDesktop(const OnboardingDesktop& desktop) { m_onboarding.setDesktop(desktop); }
 
 private:
     void completeSoon();

@@ -285,13 +285,28 @@ TEST_F(AppDelegateTest, TheFirstRunShowsTheWelcomeWindowAndRecordsNothing)
     EXPECT_THAT(m_desktop.hotKeys.held(), SizeIs(10)) << "the keys are there already";
 }
 
+TEST_F(AppDelegateTest, TheWelcomeWindowTellsOfThisDesktop)
+{
+    qunsetenv("XDG_CURRENT_DESKTOP");
+    m_desktop.keys.setAllowed(false);
+    startFirst();
+    QStringList notes;
+    for (const QVariant& row : m_views.onboardingModel->rows()) {
+        notes.append(row.value<PermissionRow>().note);
+    }
+    ASSERT_EQ(notes.size(), 3);
+    EXPECT_EQ(notes[0], u"Nothing to allow on this desktop."_s);
+    EXPECT_EQ(notes[1], u"The desktop will ask once whether Tessly may press keys."_s);
+    EXPECT_TRUE(notes[2].contains(u"Tessly"_s));
+}
+
 TEST_F(AppDelegateTest, TheWelcomeWindowTellsOfAMissingTray)
 {
     m_desktop.statusItem.setTray(StatusItem::Presence::absent);
     startFirst();
-    EXPECT_NE(m_views.onboardingModel->hint(), QString());
+    EXPECT_EQ(m_views.onboardingModel->command(), u"tessly toggle"_s);
     m_desktop.statusItem.setTray(StatusItem::Presence::present);
-    EXPECT_EQ(m_views.onboardingModel->hint(), QString());
+    EXPECT_EQ(m_views.onboardingModel->command(), QString());
 }
 
 TEST_F(AppDelegateTest, EnablingStartsRecordingAndLeadsIntoThePanel)

@@ -45,19 +45,44 @@ TEST_F(OnboardingModelTest, ShowsThreeThingsToKnow)
                   u"lock.shield|Local storage|No cloud"_s}));
 }
 
-TEST_F(OnboardingModelTest, WithoutATrayItTellsHowToOpenThePanel)
+TEST_F(OnboardingModelTest, TellsOfEachThingWhatItComesToOnThisDesktop)
+{
+    OnboardingModel onboarding(*m_model, [] {});
+    onboarding.setDesktop(
+        {.recording = u"recorded so"_s, .pasting = u"pasted so"_s, .storage = u"kept there"_s});
+    QStringList notes;
+    for (const QVariant& row : onboarding.rows()) {
+        notes.append(row.value<PermissionRow>().note);
+    }
+    EXPECT_EQ(notes, (QStringList{u"recorded so"_s, u"pasted so"_s, u"kept there"_s}));
+}
+
+TEST_F(OnboardingModelTest, TellsHowToOpenThePanel)
 {
     OnboardingModel onboarding(*m_model, [] {});
     int changes = 0;
-    QObject::connect(&onboarding, &OnboardingModel::hintChanged, [&changes] { ++changes; });
-    EXPECT_EQ(onboarding.hint(), QString());
-    onboarding.setHasTray(true);
+    QObject::connect(&onboarding, &OnboardingModel::desktopChanged, [&changes] { ++changes; });
+    EXPECT_TRUE(onboarding.hint().contains(u"icon"_s));
+    EXPECT_EQ(onboarding.command(), QString());
+    onboarding.setDesktop({.hasTray = true});
     EXPECT_EQ(changes, 0);
-    onboarding.setHasTray(false);
+    onboarding.setDesktop({.hasTray = false});
     EXPECT_TRUE(onboarding.hint().contains(u"“tessly toggle”"_s));
+    EXPECT_EQ(onboarding.command(), u"tessly toggle"_s);
     EXPECT_EQ(changes, 1);
-    onboarding.setHasTray(true);
-    EXPECT_EQ(onboarding.hint(), QString()) << "one that appears later counts";
+    onboarding.setDesktop({.hasTray = true});
+    EXPECT_EQ(onboarding.command(), QString()) << "one that appears later counts";
+}
+
+TEST_F(OnboardingModelTest, TheCommandIsCopiedAndNotRecorded)
+{
+    OnboardingModel onboarding(*m_model, [] {});
+    onboarding.setDesktop({.hasTray = false});
+    m_model->clipboardMonitor().start();
+    onboarding.copyCommand();
+    pass(5s);
+    EXPECT_EQ(m_pasteboard.pastedText(), "tessly toggle");
+    EXPECT_THAT(stored(), IsEmpty());
 }
 
 TEST_F(OnboardingModelTest, EnablingDoesItsStepsInOrder)

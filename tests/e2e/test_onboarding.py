@@ -4,7 +4,8 @@ import unittest
 
 from tessly_e2e import Tessly, wait_until
 from tessly_e2e.case import DesktopCase
-from tessly_e2e.waiting import holds_for
+from tessly_e2e.desktop import Desktop
+from tessly_e2e.waiting import holds_for, settled
 
 TITLE = "Welcome to Tessly"
 
@@ -73,6 +74,27 @@ class FirstRun(DesktopCase):
         self.tessly.launch()
         wait_until(self.window, "the welcome window is there again")
         self.assertEqual(self.history.clips(), [])
+
+
+class OnALowScreen(DesktopCase):
+    """1280 × 720 at a scale of 1.5."""
+
+    accessible = True
+
+    def make_desktop(self):
+        return Desktop(size=(853, 480))
+
+    def test_the_button_is_in_sight_and_the_rest_scrolls(self):
+        tessly = Tessly(self.desktop, settings={"hasCompletedOnboarding": False})
+        self.addCleanup(tessly.kill)
+        tessly.launch()
+        self.addCleanup(self._keep_evidence, tessly)
+        tessly.wait_for_window(TITLE)
+        enable = self.ui(tessly).find("push button", "Enable")
+        place = settled(lambda: enable.extents, 0.1, "the place of the button")
+        self.assertLessEqual(place.y + place.height, 480)
+        self.click(enable)
+        tessly.wait_for_panel()
 
 
 if __name__ == "__main__":

@@ -40,41 +40,63 @@ Rectangle {
         onPressed: root.Window.window.startSystemMove()
     }
 
-    Column {
-        id: header
+    // Scrolls where the screen is too low for all of it; the button stays in sight.
+    Flickable {
+        id: page
 
-        anchors.horizontalCenter: parent.horizontalCenter
-        topPadding: 34
-        bottomPadding: 28
-        spacing: 15
+        objectName: "onboarding-page"
+        anchors.top: parent.top
+        anchors.bottom: enable.top
+        anchors.bottomMargin: 12
+        width: parent.width
+        contentWidth: width
+        contentHeight: rows.y + rows.height
+        interactive: contentHeight > height
+        boundsBehavior: Flickable.StopAtBounds
+        clip: interactive
 
-        Symbol {
+        Column {
+            id: header
+
             anchors.horizontalCenter: parent.horizontalCenter
-            name: "doc.on.clipboard.fill"
-            color: Tokens.color.accentSymbol
-            size: Tokens.size.onboardingSymbol
+            topPadding: 34
+            bottomPadding: 28
+            spacing: 15
+
+            Symbol {
+                anchors.horizontalCenter: parent.horizontalCenter
+                name: "doc.on.clipboard.fill"
+                color: Tokens.color.accentSymbol
+                size: Tokens.size.onboardingSymbol
+            }
+
+            ReadText {
+                objectName: "onboarding-title"
+                anchors.horizontalCenter: parent.horizontalCenter
+                font.pixelSize: Tokens.size.onboardingTitle
+                font.weight: Font.Bold
+                text: "Tessly"
+                Accessible.role: Accessible.Heading
+            }
         }
 
-        ReadText {
-            objectName: "onboarding-title"
-            anchors.horizontalCenter: parent.horizontalCenter
-            font.pixelSize: Tokens.size.onboardingTitle
-            font.weight: Font.Bold
-            text: "Tessly"
-            Accessible.role: Accessible.Heading
+        Column {
+            id: rows
+
+            anchors.top: header.bottom
+            x: 42
+            width: parent.width - 2 * 42
+            spacing: 18
+
+            Repeater {
+                model: root.onboarding.rows
+
+                PermissionRow {}
+            }
         }
-    }
 
-    Column {
-        anchors.top: header.bottom
-        x: 42
-        width: parent.width - 2 * 42
-        spacing: 18
-
-        Repeater {
-            model: root.onboarding.rows
-
-            PermissionRow {}
+        ScrollThumb {
+            list: page
         }
     }
 
@@ -82,15 +104,27 @@ Rectangle {
         objectName: "onboarding-hint"
         anchors.left: parent.left
         anchors.leftMargin: 42
-        anchors.right: enable.left
+        anchors.right: copy.visible ? copy.left : enable.left
         anchors.rightMargin: 28
         anchors.verticalCenter: enable.verticalCenter
-        visible: text !== ""
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.callout
         wrapMode: Text.Wrap
         maximumLineCount: 3
         text: root.onboarding.hint
+    }
+
+    PushButton {
+        id: copy
+
+        objectName: "copy-command"
+        anchors.right: enable.left
+        anchors.rightMargin: 12
+        anchors.verticalCenter: enable.verticalCenter
+        visible: root.onboarding.command !== ""
+        title: "Copy Command"
+        isLarge: true
+        onClicked: root.onboarding.copyCommand()
     }
 
     PushButton {

@@ -49,5 +49,16 @@ Row {
             maximumLineCount: 3
             text: row.modelData.detail
         }
+
+        ReadText {
+            objectName: "permission-note"
+            width: parent.width
+            visible: text !== ""
+            color: Tokens.color.secondaryText
+            font.pixelSize: Tokens.size.caption
+            wrapMode: Text.Wrap
+            maximumLineCount: 3
+            text: row.modelData.note
+        }
     }
 }

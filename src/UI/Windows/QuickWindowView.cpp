@@ -84,7 +84,12 @@ void QuickWindowView::place()
         return;
     }
     m_window->setScreen(screen);
-    m_window->setGeometry(centredGeometry(m_window->size(), screen->availableGeometry()));
+    const QRect place = centredGeometry(m_window->size(), screen->availableGeometry());
+    if (m_frame == Frame::none) {
+        m_window->setMinimumSize(place.size());
+        m_window->setMaximumSize(place.size());
+    }
+    m_window->setGeometry(place);
     if (m_frame == Frame::none && m_x11->isUsed()) {
         // Without a compositing manager, what is transparent shows black.
         m_window->setMask(roundedRegion(m_window->size(), TokenMetrics().panelRadius));

@@ -52,6 +52,42 @@ TEST_F(OnboardingViewTest, ShowsThreeThingsToKnow)
     EXPECT_EQ(rowText(u"permission-lock.shield"_s, u"permission-detail"_s), u"No cloud"_s);
 }
 
+TEST_F(OnboardingViewTest, ShowsWhatEachComesToOnThisDesktop)
+{
+    m_onboarding.setDesktop(
+        {.recording = u"recorded so"_s, .pasting = u"pasted so"_s, .storage = u"kept there"_s});
+    show();
+    EXPECT_EQ(rowText(u"permission-clipboard"_s, u"permission-note"_s), u"recorded so"_s);
+    EXPECT_EQ(rowText(u"permission-keyboard"_s, u"permission-note"_s), u"pasted so"_s);
+    EXPECT_EQ(rowText(u"permission-lock.shield"_s, u"permission-note"_s), u"kept there"_s);
+}
+
+TEST_F(OnboardingViewTest, WhatIsLongFitsAboveTheButton)
+{
+    m_onboarding.setDesktop(
+        {.recording =
+             u"Nothing to allow on this desktop. To learn which application a copy is from, "
+             "it needs its extension of GNOME Shell: gnome-extensions enable "
+             "tessly@brackmoor.com"_s,
+         .pasting = u"GNOME will ask once whether Tessly may press keys."_s,
+         .storage = u"In ~/.local/share/Tessly, for nobody else to read."_s,
+         .hasTray = false});
+    show();
+    EXPECT_LE(
+        item(u"onboarding-page"_s).property("contentHeight").toReal(),
+        item(u"onboarding-page"_s).height());
+}
+
+TEST_F(OnboardingViewTest, WithoutATrayTheCommandCanBeCopied)
+{
+    show();
+    EXPECT_EQ(find(u"copy-command"_s), nullptr);
+    m_onboarding.setDesktop({.hasTray = false});
+    click(u"copy-command"_s);
+    EXPECT_EQ(m_pasteboard.pastedText(), "tessly toggle");
+    EXPECT_EQ(m_completions, 0);
+}
+
 TEST_F(OnboardingViewTest, AClickEnables)
 {
     show();
@@ -111,6 +147,7 @@ TEST_F(OnboardingViewTest, IsReadInItsOrder)
             u"StaticText|Allow in Accessibility"_s,
             u"StaticText|Local storage"_s,
             u"StaticText|No cloud"_s,
+            u"StaticText|To open Quick Paste, click the Tessly icon in the bar."_s,
             u"Button|Enable"_s,
             u"Button|Close"_s,
         }));
