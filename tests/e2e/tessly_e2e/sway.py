@@ -3,6 +3,7 @@
 import ctypes
 import json
 import os
+import re
 import shutil
 import socket
 import struct
@@ -241,6 +242,11 @@ class Sway(WaylandSession):
         self.keyboard = VirtualKeyboard(self.connect())
         self.pointer = VirtualPointer(self.connect(), self.size)
         self.clipboard = WaylandClipboard(self)
+
+    @property
+    def version(self):
+        told = self.run(["sway", "--version"]).stdout.decode()
+        return tuple(int(part) for part in re.search(r"(\d+)\.(\d+)", told).groups())
 
     def _disconnect(self):
         messages = self.__dict__.pop("messages", None)
