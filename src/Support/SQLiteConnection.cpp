@@ -102,7 +102,7 @@ int SQLiteConnection::errorCode() const
     return sqlite3_extended_errcode(m_handle.get());
 }
 
-bool SQLiteConnection::isReadable() const
+bool SQLiteConnection::isReadable(const std::function<bool()>& isStopped) const
 {
     QByteArray bytes(1024 * 1024, Qt::Uninitialized);
     for (const int which : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
@@ -116,6 +116,9 @@ bool SQLiteConnection::isReadable() const
             return false;
         }
         for (sqlite3_int64 offset = 0; offset < size; offset += bytes.size()) {
+            if (isStopped && isStopped()) {
+                return false;
+            }
             const auto length = std::min<sqlite3_int64>(bytes.size(), size - offset);
             const int result =
                 file->pMethods->xRead(file, bytes.data(), static_cast<int>(length), offset);

@@ -51,8 +51,9 @@ public:
     /// Its extended result code.
     [[nodiscard]] int errorCode() const;
 
-    /// Whether the disk hands over the whole file and its log. Reads them from end to end.
-    [[nodiscard]] bool isReadable() const;
+    /// Whether the disk hands over the whole file and its log. Reads them from end to end, unless
+    /// `isStopped` says yes amid that: false then.
+    [[nodiscard]] bool isReadable(const std::function<bool()>& isStopped = {}) const;
 
     [[nodiscard]] bool isInTransaction() const;
 
