@@ -105,18 +105,68 @@ AppDelegate::AppDelegate(Surroundings surroundings)
         .clock = m_surroundings.clock,
     });
     m_rescueNotices = std::make_unique<RescueNotices>(m_defaults, *m_model);
-    if (m_rescueFolder) {
-        if (m_isHistoryFresh) {
-            const QString folder = QFileInfo(*m_rescueFolder).fileName();
-            m_rescueNotices->tell(
-                folder, u"A damaged history database was preserved in ‘"_s + folder +
-                            u"’. Tessly started with a fresh history."_s);
-        }
-        bringOver(this, *m_rescueFolder);
-    }
+    historyOpened(this);
 }
 
 AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::openHistory()
+{
+    AppPaths::prepareDirectories();
+    m_store = std::make_unique<ClipStore>(ClipStore::Means{
+        .databasePath = AppPaths::databasePath(),
+        .now = [this] { return m_surroundings.clock.now(); },
+        .executor = std::make_unique<ThreadExecutor>("tessly-store"),
+        .makeReader = [] { return std::make_unique<ThreadExecutor>("tessly-reader"); },
+        .setAside =
+            [] {
+                const QString folder = AppPaths::applicationSupportDirectory();
+                auto rescueFolder = AppPaths::recoverDatabaseFiles(folder);
+                AppPaths::prepareDirectories();
+                return rescueFolder;
+            },
+        .maximumHistory = m_settings.trimLimit(),
+    });
+}
+
+/// Waits for the check of the history, and tells of what it has found.
+QCoro::Task<> AppDelegate::historyOpened(QPointer<AppDelegate> self)
+{
+    ClipStore::Opening opening;
+    try {
+        opening = co_await self->m_store->opened();
+    } catch (const std::exception& error) {
+        if (self) {
+            self->m_surroundings.fail(error);
+        }
+        co_return;
+    }
+    if (!self) {
+        co_return;
+    }
+    self->m_isOpeningHistory = false;
+    trace("checked");
+    if (!opening.damagedFolder) {
+        // An earlier run may not have been able to end it.
+        const auto unfinished =
+            AppPaths::unfinishedRecovery(AppPaths::applicationSupportDirectory());
+        if (unfinished) {
+            bringOver(self, *unfinished);
+        }
+        co_return;
+    }
+    // What was listed by then was that of the damaged one.
+    self->m_model->reload(AppModel::Debounce::no);
+    const QString folder = QFileInfo(*opening.damagedFolder).fileName();
+    self->m_rescueNotices->tell(
+        folder, u"A damaged history database was preserved in ‘"_s + folder +
+                    u"’. Tessly started with a fresh history."_s);
+    if (opening.rescue) {
+        self->tellOfRescue(*opening.damagedFolder, *opening.rescue);
+    } else {
+        bringOver(self, *opening.damagedFolder);
+    }
+}
 
 /// Copies what can be read of a damaged history into the fresh one, and tells of it.
 QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueFolder)
@@ -129,44 +179,24 @@ QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueF
     } catch (const std::exception& error) {
         qCWarning(lcAppDelegate, "The damaged history was not brought over: %s", error.what());
     }
-    if (!self || rescue.kept == 0) {
-        co_return;
+    if (self) {
+        self->tellOfRescue(rescueFolder, rescue);
     }
-    self->m_model->reload(AppModel::Debounce::no);
+}
+
+void AppDelegate::tellOfRescue(const QString& rescueFolder, const ClipRescue& rescue)
+{
+    if (rescue.kept == 0) {
+        return;
+    }
+    m_model->reload(AppModel::Debounce::no);
     const QString folder = QFileInfo(rescueFolder).fileName();
-    self->m_rescueNotices->tell(
+    m_rescueNotices->tell(
         folder,
         u"A damaged history database was preserved in ‘%1’. %2 of the %3 entries that it tells of "
         "were brought over."_s.arg(folder)
             .arg(rescue.kept)
             .arg(rescue.found));
-}
-
-std::unique_ptr<ClipStore> AppDelegate::makeStore() const
-{
-    return std::make_unique<ClipStore>(
-        AppPaths::databasePath(), [this] { return m_surroundings.clock.now(); },
-        std::make_unique<ThreadExecutor>("tessly-store"));
-}
-
-void AppDelegate::openHistory()
-{
-    AppPaths::prepareDirectories();
-    try {
-        m_store = makeStore();
-    } catch (const ClipStoreError& error) {
-        if (error.errorCase() != ClipStoreError::Case::corruptedDatabase) {
-            throw;
-        }
-        m_rescueFolder = AppPaths::recoverDatabaseFiles(AppPaths::applicationSupportDirectory());
-        m_isHistoryFresh = true;
-        AppPaths::prepareDirectories();
-        m_store = makeStore();
-    }
-    if (!m_rescueFolder) {
-        // An earlier run may not have been able to end it.
-        m_rescueFolder = AppPaths::unfinishedRecovery(AppPaths::applicationSupportDirectory());
-    }
 }
 
 void AppDelegate::applicationDidFinishLaunching()

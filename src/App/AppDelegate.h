@@ -20,6 +20,7 @@
 
 #include <QObject>
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -42,10 +43,12 @@ public:
         std::function<ViewFactory*()> views;
         /// Ends the event loop.
         std::function<void()> quit;
+        /// Ends the program, which cannot go on with that; its what() is a sentence for the user.
+        std::function<void(const std::exception&)> fail;
     };
 
-    /// Opens the history, setting a damaged one aside, and makes the services and the model. Throws
-    /// what keeps the program from starting; its what() is a sentence for the user.
+    /// Begins to open the history, setting a damaged one aside, and makes the services and the
+    /// model. Throws what keeps the program from starting, as far as that is known by then.
     explicit AppDelegate(Surroundings surroundings);
     ~AppDelegate() override;
 
@@ -63,10 +66,14 @@ public:
     /// Whether the session bus has not answered in all the time since the start.
     [[nodiscard]] bool isBusSilent() const { return m_bus && m_bus->isConnecting(); }
 
+    /// Whether the history is still being opened and checked.
+    [[nodiscard]] bool isOpeningHistory() const { return m_isOpeningHistory; }
+
 private:
     void openHistory();
-    [[nodiscard]] std::unique_ptr<ClipStore> makeStore() const;
+    static QCoro::Task<> historyOpened(QPointer<AppDelegate> self);
     static QCoro::Task<> bringOver(QPointer<AppDelegate> self, QString rescueFolder);
+    void tellOfRescue(const QString& rescueFolder, const ClipRescue& rescue);
 
     void setupStatusItem();
     void makeQuickPasteController();
@@ -107,13 +114,10 @@ private:
     std::unique_ptr<DesktopPlatform> m_platform;
     GlobalHotKeyManager m_hotKeys;
     DirectPasteKeys m_directPasteKeys;
-    std::unique_ptr<ClipStore> m_store;
-    /// Where a damaged history was put, if there was one of which not all has been brought over.
-    std::optional<QString> m_rescueFolder;
-    /// That happened at this start.
-    bool m_isHistoryFresh = false;
     IniUserDefaults m_defaults;
     AppSettings m_settings;
+    std::unique_ptr<ClipStore> m_store;
+    bool m_isOpeningHistory = true;
     std::unique_ptr<PasteService> m_pasteService;
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;

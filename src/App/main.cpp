@@ -173,6 +173,7 @@ int start(int argc, char** argv)
             .makePlatform = [&] { return connectToDesktop(choice, clock); },
             .views = [&views] { return views.factory(); },
             .quit = quit,
+            .fail = [](const std::exception& error) { fail(reasonOf(error)); },
         });
         const TerminationSignals signalsWatch([&delegate] { delegate.quitApplication(); });
         MainThreadCall xServerAnswers;

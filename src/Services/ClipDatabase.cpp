@@ -1,6 +1,5 @@
 #include "ClipDatabase.h"
 
-#include "ClipIntegrity.h"
 #include "ClipPatience.h"
 #include "ClipSchema.h"
 #include "FileError.h"
@@ -83,19 +82,16 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
     , m_index(m_connection)
 {
     m_connection.setBusyTimeout(busyTimeout);
+    // What is in the log is the writer's to bring in.
+    m_connection.setKeepsLog(true);
     execute(schema::connectionSettings);
-    const std::optional<QString> problem = integrityProblem(m_connection, Extent::file);
-    if (problem && integrityProblem(m_connection, Extent::clips)) {
-        throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem);
-    }
-    if (!problem) {
-        m_index.attachToRead();
-    }
+    m_index.attachToRead();
 }
 
-ClipDatabase::ClipDatabase(QString path, ClipStore::Now now)
+ClipDatabase::ClipDatabase(QString path, ClipStore::Now now, SQLiteInterrupt* interrupt)
     : m_path(std::move(path))
     , m_now(std::move(now))
+    , m_interrupt(interrupt)
     , m_connection(patience().take([this] { return open(m_path); }))
     , m_index(m_connection)
 {
@@ -163,10 +159,20 @@ void ClipDatabase::makeReady()
     }
     // Should it be damaged, it is set aside as it is.
     m_connection.setKeepsLog(true);
-    validateIntegrity();
+    try {
+        validateIntegrity();
+    } catch (const ClipStoreError& error) {
+        if (!isInterrupted() || error.errorCase() == ClipStoreError::Case::corruptedDatabase) {
+            throw;
+        }
+    }
     m_connection.setKeepsLog(false);
     prepareTables();
     attachIndex();
+    if (isInterrupted()) {
+        qCInfo(lcStore, "The history was not checked to its end");
+        return;
+    }
     try {
         execute("PRAGMA optimize;");
     } catch (const ClipStoreError&) {
@@ -187,10 +193,35 @@ void ClipDatabase::attachIndex()
     }
 }
 
+bool ClipDatabase::isInterrupted() const
+{
+    return m_interrupt != nullptr && m_interrupt->isRequested();
+}
+
+/// As `integrityProblem`; none if it was interrupted.
+std::optional<QString> ClipDatabase::problem(const SQLiteConnection& connection, Extent extent)
+{
+    if (m_interrupt == nullptr) {
+        return integrityProblem(connection, extent);
+    }
+    try {
+        const SQLiteInterrupt::Scope scope(*m_interrupt, connection);
+        const std::optional<QString> found = integrityProblem(connection, extent);
+        return isInterrupted() ? std::nullopt : found;
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::openDatabase, error.message(), error.code());
+    } catch (const ClipStoreError&) {
+        if (!isInterrupted()) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
 void ClipDatabase::validateIntegrity()
 {
-    const std::optional<QString> problem = integrityProblem(m_connection, Extent::file);
-    if (!problem) {
+    const std::optional<QString> found = problem(m_connection, Extent::file);
+    if (!found) {
         return;
     }
     // A page that could not be read looks like one that is damaged.
@@ -198,17 +229,20 @@ void ClipDatabase::validateIntegrity()
     other.setBusyTimeout(busyTimeout);
     other.setKeepsLog(true);
     const auto requireThatTheOtherAgrees = [&](Extent extent) {
-        if (!m_connection.isReadable() || !integrityProblem(other, extent)) {
-            throw ClipStoreError(ClipStoreError::Case::openDatabase, *problem, SQLITE_IOERR);
+        if (!m_connection.isReadable([this] { return isInterrupted(); }) ||
+            !problem(other, extent)) {
+            throw ClipStoreError(ClipStoreError::Case::openDatabase, *found, SQLITE_IOERR);
         }
     };
     requireThatTheOtherAgrees(Extent::file);
     // What is wrong with the index alone is no reason to set the clips aside.
-    if (integrityProblem(m_connection, Extent::clips)) {
+    if (problem(m_connection, Extent::clips)) {
         requireThatTheOtherAgrees(Extent::clips);
+    } else if (isInterrupted()) {
+        return;
     } else if (hasHistory()) {
         try {
-            m_index.mend(*problem, ClipIndex::Dropping::compacts);
+            m_index.mend(*found, ClipIndex::Dropping::compacts);
         } catch (const SQLiteError& error) {
             if (isHindrance(error.code())) {
                 throw ClipStoreError(
@@ -216,18 +250,23 @@ void ClipDatabase::validateIntegrity()
             }
             qCInfo(lcStore, "The search index could not be made again: %s", error.what());
         }
-        if (!integrityProblem(m_connection, Extent::file)) {
+        if (!problem(m_connection, Extent::file)) {
             return;
         }
         requireThatTheOtherAgrees(Extent::file);
     }
-    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *problem, SQLITE_CORRUPT);
+    throw ClipStoreError(ClipStoreError::Case::corruptedDatabase, *found, SQLITE_CORRUPT);
 }
 
 bool ClipDatabase::hasHistory()
 {
     try {
-        return schema::exists(m_connection, "table", "clips");
+        if (!schema::exists(m_connection, "table", "clips")) {
+            return false;
+        }
+        // What can be counted by an index alone would hide that nothing can be read.
+        m_connection.execute("SELECT 1 FROM clips NOT INDEXED LIMIT 1;");
+        return true;
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
@@ -249,12 +288,16 @@ bool ClipDatabase::isNew()
 
 bool ClipDatabase::mendIndex(const ClipStoreError& error)
 {
+    if (m_isReadOnly) {
+        // To ask whether it is to blame would be a check.
+        const bool mayBeToBlame = m_index.isAvailable() && !isHindrance(error.sqliteCode());
+        if (mayBeToBlame) {
+            m_index.giveUp();
+        }
+        return mayBeToBlame;
+    }
     if (!m_index.isToBlame(error)) {
         return false;
-    }
-    if (m_isReadOnly) {
-        m_index.giveUp();
-        return true;
     }
     // Half-way mended is worse than a search that ends late.
     const SQLiteConnection::Unstopped unstopped(m_connection);

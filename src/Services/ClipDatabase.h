@@ -1,11 +1,15 @@
 #pragma once
 
 #include "ClipIndex.h"
+#include "ClipIntegrity.h"
+#include "ClipOverlay.h"
 #include "ClipStatement.h"
 #include "ClipStore.h"
 #include "SQLiteConnection.h"
 #include "SQLiteError.h"
+#include "SQLiteInterrupt.h"
 #include "SQLiteTransaction.h"
+#include "WaitingCopies.h"
 
 #include <QByteArray>
 #include <QString>
@@ -26,14 +30,20 @@ class ClipDatabase
 public:
     /// Opens or creates the database and checks that it is sound. When this throws, no connection
     /// is left, so that the files can be moved; `corruptedDatabase` is thrown for what is wrong
-    /// with the file, not for what stands around it.
-    ClipDatabase(QString path, ClipStore::Now now);
+    /// with the file, not for what stands around it. A check that `interrupt` ends finds nothing
+    /// wrong. It must outlive the database, which looks at it whenever it checks.
+    ClipDatabase(QString path, ClipStore::Now now, SQLiteInterrupt* interrupt = nullptr);
 
-    /// Opens an existing database for reading only, and checks that it is sound.
+    /// Opens an existing database for reading only, without a check: damage is an error only of
+    /// what meets it, with SQLite's code. Content that is not what was stored is never read.
     ClipDatabase(QString path, SQLiteConnection::Access access);
 
     /// Whether the file holds a history at all; one that was just created does not yet.
     [[nodiscard]] bool hasHistory();
+
+    /// For reading only: what is read from now on is as if these had been saved, in this order.
+    /// Throws ClipStoreError.
+    void setWaiting(const std::vector<WaitingCopy>& copies);
 
     /// Any thread.
     [[nodiscard]] bool ftsAvailable() const { return m_index.isAvailable(); }
@@ -50,8 +60,11 @@ public:
     Clip save(
         const ClipPayload& payload, const std::optional<QString>& sourceAppName,
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
+    /// As of its time, and by its identifier if its content is new.
+    Clip save(const WaitingCopy& copy, qint64 maximumHistory);
     void setPinned(bool pinned, QUuid id);
-    void markUsed(QUuid id, bool moveToTop);
+    /// `time`: when that was, if not now.
+    void markUsed(QUuid id, bool moveToTop, std::optional<double> time = {});
     void remove(QUuid id);
     void clear(bool includePinned);
     void trimHistory(qint64 maximum);
@@ -75,6 +88,8 @@ private:
     bool followFile();
     void leaveCompanions();
     void validateIntegrity();
+    [[nodiscard]] bool isInterrupted() const;
+    [[nodiscard]] std::optional<QString> problem(const SQLiteConnection& connection, Extent extent);
     void prepareTables();
     void attachIndex();
     [[nodiscard]] bool isNew();
@@ -85,11 +100,10 @@ private:
     [[nodiscard]] std::vector<Clip>
     read(const std::vector<qint64>& rows, const std::vector<Clip>& held);
     [[nodiscard]] std::optional<Clip> clipWithHash(const QByteArray& hash);
+    [[nodiscard]] bool isAsStored(const ClipPayload& payload, qint64 row);
 
     // Writing.
-    Clip saveInCurrentTransaction(
-        const ClipPayload& payload, const std::optional<QString>& sourceAppName,
-        const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
+    Clip saveInCurrentTransaction(const WaitingCopy& copy, qint64 maximumHistory);
 
     /// Deletes some clips, no more than the log should have to hold; whether others are left.
     [[nodiscard]] bool clearSome(bool includePinned);
@@ -148,9 +162,11 @@ private:
 
     QString m_path;
     ClipStore::Now m_now;
+    SQLiteInterrupt* m_interrupt = nullptr;
     bool m_isReadOnly = false;
     SQLiteConnection m_connection;
     ClipIndex m_index;
+    std::optional<ClipOverlay> m_overlay;
     // The rescue that has begun, and what it brings over; the rescuer goes when it is done.
     QString m_rescued;
     std::unique_ptr<ClipRescuer> m_rescuer;

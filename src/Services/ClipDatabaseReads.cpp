@@ -8,6 +8,8 @@
 
 #include <QHash>
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -27,7 +29,8 @@ std::vector<Clip> ClipDatabase::search(
 {
     if (stop.stop_requested()) {
         throw ClipStoreError(
-            ClipStoreError::Case::execute, QLatin1StringView(readFailure) + u": interrupted"_s);
+            ClipStoreError::Case::execute, QLatin1StringView(readFailure) + u": interrupted"_s,
+            SQLITE_INTERRUPT);
     }
     std::optional<SQLiteConnection::StopWatch> watch;
     if (stop.stop_possible()) {
@@ -45,16 +48,26 @@ std::vector<qint64>
 ClipDatabase::find(const QString& query, std::optional<ClipKind> kind, qint64 limit)
 {
     const ClipOrder order(m_connection);
+    ClipOrder::Rows rows;
     if (query.isEmpty()) {
-        return order.all(kind, limit);
-    }
-    if (m_index.isAvailable()) {
-        ClipOrder::Rows rows = order.matching(ftsQuery(query), kind, limit);
-        if (!rows.empty()) {
-            return rows;
+        rows = order.all(kind, limit);
+    } else {
+        if (m_index.isAvailable()) {
+            rows = order.matching(ftsQuery(query), kind, limit);
+        }
+        if (rows.empty()) {
+            rows = order.like(likePattern(query), kind, limit);
         }
     }
-    return order.like(likePattern(query), kind, limit);
+    return m_overlay ? m_overlay->arranged(rows, query, kind, limit) : rows;
+}
+
+void ClipDatabase::setWaiting(const std::vector<WaitingCopy>& copies)
+{
+    m_overlay.reset();
+    if (!copies.empty()) {
+        m_overlay.emplace(m_connection, copies);
+    }
 }
 
 std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std::vector<Clip>& held)
@@ -74,6 +87,10 @@ std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std:
     std::vector<Clip> clips;
     clips.reserve(rows.size());
     for (const qint64 row : rows) {
+        if (m_overlay && m_overlay->isWaiting(row)) {
+            clips.push_back(m_overlay->clip(row, share));
+            continue;
+        }
         bookkeeping.reset();
         if (!bookkeeping.integer(1, row).next(readFailure)) {
             continue;
@@ -83,6 +100,14 @@ std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std:
         const bool isKept =
             known != nullptr && (known->held() == nullptr || known->held()->byteCount() <= share);
         clip.payload = isKept ? *known : contents.listed(row, share);
+        if (const ClipPayload* const payload = clip.payload.held();
+            payload != nullptr && m_isReadOnly && !isKept && !isAsStored(*payload, row)) {
+            // To be fetched, which will say so.
+            clip.payload = contents.listed(row, -1);
+        }
+        if (m_overlay) {
+            m_overlay->update(row, clip);
+        }
     }
     return clips;
 }
@@ -93,7 +118,7 @@ std::optional<Clip> ClipDatabase::clip(qint64 position)
         return std::nullopt;
     }
     return inTransaction(SQLiteTransaction::Mode::deferred, [&]() -> std::optional<Clip> {
-        const ClipOrder::Rows rows = ClipOrder(m_connection).all(std::nullopt, position);
+        const ClipOrder::Rows rows = find({}, std::nullopt, position);
         if (std::cmp_less(rows.size(), position)) {
             return std::nullopt;
         }
@@ -102,14 +127,32 @@ std::optional<Clip> ClipDatabase::clip(qint64 position)
     });
 }
 
+/// Pages that were mixed up may lead into the content of another clip.
+bool ClipDatabase::isAsStored(const ClipPayload& payload, qint64 row)
+{
+    ClipStatement hash = prepare("SELECT content_hash FROM clips WHERE rowid = ?;");
+    return hash.integer(1, row).next(readFailure) && hash.row().bytes(0) == payload.contentHash();
+}
+
 std::optional<ClipPayload> ClipDatabase::payload(QUuid id)
 {
+    if (m_overlay) {
+        if (const ClipPayload* const payload = m_overlay->payload(id)) {
+            return *payload;
+        }
+    }
     return inTransaction(SQLiteTransaction::Mode::deferred, [&]() -> std::optional<ClipPayload> {
         ClipStatement statement = prepare("SELECT rowid FROM clips WHERE id = ?;");
         if (!statement.text(1, storedID(id)).next(readFailure)) {
             return std::nullopt;
         }
-        return ClipContents(m_connection).payload(statement.row().integer(0));
+        const qint64 row = statement.row().integer(0);
+        ClipPayload payload = ClipContents(m_connection).payload(row);
+        if (m_isReadOnly && !isAsStored(payload, row)) {
+            throw ClipStoreError(
+                ClipStoreError::Case::decode, u"A clipboard item is not what was stored."_s);
+        }
+        return payload;
     });
 }
 
@@ -120,7 +163,7 @@ ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint
     const auto read = [&] {
         const ClipOrder::Rows rows = find(trimmedQuery, kind, limit);
         QHash<qint64, qint64> positions;
-        for (const qint64 row : ClipOrder(m_connection).all(std::nullopt, -1)) {
+        for (const qint64 row : find({}, std::nullopt, -1)) {
             positions.insert(row, positions.size() + 1);
         }
         ClipStatement statement =
@@ -128,9 +171,17 @@ ClipDatabase::summaries(const QString& query, std::optional<ClipKind> kind, qint
         std::vector<ClipSummary> found;
         found.reserve(rows.size());
         for (const qint64 row : rows) {
+            if (m_overlay && m_overlay->isWaiting(row)) {
+                found.push_back(m_overlay->summary(row, positions.value(row)));
+                continue;
+            }
             statement.reset();
             if (statement.integer(1, row).next(readFailure)) {
-                found.push_back(decodeSummary(statement.row(), positions.value(row)));
+                ClipSummary& summary =
+                    found.emplace_back(decodeSummary(statement.row(), positions.value(row)));
+                if (m_overlay) {
+                    m_overlay->update(row, summary);
+                }
             }
         }
         return found;

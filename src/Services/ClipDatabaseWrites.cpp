@@ -37,15 +37,25 @@ Clip ClipDatabase::save(
     const ClipPayload& payload, const std::optional<QString>& sourceAppName,
     const std::optional<QString>& sourceBundleID, qint64 maximumHistory)
 {
-    if (payload.isEmpty()) {
+    return save(
+        {.id = QUuid::createUuid(),
+         .time = std::nullopt,
+         .payload = payload,
+         .sourceAppName = sourceAppName,
+         .sourceBundleID = sourceBundleID},
+        maximumHistory);
+}
+
+Clip ClipDatabase::save(const WaitingCopy& copy, qint64 maximumHistory)
+{
+    if (copy.payload.isEmpty()) {
         throw ClipStoreError(ClipStoreError::Case::decode, u"The clipboard item was empty."_s);
     }
     followFile();
     try {
         return withIndexMended([&] {
             return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
-                return saveInCurrentTransaction(
-                    payload, sourceAppName, sourceBundleID, maximumHistory);
+                return saveInCurrentTransaction(copy, maximumHistory);
             });
         });
     } catch (const ClipStoreError&) {
@@ -55,11 +65,10 @@ Clip ClipDatabase::save(
     }
 }
 
-Clip ClipDatabase::saveInCurrentTransaction(
-    const ClipPayload& payload, const std::optional<QString>& sourceAppName,
-    const std::optional<QString>& sourceBundleID, qint64 maximumHistory)
+Clip ClipDatabase::saveInCurrentTransaction(const WaitingCopy& copy, qint64 maximumHistory)
 {
-    const double now = m_now();
+    const auto& [id, time, payload, sourceAppName, sourceBundleID] = copy;
+    const double now = time ? *time : m_now();
     const QByteArray hash = payload.contentHash();
     // Before the trimming, which would take the new clip for the oldest.
     dateClipsBefore(now, m_connection);
@@ -85,7 +94,7 @@ WHERE content_hash = ?;)sql")
     }
 
     const Clip clip{
-        .id = QUuid::createUuid(),
+        .id = id,
         .createdAt = now,
         .lastUsedAt = now,
         .payload = payload,
@@ -165,14 +174,14 @@ WHERE id = ?;)sql")
     });
 }
 
-void ClipDatabase::markUsed(QUuid id, bool moveToTop)
+void ClipDatabase::markUsed(QUuid id, bool moveToTop, std::optional<double> time)
 {
     if (!moveToTop) {
         return;
     }
     followFile();
     const auto use = [&] {
-        const double now = m_now();
+        const double now = time ? *time : m_now();
         dateClipsBefore(now, m_connection);
         prepare(R"sql(UPDATE clips
 SET last_used_at = ?,
@@ -253,7 +262,8 @@ FROM clips;)sql");
         throw ClipStoreError(ClipStoreError::Case::execute, QString::fromLatin1(failure));
     }
     ClipStore::Statistics statistics{
-        .totalItems = counts.row().integer(0), .pinnedItems = counts.row().integer(1)};
+        .totalItems = counts.row().integer(0) + (m_overlay ? m_overlay->newClips() : 0),
+        .pinnedItems = counts.row().integer(1)};
     for (const QString& companion : {u""_s, u"-wal"_s, u"-shm"_s}) {
         // A file that cannot be looked at has the size 0.
         statistics.databaseBytes =

@@ -5,15 +5,23 @@
 #include "ClipRescue.h"
 #include "ClipStoreError.h"
 #include "ClipSummary.h"
+#include "SQLiteInterrupt.h"
+#include "UncheckedHistory.h"
+#include "WaitingCopies.h"
 
 #include <QCoroTask>
+#include <QFuture>
 
 #include <atomic>
+#include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <stop_token>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace tessly {
@@ -25,6 +33,11 @@ class ClipDatabase;
 /// Every operation is called on the main thread and awaited there; it throws ClipStoreError from
 /// the await. Operations run in the order of their calls. Destroying the store waits for what was
 /// called and closes the connection.
+///
+/// The worker begins with opening the file, for which it reads all of it: see `isOpening`. What
+/// changes the history waits for that, as does what cannot be read before. What is read before,
+/// where there is a reader for it, may not show the changes that wait, but for the copies: those it
+/// lists where they will be.
 class ClipStore
 {
 public:
@@ -44,17 +57,54 @@ public:
     static constexpr qint64 heldContent = qint64(32) * 1024 * 1024;
     static constexpr qint64 usualClips = 50;
 
-    /// Seconds since 1970-01-01 00:00:00 UTC; called on the worker.
+    /// Seconds since 1970-01-01 00:00:00 UTC; called on the main thread and on the worker.
     using Now = std::function<double()>;
 
-    /// Opens or creates the database at `databasePath`, on the calling thread. Throws
-    /// ClipStoreError. Operations run on `executor`.
+    struct Means
+    {
+        QString databasePath;
+        Now now;
+        /// The worker.
+        std::unique_ptr<Executor> executor;
+        /// Makes what reads until the file is open, when something is to be read by then. Without
+        /// it, reading waits.
+        std::function<std::unique_ptr<Executor>()> makeReader = {};
+        /// Moves the files of a damaged history away, when nobody has them open, and returns where
+        /// they are. Called on the worker; what it throws is what `opened` throws. Without it, a
+        /// damaged history cannot be opened.
+        std::function<std::optional<QString>()> setAside = {};
+        /// Of a history that is set aside, should it have to be brought over at once.
+        qint64 maximumHistory = 0;
+    };
+
+    /// Begins to open or create the database. Throws ClipStoreError if what is in the place of its
+    /// files cannot be the user's own.
+    explicit ClipStore(Means means);
     ClipStore(const QString& databasePath, Now now, std::unique_ptr<Executor> executor);
     ~ClipStore();
     ClipStore(const ClipStore&) = delete;
     ClipStore& operator=(const ClipStore&) = delete;
 
-    /// Whether the full-text index serves searches.
+    /// What became of the opening.
+    struct Opening
+    {
+        /// Where a damaged history was put, in whose place there is a fresh one.
+        std::optional<QString> damagedFolder;
+        /// What was brought over from there, if something that waited concerns single entries:
+        /// first of all then. Else it is for `rescue` to do.
+        std::optional<ClipRescue> rescue;
+
+        bool operator==(const Opening&) const = default;
+    };
+    /// Throws what stood in the way; all operations that were called throw that as well.
+    [[nodiscard]] QCoro::Task<Opening> opened() const;
+    [[nodiscard]] bool isOpening() const { return !m_isOpen; }
+
+    /// Cuts the check of the file short, for the end of the program, and returns when all that was
+    /// called is done.
+    [[nodiscard]] QCoro::Task<void> finish();
+
+    /// Whether the full-text index serves searches; no while the file is being opened.
     [[nodiscard]] bool ftsAvailable() const;
 
     /// The clips that match, in list order, `limit` at the most (negative: all).
@@ -83,6 +133,9 @@ public:
     /// trims. Known content is not read for that: the clip that is returned holds its content only
     /// where a list would. As all that changes entries, it makes the database's file anew first if
     /// that is gone, and takes the one that is there if another one is in its place.
+    ///
+    /// A copy that is made while the file is being opened waits in memory, and is saved as of its
+    /// time. If it has to make room for later ones there, CopyGivenUp is thrown.
     [[nodiscard]] QCoro::Task<Clip> save(
         const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
@@ -122,8 +175,33 @@ public:
     [[nodiscard]] QCoro::Task<ClipRescue> rescue(QString damagedPath, qint64 maximumHistory);
 
 private:
+    using Life = std::weak_ptr<const char>;
+
     [[nodiscard]] QCoro::Task<std::optional<ClipRescue>>
     rescueSome(const QString& damagedPath, qint64 maximumHistory);
+    [[nodiscard]] QCoro::Task<Clip> saveLater(WaitingCopy copy, qint64 maximumHistory);
+
+    // Opening, on the worker.
+    void begin();
+    [[nodiscard]] Opening open();
+    void openDatabase();
+    [[nodiscard]] ClipRescue bringOver(const QString& damagedFolder);
+    /// False if something waits that has to be done on the entries of the history set aside.
+    [[nodiscard]] bool openForAll();
+
+    /// The open database, on the worker. Throws what kept it from being opened.
+    [[nodiscard]] ClipDatabase& database();
+
+    template <typename Operation>
+    static auto withinMemory(Operation& operation, ClipDatabase& database)
+    {
+        try {
+            return operation(database);
+        } catch (const std::bad_alloc&) {
+            // In the words in which SQLite says it.
+            throw ClipStoreError(ClipStoreError::Case::execute, QStringLiteral("out of memory"));
+        }
+    }
 
     /// Runs an operation on the worker, and counts it until it begins.
     template <typename Operation>
@@ -132,20 +210,80 @@ private:
         ++m_waiting;
         return m_actor.run([this, operation = std::move(operation)]() mutable {
             --m_waiting;
-            try {
-                return operation();
-            } catch (const std::bad_alloc&) {
-                // In the words in which SQLite says it.
-                throw ClipStoreError(
-                    ClipStoreError::Case::execute, QStringLiteral("out of memory"));
-            }
+            return withinMemory(operation, database());
         });
     }
 
+    /// The same for what the user does to an entry, or to all that there are.
+    template <typename Operation>
+    auto runOnEntries(Operation operation)
+    {
+        const bool isEarly = noteEarly();
+        return run([this, isEarly, operation = std::move(operation)](ClipDatabase& database) {
+            if (isEarly) {
+                requireEntries();
+            }
+            return operation(database);
+        });
+    }
+    /// Whether it is called while the file is being opened, which then knows of it.
+    [[nodiscard]] bool noteEarly();
+    void requireEntries() const;
+
+    /// Runs what changes nothing: where it can, without waiting for the file to be open.
+    template <typename Read>
+    QCoro::Task<std::invoke_result_t<Read&, ClipDatabase&>> read(Read operation)
+    {
+        if (isOpening() && m_makeReader) {
+            const Life life = m_life;
+            auto found = co_await readUnchecked(operation);
+            if (found) {
+                co_return std::move(*found);
+            }
+            if (life.expired()) {
+                throwThatItIsClosed();
+            }
+        }
+        co_return co_await run(std::move(operation));
+    }
+    template <typename Read>
+    auto readUnchecked(Read operation)
+    {
+        requireReader();
+        return m_reader->run([this, waiting = m_copies.all(), operation]() mutable {
+            return m_unchecked.read(waiting, operation);
+        });
+    }
+    void requireReader();
+    static QCoro::Task<> endReader(ClipStore& store);
+    [[noreturn]] static void throwThatItIsClosed();
+
     // Lives as long as the store, for what has to know on the main thread whether it still does.
     std::shared_ptr<const char> m_life = std::make_shared<const char>();
+    QString m_path;
+    Now m_now;
+    std::function<std::unique_ptr<Executor>()> m_makeReader;
+    std::function<std::optional<QString>()> m_setAside;
+    qint64 m_maximumHistory;
+    SQLiteInterrupt m_interrupt;
+    WaitingCopies m_copies;
+    UncheckedHistory m_unchecked;
+    QFuture<Opening> m_opening;
+
+    // Between the worker, which opens, and the main thread.
+    std::mutex m_openingMutex;
+    std::atomic_bool m_isOpen = false;
+    bool m_concernsEntries = false;
+
+    // The worker's.
     std::unique_ptr<ClipDatabase> m_database;
+    std::exception_ptr m_failure;
+    /// The program ends amid bringing over what early operations are for.
+    bool m_lacksEntries = false;
+
     std::atomic_int m_waiting = 0;
+    // Present while there is something to read before the file is open.
+    std::unique_ptr<Actor> m_reader;
     // Goes first, so that what was called has run before the database closes.
     Actor m_actor;
 };

@@ -5,11 +5,20 @@
 #include <QDateTime>
 #include <QFileInfo>
 
+#include <sqlite3.h>
+
 using namespace Qt::StringLiterals;
 
 namespace tessly::ClosedHistory {
 
 namespace {
+
+bool isDamage(int sqliteCode)
+{
+    constexpr int primaryCode = 0xff;
+    return (sqliteCode & primaryCode) == SQLITE_CORRUPT ||
+           (sqliteCode & primaryCode) == SQLITE_NOTADB;
+}
 
 /// What shows that a file was written to.
 struct Stamp
@@ -43,11 +52,16 @@ auto read(const QString& path, Read read) -> std::invoke_result_t<Read, ClipData
     }
     const auto readWith =
         [&](SQLiteConnection::Access access) -> std::invoke_result_t<Read, ClipDatabase&> {
-        ClipDatabase database(path, access);
-        if (!database.hasHistory()) {
-            return {};
+        try {
+            ClipDatabase database(path, access);
+            return database.hasHistory() ? read(database)
+                                         : std::invoke_result_t<Read, ClipDatabase&>();
+        } catch (const ClipStoreError& error) {
+            throw isDamage(error.sqliteCode())
+                ? ClipStoreError(
+                      ClipStoreError::Case::corruptedDatabase, error.message(), error.sqliteCode())
+                : error;
         }
-        return read(database);
     };
     // SQLite makes the companions of a file that it may have to share. Nobody shares this one,
     // unless the program starts just now: then what was read may be half old and half new.

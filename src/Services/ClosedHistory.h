@@ -8,7 +8,8 @@
 
 /// Reads the history of a program that does not run, and changes nothing: no file is created for a
 /// history that was closed in order, and what a crash left behind stays for the next start to mend.
-/// Plain calls, any thread. Throws ClipStoreError, `corruptedDatabase` for a damaged file.
+/// The file is not checked; damage is found where it is met. Plain calls, any thread. Throws
+/// ClipStoreError, `corruptedDatabase` for damage.
 namespace tessly::ClosedHistory {
 
 /// As ClipStore::summaries; none if there is no database.

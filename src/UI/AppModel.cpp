@@ -227,19 +227,35 @@ void AppModel::captured(Capture capture)
 
 QCoro::Task<> AppModel::save(QPointer<AppModel> self, Capture capture)
 {
+    ClipStore& store = self->m_dependencies.store;
     const qint64 maximumHistory = self->settings().trimLimit();
     QString failure;
-    ++self->m_savesUnderWay;
+    bool isGivenUp = false;
+    // Then it is listed while it waits, which may take long.
+    const bool isListedAtOnce = store.isOpening();
+    const int underWay = isListedAtOnce ? 0 : 1;
+    self->m_savesUnderWay += underWay;
+    auto saving =
+        store.save(capture.payload, capture.sourceAppName, capture.sourceBundleID, maximumHistory);
+    if (isListedAtOnce) {
+        self->reload(Debounce::no);
+    }
     try {
-        co_await self->m_dependencies.store.save(
-            capture.payload, capture.sourceAppName, capture.sourceBundleID, maximumHistory);
+        co_await saving;
+    } catch (const CopyGivenUp&) {
+        isGivenUp = true;
     } catch (const std::exception& error) {
         failure = QString::fromUtf8(error.what());
     }
     if (!self) {
         co_return;
     }
-    --self->m_savesUnderWay;
+    self->m_savesUnderWay -= underWay;
+    if (isGivenUp) {
+        // The store has said so.
+        self->reload(Debounce::no);
+        co_return;
+    }
     if (!failure.isEmpty()) {
         self->saveFailed(std::move(capture), failure);
         self->finishOpening();
@@ -292,8 +308,7 @@ QCoro::Task<> AppModel::settleForGood()
     }
     saveUnsaved();
     try {
-        // The store does one thing after the other: the saves are done by then.
-        co_await m_dependencies.store.statistics();
+        co_await m_dependencies.store.finish();
     } catch (const std::exception& error) {
         qCWarning(lcAppModel, "The history does not answer at the end: %s", error.what());
     }

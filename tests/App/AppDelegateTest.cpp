@@ -99,13 +99,26 @@ protected:
     }
     void startFirst()
     {
+        launch();
+        wait();
+    }
+    /// As `startFirst`, and goes on at once.
+    void launch()
+    {
         m_delegate = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
             .clock = m_clock,
             .makePlatform = [this] { return std::make_unique<FakePlatform>(m_desktop); },
             .views = [this] { return &m_views; },
             .quit = [this] { ++m_quits; },
+            .fail = [this](const std::exception& error) { m_failure = error.what(); },
         });
         m_delegate->applicationDidFinishLaunching();
+        settle();
+    }
+    /// Until the history is there.
+    void wait()
+    {
+        ASSERT_TRUE(waitUntil([this] { return !m_delegate->isOpeningHistory(); }));
         settle();
     }
     void stop()
@@ -151,6 +164,7 @@ protected:
     FakePlatform::Parts m_desktop;
     FakeViewFactory m_views;
     int m_quits = 0;
+    QByteArray m_failure;
     /// Lines of the settings file.
     QByteArray m_settings;
     std::unique_ptr<AppDelegate> m_delegate;
@@ -245,6 +259,38 @@ TEST_F(AppDelegateTest, WhatCanBeReadOfADamagedHistoryIsBroughtOver)
         << message().toStdString();
     EXPECT_EQ(bannerKind(), BannerKind::warning);
     EXPECT_TRUE(waitUntil([&] { return model().clips().size() >= 10; }));
+}
+
+TEST_F(AppDelegateTest, CopiesMadeBeforeAHistoryIsFoundDamagedAreInTheFreshOne)
+{
+    AppPaths::prepareDirectories();
+    QFile file(AppPaths::databasePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(8192, 'x'));
+    file.close();
+    writeSettings("hasCompletedOnboarding=true\n");
+    launch();
+    EXPECT_THAT(m_desktop.hotKeys.held(), SizeIs(10));
+    copy("at once");
+    wait();
+    EXPECT_TRUE(listBecomes(1));
+    EXPECT_TRUE(message().startsWith(u"A damaged history"_s)) << message().toStdString();
+}
+
+TEST_F(AppDelegateTest, AHistoryThatCannotBeOpenedEndsTheProgram)
+{
+    AppPaths::prepareDirectories();
+    SQLiteConnection(AppPaths::databasePath()).execute("CREATE TABLE clips (other)");
+    launch();
+    EXPECT_TRUE(waitUntil([this] { return !m_failure.isEmpty(); }));
+    EXPECT_EQ(m_failure, "Clipboard database operation failed: no such column: is_pinned");
+    EXPECT_TRUE(m_delegate->isOpeningHistory());
+}
+
+TEST_F(AppDelegateTest, AHistoryThatIsNoFileEndsTheStart)
+{
+    ASSERT_TRUE(QDir().mkpath(AppPaths::databasePath()));
+    EXPECT_THROW(launch(), ClipStoreError);
 }
 
 TEST_F(AppDelegateTest, AHistoryFolderThatCannotBeMadeEndsTheStart)
@@ -551,6 +597,7 @@ TEST_F(AppDelegateTest, WindowsThatCannotBeMadeAreDoneWithout)
         .makePlatform = [this] { return std::make_unique<FakePlatform>(m_desktop); },
         .views = [] { return nullptr; },
         .quit = [] {},
+        .fail = [](const std::exception&) {},
     });
     m_delegate->applicationDidFinishLaunching();
     m_desktop.statusItem.leftClick();

@@ -15,6 +15,8 @@ AppModelFixture::AppModelFixture()
     m_executor = executor.get();
     m_store = std::make_unique<ClipStore>(
         m_databasePath, [this] { return m_clock.now(); }, std::move(executor));
+    // It opens.
+    m_executor->runOne();
     m_model = std::make_unique<AppModel>(AppModel::Dependencies{
         *m_store, m_settings, m_pasteService, m_launchAtLogin, m_pasteboard, m_converter,
         m_workspace, m_clock});

@@ -40,6 +40,7 @@ private:
 TEST_F(ClipStoreTest, bringsResultsBackToTheCaller)
 {
     const auto store = open();
+    await(store->opened());
     EXPECT_TRUE(store->ftsAvailable());
     const Clip a = await(store->save(text("a word"), u"App"_s, u"app"_s, 100));
     const Clip b = await(store->save(text("b:link"), std::nullopt, std::nullopt, 100));
@@ -82,6 +83,7 @@ TEST_F(ClipStoreTest, runsOperationsInTheOrderOfTheirCalls)
     auto executor = std::make_unique<ManualExecutor>();
     ManualExecutor& jobs = *executor;
     const auto store = open(std::move(executor));
+    jobs.runOne();
     auto saving = store->save(text("a"), std::nullopt, std::nullopt, 100);
     auto clearing = store->clear(true);
     auto counting = store->statistics();
@@ -169,6 +171,7 @@ TEST_F(ClipStoreTest, aSearchThatIsToStopBeforeItBeginsDoesNotRun)
     auto executor = std::make_unique<ManualExecutor>();
     ManualExecutor& jobs = *executor;
     const auto store = open(std::move(executor));
+    jobs.runOne();
     std::stop_source overtaken;
     auto searching = store->search({}, std::nullopt, 10, {}, overtaken.get_token());
     overtaken.request_stop();
