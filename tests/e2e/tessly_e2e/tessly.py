@@ -117,10 +117,11 @@ class Tessly:
         os.replace(fresh, self.settings_path)
 
     def start(self, **options):
-        """Starts the program and returns once it records and can be reached, where there is a bus;
-        the options are those of launch."""
+        """Starts the program and returns once it records, has looked its history through and can be
+        reached, where there is a bus; the options are those of launch."""
         self.launch(**options)
         self.wait_for_trace("recording")
+        self.wait_for_trace("checked")
         if self.desktop.has_bus:
             wait_until(lambda: self.desktop.bus_name_exists(BUS_NAME), "tessly is on the bus")
         return self
