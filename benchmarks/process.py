@@ -6,10 +6,14 @@ owner of the clipboard that misbehaves can hold the main thread.
 """
 
 import argparse
+import hashlib
 import os
+import sqlite3
 import statistics
 import sys
 import time
+import uuid
+from contextlib import closing
 
 import dbus
 
@@ -105,6 +109,55 @@ def open_and_close(desktop, tessly, row):
     tessly.wait_for_panel()
     close_panel(desktop, tessly)
     return drawn - asked.time
+
+
+MEGABYTE = 1_000_000
+
+
+def content_hash(plain_text, image):
+    """What the program knows a content by: its flavours, each with its name and length."""
+    digest = hashlib.sha256()
+    for label, data in ((b"text", plain_text), (b"rtf", b""), (b"html", b""), (b"png", image),
+                        (b"files", b"[]")):
+        digest.update(label + len(data).to_bytes(8, "big") + data)
+    return digest.hexdigest()
+
+
+def enlarge(path, size):
+    """Adds so many bytes of images to a history, in fewer entries than it holds at the most."""
+    count = 400
+    with closing(sqlite3.connect(path)) as history, history:
+        # Else the file would be as large again while it is filled.
+        history.execute("PRAGMA wal_autocheckpoint = 1000")
+        now = time.time()
+        for number in range(count):
+            image = b"\x89PNG\r\n\x1a\n" + os.urandom(max(0, size // count - 8))
+            used = now - count + number
+            history.execute(
+                "INSERT INTO clips (id, created_at, last_used_at, kind, preview, search_text, "
+                "image_png, file_urls, content_hash) VALUES (?, ?, ?, 'image', 'Image', 'image', "
+                "?, '[]', ?)",
+                (str(uuid.uuid4()).upper(), used, used, image, content_hash(b"", image)))
+            history.commit()
+
+
+def measure_large_histories(report, rounds, sizes):
+    """From the start to recording, and until the file has been looked through."""
+    for size in sizes:
+        with Desktop() as desktop:
+            with Tessly(desktop) as tessly:
+                pass
+            enlarge(tessly.history.path, size)
+            recording, checked = [], []
+            for _ in range(rounds):
+                with Tessly(desktop) as tessly:
+                    recording.append(tessly.wait_for_trace("recording").time - tessly.started)
+                    checked.append(tessly.wait_for_trace("checked").time - tessly.started)
+            name = f"history of {size // MEGABYTE:,} MB"
+            report.add(f"{name}: start → recording, median of {rounds}",
+                       statistics.median(recording) * 1000, "ms", 300)
+            report.add(f"{name}: start → checked, median of {rounds}",
+                       statistics.median(checked) * 1000, "ms")
 
 
 def measure_openings(desktop, report, rounds, row):
@@ -245,7 +298,9 @@ def measure_hostile_owners(desktop, report, seconds):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--quick", action="store_true", help="fewer rounds and shorter rests")
-    quick = parser.parse_args().quick
+    parser.add_argument("--large", action="store_true", help="also a history of 5 GB")
+    options = parser.parse_args()
+    quick = options.quick
     rounds, rest, settling, stretch, scale = (3, 5, 5, 2, 4) if quick else (11, 20, 30, 7, 1)
 
     report = Report()
@@ -259,6 +314,8 @@ def main():
     # What those owners had to offer is in that history, and so in memory.
     with Desktop() as desktop:
         measure_resting(desktop, report, rest, settling, prepare(desktop))
+    sizes = [MEGABYTE, 1000 * MEGABYTE] + [5000 * MEGABYTE] * options.large
+    measure_large_histories(report, rounds, sizes)
     if report.missed:
         print(f"\n{report.missed} aims missed.")
 

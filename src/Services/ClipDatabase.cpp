@@ -85,7 +85,9 @@ ClipDatabase::ClipDatabase(QString path, SQLiteConnection::Access access)
     // What is in the log is the writer's to bring in.
     m_connection.setKeepsLog(true);
     execute(schema::connectionSettings);
-    m_index.attachToRead();
+    if (hasHistory()) {
+        m_index.attachToRead();
+    }
 }
 
 ClipDatabase::ClipDatabase(QString path, ClipStore::Now now, SQLiteInterrupt* interrupt)
