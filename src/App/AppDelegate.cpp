@@ -259,6 +259,13 @@ void AppDelegate::applicationWillTerminate()
     m_quickPasteController->close();
 }
 
+void AppDelegate::desktopWentAway()
+{
+    m_model->saveWhatWasRead();
+    // Does first what it was given.
+    m_store.reset();
+}
+
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
     // The session ends. Left to the toolkit, any window that does not close would keep the program

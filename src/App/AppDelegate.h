@@ -56,6 +56,10 @@ public:
     void applicationDidBecomeActive();
     void applicationWillTerminate();
 
+    /// The display server has gone, and no event loop can run: what has been read of copies is
+    /// saved, and the history closed. Nothing may follow but the end of the process.
+    void desktopWentAway();
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     [[nodiscard]] AppModel& model() { return *m_model; }

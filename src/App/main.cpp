@@ -11,6 +11,7 @@
 #include "SystemClock.h"
 #include "TerminalText.h"
 #include "TerminationSignals.h"
+#include "ToolkitExit.h"
 #include "ViewLoader.h"
 
 #include <QGuiApplication>
@@ -106,12 +107,23 @@ QString reasonOf(const std::exception& error)
     startAgain(argv);
 }
 
-std::unique_ptr<DesktopPlatform> connectToDesktop(const DesktopChoice& choice, Clock& clock)
+/// In our own order, with what has been read of copies in the history. The toolkit would not live
+/// to see the usual end.
+[[noreturn]] void endWithoutDesktop(AppDelegate& delegate)
 {
-    return makeDesktopPlatform(choice, clock, [] {
-        qCCritical(log) << "The connection to the desktop was lost.";
-        QCoreApplication::exit(EXIT_FAILURE);
-    });
+    qCCritical(log) << "The connection to the desktop was lost.";
+    delegate.desktopWentAway();
+    endNow(EXIT_FAILURE);
+}
+
+/// Returns once the program is asked to end.
+void runLoop(AppDelegate& delegate)
+{
+    const ToolkitExit toolkitExit([&delegate] { endWithoutDesktop(delegate); });
+    // Not QGuiApplication's, which begins by waiting for the session bus.
+    if (QCoreApplication::exec() != EXIT_SUCCESS) {
+        endWithoutDesktop(delegate);
+    }
 }
 
 /// Before the toolkit starts.
@@ -170,7 +182,11 @@ int start(int argc, char** argv)
         ViewLoader views;
         AppDelegate delegate({
             .clock = clock,
-            .makePlatform = [&] { return connectToDesktop(choice, clock); },
+            .makePlatform =
+                [&] {
+                    return makeDesktopPlatform(
+                        choice, clock, [] { QCoreApplication::exit(EXIT_FAILURE); });
+                },
             .views = [&views] { return views.factory(); },
             .quit = quit,
             .fail = [](const std::exception& error) { fail(reasonOf(error)); },
@@ -186,8 +202,8 @@ int start(int argc, char** argv)
             choice.awaited->setAnswered(xServerAnswers.request());
         }
         delegate.applicationDidFinishLaunching();
-        // Not QGuiApplication's, which begins by waiting for the session bus.
-        status = QCoreApplication::exec();
+        runLoop(delegate);
+        status = EXIT_SUCCESS;
         isBusSilent = delegate.isBusSilent();
         delegate.applicationWillTerminate();
     } catch (const std::exception& error) {

@@ -319,6 +319,13 @@ QCoro::Task<> AppModel::settleForGood()
     }
 }
 
+void AppModel::saveWhatWasRead()
+{
+    // Hands on what has been read.
+    clipboardMonitor().stop();
+    saveUnsaved();
+}
+
 void AppModel::reportAccessIssue(ClipboardMonitor::AccessIssue issue)
 {
     switch (issue) {

@@ -164,6 +164,9 @@ public:
     QCoro::Task<> settle();
     /// The same before the program ends: waits until it is in the history.
     QCoro::Task<> settleForGood();
+    /// The same where no event loop runs any more: gives to the store what has been read of copies
+    /// by now, and ends the recording.
+    void saveWhatWasRead();
     /// Why the last save failed, if no later one has succeeded.
     [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
 

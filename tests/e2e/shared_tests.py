@@ -17,6 +17,35 @@ A_MOMENT = 0.05
 REMEMBERED = 0.5
 
 
+class DisplayServersEnd(Expecting):
+    """The last test of its desktop, which `end_display_server` ends as a crash does."""
+
+    text_type = "UTF8_STRING"
+
+    def test_tessly_says_so_and_ends_with_all_that_it_has_read_in_the_history(self):
+        for number in range(5):
+            self.record(f"entry {number}")
+        listed = self.previews()
+        with self.history.held():
+            offer = self.clipboard.offer({self.text_type: b"read at last"})
+            offer.wait_for_request(self.text_type)
+            # Answered after what it had read by then has been dealt with.
+            self.expect_silence("hide")
+            self.end_display_server()
+            wait_until(lambda: "The connection to the desktop was lost." in self.tessly.log()
+                       or not self.tessly.is_running(), "tessly hears of it")
+            self.assertTrue(self.tessly.is_running(), "it waits until it has saved")
+        wait_until(lambda: not self.tessly.is_running(), "tessly ends")
+        self.assertEqual(self.tessly.process.returncode, 1)
+        self.tessly.process.returncode = 0  # as expected
+        self.assertEqual([line for line in self.tessly.remarks() if "AppDelegate" in line],
+                         ["com.brackmoor.tessly.AppDelegate: "
+                          "The connection to the desktop was lost."])
+        self.assertEqual(self.history.problems(self.desktop.path("scratch")), [])
+        self.assertEqual([clip.preview for clip in self.history.clips()],
+                         ["read at last", *listed])
+
+
 class PasteOrder(Expecting):
     """Each entry arrives once, in the order in which it was asked for."""
 

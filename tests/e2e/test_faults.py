@@ -6,6 +6,7 @@ import stat
 import time
 import unittest
 
+import shared_tests
 from tessly_e2e import Desktop, Tessly, png, wait_until
 from tessly_e2e.case import DesktopCase, TesslyCase
 from tessly_e2e.processes import read_log
@@ -113,6 +114,11 @@ class Damaged(DesktopCase):
             file.seek(PAGE * 2)
             file.write(page[::-1])
         self.expect_rescue()
+
+
+class ServersEnd(shared_tests.DisplayServersEnd, TesslyCase):
+    def end_display_server(self):
+        self.desktop.end(self.desktop.server)
 
 
 class CannotStart(DesktopCase):

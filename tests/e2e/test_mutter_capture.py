@@ -162,6 +162,7 @@ class SilentXWayland(Expecting, WaylandCase):
 
 class CompositorsEnd(_CompositorsEnd, WaylandCase):
     desktop_class = Mutter
+    text_type = "UTF8_STRING"
 
 
 if __name__ == "__main__":

@@ -6,6 +6,7 @@ import random
 import signal
 import time
 
+import shared_tests
 from tessly_e2e import png, procfs, wait_until
 from tessly_e2e.commands import DONE, FAILED, Expecting
 from tessly_e2e.editors import GtkEditor, QtEditor
@@ -551,18 +552,8 @@ class StartsAndEnds:
         editor.wait_for_text("typed")
 
 
-class CompositorsEnd(Expecting):
-    """The last test of its desktop."""
+class CompositorsEnd(shared_tests.DisplayServersEnd):
+    text_type = TEXT
 
-    def test_tessly_says_so_and_ends_and_its_history_is_sound(self):
-        for number in range(5):
-            self.record(f"entry {number}")
-        listed = self.previews()
+    def end_display_server(self):
         self.desktop.kill_compositor()
-        wait_until(lambda: not self.tessly.is_running(), "tessly ends")
-        self.assertEqual(self.tessly.process.returncode, 1)
-        self.tessly.process.returncode = 0  # as expected
-        # Some toolkits have another line to say after it.
-        self.assertIn("connection", "".join(self.tessly.log().splitlines()[-2:]))
-        self.assertEqual(self.history.problems(self.desktop.path("scratch")), [])
-        self.assertEqual([clip.preview for clip in self.history.clips()], listed)

@@ -4,7 +4,7 @@ import os
 import shutil
 import sqlite3
 from collections import namedtuple
-from contextlib import closing
+from contextlib import closing, contextmanager
 
 from .waiting import PATIENCE, wait_until
 
@@ -33,6 +33,14 @@ class History:
                 return []  # just being created
             raise
         return [Clip(*row) for row in rows]
+
+    @contextmanager
+    def held(self):
+        """Nobody can write to it meanwhile."""
+        with closing(sqlite3.connect(self.path, isolation_level=None, timeout=5)) as connection:
+            connection.execute("BEGIN IMMEDIATE")
+            yield
+            connection.execute("ROLLBACK")
 
     def contains(self, text):
         """Whether there is an entry of this plain text, however many others there are."""
