@@ -182,6 +182,17 @@ QFuture<KeySender::Sending> WaylandDesktop::press(
     return m_connection->press(way, chord, std::move(target), std::move(isThere));
 }
 
+QFuture<std::optional<WaylandGround::Pointer>>
+WaylandDesktop::layGround(std::function<void()> pressed)
+{
+    return m_connection->layGround(std::move(pressed));
+}
+
+void WaylandDesktop::liftGround()
+{
+    m_connection->liftGround();
+}
+
 std::shared_ptr<WaylandToplevels> WaylandDesktop::toplevels() const
 {
     return m_connection->toplevels();

@@ -6,6 +6,7 @@
 #include "MainThreadCall.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
+#include "WaylandGround.h"
 #include "WaylandKeyboard.h"
 #include "WaylandToplevels.h"
 
@@ -87,6 +88,12 @@ public:
     /// True once no modifier is held down any more, as far as the compositor tells of that; false
     /// if it does not come to that in time.
     [[nodiscard]] QFuture<bool> modifiersUp();
+
+    /// Lays a ground for the panel to stand on (see WaylandGround). Finished once it is there, or
+    /// cannot be. `pressed` is called, on any thread, at each press of a button on it.
+    [[nodiscard]] QFuture<std::optional<WaylandGround::Pointer>>
+    layGround(std::function<void()> pressed);
+    void liftGround();
 
     /// Those of the connection that there is now.
     [[nodiscard]] std::shared_ptr<WaylandToplevels> toplevels() const;

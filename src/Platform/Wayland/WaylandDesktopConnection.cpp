@@ -153,6 +153,20 @@ QFuture<bool> WaylandDesktopConnection::catchUp()
     return askInTime([this](const std::function<void()>& yes) { m_loop.awaitOtherPrograms(yes); });
 }
 
+QFuture<std::optional<WaylandGround::Pointer>>
+WaylandDesktopConnection::layGround(std::function<void()> pressed)
+{
+    using Pointer = std::optional<WaylandGround::Pointer>;
+    return askLoop(m_loop, Pointer(), [this, pressed = std::move(pressed)](const auto& answer) {
+        m_ground.lay(answer, pressed);
+    });
+}
+
+void WaylandDesktopConnection::liftGround()
+{
+    m_loop.post([this] { m_ground.lift(); });
+}
+
 /// True when `ask`, which is called on the loop's thread, has called what it is given; false if it
 /// does not in time, or drops it.
 QFuture<bool>

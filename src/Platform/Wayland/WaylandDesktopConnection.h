@@ -5,6 +5,7 @@
 #include "PlasmaModifiers.h"
 #include "TrackedWindow.h"
 #include "WaylandEventLoop.h"
+#include "WaylandGround.h"
 #include "WaylandKeyboard.h"
 #include "WaylandRegistry.h"
 #include "WaylandSeat.h"
@@ -67,6 +68,11 @@ public:
     /// As WaylandDesktop's.
     [[nodiscard]] QFuture<bool> catchUp();
 
+    /// As WaylandDesktop's; `pressed` is called on its thread.
+    [[nodiscard]] QFuture<std::optional<WaylandGround::Pointer>>
+    layGround(std::function<void()> pressed);
+    void liftGround();
+
     /// Runs a job on its thread, which goes on after the end of the connection.
     void callAfter(std::chrono::milliseconds delay, std::function<void()> job);
 
@@ -81,6 +87,7 @@ private:
     const Options m_options;
     WaylandEventLoop m_loop;
     WaylandRegistry m_registry;
+    WaylandGround m_ground{m_loop, m_registry};
     std::unique_ptr<WaylandKeyboard> m_keyboard;
     std::unique_ptr<WaylandSeat> m_seat;
     /// Null where the compositor does not tell.

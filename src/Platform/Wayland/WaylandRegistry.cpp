@@ -25,6 +25,17 @@ WaylandRegistry::Name WaylandRegistry::find(const std::string& interface) const
     return found != m_globals.end() ? found->first : 0;
 }
 
+std::vector<WaylandRegistry::Name> WaylandRegistry::findAll(const std::string& interface) const
+{
+    std::vector<Name> found;
+    for (const auto& [name, global] : m_globals) {
+        if (global.interface == interface) {
+            found.push_back(name);
+        }
+    }
+    return found;
+}
+
 std::set<std::string> WaylandRegistry::interfaces() const
 {
     std::set<std::string> interfaces;

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 struct wl_interface;
 struct wl_registry;
@@ -37,6 +38,9 @@ public:
 
     /// The first with this interface that came, 0 if there is none.
     [[nodiscard]] Name find(const std::string& interface) const;
+
+    /// All with this interface, in the order in which they came.
+    [[nodiscard]] std::vector<Name> findAll(const std::string& interface) const;
 
     /// The interfaces of all that there is.
     [[nodiscard]] std::set<std::string> interfaces() const;
