@@ -315,7 +315,11 @@ void AppDelegate::makeQuickPasteController()
             .clock = m_surroundings.clock,
         },
         [this] { return panelAnchor(); },
-        [this] { return make(&ViewFactory::makePanel, *m_panelModel); },
+        [this]() -> std::unique_ptr<PanelView> {
+            ViewFactory* const views = m_surroundings.views();
+            return views != nullptr ? views->makePanel(*m_panelModel, m_platform->panelSurface())
+                                    : nullptr;
+        },
         m_uiTestingMode ? QuickPastePanelController::KeepsOpen::forUITesting
                         : QuickPastePanelController::KeepsOpen::no);
 }

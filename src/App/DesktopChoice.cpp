@@ -36,6 +36,10 @@ constexpr std::array otherInterfaces = {
 constexpr auto patienceBesideACompositor = std::chrono::seconds(5);
 constexpr auto patience = std::chrono::seconds(30);
 
+/// Of use where the toolkit can be had with it.
+constexpr auto layerShell = "zwlr_layer_shell_v1";
+constexpr bool isLayerShellUsed = TESSLY_LAYER_SHELL;
+
 template <std::size_t count>
 QStringList found(const std::array<const char*, count>& names, const std::set<std::string>& all)
 {
@@ -64,9 +68,14 @@ std::optional<DesktopChoice> desktopChoice(const DesktopFindings& findings)
                           : std::nullopt;
     }
     const QStringList clipboard = found(dataControls, *findings.compositor);
-    const QStringList others = found(otherInterfaces, *findings.compositor);
+    QStringList others = found(otherInterfaces, *findings.compositor);
+    const bool hasLayerShell = isLayerShellUsed && findings.compositor->contains(layerShell);
     if (!clipboard.isEmpty()) {
-        return DesktopChoice{.kind = Kind::wayland, .protocols = clipboard + others};
+        if (hasLayerShell) {
+            others.append(QString::fromLatin1(layerShell));
+        }
+        return DesktopChoice{
+            .kind = Kind::wayland, .hasLayerShell = hasLayerShell, .protocols = clipboard + others};
     }
     if (hasXServer) {
         return DesktopChoice{

@@ -26,6 +26,8 @@ struct DesktopChoice
     Kind kind = Kind::x11;
     /// Whether the clipboard can be read and written at all.
     bool hasClipboard = true;
+    /// Whether the panel can be a layer surface.
+    bool hasLayerShell = false;
     /// The protocols found that the program has a use for, by their names.
     QStringList protocols = {};
     /// What the user should know of it; empty if there is nothing.

@@ -8,6 +8,7 @@
 #include "KeyEventPoster.h"
 #include "LoginItem.h"
 #include "OutsideClickMonitor.h"
+#include "PanelView.h"
 #include "Pasteboard.h"
 #include "StatusItem.h"
 #include "Workspace.h"
@@ -41,9 +42,11 @@ public:
     [[nodiscard]] virtual LoginItem& loginItem() = 0;
     [[nodiscard]] virtual const Bundle& bundle() = 0;
 
+    [[nodiscard]] virtual PanelSurface panelSurface() const { return PanelSurface::window; }
     /// Beside what the panel is shown where it is not known where the icon is (global,
-    /// device-independent pixels): the pointer, or else the whole of a screen; none if neither is
-    /// known.
+    /// device-independent pixels): the pointer, or else the whole of a screen; empty if the desktop
+    /// itself chooses one; none if there is no place. Asked once clicks outside are watched, unless
+    /// the panel is kept open.
     [[nodiscard]] virtual QCoro::Task<std::optional<QRect>> panelAnchor();
     /// Leads the user to where the desktop grants a permission that the program has asked for;
     /// false if there is no such place.

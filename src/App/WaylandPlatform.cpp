@@ -10,8 +10,13 @@
 #include "UnnamedWorkspace.h"
 #include "WaylandDesktop.h"
 #include "WaylandKeySender.h"
+#include "WaylandOutsideClickMonitor.h"
 #include "WaylandPasteboard.h"
 #include "WaylandWorkspace.h"
+
+#include <QCoroFuture>
+#include <QGuiApplication>
+#include <QScreen>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +40,20 @@ PortalHotKeyCenter::Options hotKeyOptions(const WaylandDesktop& desktop)
     return options;
 }
 
+/// Empty if the pointer is on no screen that the toolkit knows of.
+QCoro::Task<std::optional<QRect>> anchorAt(QFuture<std::optional<WaylandGround::Pointer>> pointer)
+{
+    const auto place = co_await pointer;
+    const auto screens = QGuiApplication::screens();
+    for (const QScreen* const screen : screens) {
+        if (place && screen->name().toStdString() == place->output) {
+            co_return QRect(
+                screen->geometry().topLeft() + QPointF(place->x, place->y).toPoint(), QSize(1, 1));
+        }
+    }
+    co_return QRect();
+}
+
 } // namespace
 
 WaylandPlatform::WaylandPlatform(
@@ -51,6 +70,9 @@ WaylandPlatform::WaylandPlatform(
         m_workspace = std::make_unique<UnnamedWorkspace>(nullptr);
     }
     makeKeys();
+    if (choice.hasLayerShell) {
+        m_outsideClicks = std::make_unique<WaylandOutsideClickMonitor>(m_desktop);
+    }
 }
 
 WaylandPlatform::~WaylandPlatform() = default;
@@ -83,6 +105,27 @@ void WaylandPlatform::makeKeys()
         m_sender = std::move(sender);
     }
     m_keys = std::make_unique<FocusedKeyEventPoster>(*m_sender, m_clipboard);
+}
+
+OutsideClickMonitor& WaylandPlatform::outsideClicks()
+{
+    if (m_outsideClicks) {
+        return *m_outsideClicks;
+    }
+    return m_noOutsideClicks;
+}
+
+PanelSurface WaylandPlatform::panelSurface() const
+{
+    return m_outsideClicks ? PanelSurface::layer : PanelSurface::window;
+}
+
+QCoro::Task<std::optional<QRect>> WaylandPlatform::panelAnchor()
+{
+    if (!m_outsideClicks) {
+        return FreedesktopPlatform::panelAnchor();
+    }
+    return anchorAt(m_outsideClicks->pointer());
 }
 
 bool WaylandPlatform::openSettings(const QUrl& url)

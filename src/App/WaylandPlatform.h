@@ -11,6 +11,7 @@
 namespace tessly {
 
 class PortalKeySender;
+class WaylandOutsideClickMonitor;
 
 /// A Wayland session, without any X server. Compositors differ in what they let programs do: each
 /// thing is done in the first way that is there.
@@ -24,9 +25,11 @@ public:
     Pasteboard& pasteboard() override { return *m_pasteboard; }
     Workspace& workspace() override { return *m_workspace; }
     KeyEventPoster& keys() override { return *m_keys; }
-    OutsideClickMonitor& outsideClicks() override { return m_outsideClicks; }
+    OutsideClickMonitor& outsideClicks() override;
     HotKeyCenter& hotKeys() override { return m_hotKeys; }
     StatusItem& statusItem() override { return *m_statusItem; }
+    [[nodiscard]] PanelSurface panelSurface() const override;
+    [[nodiscard]] QCoro::Task<std::optional<QRect>> panelAnchor() override;
     [[nodiscard]] bool openSettings(const QUrl& url) override;
     [[nodiscard]] QStringList protocols() const override;
 
@@ -44,7 +47,9 @@ private:
     /// The same, if it is the portal's.
     PortalKeySender* m_portalSender = nullptr;
     std::unique_ptr<KeyEventPoster> m_keys;
-    NoOutsideClickMonitor m_outsideClicks;
+    NoOutsideClickMonitor m_noOutsideClicks;
+    /// Where the panel is a layer surface.
+    std::unique_ptr<WaylandOutsideClickMonitor> m_outsideClicks;
     std::unique_ptr<StatusItem> m_statusItem;
 };
 

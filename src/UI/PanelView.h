@@ -7,6 +7,13 @@
 
 namespace tessly {
 
+/// What the panel's window is to the desktop.
+enum class PanelSurface {
+    window,
+    /// One that stands in front of all windows, full-screen ones too: a layer surface of Wayland.
+    layer,
+};
+
 /// The panel's window, as its controller sees it. Main thread only.
 class PanelView
 {
@@ -32,7 +39,8 @@ public:
     virtual void setEvents(Events events) = 0;
     [[nodiscard]] virtual bool isShown() const = 0;
     /// Shows the window beside `anchor` (global, device-independent pixels), whole on the anchor's
-    /// screen; in its middle if the anchor is all of it. Whether it came up shows in `isShown`.
+    /// screen; in its middle if the anchor is all of it; in the middle of the one that the desktop
+    /// chooses if it is empty. Whether it came up shows in `isShown`.
     virtual void show(const QRect& anchor) = 0;
     /// Brings the window to the front and gives it the keyboard.
     virtual void activate() = 0;

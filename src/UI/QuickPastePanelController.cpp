@@ -43,6 +43,8 @@ QCoro::Task<> QuickPastePanelController::open(QPointer<QuickPastePanelController
 {
     const auto opening = std::make_shared<bool>();
     self->m_opening = opening;
+    // Where the desktop tells of clicks by what lies under the panel, that has to be there first.
+    self->watchOutsideClicks();
     const std::optional<QRect> anchor = co_await self->m_anchorProvider();
     // Meanwhile it may have been closed, and opened again.
     if (!self || self->m_opening != opening) {
@@ -51,6 +53,8 @@ QCoro::Task<> QuickPastePanelController::open(QPointer<QuickPastePanelController
     self->m_opening.reset();
     if (anchor) {
         self->present(*anchor);
+    } else {
+        self->m_outsideClickWatch.reset();
     }
 }
 
@@ -75,7 +79,7 @@ void QuickPastePanelController::present(const QRect& anchor)
         return;
     }
     if (m_keepsOpen == KeepsOpen::no) {
-        installEventMonitors();
+        m_isWatching = true;
     }
     m_view->activate();
 }
@@ -142,10 +146,9 @@ void QuickPastePanelController::makeView()
     });
 }
 
-void QuickPastePanelController::installEventMonitors()
+void QuickPastePanelController::watchOutsideClicks()
 {
-    m_isWatching = true;
-    if (!m_outsideClickWatch) {
+    if (m_keepsOpen == KeepsOpen::no && !m_outsideClickWatch) {
         // Closing ends the watch that is calling: it is closed from the event loop instead.
         m_outsideClickWatch = m_dependencies.outsideClicks.watch([self = QPointer(this)] {
             if (self) {

@@ -66,7 +66,7 @@ private:
     static QCoro::Task<> open(QPointer<QuickPastePanelController> self);
     void present(const QRect& anchor);
     void makeView();
-    void installEventMonitors();
+    void watchOutsideClicks();
     void dismiss();
     bool handleKeyEvent(int key, Qt::KeyboardModifiers modifiers);
     void presentationDidEnd();
@@ -81,6 +81,7 @@ private:
     /// Whether keys are handled and clicks and lost focus close the panel: while it is up, unless
     /// it is kept open.
     bool m_isWatching = false;
+    /// From when a place is looked for on.
     std::unique_ptr<OutsideClickMonitor::Watch> m_outsideClickWatch;
     /// Runs for as long as the click may last that dismissed the panel.
     std::unique_ptr<Clock::Timer> m_dismissal;

@@ -8,6 +8,7 @@ class ConfirmationView;
 class OnboardingModel;
 class PanelModel;
 class PanelView;
+enum class PanelSurface;
 class SettingsModel;
 class StatusMenuView;
 class StatusToolTipView;
@@ -24,7 +25,9 @@ public:
     ViewFactory& operator=(const ViewFactory&) = delete;
     virtual ~ViewFactory() = default;
 
-    [[nodiscard]] virtual std::unique_ptr<PanelView> makePanel(PanelModel& model) = 0;
+    /// A window where a layer surface cannot be made.
+    [[nodiscard]] virtual std::unique_ptr<PanelView>
+    makePanel(PanelModel& model, PanelSurface surface) = 0;
     [[nodiscard]] virtual std::unique_ptr<WindowView> makeSettings(SettingsModel& model) = 0;
     [[nodiscard]] virtual std::unique_ptr<WindowView> makeOnboarding(OnboardingModel& model) = 0;
     [[nodiscard]] virtual std::unique_ptr<StatusMenuView> makeStatusMenu() = 0;

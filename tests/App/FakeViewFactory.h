@@ -92,7 +92,10 @@ public:
         Answered m_answered;
     };
 
-    [[nodiscard]] std::unique_ptr<PanelView> makePanel(PanelModel&) override { return note(panel); }
+    [[nodiscard]] std::unique_ptr<PanelView> makePanel(PanelModel&, PanelSurface) override
+    {
+        return note(panel);
+    }
     [[nodiscard]] std::unique_ptr<WindowView> makeSettings(SettingsModel& model) override
     {
         settingsModel = &model;

@@ -125,6 +125,35 @@ TEST_F(QuickPastePanelControllerTest, ShowsItsViewAtTheAnchorAndGivesItTheKeyboa
     EXPECT_EQ(m_clicks.watches(), 1U);
 }
 
+TEST_F(QuickPastePanelControllerTest, ClicksAreWatchedBeforeThePlaceIsAskedFor)
+{
+    Gate& gate = holdAnchor();
+    show();
+    EXPECT_EQ(m_clicks.watches(), 1U);
+    // It is not open yet: none of its business.
+    m_clicks.press();
+    run();
+    gate.open();
+    run();
+    expectOpen();
+    EXPECT_EQ(m_clicks.watches(), 1U);
+}
+
+TEST_F(QuickPastePanelControllerTest, ClicksAreNotWatchedWhereThereIsNoPlaceOrItIsClosedMeanwhile)
+{
+    m_anchor.reset();
+    show();
+    EXPECT_EQ(m_clicks.watches(), 0U);
+
+    Gate& gate = holdAnchor();
+    show();
+    m_controller->close();
+    EXPECT_EQ(m_clicks.watches(), 0U);
+    gate.open();
+    run();
+    EXPECT_EQ(m_clicks.watches(), 0U);
+}
+
 TEST_F(QuickPastePanelControllerTest, OpensWithAnEmptyQueryAndAFreshList)
 {
     save("older");

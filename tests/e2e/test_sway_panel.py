@@ -13,17 +13,43 @@ from tessly_e2e.wayland_case import WaylandCase, WaylandDesktopCase
 class Panel(wayland_tests.Panel, WaylandCase):
     desktop_class = Sway
     terminal = WaylandTerminal
+    layer_loses_keys = False
 
-    def test_it_is_in_the_middle(self):
+    def test_a_window_is_in_the_middle(self):
+        if self.is_layer:
+            self.skipTest("the panel chooses its place itself")
         panel = self.open_above_terminal()
         width, height = self.desktop.size
         self.assertLess(abs(panel.x + panel.width / 2 - width / 2), 2)
         self.assertLess(abs(panel.y + panel.height / 2 - height / 2), 20)
 
-    def test_behind_a_full_screen_window_it_closes_again(self):
+    def full_screen_terminal(self):
         terminal = WaylandTerminal(self.desktop).start()
         self.desktop.messages.command("fullscreen enable")
         wait_until(lambda: terminal.geometry().width == self.desktop.size[0], "it is full-screen")
+        return terminal
+
+    def test_before_a_full_screen_window_it_is_seen_and_pastes_into_it(self):
+        if not self.is_layer:
+            self.skipTest("it is a window, and so behind it")
+        self.record("pasted into it")
+        terminal = self.full_screen_terminal()
+        before = self.desktop.screen.picture()
+        panel = self.tessly.open_panel()
+        after = self.desktop.screen.picture()
+        changed = [number // 3 // before.width for number in range(0, len(before.rgb), 3 * 97)
+                   if before.rgb[number] != after.rgb[number]]
+        self.assertGreaterEqual(min(changed), panel.window.y)
+        self.assertLess(max(changed), panel.window.y + panel.window.height)
+        self.assertGreater(max(changed) - min(changed), panel.window.height * 0.9)
+        self.keyboard.press("Return")
+        self.tessly.wait_for_closed_panel()
+        terminal.wait_for_text("pasted into it")
+
+    def test_behind_a_full_screen_window_it_closes_again(self):
+        if self.is_layer:
+            self.skipTest("it is before it")
+        terminal = self.full_screen_terminal()
         self.tessly.command("show")
         wait_until(lambda: any("did not get the keyboard" in line
                                for line in self.tessly.remarks()), "Tessly says why")

@@ -196,6 +196,21 @@ class Panel:
     # What the panel's design gives it.
     SIZE = (660, 560)
 
+    # Whether a layer surface that has the keys loses them to windows.
+    layer_loses_keys = True
+
+    def setUp(self):
+        super().setUp()
+        self.is_layer = self.tessly.has_layer_panel()
+
+    def expect_closed_by_loss(self, terminal):
+        """Another window is to have the keys now."""
+        if self.is_layer and not self.layer_loses_keys:
+            self.assertTrue(holds_for(0.5, self.tessly.panel_window))
+            self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+        wait_until(terminal.is_in_front, "the terminal has the keys")
+
     def open_above_terminal(self):
         self.terminal(self.desktop).start()
         return self.tessly.open_panel().window
@@ -240,14 +255,27 @@ class Panel:
         terminal = self.terminal(self.desktop).start()
         self.tessly.open_panel()
         self.desktop.windows.activate(terminal.window)
-        self.tessly.wait_for_closed_panel()
-        wait_until(terminal.is_in_front, "the terminal keeps the keys")
+        self.expect_closed_by_loss(terminal)
 
     def test_a_window_that_comes_up_closes_it(self):
         self.tessly.open_panel()
         terminal = self.terminal(self.desktop).start()
-        self.tessly.wait_for_closed_panel()
-        wait_until(terminal.is_in_front, "the terminal keeps the keys")
+        self.expect_closed_by_loss(terminal)
+
+    def test_it_is_beside_the_pointer_where_it_can_choose_its_place(self):
+        if not self.is_layer:
+            self.skipTest("the compositor chooses")
+        self.terminal(self.desktop).start()
+        width, height = self.SIZE
+        # Below it, and above where there is no room below; whole on the screen.
+        for pointer, place in (((400, 50), (400 - width // 2, 50 + 7)),
+                               ((1270, 780), (1280 - width, 780 - 6 - height))):
+            self.desktop.pointer.move(*pointer)
+            panel = self.tessly.open_panel().window
+            self.assertEqual((panel.width, panel.height), self.SIZE)
+            self.assertLessEqual(abs(panel.x - place[0]) + abs(panel.y - place[1]), 3, panel)
+            self.keyboard.press("Escape")
+            self.tessly.wait_for_closed_panel()
 
     def test_it_opens_again_and_again(self):
         for _ in range(5):

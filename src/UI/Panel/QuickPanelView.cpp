@@ -2,8 +2,10 @@
 
 #include "PanelModel.h"
 #include "Tokens.h"
+#include "Trace.h"
 #include "WindowGeometry.h"
 
+#include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -13,6 +15,7 @@
 #include <malloc.h>
 #include <utility>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace tessly {
@@ -29,9 +32,18 @@ constexpr auto lastLookForFocus = 50ms;
 
 Q_LOGGING_CATEGORY(lcPanel, "com.brackmoor.tessly.QuickPanelView")
 
+/// No compositor tells tests of layer surfaces.
+void traceShown(const QRect& place)
+{
+    trace(qPrintable(u"panel-shown:%1,%2,%3,%4"_s.arg(place.x())
+                         .arg(place.y())
+                         .arg(place.width())
+                         .arg(place.height())));
+}
+
 } // namespace
 
-QuickPanelView::QuickPanelView(PanelModel& model)
+QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
 {
     m_window = std::make_unique<PanelWindow>(
         model, PanelWindow::Handlers{
@@ -41,12 +53,16 @@ QuickPanelView::QuickPanelView(PanelModel& model)
                        },
                    .closeRequested = [this] { close(); },
                });
+    if (surface == PanelSurface::layer) {
+        m_layer = makePanelLayer(*m_window);
+    }
     m_x11 = std::make_unique<X11ViewWindow>(*m_window, [this] { focusLost(); });
     if (!m_x11->isUsed()) {
         connect(m_window.get(), &QWindow::activeChanged, this, [this] {
             // A window that has just come up is not yet active.
             if (m_window->isActive()) {
                 m_hasBeenActive = true;
+                trace("panel-active");
             } else if (m_hasBeenActive) {
                 focusLost();
             }
@@ -81,14 +97,22 @@ void QuickPanelView::setEvents(Events events)
 
 void QuickPanelView::show(const QRect& anchor)
 {
-    QScreen* const screen = screenNear(anchor.center());
+    const bool isPlaceKnown = !anchor.isEmpty();
+    QScreen* const screen =
+        isPlaceKnown ? screenNear(anchor.center()) : QGuiApplication::primaryScreen();
     if (m_isShown || !isLoaded() || screen == nullptr) {
         return;
     }
     m_memoryTimer.stop();
     const TokenMetrics metrics;
-    const QRect geometry = panelGeometry(
-        anchor, QSize(metrics.panelWidth, metrics.panelHeight), screen->availableGeometry());
+    const QSize size(metrics.panelWidth, metrics.panelHeight);
+    const QRect geometry = isPlaceKnown ? panelGeometry(anchor, size, screen->availableGeometry())
+                                        : centredGeometry(size, screen->availableGeometry());
+    if (m_layer && isPlaceKnown) {
+        m_layer->place(geometry, *screen);
+    } else if (m_layer) {
+        m_layer->placeOnActiveScreen();
+    }
     m_window->setScreen(screen);
     m_window->setMinimumSize(geometry.size());
     m_window->setMaximumSize(geometry.size());
@@ -102,6 +126,9 @@ void QuickPanelView::show(const QRect& anchor)
     m_isShown = true;
     m_hasBeenActive = false;
     m_hasBeenDrawn = false;
+    if (m_layer) {
+        traceShown(geometry);
+    }
     m_window->show();
 }
 
@@ -119,6 +146,7 @@ void QuickPanelView::close()
     m_isShown = false;
     m_focusTimer.stop();
     m_window->hide();
+    trace("panel-closed");
     m_window->releasePointer();
     m_memoryTimer.start();
     if (m_events.didClose) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PanelLayer.h"
 #include "PanelView.h"
 #include "PanelWindow.h"
 #include "X11ViewWindow.h"
@@ -21,7 +22,7 @@ class QuickPanelView final : public QObject, public PanelView
 
 public:
     /// Loads the panel's QML. `model` must outlive the view.
-    explicit QuickPanelView(PanelModel& model);
+    explicit QuickPanelView(PanelModel& model, PanelSurface surface = PanelSurface::window);
     ~QuickPanelView() override;
 
     /// Whether the panel could be loaded; the log tells why not.
@@ -46,6 +47,8 @@ private:
     bool m_isLastLook = false;
     std::unique_ptr<PanelWindow> m_window;
     std::unique_ptr<X11ViewWindow> m_x11;
+    /// Null if it is an ordinary window.
+    std::unique_ptr<PanelLayer> m_layer;
     /// Runs from the first frame of a showing until the focus must have come.
     QTimer m_focusTimer;
     QTimer m_memoryTimer;

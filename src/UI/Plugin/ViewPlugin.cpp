@@ -22,10 +22,11 @@ std::unique_ptr<Base> loaded(std::unique_ptr<View> view)
 class QuickViewFactory final : public tessly::ViewFactory
 {
 public:
-    std::unique_ptr<tessly::PanelView> makePanel(tessly::PanelModel& model) override
+    std::unique_ptr<tessly::PanelView>
+    makePanel(tessly::PanelModel& model, tessly::PanelSurface surface) override
     {
         return loaded<tessly::QuickPanelView, tessly::PanelView>(
-            std::make_unique<tessly::QuickPanelView>(model));
+            std::make_unique<tessly::QuickPanelView>(model, surface));
     }
     std::unique_ptr<tessly::WindowView> makeSettings(tessly::SettingsModel& model) override
     {

@@ -48,9 +48,13 @@ class FakePointer:
         self._input = connection.bind("org_kde_kwin_fake_input", 4)
         self._input.authenticate("a hand", "tests")
 
+    def move(self, x, y):
+        self._input.pointer_motion_absolute(x * 256, y * 256)
+        self._connection.roundtrip()
+
     def click(self, x, y, times=1):
         left = 0x110
-        self._input.pointer_motion_absolute(x * 256, y * 256)
+        self.move(x, y)
         for _ in range(times):
             self._input.button(left, 1)
             self._input.button(left, 0)

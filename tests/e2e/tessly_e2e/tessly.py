@@ -1,5 +1,6 @@
 """The program under test, started and used from outside."""
 
+import json
 import os
 import re
 import signal
@@ -9,9 +10,13 @@ from collections import namedtuple
 from .history import History
 from .processes import read_log
 from .waiting import PATIENCE, Timeout, settled, wait_until
+from .wayland_session import Toplevel
 
 BUS_NAME = "com.brackmoor.tessly"
 MARKER = "com.brackmoor.tessly.internal-origin"
+
+# The id of a panel that is no window.
+_LAYER = "layer"
 
 Trace = namedtuple("Trace", "name time")  # seconds, as time.monotonic() counts them
 
@@ -180,6 +185,11 @@ class Tessly:
 
     # Its windows
 
+    def has_layer_panel(self):
+        """Whether the panel is a layer surface here."""
+        status = json.loads(self.command("status", "--json").stdout)
+        return "zwlr_layer_shell_v1" in status["protocols"]
+
     def window(self, title):
         """The window of this title, or None while it is closed."""
         return next((window for window in self.desktop.windows.visible(pid=self.pid)
@@ -193,7 +203,19 @@ class Tessly:
 
     def panel_window(self):
         """The panel's window, or None while it is closed."""
-        return self.window("Tessly")
+        return self._layer_panel() or self.window("Tessly")
+
+    def _layer_panel(self):
+        """The panel where it is a layer surface, of which compositors tell nobody: as the program
+        itself sees it."""
+        marks = re.findall(r"^trace: panel-(\S+) ", self.log(), re.MULTILINE)
+        shown = max((number for number, mark in enumerate(marks) if mark.startswith("shown:")),
+                    default=None)
+        if shown is None or "closed" in marks[shown:]:
+            return None
+        place = map(int, marks[shown].removeprefix("shown:").split(","))
+        return Toplevel(_LAYER, BUS_NAME, "Tessly", self.pid, *place, "active" in marks[shown:],
+                        True)
 
     def open_panel(self):
         """Opens the panel as a second start does; returns it once it has the keys and its list."""
@@ -210,6 +232,9 @@ class Tessly:
         return panel
 
     def has_keys(self, window):
+        if window.id == _LAYER:
+            panel = self._layer_panel()
+            return panel is not None and panel.is_active
         windows = self.desktop.windows
         return windows.active == window.id and windows.focused is not None
 
