@@ -1,5 +1,7 @@
 #include "FlavourTargets.h"
 
+#include "FileURL.h"
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -143,8 +145,12 @@ QByteArrayList fileURLs(QByteArrayView target, const QByteArray& list)
             continue;
         }
         // What is no file, comments among it, is skipped. No file has a NUL in its name.
-        if (isAbsoluteFileURL(line) && !line.contains('\0')) {
-            urls.append(mendedFileURL(line.trimmed()));
+        if (!isAbsoluteFileURL(line) || line.contains('\0')) {
+            continue;
+        }
+        // A host that is none cannot be mended, and what stands behind it names nothing.
+        if (const QByteArray url = mendedFileURL(line.trimmed()); FileURL::parse(url)) {
+            urls.append(url);
         }
     }
     return urls;

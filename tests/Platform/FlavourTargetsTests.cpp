@@ -92,6 +92,13 @@ TEST(FlavourTargets, whatIsAURLStaysAsItIs)
     EXPECT_EQ(fileURLs("text/uri-list", "file:///a#b#c"), QByteArrayList({"file:///a#b%23c"}));
 }
 
+TEST(FlavourTargets, aFileOnAHostThatIsNoneIsLeftOut)
+{
+    EXPECT_EQ(
+        fileURLs("text/uri-list", "file://a b\r\nfile://a b/c\r\nfile://\x0F\r\nfile:///d\r\n"),
+        QByteArrayList({"file:///d"}));
+}
+
 TEST(FlavourTargets, noFileHasANULInItsName)
 {
     EXPECT_EQ(
