@@ -11,6 +11,8 @@ namespace {
 
 QString inQuotes(QString text)
 {
+    // FTS5 takes a query to end at its first NUL.
+    text.replace(QChar::Null, u' ');
     return u'"' + text.replace(u'"', u"\"\""_s) + u'"';
 }
 

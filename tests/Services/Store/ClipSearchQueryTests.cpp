@@ -32,6 +32,12 @@ TEST(FTSQuery, isTheQuotedTextWhenThereIsNeitherLetterNorNumber)
     EXPECT_EQ(ftsQuery(u"👍 *"_s), R"("👍 *")");
 }
 
+TEST(FTSQuery, doesNotEndAtANUL)
+{
+    EXPECT_EQ(ftsQuery(u"?\0!"_s), "\"? !\"");
+    EXPECT_EQ(ftsQuery(u"a\0b"_s), "\"a\"* AND \"b\"*");
+}
+
 TEST(FTSQuery, leavesNoOperatorsToTheUser)
 {
     EXPECT_EQ(ftsQuery(u"a OR b"_s), R"("a"* AND "or"* AND "b"*)");
