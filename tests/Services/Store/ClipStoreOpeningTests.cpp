@@ -7,16 +7,20 @@
 #include "LogCapture.h"
 #include "ManualExecutor.h"
 #include "MemoryFolder.h"
+#include "SQLiteHook.h"
 #include "TestSupport.h"
 #include "ThreadExecutor.h"
 #include "UI/QtPrinting.h"
 
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 using testing::Contains;
@@ -394,6 +398,40 @@ TEST_F(ClipStoreOpeningTest, TheEndCutsTheCheckShortAndSavesWhatWaits)
     EXPECT_TRUE(await(m_store->opened()).damagedFolder) << "the next start checks again";
 }
 
+TEST_F(ClipStoreOpeningTest, WhatACheckSaysThatIsInterruptedIsNotBelieved)
+{
+    fill({"one", "two"});
+    auto executor = std::make_unique<ManualExecutor>();
+    ManualExecutor& jobs = *executor;
+    ClipStore::Means interrupted = means();
+    interrupted.executor = std::move(executor);
+    // When the check's first step begins, whose answer then is that pages are missing.
+    const std::function<void()> finish = [this] {
+        if (m_notes.empty()) {
+            note(m_store->finish(), "finished");
+        }
+    };
+    const SQLiteHook hook([&finish](sqlite3* connection) {
+        const auto begun = [](unsigned, void* finish, void*, void* text) {
+            if (std::strstr(static_cast<const char*>(text), "quick_check") != nullptr) {
+                (*static_cast<const std::function<void()>*>(finish))();
+            }
+            return 0;
+        };
+        sqlite3_trace_v2(
+            connection, SQLITE_TRACE_STMT, begun, const_cast<std::function<void()>*>(&finish));
+    });
+    m_store = std::make_unique<ClipStore>(std::move(interrupted));
+    auto saving = save("three");
+    while (jobs.runOne()) {
+    }
+    EXPECT_EQ(await(m_store->opened()), ClipStore::Opening());
+    EXPECT_EQ(await(std::move(saving)).copyCount, 1);
+    EXPECT_THAT(m_notes, SizeIs(1)) << "there was a check";
+    m_store.reset();
+    EXPECT_THAT(nextStart(), ElementsAre("three", "two", "one"));
+}
+
 TEST_F(ClipStoreOpeningTest, AStoreThatGoesSavesWhatWaits)
 {
     fill({"one"});
@@ -439,14 +477,18 @@ TEST_F(ClipStoreOpeningTest, WhatTheUserDidToEntriesOfADamagedHistoryIsDone)
         texts.append("text " + QByteArray::number(i) + QByteArray(600, ' ') + '.');
     }
     const std::vector<Clip> before = fill(texts);
-    damage("text 0 ");
+    damage("text 5 ");
     openHeld();
+    EXPECT_EQ(await(m_store->statistics()).totalItems, 20);
     note(m_store->remove(before[18].id), "deleted");
     note(m_store->setPinned(true, before[17].id), "pinned");
     note(save("new"), "saved");
     const ClipStore::Opening opening = letGo();
     ASSERT_TRUE(opening.rescue);
     EXPECT_GT(opening.rescue->kept, 10);
+    for (const QFileInfo& open : QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files)) {
+        EXPECT_FALSE(open.symLinkTarget().startsWith(*opening.damagedFolder));
+    }
     EXPECT_FALSE(AppPaths::unfinishedRecovery(m_folder.path()));
     const std::vector<QByteArray> after = listed();
     ASSERT_GT(after.size(), 3U);
