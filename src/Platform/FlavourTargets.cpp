@@ -139,6 +139,7 @@ QByteArrayList fileURLs(QByteArrayView target, const QByteArray& list)
         while (line.endsWith('\0')) {
             line.chop(1);
         }
+        line = line.trimmed();
         start = end + 1;
         if (isOperation) {
             isOperation = false;
@@ -149,7 +150,7 @@ QByteArrayList fileURLs(QByteArrayView target, const QByteArray& list)
             continue;
         }
         // A host that is none cannot be mended, and what stands behind it names nothing.
-        if (const QByteArray url = mendedFileURL(line.trimmed()); FileURL::parse(url)) {
+        if (const QByteArray url = mendedFileURL(line); FileURL::parse(url)) {
             urls.append(url);
         }
     }

@@ -95,8 +95,11 @@ TEST(FlavourTargets, whatIsAURLStaysAsItIs)
 TEST(FlavourTargets, aFileOnAHostThatIsNoneIsLeftOut)
 {
     EXPECT_EQ(
-        fileURLs("text/uri-list", "file://a b\r\nfile://a b/c\r\nfile://\x0F\r\nfile:///d\r\n"),
+        fileURLs(
+            "text/uri-list",
+            "file://a b\r\nfile://a b/c\r\nfile://\x0F\r\nfile:///d\r\n"),
         QByteArrayList({"file:///d"}));
+    EXPECT_EQ(fileURLs("text/uri-list", "file:/\v\0"_ba), QByteArrayList());
 }
 
 TEST(FlavourTargets, noFileHasANULInItsName)
