@@ -9,6 +9,9 @@
 
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QScopeGuard>
+
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <cmath>
@@ -24,6 +27,8 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
+constexpr int primaryCode = 0xff;
+
 const char* const readFailure = "Could not read a damaged history";
 const char* const writeFailure = "Could not update clipboard history";
 
@@ -34,12 +39,37 @@ constexpr qint64 highestRowToTry = 1'000'000;
 constexpr std::size_t clipsAtOnce = 100;
 constexpr qint64 bytesAtOnce = 4 * 1024 * 1024;
 
+/// Throws what says nothing of the damaged file itself: what cannot be read just now may be read
+/// when the rescue goes on. Not so a full disk, which reading does not need: SQLite says that of
+/// pages that no file can have; nor too little memory, since a damaged row may have any length.
+void requireDamage(const ClipStoreError& error)
+{
+    const int code = error.sqliteCode() & primaryCode;
+    if (isHindrance(code) && code != SQLITE_FULL && code != SQLITE_NOMEM) {
+        throw error;
+    }
+}
+
+/// Where the schema itself is damaged, has SQLite take what it can make sense of.
+void takeWhatThereIs(SQLiteConnection& connection)
+{
+    try {
+        connection.execute("SELECT 1 FROM sqlite_master LIMIT 1;");
+    } catch (const SQLiteError& error) {
+        if (isHindrance(error.code())) {
+            throw;
+        }
+        connection.execute("PRAGMA writable_schema = ON;");
+    }
+}
+
 SQLiteConnection openUntouched(const QString& path)
 {
     const bool hasLog = QFileInfo(path + u"-wal"_s).size() > 0;
     if (!hasLog || QFileInfo::exists(path + u"-journal"_s)) {
         SQLiteConnection connection(path, SQLiteConnection::Access::readOnlyUnshared);
         connection.execute(schema::connectionSettings);
+        takeWhatThereIs(connection);
         return connection;
     }
     // What is in the log can only be read with locks of one's own; by the exclusive mode without a
@@ -48,6 +78,7 @@ SQLiteConnection openUntouched(const QString& path)
     connection.setKeepsLog(true);
     connection.execute(schema::connectionSettings);
     connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA query_only = ON;");
+    takeWhatThereIs(connection);
     return connection;
 }
 
@@ -69,6 +100,7 @@ std::set<qint64> rowsOf(const SQLiteConnection& damaged)
                 rows.insert(walk.row().integer(0));
             }
         } catch (const ClipStoreError& error) {
+            requireDamage(error);
             qCInfo(lcStore, "A damaged history: %s", error.what());
         }
     }
@@ -105,7 +137,8 @@ std::optional<RescuedClip> clipOf(const SQLiteConnection& damaged, qint64 row)
         const ClipPayload payload = decodePayload(content.row());
         const bool isWhole = payload.contentHash() == hash.row().bytes(0);
         return isWhole ? std::optional(RescuedClip{clip, payload}) : std::nullopt;
-    } catch (const ClipStoreError&) {
+    } catch (const ClipStoreError& error) {
+        requireDamage(error);
         return std::nullopt;
     }
 }
@@ -175,8 +208,9 @@ std::vector<ClipRescuer::Row> ClipRescuer::readableRows() const
                 std::isfinite(statement.row().real(1))) {
                 readable.push_back({row, statement.row().integer(0) > 0, statement.row().real(1)});
             }
-        } catch (const ClipStoreError&) {
+        } catch (const ClipStoreError& error) {
             // Its page is lost. How many those are, the numbers tell.
+            requireDamage(error);
         }
     }
     std::ranges::stable_sort(readable, [](const Row& a, const Row& b) {
@@ -187,6 +221,16 @@ std::vector<ClipRescuer::Row> ClipRescuer::readableRows() const
 
 void ClipRescuer::copySome()
 {
+    // The mark of the rescue goes when the last part is there, and no start brings back what a
+    // power failure takes then.
+    m_history.execute("PRAGMA synchronous = FULL;");
+    const auto restore = qScopeGuard([this] {
+        try {
+            m_history.execute("PRAGMA synchronous = NORMAL;");
+        } catch (const SQLiteError& error) {
+            qCInfo(lcStore, "Every change is synced from now on: %s", error.what());
+        }
+    });
     SQLiteTransaction transaction(m_history, SQLiteTransaction::Mode::immediate);
     qint64 unpinned = unpinnedInHistory();
     qint64 bytes = 0;
@@ -240,7 +284,8 @@ ClipRescue ClipRescuer::outcome() const
             }
             known.reset();
             known.text(1, id.row().bytes(0));
-        } catch (const ClipStoreError&) {
+        } catch (const ClipStoreError& error) {
+            requireDamage(error);
             continue;
         }
         outcome.kept += known.next(writeFailure) ? 1 : 0;

@@ -26,19 +26,23 @@ struct ClipRescue
 /// `maximumHistory` of those that are not pinned. What the history has already stays as it is
 /// there. The damaged file and its log are not changed.
 ///
+/// What a disk does not hand over just now is no damage: the rescue is over then, and goes on
+/// another time.
+///
 /// How far it is stands in the history (as SQLite's user version), in the same transactions as the
 /// clips: a rescue that was cut short goes on where it was, and what the user has deleted since
 /// does not come back.
 class ClipRescuer
 {
 public:
-    /// Looks for what can be read. Throws SQLiteError if the file cannot be opened. The history
-    /// must outlive it.
+    /// Looks for what can be read. Throws SQLiteError if the file cannot be opened, ClipStoreError
+    /// if the disk fails. The history must outlive it.
     ClipRescuer(const QString& damagedPath, SQLiteConnection& history, qint64 maximumHistory);
 
     [[nodiscard]] bool isDone() const { return m_next >= m_rows.size(); }
-    /// Copies some more, in one transaction: about as much as a copy may have to wait for. Throws
-    /// SQLiteError or ClipStoreError if the history cannot be written, which is as before then.
+    /// Copies some more, in one transaction: about as much as a copy may have to wait for. It is on
+    /// the disk when this returns. Throws SQLiteError or ClipStoreError if the history cannot be
+    /// written or the disk fails; the history is as before then.
     void copySome();
     /// Forgets how far it was, for the next rescue. Throws SQLiteError.
     void forgetProgress();
