@@ -298,11 +298,16 @@ bool ClipDatabase::mendIndex(const ClipStoreError& error)
         }
         return mayBeToBlame;
     }
+    // Half-way mended is worse than a search that ends late.
+    const SQLiteConnection::Unstopped unstopped(m_connection);
+    const bool isOfTheFile = (error.sqliteCode() & primaryCode) == SQLITE_CORRUPT &&
+                             error.sqliteCode() != SQLITE_CORRUPT_VTAB;
+    if (isOfTheFile && remakeDamagedIndexes(m_connection)) {
+        return true;
+    }
     if (!m_index.isToBlame(error)) {
         return false;
     }
-    // Half-way mended is worse than a search that ends late.
-    const SQLiteConnection::Unstopped unstopped(m_connection);
     // What is dropped of it leaves its bytes in the log.
     m_hasResidue = true;
     // What else the file has that is no clip may be damaged as well.

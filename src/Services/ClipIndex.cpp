@@ -61,7 +61,7 @@ void ClipIndex::attach()
             // In one transaction: an index that was created and not filled would pass for a full
             // one at the next opening.
             SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
-            m_connection.execute(schema::fullText);
+            schema::createFullText(m_connection);
             m_connection.execute(schema::tryFullText);
             m_connection.execute(schema::rebuildFullText);
             transaction.commit();
@@ -189,7 +189,7 @@ void ClipIndex::mend(const QString& reason, Dropping dropping)
 void ClipIndex::make()
 {
     SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
-    m_connection.execute(schema::fullText);
+    schema::createFullText(m_connection);
     m_connection.execute(schema::rebuildFullText);
     transaction.commit();
     deleteSecurely();
@@ -215,6 +215,22 @@ void ClipIndex::drop()
 
 void ClipIndex::dropByForce(Dropping dropping)
 {
+    const bool isTooLarge =
+        number(m_connection, "PRAGMA page_count;") * number(m_connection, "PRAGMA page_size;") >
+        largestToCompact;
+    if (dropping == Dropping::compacts && !isTooLarge) {
+        // What is wrong may be of no table, as with a list of free pages that leads nowhere: then
+        // this mends it, and nothing less does.
+        try {
+            m_connection.execute("VACUUM;");
+            drop();
+            return;
+        } catch (const SQLiteError& error) {
+            if (isHindrance(error.code()) && (error.code() & primaryCode) != SQLITE_FULL) {
+                throw;
+            }
+        }
+    }
     // FTS5 does not drop what it cannot make sense of, nor SQLite a table with a page that is no
     // page any more. Their names can be taken out of the schema; the pages that then belong to
     // nobody go when the file is compacted, or when the next opening finds them.
@@ -240,15 +256,15 @@ void ClipIndex::dropByForce(Dropping dropping)
             const QByteArray sql = QByteArrayLiteral("DROP TABLE IF EXISTS ") + table;
             m_connection.execute(sql.constData());
         } catch (const SQLiteError& error) {
-            if ((error.code() & primaryCode) != SQLITE_CORRUPT) {
+            // Of a page that no file can have SQLite says that the disk is full. If it is,
+            // compacting fails as well.
+            const int code = error.code() & primaryCode;
+            if (code != SQLITE_CORRUPT && code != SQLITE_FULL) {
                 throw;
             }
             isDropped = false;
         }
     }
-    const bool isTooLarge =
-        number(m_connection, "PRAGMA page_count;") * number(m_connection, "PRAGMA page_size;") >
-        largestToCompact;
     if (isDropped && (isTooLarge || dropping == Dropping::compactsIfNeeded)) {
         return;
     }
@@ -278,10 +294,11 @@ bool ClipIndex::detach()
 
 bool ClipIndex::isInStep()
 {
-    // An index without its triggers was left by an SQLite that cannot keep it.
+    // An index without its triggers was left by an SQLite that cannot keep it. One that was changed
+    // by a damage would fail every save, or let the index go astray.
     return schema::exists(m_connection, "table", "clips_fts") &&
-           std::ranges::all_of(schema::fullTextTriggers, [this](const char* trigger) {
-               return schema::exists(m_connection, "trigger", trigger);
+           std::ranges::all_of(schema::fullTextTriggers, [this](const schema::Trigger& trigger) {
+               return schema::hasTrigger(m_connection, trigger);
            });
 }
 

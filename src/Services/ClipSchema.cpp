@@ -3,6 +3,11 @@
 #include "SQLiteError.h"
 #include "SQLiteStatement.h"
 
+#include <QByteArrayList>
+
+#include <algorithm>
+#include <iterator>
+
 namespace tessly::schema {
 
 const char* const connectionSettings = R"sql(
@@ -45,8 +50,7 @@ CREATE INDEX IF NOT EXISTS clips_kind_index ON clips (kind);
 CREATE INDEX IF NOT EXISTS clips_source_index ON clips (source_bundle_id);
 )sql";
 
-// The index holds no text of its own: a row is removed from it by naming exactly what was inserted.
-const char* const fullText = R"sql(
+const char* const fullTextTable = R"sql(
 CREATE VIRTUAL TABLE IF NOT EXISTS clips_fts USING fts5(
     search_text,
     source_app_name,
@@ -54,21 +58,34 @@ CREATE VIRTUAL TABLE IF NOT EXISTS clips_fts USING fts5(
     content_rowid = 'rowid',
     tokenize = 'unicode61 remove_diacritics 2'
 );
-CREATE TRIGGER IF NOT EXISTS clips_after_insert AFTER INSERT ON clips BEGIN
-    INSERT INTO clips_fts (rowid, search_text, source_app_name)
-    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
-END;
-CREATE TRIGGER IF NOT EXISTS clips_after_delete AFTER DELETE ON clips BEGIN
-    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
-    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
-END;
-CREATE TRIGGER IF NOT EXISTS clips_after_update AFTER UPDATE ON clips BEGIN
-    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
-    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
-    INSERT INTO clips_fts (rowid, search_text, source_app_name)
-    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
-END;
 )sql";
+
+// The index holds no text of its own: a row is removed from it by naming exactly what was inserted.
+const std::array<Trigger, 3> fullTextTriggers = {{
+    {"clips_after_insert", R"sql(CREATE TRIGGER clips_after_insert AFTER INSERT ON clips BEGIN
+    INSERT INTO clips_fts (rowid, search_text, source_app_name)
+    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
+END)sql"},
+    {"clips_after_delete", R"sql(CREATE TRIGGER clips_after_delete AFTER DELETE ON clips BEGIN
+    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
+    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
+END)sql"},
+    {"clips_after_update", R"sql(CREATE TRIGGER clips_after_update AFTER UPDATE ON clips BEGIN
+    INSERT INTO clips_fts (clips_fts, rowid, search_text, source_app_name)
+    VALUES ('delete', old.rowid, old.search_text, coalesce(old.source_app_name, ''));
+    INSERT INTO clips_fts (rowid, search_text, source_app_name)
+    VALUES (new.rowid, new.search_text, coalesce(new.source_app_name, ''));
+END)sql"},
+}};
+
+void createFullText(SQLiteConnection& connection)
+{
+    connection.execute(fullTextTable);
+    connection.execute(detachFullText);
+    for (const Trigger& trigger : fullTextTriggers) {
+        connection.execute(trigger.definition);
+    }
+}
 
 const char* const rebuildFullText = "INSERT INTO clips_fts(clips_fts) VALUES ('rebuild');";
 
@@ -89,11 +106,34 @@ DROP TRIGGER IF EXISTS clips_after_delete;
 DROP TRIGGER IF EXISTS clips_after_update;
 )sql";
 
-bool exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name)
+namespace {
+
+constexpr std::array columns = {
+    "id",
+    "created_at",
+    "last_used_at",
+    "kind",
+    "preview",
+    "search_text",
+    "plain_text",
+    "rtf",
+    "html",
+    "image_png",
+    "file_urls",
+    "source_app_name",
+    "source_bundle_id",
+    "content_hash",
+    "is_pinned",
+    "pin_order",
+    "copy_count",
+};
+
+bool finds(
+    const SQLiteConnection& connection, const QByteArray& sql, const QByteArray& first,
+    const QByteArray& second)
 {
-    SQLiteStatement query(
-        connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;");
-    if (!query.bindText(1, type) || !query.bindText(2, name)) {
+    SQLiteStatement query(connection, sql);
+    if (!query.bindText(1, first) || !query.bindText(2, second)) {
         throw SQLiteError(connection.errorMessage(), connection.errorCode());
     }
     const SQLiteStatement::Step step = query.step();
@@ -101,6 +141,41 @@ bool exists(const SQLiteConnection& connection, const QByteArray& type, const QB
         throw SQLiteError(connection.errorMessage(), connection.errorCode());
     }
     return step == SQLiteStatement::Step::row;
+}
+
+} // namespace
+
+bool exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name)
+{
+    return finds(
+        connection, "SELECT 1 FROM sqlite_master WHERE type = ? AND name = ? LIMIT 1;", type, name);
+}
+
+std::optional<QByteArray> missingColumn(const SQLiteConnection& connection)
+{
+    SQLiteStatement query(connection, "SELECT name FROM pragma_table_info('clips');");
+    QByteArrayList names;
+    SQLiteStatement::Step step = SQLiteStatement::Step::row;
+    while ((step = query.step()) == SQLiteStatement::Step::row) {
+        names.append(query.bytes(0));
+    }
+    if (step == SQLiteStatement::Step::failed) {
+        throw SQLiteError(connection.errorMessage(), connection.errorCode());
+    }
+    if (names.size() != std::ssize(columns)) {
+        return std::nullopt;
+    }
+    const auto* const missing = std::ranges::find_if(
+        columns, [&names](const char* column) { return !names.contains(column); });
+    return missing == columns.end() ? std::nullopt : std::optional(QByteArray(*missing));
+}
+
+bool hasTrigger(const SQLiteConnection& connection, const Trigger& trigger)
+{
+    return finds(
+        connection,
+        "SELECT 1 FROM sqlite_master WHERE type = 'trigger' AND name = ? AND sql = ? LIMIT 1;",
+        trigger.name, trigger.definition);
 }
 
 } // namespace tessly::schema

@@ -5,12 +5,18 @@
 #include <QByteArray>
 
 #include <array>
+#include <optional>
 
 namespace tessly::schema {
 
 /// Whether the file has a table, trigger, … (`type`) of that name. Throws SQLiteError.
 [[nodiscard]] bool
 exists(const SQLiteConnection& connection, const QByteArray& type, const QByteArray& name);
+
+/// A column that the table of the clips should have and has not, although it has as many as it
+/// should: damage, in place of another program's table. None where there is no such table. Throws
+/// SQLiteError.
+[[nodiscard]] std::optional<QByteArray> missingColumn(const SQLiteConnection& connection);
 
 /// For every connection, before it reads anything: what SQLite needs room for on the side (undoing
 /// a statement, sorting) is clipboard content, and would go to a file in /var/tmp; and what is
@@ -24,12 +30,22 @@ extern const char* const newFile;
 /// Run on every open: the connection's settings, the table and its indexes.
 extern const char* const settingsAndTables;
 
-/// Run on every open: the full-text index and the triggers that keep it in step.
-extern const char* const fullText;
+/// A trigger by its name and the statement that makes it, as SQLite keeps it too.
+struct Trigger
+{
+    const char* name;
+    const char* definition;
+};
 
-/// The names of these triggers.
-inline constexpr std::array fullTextTriggers = {
-    "clips_after_insert", "clips_after_delete", "clips_after_update"};
+/// Those that keep the full-text index in step with the table.
+extern const std::array<Trigger, 3> fullTextTriggers;
+
+/// Whether the file has exactly this trigger. Throws SQLiteError.
+[[nodiscard]] bool hasTrigger(const SQLiteConnection& connection, const Trigger& trigger);
+
+/// Makes the full-text index, empty, if there is none, and its triggers in any case. Throws
+/// SQLiteError.
+void createFullText(SQLiteConnection& connection);
 
 /// Fills the full-text index from the table.
 extern const char* const rebuildFullText;

@@ -232,4 +232,18 @@ TEST(ClipDatabaseOpening, saysWhichStatementASchemaOfAnotherProgramRefuses)
     EXPECT_EQ(error.message(), u"no such column: is_pinned"_s);
 }
 
+TEST(ClipDatabaseOpening, refusesATableWhoseColumnsADamageHasRenamed)
+{
+    HistoryFile history;
+    history.open();
+    history.saveText("text");
+    history.close();
+    history.execute("PRAGMA writable_schema = ON;"
+                    "UPDATE sqlite_master SET sql = replace(sql, 'preview', 'prefiew')"
+                    " WHERE name = 'clips';");
+    const ClipStoreError error = openingError(history);
+    EXPECT_EQ(error.errorCase(), ClipStoreError::Case::corruptedDatabase);
+    EXPECT_EQ(error.message(), u"The table has no column “preview”."_s);
+}
+
 } // namespace tessly::test
