@@ -22,7 +22,7 @@ constexpr qint64 partTrimmedAtOnce = 10;
 
 // Free pages are given back to the disk if there are at least so many, 1 MB as a rule, and they are
 // this part of the file.
-constexpr qint64 leastPagesToGiveBack = 256;
+constexpr qint64 leastPagesToGiveBack = 512;
 constexpr qint64 partToGiveBack = 10;
 
 // Another process that lists the history is done sooner.

@@ -15,7 +15,9 @@ PRAGMA temp_store = MEMORY;
 PRAGMA secure_delete = ON;
 )sql";
 
-const char* const newFile = "PRAGMA auto_vacuum = INCREMENTAL;";
+// A copy changes some twenty pages here and there, each of which goes through the log as a whole.
+// Smaller ones still would make a list of large images read too many.
+const char* const newFile = "PRAGMA page_size = 2048; PRAGMA auto_vacuum = INCREMENTAL;";
 
 // Deleted content is overwritten (secure_delete), and its pages go back to the file system.
 const char* const settingsAndTables = R"sql(

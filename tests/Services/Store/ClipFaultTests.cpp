@@ -516,7 +516,7 @@ TEST_F(ClipFaults, ofADamagedPageAreFoundAtTheOpening)
     fill(200);
     history.close();
     const QByteArray sound = bytes();
-    constexpr qsizetype pageSize = 4096;
+    constexpr qsizetype pageSize = HistoryFile::pageSize;
     QRandomGenerator random(5);
     int found = 0;
     for (int i = 0; i < 30; ++i) {

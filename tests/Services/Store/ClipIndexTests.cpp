@@ -117,7 +117,7 @@ protected:
         return lines;
     }
 
-    static constexpr qsizetype pageSize = 4096;
+    static constexpr qsizetype pageSize = HistoryFile::pageSize;
     const LogCapture log;
     HistoryFile history;
     Clip m_last;

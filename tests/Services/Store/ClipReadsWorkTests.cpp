@@ -113,9 +113,9 @@ TEST_F(ClipReadsWork, ofAListOfPicturesLeavesThePicturesWhereTheyAre)
 {
     reopen();
     constexpr int images = 100;
-    constexpr qint64 pagesOfAnImage = 250;
+    constexpr qint64 pagesOfAnImage = 330;
     for (int i = 0; i < images; ++i) {
-        const QByteArray image(pagesOfAnImage * 4096, static_cast<char>(i));
+        const QByteArray image(pagesOfAnImage * HistoryFile::pageSize, static_cast<char>(i));
         const Clip clip =
             history.database().save(ClipPayload({.imagePNG = image}), u"App"_s, std::nullopt, 1000);
         if (i % 40 == 0) {
@@ -138,7 +138,9 @@ TEST_F(ClipReadsWork, ofAListOfPicturesLeavesThePicturesWhereTheyAre)
     EXPECT_LT(fresh.pages, 10 * 10);
     // A picture is read when it is asked for.
     const Work whole = workOf([&] {
-        EXPECT_EQ(history.database().payload(held.front().id)->byteCount(), pagesOfAnImage * 4096);
+        EXPECT_EQ(
+            history.database().payload(held.front().id)->byteCount(),
+            pagesOfAnImage * HistoryFile::pageSize);
     });
     EXPECT_GT(whole.pages, pagesOfAnImage);
     EXPECT_LT(whole.pages, pagesOfAnImage + 10);

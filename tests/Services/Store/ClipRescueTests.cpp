@@ -61,8 +61,8 @@ protected:
         QByteArray content = bytes(history.path());
         for (const QByteArray& lost : texts) {
             for (qsizetype at = 0; (at = content.indexOf(lost, at)) >= 0;) {
-                const qsizetype page = at / 4096;
-                content.replace(page * 4096, 4096, QByteArray(4096, '\x55'));
+                constexpr qsizetype size = HistoryFile::pageSize;
+                content.replace(at / size * size, size, QByteArray(size, '\x55'));
             }
         }
         setBytes(history.path(), content);

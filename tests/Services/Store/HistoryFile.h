@@ -12,6 +12,9 @@ namespace tessly::test {
 class HistoryFile
 {
 public:
+    /// Of a history as it is made.
+    static constexpr qsizetype pageSize = 2048;
+
     HistoryFile();
 
     [[nodiscard]] const QString& path() const { return m_path; }
