@@ -1,3 +1,4 @@
+#include "FaultReport.h"
 #include "HistoryFile.h"
 #include "UI/QtPrinting.h"
 
@@ -88,6 +89,7 @@ TEST(ClipCrash, losesNothingThatWasReportedWheneverTheProcessIsKilled)
     }
     EXPECT_GT(reports.saved.size(), rounds);
     EXPECT_FALSE(reports.removed.isEmpty());
+    reportFaults("killed (-9)", {{"nothing lost", rounds}});
 }
 
 } // namespace tessly::test

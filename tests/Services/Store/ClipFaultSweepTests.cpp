@@ -1,21 +1,20 @@
+#include "FaultReport.h"
 #include "FaultVFS.h"
-#include "HistoryFile.h"
+#include "FilledHistory.h"
+#include "FolderSnapshot.h"
 #include "LogCapture.h"
 #include "UI/QtPrinting.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
 // Lets one call after another of what SQLite asks of its files fail, in the midst of each operation
-// of the history. With TESSLY_ALL_FAULTS in the environment every call, and a table at the end of
-// what became of it; else a part of them.
+// of the history. With TESSLY_ALL_FAULTS in the environment every call, else a part of them.
 
 namespace tessly::test {
 
@@ -25,45 +24,104 @@ using Call = FaultVFS::Call;
 using Fault = FaultVFS::Fault;
 using Span = FaultVFS::Span;
 
-const QByteArray secret = "xsecretx";
-
 enum class Start { open, closed };
+
+/// Of the text with the secret, in the files, once what was put off is done as well.
+enum class Secret {
+    stays,
+    /// Gone if the operation succeeded.
+    goesWithSuccess,
+    goes,
+};
 
 struct Operation
 {
     const char* name;
     std::function<void(HistoryFile&)> run;
+    std::function<void(HistoryFile&)> fill = fillUsually;
     Start start = Start::open;
-    /// Whether the secret is to be gone from the files behind it, once `scrub` has run.
-    bool wipesTheSecret = false;
+    Secret secret = Secret::stays;
     /// Whether the operation is tried again where the disk fails it once.
     bool isPatient = false;
-    /// Whether a page of the index is damaged.
-    bool hasDamagedIndex = false;
+    /// Whether what failed, done once more, comes to the same end as what did not.
+    bool canBeTakenUp = false;
+    /// For an operation of several transactions: whether a failure may leave this.
+    std::function<bool(const QStringList& before, const QStringList& after, const QStringList&)>
+        isBetween = [](const auto&, const auto&, const auto&) { return false; };
+    /// What has to hold besides, once what was put off is done as well.
+    std::function<void(HistoryFile&)> check = [](HistoryFile&) {};
+    /// How many calls a test that does not try all of them leaves out, in parts of those it has
+    /// tried.
+    double haste = 0.5;
 };
 
-/// What a user sees of a history.
-QStringList look(const std::vector<Clip>& clips)
+void fillAndDamageTheIndex(HistoryFile& history)
 {
-    QStringList lines;
-    for (const Clip& clip : clips) {
-        lines.append(u"%1 %2 %3 %4 %5"_s.arg(clip.payload.previewLine())
-                         .arg(clip.isPinned)
-                         .arg(clip.pinOrder.value_or(-1))
-                         .arg(clip.copyCount)
-                         .arg(clip.lastUsedAt));
-    }
-    return lines;
+    fillUsually(history);
+    const qsizetype page =
+        history.ask("SELECT rootpage FROM sqlite_master WHERE name = 'clips_fts_data'")
+            .first()
+            .toLongLong();
+    QFile file(history.path());
+    ASSERT_TRUE(file.open(QFile::ReadWrite));
+    file.seek((page - 1) * HistoryFile::pageSize);
+    file.write(QByteArray(HistoryFile::pageSize, '\x55'));
 }
 
-QUuid idOf(HistoryFile& history, const QString& preview)
+/// A deletion whose traces nobody has wiped.
+void fillAndLeaveResidue(HistoryFile& history)
+{
+    fillUsually(history);
+    history.execute(
+        "PRAGMA secure_delete = ON; DELETE FROM clips WHERE plain_text LIKE '" + secretWord + "%'");
+}
+
+/// So much free room that the file is to shrink.
+void fillAndLeaveRoom(HistoryFile& history)
+{
+    fillUsually(history);
+    history.open();
+    history.saveText(QByteArray(450'000, 'z'));
+    history.close();
+    history.execute("PRAGMA secure_delete = ON; DELETE FROM clips WHERE plain_text LIKE 'zzz%'");
+    ASSERT_GT(history.ask("PRAGMA freelist_count").first().toInt(), 600);
+}
+
+void scrub(HistoryFile& history)
+{
+    if (history.database().scrub() != ClipStore::Upkeep::done) {
+        throw ClipStoreError(ClipStoreError::Case::execute, u"hindered"_s);
+    }
+}
+
+void rescue(HistoryFile& history)
+{
+    if (const QString damaged = unfinishedRescue(history); !damaged.isEmpty()) {
+        (void)history.database().rescue(damaged, 1000);
+    }
+}
+
+void removeTheSecret(HistoryFile& history)
 {
     for (const Clip& clip : history.database().search({}, std::nullopt, -1)) {
-        if (clip.payload.previewLine() == preview) {
-            return clip.id;
+        if (clip.payload.held()->plainText()->startsWith(secretWord)) {
+            history.database().remove(clip.id);
         }
     }
-    throw std::runtime_error("no such clip");
+}
+
+/// Without the first part that clearing deletes: the latest thousand.
+bool isClearedInPart(
+    const QStringList& before, const QStringList& /*after*/, const QStringList& state)
+{
+    return state == before.mid(0, 1) + before.mid(1001);
+}
+
+/// The pinned and the latest come first, a hundred rows at once.
+bool isBroughtOverInPart(
+    const QStringList& /*before*/, const QStringList& after, const QStringList& state)
+{
+    return state.size() > 80 && after.mid(0, state.size()) == state;
 }
 
 const char* name(Call call)
@@ -100,78 +158,43 @@ const char* name(Fault fault)
     Q_UNREACHABLE();
 }
 
-bool isThorough()
-{
-    return qEnvironmentVariableIsSet("TESSLY_ALL_FAULTS");
-}
-
 class ClipFaultSweep : public testing::TestWithParam<Operation>
 {
 protected:
-    struct Outcome
-    {
-        int failed = 0;
-        int succeeded = 0;
-    };
-
     ClipFaultSweep()
     {
-        history.open();
-        for (int i = 0; i < 14; ++i) {
-            history.saveText("text " + QByteArray::number(i) + QByteArray(1500, 'x'));
-        }
-        history.saveText("pinned");
-        history.database().setPinned(true, idOf(history, u"pinned"_s));
-        history.saveText(secret + ' ' + QByteArray(30'000, 'y'));
-        history.saveText("last");
-        history.database().scrub();
+        GetParam().fill(history);
         history.close();
-        QFile file(history.path());
-        EXPECT_TRUE(file.open(QFile::ReadOnly));
-        m_bytes = file.readAll();
-        if (GetParam().hasDamagedIndex) {
-            const qsizetype page =
-                history.ask("SELECT rootpage FROM sqlite_master WHERE name = 'clips_fts_data'")
-                    .first()
-                    .toLongLong();
-            m_bytes.replace((page - 1) * 4096, 4096, QByteArray(4096, '\x55'));
+        m_start = FolderSnapshot(history.folder());
+        if (hasSecret()) {
+            EXPECT_TRUE(isSecretInFiles(history)) << "there is nothing to be wiped";
         }
     }
+
+    bool hasSecret() const { return GetParam().secret != Secret::stays; }
 
     void restore()
     {
         history.close();
-        for (const QString& companion : {u"-wal"_s, u"-shm"_s, u"-journal"_s}) {
-            QFile::remove(history.path() + companion);
-        }
-        QFile file(history.path());
-        ASSERT_TRUE(file.open(QFile::WriteOnly));
-        file.write(m_bytes);
-        file.close();
+        m_start.restore();
         history.now = 2'000'000;
-    }
-
-    QStringList look() { return test::look(history.database().search({}, std::nullopt, -1)); }
-
-    bool isSecretInFiles() const
-    {
-        const QDir folder(history.folder());
-        const QStringList names = folder.entryList(QDir::Files);
-        return std::ranges::any_of(names, [&](const QString& entry) {
-            QFile file(folder.filePath(entry));
-            EXPECT_TRUE(file.open(QFile::ReadOnly));
-            return file.readAll().contains(secret);
-        });
     }
 
     void expectSound()
     {
         EXPECT_EQ(history.ask("PRAGMA integrity_check"), QByteArrayList({"ok"}));
         history.execute("INSERT INTO clips_fts (clips_fts, rank) VALUES ('integrity-check', 1)");
+        // What was set aside is the user's.
+        const FolderSnapshot now(history.folder());
+        for (auto file = m_start.files().begin(); file != m_start.files().end(); ++file) {
+            if (file.key().contains(u'/') && !file.value().isEmpty()) {
+                EXPECT_EQ(now.files().value(file.key()), file.value());
+            }
+        }
     }
 
     /// Lets one call fail. False if the operation does not make as many.
-    bool failAt(Call call, Fault fault, Span span, int number, Outcome& outcome)
+    bool failAt(Call call, Fault fault, Span span, int number)
     {
         restore();
         if (GetParam().start == Start::open) {
@@ -191,40 +214,61 @@ protected:
             return false;
         }
         // What was reported is what is there, in this process and in the next.
-        const QStringList& expected = error.isEmpty() ? m_after : m_before;
         if (GetParam().start == Start::open) {
-            EXPECT_EQ(look(), expected) << error.toStdString();
+            expectReported(error);
         }
         if (GetParam().isPatient && span == Span::once && fault == Fault::io &&
             call != Call::open) {
             EXPECT_EQ(error, QString());
         }
         history.open();
-        EXPECT_EQ(look(), expected) << error.toStdString();
+        const char* const outcome = expectReported(error);
+        ++m_outcomes[outcome];
         EXPECT_TRUE(history.database().ftsAvailable());
-        ++(error.isEmpty() ? outcome.succeeded : outcome.failed);
-        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
-        if (GetParam().wipesTheSecret) {
-            EXPECT_EQ(isSecretInFiles(), !error.isEmpty());
+        if (GetParam().canBeTakenUp) {
+            GetParam().run(history);
+            EXPECT_EQ(look(history), m_after) << error.toStdString();
         }
+        EXPECT_EQ(history.database().scrub(), ClipStore::Upkeep::done);
+        if (hasSecret()) {
+            const bool isGone =
+                error.isEmpty() || GetParam().secret == Secret::goes || GetParam().canBeTakenUp;
+            EXPECT_EQ(isSecretInFiles(history), !isGone);
+        }
+        GetParam().check(history);
         history.saveText("and on");
         expectSound();
         return true;
     }
 
-    Outcome sweep(Call call, Fault fault, Span span)
+    /// Which of the states there may be is there.
+    const char* expectReported(const QString& error)
     {
-        Outcome outcome;
+        const QStringList state = look(history);
+        if (error.isEmpty()) {
+            EXPECT_EQ(state, m_after);
+            return "done";
+        }
+        if (GetParam().isBetween(m_before, m_after, state)) {
+            return state == m_after ? "refused, all there" : "refused, a part done";
+        }
+        EXPECT_EQ(state, m_before) << error.toStdString();
+        return "refused";
+    }
+
+    void sweep(Call call, Fault fault, Span span)
+    {
         // A part of them: the first ones, then ever fewer.
         const auto next = [](int number) {
-            return isThorough() ? number + 1 : number + 1 + number / 2;
+            return triesAllFaults() ? number + 1
+                                    : number + 1 + static_cast<int>(number * GetParam().haste);
         };
         for (int number = 1;; number = next(number)) {
             SCOPED_TRACE(
                 std::string(name(call)) + " " + name(fault) + " at call " + std::to_string(number) +
                 (span == Span::once ? "" : " and all that follow"));
-            if (!failAt(call, fault, span, number, outcome) || HasFailure()) {
-                return outcome;
+            if (!failAt(call, fault, span, number) || HasFailure()) {
+                return;
             }
         }
     }
@@ -233,22 +277,22 @@ protected:
     LogCapture log;
     HistoryFile history;
     FaultVFS vfs;
-    QByteArray m_bytes;
+    FolderSnapshot m_start;
     QStringList m_before;
     QStringList m_after;
+    std::map<std::string, int> m_outcomes;
 };
 
 TEST_P(ClipFaultSweep, leavesTheOldStateOrTheNewAsItIsReported)
 {
     restore();
     history.open();
-    m_before = look();
+    m_before = look(history);
     if (GetParam().start == Start::closed) {
         history.close();
     }
     GetParam().run(history);
-    m_after = look();
-    int all = 0;
+    m_after = look(history);
     for (const Call call :
          {Call::open, Call::read, Call::write, Call::sync, Call::truncate, Call::shm, Call::lock}) {
         for (const Fault fault : {Fault::io, Fault::noSpace, Fault::readOnly}) {
@@ -260,60 +304,91 @@ TEST_P(ClipFaultSweep, leavesTheOldStateOrTheNewAsItIsReported)
                 continue;
             }
             for (const Span span : {Span::once, Span::fromThenOn}) {
-                const Outcome outcome = sweep(call, fault, span);
+                sweep(call, fault, span);
                 ASSERT_FALSE(HasFailure());
-                all += outcome.failed + outcome.succeeded;
-                if (isThorough() && outcome.failed + outcome.succeeded > 0) {
-                    std::printf(
-                        "%-16s %-9s %-7s %-7s %5d failed, %5d succeeded\n", GetParam().name,
-                        name(call), name(fault), span == Span::once ? "once" : "lasting",
-                        outcome.failed, outcome.succeeded);
-                }
             }
         }
     }
-    EXPECT_GT(all, 0) << "no call failed: this shows nothing";
+    EXPECT_FALSE(m_outcomes.empty()) << "no call failed: this shows nothing";
+    reportFaults(std::string("a call fails: ") + GetParam().name, m_outcomes);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     ofA, ClipFaultSweep,
     testing::Values(
         Operation{
-            "opening", [](HistoryFile& history) { history.open(); }, Start::closed, false, true},
+            .name = "opening",
+            .run = [](HistoryFile& history) { history.open(); },
+            .start = Start::closed,
+            .isPatient = true},
         Operation{
-            "openingAndMending", [](HistoryFile& history) { history.open(); }, Start::closed, false,
-            true, true},
-        Operation{"save", [](HistoryFile& history) { history.saveText("new"); }},
+            .name = "openingAndMending",
+            .run = [](HistoryFile& history) { history.open(); },
+            .fill = fillAndDamageTheIndex,
+            .start = Start::closed,
+            .isPatient = true},
+        Operation{.name = "save", .run = [](HistoryFile& history) { history.saveText("new"); }},
         Operation{
-            "saveThatTrims",
-            [](HistoryFile& history) { history.saveText("new " + QByteArray(9000, 'n'), 10); }},
-        Operation{"bump", [](HistoryFile& history) { history.saveText("pinned"); }},
+            .name = "saveThatTrims",
+            .run =
+                [](HistoryFile& history) { history.saveText("new " + QByteArray(9000, 'n'), 10); }},
+        Operation{.name = "bump", .run = [](HistoryFile& history) { history.saveText("pinned"); }},
         Operation{
-            "pin",
-            [](HistoryFile& history) {
-                history.database().setPinned(true, idOf(history, u"last"_s));
-            }},
+            .name = "pin",
+            .run =
+                [](HistoryFile& history) {
+                    history.database().setPinned(true, idOf(history, u"last"_s));
+                }},
         Operation{
-            "use",
-            [](HistoryFile& history) {
-                history.database().markUsed(idOf(history, u"pinned"_s), true);
-            }},
+            .name = "use",
+            .run =
+                [](HistoryFile& history) {
+                    history.database().markUsed(idOf(history, u"pinned"_s), true);
+                }},
         Operation{
-            "delete",
-            [](HistoryFile& history) {
-                for (const Clip& clip : history.database().search({}, std::nullopt, -1)) {
-                    if (clip.payload.held()->plainText()->startsWith(secret)) {
-                        history.database().remove(clip.id);
-                    }
-                }
-            },
-            Start::open, true},
+            .name = "trim",
+            .run = [](HistoryFile& history) { history.database().trimHistory(10); }},
+        Operation{.name = "delete", .run = removeTheSecret, .secret = Secret::goesWithSuccess},
         Operation{
-            "clear", [](HistoryFile& history) { history.database().clear(false); }, Start::open,
-            true},
+            .name = "clear",
+            .run = [](HistoryFile& history) { history.database().clear(false); },
+            .secret = Secret::goesWithSuccess},
         Operation{
-            "clearEverything", [](HistoryFile& history) { history.database().clear(true); },
-            Start::open, true}),
+            .name = "clearEverything",
+            .run = [](HistoryFile& history) { history.database().clear(true); },
+            .secret = Secret::goesWithSuccess},
+        Operation{
+            .name = "clearInParts",
+            .run = [](HistoryFile& history) { history.database().clear(false); },
+            .fill = fillWithMany,
+            .canBeTakenUp = true,
+            .isBetween = isClearedInPart,
+            .haste = 3},
+        Operation{
+            .name = "wipe",
+            .run = scrub,
+            .fill = fillAndLeaveResidue,
+            .secret = Secret::goes,
+            .canBeTakenUp = true},
+        Operation{
+            .name = "shrink",
+            .run = scrub,
+            .fill = fillAndLeaveRoom,
+            .canBeTakenUp = true,
+            .check =
+                [](HistoryFile& history) {
+                    // Less is left for the next copies.
+                    EXPECT_LT(history.ask("PRAGMA freelist_count").first().toInt(), 512);
+                },
+            .haste = 1},
+        Operation{
+            .name = "rescue",
+            .run = rescue,
+            .fill = fillAndDamage,
+            .canBeTakenUp = true,
+            .isBetween = isBroughtOverInPart,
+            .check = [](HistoryFile& history) { EXPECT_EQ(unfinishedRescue(history), QString()); },
+            .haste = 1}),
     [](const testing::TestParamInfo<Operation>& info) { return std::string(info.param.name); });
 
 } // namespace

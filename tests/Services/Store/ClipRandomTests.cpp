@@ -1,3 +1,4 @@
+#include "FaultReport.h"
 #include "HistoryFile.h"
 #include "LogCapture.h"
 #include "UI/QtPrinting.h"
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -124,17 +124,13 @@ QStringList lines(const std::vector<Clip>& clips)
 
 TEST(ClipRandom, operationsAgreeWithAListInMemory)
 {
-    const bool isThorough = qEnvironmentVariableIsSet("TESSLY_ALL_FAULTS");
-    const auto seed = qEnvironmentVariableIsSet("TESSLY_SEED")
-                          ? static_cast<quint32>(qEnvironmentVariableIntValue("TESSLY_SEED"))
-                          : QRandomGenerator::global()->generate();
-    std::printf("seed %u\n", seed);
+    const unsigned seed = randomSeed();
     QRandomGenerator random(seed);
     const LogCapture log;
     HistoryFile history;
     history.open();
     Model model;
-    const int steps = isThorough ? 30'000 : 1500;
+    const int steps = triesAllFaults() ? 30'000 : 1500;
     for (int step = 0; step < steps; ++step) {
         SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step));
         const std::vector<Clip> before = model.list();
@@ -200,6 +196,7 @@ TEST(ClipRandom, operationsAgreeWithAListInMemory)
     for (const LogCapture::Line& line : log.lines(u"com.brackmoor.tessly.ClipStore"_s)) {
         ADD_FAILURE() << line.text.toStdString();
     }
+    reportFaults("operations at random", {{"as the list in memory", steps}});
 }
 
 } // namespace tessly::test

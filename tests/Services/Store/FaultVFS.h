@@ -1,23 +1,17 @@
 #pragma once
 
+#include "VFSLayer.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 
-#include <sqlite3.h>
-
 namespace tessly::test {
 
-/// While it lives, every file that SQLite opens in this process is reached through it: it counts
-/// what SQLite asks of the files, and makes a call of the test's choice fail as the kernel would.
-/// Connections must be closed before it goes. One thread at a time.
-class FaultVFS
+/// Counts what SQLite asks of its files, and makes a call of the test's choice fail as the kernel
+/// would.
+class FaultVFS final : public VFSLayer
 {
 public:
-    FaultVFS();
-    ~FaultVFS();
-    FaultVFS(const FaultVFS&) = delete;
-    FaultVFS& operator=(const FaultVFS&) = delete;
-
     enum class Call { open, read, write, sync, truncate, shm, lock };
     /// What the kernel answers: EIO, ENOSPC, EROFS.
     enum class Fault { io, noSpace, readOnly };
@@ -37,18 +31,22 @@ public:
     /// How much was written to all files.
     [[nodiscard]] qint64 bytesWritten() const { return m_bytesWritten; }
 
+protected:
+    Answer open(const char* file, int& flags) override;
+    Answer read(const char* file) override;
+    Answer write(const char* file, const void* bytes, int size, sqlite3_int64 offset) override;
+    Answer truncate(const char* file, sqlite3_int64 size) override;
+    Answer sync(const char* file) override;
+    Answer lock() override;
+    Answer mapShared() override;
+    void sleep(int microseconds) override { m_slept += microseconds; }
+
 private:
-    friend struct FaultyFile;
-
-    static int
-    open(sqlite3_vfs* vfs, sqlite3_filename name, sqlite3_file* file, int flags, int* outFlags);
-
-    /// Whether this call is one that has to fail.
+    /// What a call answers if it is one that has to fail.
+    Answer answer(Call call);
     bool isDue(Call call);
     [[nodiscard]] int code(Call call) const;
 
-    sqlite3_vfs* m_real;
-    sqlite3_vfs m_vfs;
     Call m_call = Call::open;
     Fault m_fault = Fault::io;
     Span m_span = Span::once;
