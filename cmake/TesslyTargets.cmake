@@ -19,7 +19,7 @@ if(TESSLY_SANITIZE)
     # Instrumentation leads g++ to take moved std::optional values for uninitialized ones.
     target_compile_options(tessly_options INTERFACE
         -fsanitize=${TESSLY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined
-        -Wno-maybe-uninitialized)
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(tessly_options INTERFACE -fsanitize=${TESSLY_SANITIZE})
 endif()
 
