@@ -7,6 +7,7 @@ from tessly_e2e import Tessly, procfs, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
+from tessly_e2e.waiting import settled
 from tessly_e2e.wayland_case import WaylandCase, WaylandDesktopCase
 
 
@@ -34,14 +35,17 @@ class Panel(wayland_tests.Panel, WaylandCase):
             self.skipTest("it is a window, and so behind it")
         self.record("pasted into it")
         terminal = self.full_screen_terminal()
-        before = self.desktop.screen.picture()
-        panel = self.tessly.open_panel()
+        self.desktop.pointer.move(640, 50)
+        before = settled(self.desktop.screen.picture, 0.3, "the screen")
+        panel = self.tessly.open_panel().window
+        # Down the middle of the panel, which has an edge above and below.
+        middle = panel.x + panel.width // 2
         after = self.desktop.screen.picture()
-        changed = [number // 3 // before.width for number in range(0, len(before.rgb), 3 * 97)
-                   if before.rgb[number] != after.rgb[number]]
-        self.assertGreaterEqual(min(changed), panel.window.y)
-        self.assertLess(max(changed), panel.window.y + panel.window.height)
-        self.assertGreater(max(changed) - min(changed), panel.window.height * 0.9)
+        columns = [[picture.rgb[3 * (y * picture.width + middle):3 * (y * picture.width + middle) + 3]
+                    for y in range(picture.height)] for picture in (before, after)]
+        changed = [y for y, (old, new) in enumerate(zip(*columns)) if old != new]
+        self.assertLessEqual(abs(changed[0] - panel.y), 2)
+        self.assertLessEqual(abs(changed[-1] - (panel.y + panel.height - 1)), 2)
         self.keyboard.press("Return")
         self.tessly.wait_for_closed_panel()
         terminal.wait_for_text("pasted into it")

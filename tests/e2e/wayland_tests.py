@@ -245,6 +245,8 @@ class Panel:
 
     def test_a_click_into_another_window_closes_it(self):
         terminal = self.terminal(self.desktop).start()
+        # Where the panel opens beside the pointer, it leaves the other corner free.
+        self.desktop.pointer.move(self.desktop.size[0] - 10, 10)
         self.tessly.open_panel()
         place = terminal.geometry()
         self.desktop.pointer.click(place.x + 20, place.y + place.height - 20)
@@ -258,6 +260,8 @@ class Panel:
         self.expect_closed_by_loss(terminal)
 
     def test_a_window_that_comes_up_closes_it(self):
+        if self.is_layer and not self.layer_loses_keys:
+            self.skipTest("the panel keeps the keys")
         self.tessly.open_panel()
         terminal = self.terminal(self.desktop).start()
         self.expect_closed_by_loss(terminal)

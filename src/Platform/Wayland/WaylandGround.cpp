@@ -79,6 +79,9 @@ struct WaylandGround::Objects
 class WaylandGround::Part
 {
 public:
+    /// Over an output, which it takes over; or, with none, the one that is laid last: a pixel that
+    /// the pointer goes through. For sway looks for what is under the pointer right before a
+    /// surface is there, and finds the others when this one comes.
     Part(WaylandGround& ground, wl_output* output)
         : m_ground(ground)
         , m_output(output)
@@ -99,7 +102,9 @@ public:
             .name = [](void* data, wl_output*,
                        const char* name) { static_cast<Part*>(data)->m_name = name; },
             .description = [](void*, wl_output*, const char*) {}};
-        wl_output_add_listener(output, &outputListener, this);
+        if (output != nullptr) {
+            wl_output_add_listener(output, &outputListener, this);
+        }
         static constexpr zwlr_layer_surface_v1_listener layerListener = {
             .configure =
                 [](void* data, zwlr_layer_surface_v1*, std::uint32_t serial, std::uint32_t width,
@@ -109,10 +114,18 @@ public:
             // With its output, and is seen no more.
             .closed = [](void*, zwlr_layer_surface_v1*) {}};
         zwlr_layer_surface_v1_add_listener(m_layer.get(), &layerListener, this);
-        zwlr_layer_surface_v1_set_anchor(
-            m_layer.get(), ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
-                               ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT |
-                               ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT);
+        if (output != nullptr) {
+            zwlr_layer_surface_v1_set_anchor(
+                m_layer.get(),
+                ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
+                    ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT);
+        } else {
+            zwlr_layer_surface_v1_set_size(m_layer.get(), 1, 1);
+            wl_region* const nothing =
+                wl_compositor_create_region(ground.m_objects->compositor.get());
+            wl_surface_set_input_region(m_surface.get(), nothing);
+            wl_region_destroy(nothing);
+        }
         // Over panels and docks, too.
         zwlr_layer_surface_v1_set_exclusive_zone(m_layer.get(), -1);
         wl_surface_commit(m_surface.get());
@@ -121,6 +134,7 @@ public:
     Part& operator=(const Part&) = delete;
     ~Part() = default;
 
+    [[nodiscard]] bool isLast() const { return !m_output; }
     [[nodiscard]] bool isLaid() const { return m_isLaid; }
     [[nodiscard]] wl_surface* surface() const { return m_surface.get(); }
     [[nodiscard]] const std::string& name() const { return m_name; }
@@ -129,6 +143,10 @@ private:
     void configure(std::uint32_t serial, std::uint32_t width, std::uint32_t height)
     {
         zwlr_layer_surface_v1_ack_configure(m_layer.get(), serial);
+        const bool isNews = std::exchange(m_width, width) != width;
+        if (std::exchange(m_height, height) == height && !isNews && m_isLaid) {
+            return;
+        }
         wp_viewport_set_destination(
             m_viewport.get(), static_cast<std::int32_t>(std::max(width, 1U)),
             static_cast<std::int32_t>(std::max(height, 1U)));
@@ -146,6 +164,8 @@ private:
     Owned<wp_viewport, wp_viewport_destroy> m_viewport;
     Owned<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> m_layer;
     std::string m_name;
+    std::uint32_t m_width = 0;
+    std::uint32_t m_height = 0;
     bool m_isLaid = false;
 };
 
@@ -249,6 +269,10 @@ void WaylandGround::partLaid()
     if (!m_laid || !std::ranges::all_of(m_parts, &Part::isLaid)) {
         return;
     }
+    if (!m_parts.back()->isLast()) {
+        m_parts.push_back(std::make_unique<Part>(*this, nullptr));
+        return;
+    }
     // The compositor shows them when it gets to that, and tells of the pointer then.
     m_loop.awaitRoundTrip([this, laying = m_laying] {
         if (laying == m_laying) {
@@ -279,7 +303,7 @@ void WaylandGround::pointerFound(wl_surface* surface, double x, double y)
         return;
     }
     m_pointer = Pointer{.output = found->name(), .x = x, .y = y};
-    if (std::ranges::all_of(m_parts, &Part::isLaid)) {
+    if (m_parts.back()->isLast() && m_parts.back()->isLaid()) {
         waitForPointer();
     }
 }

@@ -61,8 +61,7 @@ QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
         connect(m_window.get(), &QWindow::activeChanged, this, [this] {
             // A window that has just come up is not yet active.
             if (m_window->isActive()) {
-                m_hasBeenActive = true;
-                trace("panel-active");
+                becameActive();
             } else if (m_hasBeenActive) {
                 focusLost();
             }
@@ -72,6 +71,10 @@ QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
         connect(m_window.get(), &QQuickWindow::frameSwapped, this, [this] {
             if (m_isShown && !m_hasBeenDrawn) {
                 m_hasBeenDrawn = true;
+                // Nothing has changed if no other window has had the keyboard since the last time.
+                if (m_window->isActive()) {
+                    becameActive();
+                }
                 m_isLastLook = false;
                 m_focusTimer.start(focusComes);
             }
@@ -151,6 +154,13 @@ void QuickPanelView::close()
     m_memoryTimer.start();
     if (m_events.didClose) {
         m_events.didClose();
+    }
+}
+
+void QuickPanelView::becameActive()
+{
+    if (!std::exchange(m_hasBeenActive, true)) {
+        trace("panel-active");
     }
 }
 

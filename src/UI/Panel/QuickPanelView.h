@@ -36,6 +36,7 @@ public:
     void close() override;
 
 private:
+    void becameActive();
     void focusLost();
     void closeWithoutFocus();
     void releaseMemory();

@@ -74,6 +74,15 @@ TEST_F(PanelViewTest, HasTheSizeOfTheDesign)
     EXPECT_EQ(window().size(), QSize(660, 560));
 }
 
+TEST_F(PanelViewTest, WithoutAPlaceItIsInTheMiddleOfTheScreen)
+{
+    m_anchor = {};
+    show();
+    const QPoint off =
+        window().geometry().center() - window().screen()->availableGeometry().center();
+    EXPECT_LE(off.manhattanLength(), 2);
+}
+
 TEST_F(PanelViewTest, TypingSearchesAtOnceAfterEveryOpening)
 {
     save("alpha");
