@@ -19,6 +19,10 @@ constexpr std::uint32_t seatVersion = 4;
 constexpr std::uint32_t outputVersion = 4;
 constexpr std::uint32_t layerShellVersion = 4;
 
+/// For a press to have it lifted. A program that does nothing about it keeps nobody from their
+/// windows.
+constexpr WaylandEventLoop::Milliseconds pressPatience{1000};
+
 template <auto destroy>
 struct Deleter
 {
@@ -336,9 +340,16 @@ void WaylandGround::listenToPointer()
         listener.motion = [](void*, wl_pointer*, std::uint32_t, wl_fixed_t, wl_fixed_t) {};
         listener.button = [](void* data, wl_pointer*, std::uint32_t, std::uint32_t, std::uint32_t,
                              std::uint32_t state) {
-            const auto& self = *static_cast<WaylandGround*>(data);
-            if (state == WL_POINTER_BUTTON_STATE_PRESSED && self.m_pressed) {
-                self.m_pressed();
+            auto& self = *static_cast<WaylandGround*>(data);
+            if (state != WL_POINTER_BUTTON_STATE_PRESSED || !self.m_pressed) {
+                return;
+            }
+            self.m_pressed();
+            if (!self.m_timer) {
+                self.m_timer = self.m_loop.callAfter(pressPatience, [&self] {
+                    self.m_timer.reset();
+                    self.lift();
+                });
             }
         };
         listener.axis = [](void*, wl_pointer*, std::uint32_t, std::uint32_t, wl_fixed_t) {};

@@ -89,6 +89,22 @@ TEST_F(SwayGroundTest, pressesAreToldAsLongAsThereIsAWatch)
     EXPECT_EQ(presses(), 2);
 }
 
+TEST_F(SwayGroundTest, aPressThatLeadsToNothingTakesTheGroundAway)
+{
+    WaylandMouse mouse(SwaySession::shared().display());
+    mouse.move(500, 500);
+    watch();
+    ASSERT_TRUE(laid());
+    mouse.click();
+    ASSERT_TRUE(waitUntil([this] { return presses() == 1; }));
+    EXPECT_TRUE(waitUntil([this, &mouse] {
+        const int before = presses();
+        mouse.click();
+        settle();
+        return presses() == before;
+    }));
+}
+
 TEST_F(SwayGroundTest, aWatchThatComesRightAfterAnotherHasAGroundOfItsOwn)
 {
     WaylandMouse mouse(SwaySession::shared().display());
