@@ -2,9 +2,11 @@
 
 import os
 import random
+import sqlite3
 import stat
 import time
 import unittest
+from contextlib import closing
 
 import shared_tests
 from tessly_e2e import Desktop, Tessly, png, wait_until
@@ -145,7 +147,25 @@ class CannotStart(DesktopCase):
         os.makedirs(tessly.history.path)
         self.expect_refusal(tessly)
 
-    def test_the_desktop_shows_why_and_names_the_file(self):
+    def test_with_a_history_that_it_cannot_use_it_says_why_and_ends(self):
+        """Which it finds when it works already."""
+        tessly = Tessly(self.desktop)
+        os.makedirs(tessly.history.folder)
+        with closing(sqlite3.connect(tessly.history.path)) as history:
+            history.execute("CREATE TABLE clips (other)")
+        notifications = self.start_notifications()
+        tessly.launch()
+        wait_until(lambda: not tessly.is_running(), "tessly gives up")
+        self.assertEqual(tessly.process.returncode, 1)
+        reasons = [line for line in tessly.remarks() if line.startswith("Tessly could not start: ")]
+        self.assertEqual(len(reasons), 1, tessly.log())
+        self.assertIn(tessly.history.path, reasons[0])
+        self.assertIn("no such column", reasons[0])
+        with open(notifications.output_path) as output:
+            shown = [line for line in output if " Notify " in line]
+        self.assertEqual(len(shown), 1, shown)
+
+    def start_notifications(self):
         notifications = self.desktop.start(
             ["/usr/bin/python3", "-u", "-m", "dbusmock", "--session", "--template",
              "notification_daemon"], name="notifications")
@@ -154,6 +174,10 @@ class CannotStart(DesktopCase):
             ["dbus-send", "--print-reply", "--dest=org.freedesktop.Notifications",
              "/org/freedesktop/Notifications", "org.freedesktop.Notifications.GetServerInformation"],
             check=False).returncode == 0, lambda: read_log(notifications))
+        return notifications
+
+    def test_the_desktop_shows_why_and_names_the_file(self):
+        notifications = self.start_notifications()
         tessly = Tessly(self.desktop)
         os.makedirs(tessly.history.path)
         self.expect_refusal(tessly)
