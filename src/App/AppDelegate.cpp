@@ -146,25 +146,20 @@ QCoro::Task<> AppDelegate::historyOpened(QPointer<AppDelegate> self)
     }
     self->m_isOpeningHistory = false;
     trace("checked");
-    if (!opening.damagedFolder) {
-        // An earlier run may not have been able to end it.
-        const auto unfinished =
-            AppPaths::unfinishedRecovery(AppPaths::applicationSupportDirectory());
-        if (unfinished) {
-            bringOver(self, *unfinished);
-        }
-        co_return;
-    }
-    // What was listed by then was that of the damaged one.
-    self->m_model->reload(AppModel::Debounce::no);
-    const QString folder = QFileInfo(*opening.damagedFolder).fileName();
-    self->m_rescueNotices->tell(
-        folder, u"A damaged history database was preserved in ‘"_s + folder +
-                    u"’. Tessly started with a fresh history."_s);
-    if (opening.rescue) {
-        self->tellOfRescue(*opening.damagedFolder, *opening.rescue);
+    std::optional<QString> rescueFolder = opening.damagedFolder;
+    if (rescueFolder) {
+        // What was listed by then was that of the damaged one.
+        self->m_model->reload(AppModel::Debounce::no);
+        const QString folder = QFileInfo(*rescueFolder).fileName();
+        self->m_rescueNotices->tell(
+            folder, u"A damaged history database was preserved in ‘"_s + folder +
+                        u"’. Tessly started with a fresh history."_s);
     } else {
-        bringOver(self, *opening.damagedFolder);
+        // An earlier run may not have been able to end it.
+        rescueFolder = AppPaths::unfinishedRecovery(AppPaths::applicationSupportDirectory());
+    }
+    if (rescueFolder) {
+        bringOver(self, *rescueFolder);
     }
 }
 
@@ -179,19 +174,12 @@ QCoro::Task<> AppDelegate::bringOver(QPointer<AppDelegate> self, QString rescueF
     } catch (const std::exception& error) {
         qCWarning(lcAppDelegate, "The damaged history was not brought over: %s", error.what());
     }
-    if (self) {
-        self->tellOfRescue(rescueFolder, rescue);
+    if (!self || rescue.kept == 0) {
+        co_return;
     }
-}
-
-void AppDelegate::tellOfRescue(const QString& rescueFolder, const ClipRescue& rescue)
-{
-    if (rescue.kept == 0) {
-        return;
-    }
-    m_model->reload(AppModel::Debounce::no);
+    self->m_model->reload(AppModel::Debounce::no);
     const QString folder = QFileInfo(rescueFolder).fileName();
-    m_rescueNotices->tell(
+    self->m_rescueNotices->tell(
         folder,
         u"A damaged history database was preserved in ‘%1’. %2 of the %3 entries that it tells of "
         "were brought over."_s.arg(folder)

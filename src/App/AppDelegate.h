@@ -77,7 +77,6 @@ private:
     void openHistory();
     static QCoro::Task<> historyOpened(QPointer<AppDelegate> self);
     static QCoro::Task<> bringOver(QPointer<AppDelegate> self, QString rescueFolder);
-    void tellOfRescue(const QString& rescueFolder, const ClipRescue& rescue);
 
     void setupStatusItem();
     void makeQuickPasteController();

@@ -52,6 +52,7 @@ public:
         const QString& query, std::optional<ClipKind> kind, qint64 limit,
         const std::vector<Clip>& held = {}, const std::stop_token& stop = {});
 
+    [[nodiscard]] bool has(QUuid id);
     [[nodiscard]] std::optional<Clip> clip(qint64 position);
     [[nodiscard]] std::optional<ClipPayload> payload(QUuid id);
     [[nodiscard]] std::vector<ClipSummary>

@@ -112,6 +112,11 @@ std::vector<Clip> ClipDatabase::read(const std::vector<qint64>& rows, const std:
     return clips;
 }
 
+bool ClipDatabase::has(QUuid id)
+{
+    return prepare("SELECT 1 FROM clips WHERE id = ?;").text(1, storedID(id)).next(readFailure);
+}
+
 std::optional<Clip> ClipDatabase::clip(qint64 position)
 {
     if (position < 1) {

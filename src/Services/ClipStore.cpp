@@ -76,9 +76,9 @@ ClipStore::Opening ClipStore::open()
         m_unchecked.end();
         opening.damagedFolder = m_setAside();
         openDatabase();
-    }
-    if (opening.damagedFolder && !openForAll()) {
-        opening.rescue = bringOver(*opening.damagedFolder);
+        if (opening.damagedFolder) {
+            m_damagedPath = QDir(*opening.damagedFolder).filePath(QFileInfo(m_path).fileName());
+        }
     }
     m_isOpen = true;
     return opening;
@@ -90,42 +90,33 @@ void ClipStore::openDatabase()
 }
 
 /// Else what the user does to an entry would find none, and the entry would come back later.
-ClipRescue ClipStore::bringOver(const QString& damagedFolder)
+void ClipStore::requireEntries()
 {
-    const QString damagedPath = QDir(damagedFolder).filePath(QFileInfo(m_path).fileName());
-    try {
-        while (!m_interrupt.isRequested()) {
-            if (const auto rescue = m_database->rescueSome(damagedPath, m_maximumHistory)) {
-                return *rescue;
-            }
-        }
-        m_lacksEntries = true;
-    } catch (const std::exception& error) {
-        qCWarning(lcStore, "The damaged history was not brought over: %s", error.what());
+    if (!m_damagedPath || m_rescue) {
+        return;
     }
-    return {};
+    try {
+        while (!m_rescue) {
+            if (m_interrupt.isRequested()) {
+                throw ClipStoreError(
+                    ClipStoreError::Case::execute,
+                    u"The history was damaged, and is not yet brought over."_s);
+            }
+            m_rescue = m_database->rescueSome(*m_damagedPath, m_maximumHistory);
+        }
+    } catch (const ClipStoreError& error) {
+        if (m_interrupt.isRequested()) {
+            throw;
+        }
+        qCWarning(lcStore, "The damaged history was not brought over: %s", error.what());
+        m_rescue = ClipRescue();
+    }
 }
 
-bool ClipStore::openForAll()
+void ClipStore::requireEntry(QUuid id)
 {
-    const std::scoped_lock lock(m_openingMutex);
-    m_isOpen = !m_concernsEntries;
-    return m_isOpen;
-}
-
-bool ClipStore::noteEarly()
-{
-    const std::scoped_lock lock(m_openingMutex);
-    m_concernsEntries = m_concernsEntries || isOpening();
-    return isOpening();
-}
-
-void ClipStore::requireEntries() const
-{
-    if (m_lacksEntries) {
-        throw ClipStoreError(
-            ClipStoreError::Case::execute,
-            u"The history was damaged, and is not yet brought over."_s);
+    if (m_damagedPath && !m_database->has(id)) {
+        requireEntries();
     }
 }
 
@@ -258,7 +249,10 @@ QCoro::Task<Clip> ClipStore::saveLater(WaitingCopy copy, qint64 maximumHistory)
 
 QCoro::Task<void> ClipStore::setPinned(bool pinned, QUuid id)
 {
-    return runOnEntries([pinned, id](ClipDatabase& database) { database.setPinned(pinned, id); });
+    return run([this, pinned, id](ClipDatabase& database) {
+        requireEntry(id);
+        database.setPinned(pinned, id);
+    });
 }
 
 QCoro::Task<void> ClipStore::markUsed(QUuid id, bool moveToTop)
@@ -270,12 +264,24 @@ QCoro::Task<void> ClipStore::markUsed(QUuid id, bool moveToTop)
 
 QCoro::Task<void> ClipStore::remove(QUuid id)
 {
-    return runOnEntries([id](ClipDatabase& database) { database.remove(id); });
+    return run([this, id](ClipDatabase& database) {
+        requireEntry(id);
+        database.remove(id);
+    });
 }
 
 QCoro::Task<void> ClipStore::clear(bool includePinned)
 {
-    return runOnEntries([includePinned](ClipDatabase& database) { database.clear(includePinned); });
+    return run([this, includePinned](ClipDatabase& database) {
+        if (!includePinned) {
+            // What is pinned there is to stay.
+            requireEntries();
+        }
+        database.clear(includePinned);
+        if (m_damagedPath) {
+            m_rescue = m_rescue.value_or(ClipRescue());
+        }
+    });
 }
 
 QCoro::Task<void> ClipStore::trimHistory(qint64 maximum)
@@ -301,9 +307,16 @@ QCoro::Task<ClipStore::Statistics> ClipStore::statistics()
 QCoro::Task<std::optional<ClipRescue>>
 ClipStore::rescueSome(const QString& damagedPath, qint64 maximumHistory)
 {
-    return run([damagedPath, maximumHistory](ClipDatabase& database) {
-        return database.rescueSome(damagedPath, maximumHistory);
-    });
+    return run(
+        [this, damagedPath, maximumHistory](ClipDatabase& database) -> std::optional<ClipRescue> {
+            if (damagedPath != m_damagedPath) {
+                return database.rescueSome(damagedPath, maximumHistory);
+            }
+            if (!m_rescue) {
+                m_rescue = database.rescueSome(damagedPath, maximumHistory);
+            }
+            return m_rescue;
+        });
 }
 
 QCoro::Task<ClipRescue> ClipStore::rescue(QString damagedPath, qint64 maximumHistory)

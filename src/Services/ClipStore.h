@@ -16,7 +16,6 @@
 #include <exception>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <optional>
 #include <stop_token>
@@ -73,7 +72,7 @@ public:
         /// they are. Called on the worker; what it throws is what `opened` throws. Without it, a
         /// damaged history cannot be opened.
         std::function<std::optional<QString>()> setAside = {};
-        /// Of a history that is set aside, should it have to be brought over at once.
+        /// Of a history that is set aside, as for `rescue`.
         qint64 maximumHistory = 0;
     };
 
@@ -90,9 +89,6 @@ public:
     {
         /// Where a damaged history was put, in whose place there is a fresh one.
         std::optional<QString> damagedFolder;
-        /// What was brought over from there, if something that waited concerns single entries:
-        /// first of all then. Else it is for `rescue` to do.
-        std::optional<ClipRescue> rescue;
 
         bool operator==(const Opening&) const = default;
     };
@@ -185,9 +181,10 @@ private:
     void begin();
     [[nodiscard]] Opening open();
     void openDatabase();
-    [[nodiscard]] ClipRescue bringOver(const QString& damagedFolder);
-    /// False if something waits that has to be done on the entries of the history set aside.
-    [[nodiscard]] bool openForAll();
+    /// Brings all of a history over that was set aside at this start, if that is still to be done.
+    void requireEntries();
+    /// The same for what is done to an entry, which may be one that was listed before.
+    void requireEntry(QUuid id);
 
     /// The open database, on the worker. Throws what kept it from being opened.
     [[nodiscard]] ClipDatabase& database();
@@ -213,22 +210,6 @@ private:
             return withinMemory(operation, database());
         });
     }
-
-    /// The same for what the user does to an entry, or to all that there are.
-    template <typename Operation>
-    auto runOnEntries(Operation operation)
-    {
-        const bool isEarly = noteEarly();
-        return run([this, isEarly, operation = std::move(operation)](ClipDatabase& database) {
-            if (isEarly) {
-                requireEntries();
-            }
-            return operation(database);
-        });
-    }
-    /// Whether it is called while the file is being opened, which then knows of it.
-    [[nodiscard]] bool noteEarly();
-    void requireEntries() const;
 
     /// Runs what changes nothing: where it can, without waiting for the file to be open.
     template <typename Read>
@@ -269,17 +250,15 @@ private:
     WaitingCopies m_copies;
     UncheckedHistory m_unchecked;
     QFuture<Opening> m_opening;
-
-    // Between the worker, which opens, and the main thread.
-    std::mutex m_openingMutex;
     std::atomic_bool m_isOpen = false;
-    bool m_concernsEntries = false;
 
     // The worker's.
     std::unique_ptr<ClipDatabase> m_database;
     std::exception_ptr m_failure;
-    /// The program ends amid bringing over what early operations are for.
-    bool m_lacksEntries = false;
+    /// The file of a history that was set aside at this start.
+    std::optional<QString> m_damagedPath;
+    /// What was brought over from there, when that is done.
+    std::optional<ClipRescue> m_rescue;
 
     std::atomic_int m_waiting = 0;
     // Present while there is something to read before the file is open.

@@ -109,6 +109,10 @@ protected:
         m_check->letGo();
         return await(m_store->opened());
     }
+    QCoro::Task<ClipRescue> rescue(const ClipStore::Opening& opening)
+    {
+        return m_store->rescue(*opening.damagedFolder + u"/history.sqlite"_s, maximum);
+    }
     /// As the next start finds it.
     std::vector<QByteArray> nextStart()
     {
@@ -458,7 +462,6 @@ TEST_F(ClipStoreOpeningTest, CopiesThatWaitGoIntoTheFreshHistoryThatTakesADamage
     const LogCapture log;
     const ClipStore::Opening opening = letGo();
     ASSERT_TRUE(opening.damagedFolder);
-    EXPECT_FALSE(opening.rescue) << "for which nothing has to wait";
     EXPECT_THAT(
         logged(log), Contains(u"The history is damaged: Clipboard database integrity check failed: "
                               "file is not a database"_s));
@@ -484,8 +487,8 @@ TEST_F(ClipStoreOpeningTest, WhatTheUserDidToEntriesOfADamagedHistoryIsDone)
     note(m_store->setPinned(true, before[17].id), "pinned");
     note(save("new"), "saved");
     const ClipStore::Opening opening = letGo();
-    ASSERT_TRUE(opening.rescue);
-    EXPECT_GT(opening.rescue->kept, 10);
+    ASSERT_TRUE(opening.damagedFolder);
+    EXPECT_GT(await(rescue(opening)).kept, 10);
     for (const QFileInfo& open : QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files)) {
         EXPECT_FALSE(open.symLinkTarget().startsWith(*opening.damagedFolder));
     }
@@ -513,9 +516,37 @@ TEST_F(ClipStoreOpeningTest, ClearingADamagedHistoryKeepsWhatIsPinned)
     note(save("before"), "saved");
     note(m_store->clear(false), "cleared");
     note(save("after"), "saved");
-    letGo();
+    const ClipStore::Opening opening = letGo();
+    await(rescue(opening));
     EXPECT_THAT(listed(), ElementsAre(texts[15], "after"));
     EXPECT_THAT(nextStart(), ElementsAre(texts[15], "after"));
+}
+
+TEST_F(ClipStoreOpeningTest, ClearingAllOfADamagedHistoryBringsNothingOver)
+{
+    fill({"one", "two"});
+    damageTable("clips_kind_index");
+    openHeld();
+    note(m_store->clear(true), "cleared");
+    note(save("after"), "saved");
+    const ClipStore::Opening opening = letGo();
+    ASSERT_TRUE(opening.damagedFolder);
+    EXPECT_EQ(await(rescue(opening)).kept, 0);
+    EXPECT_THAT(listed(), ElementsAre("after"));
+    EXPECT_THAT(nextStart(), ElementsAre("after"));
+}
+
+TEST_F(ClipStoreOpeningTest, AnEntryThatWasListedBeforeIsDeletedAlsoAmidTheRescue)
+{
+    const std::vector<Clip> before = fill({"one", "two", "three"});
+    damageTable("clips_kind_index");
+    openHeld();
+    const ClipStore::Opening opening = letGo();
+    // As from a list that is not yet that of the fresh history.
+    await(m_store->remove(before[1].id));
+    await(rescue(opening));
+    EXPECT_THAT(listed(), ElementsAre("three", "one"));
+    EXPECT_THAT(nextStart(), ElementsAre("three", "one"));
 }
 
 TEST_F(ClipStoreOpeningTest, ADeletionIsRefusedIfTheProgramEndsBeforeTheEntryIsBroughtOver)
