@@ -248,10 +248,10 @@ TEST_F(AppDelegateTest, WhatCanBeReadOfADamagedHistoryIsBroughtOver)
     stop();
     QFile file(AppPaths::databasePath());
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    const qsizetype page = file.readAll().indexOf("copy 1 ") / 4096;
+    const qsizetype page = file.readAll().indexOf("copy 1 ") / 2048;
     ASSERT_GT(page, 0);
-    file.seek(page * 4096);
-    file.write(QByteArray(4096, 'x'));
+    file.seek(page * 2048);
+    file.write(QByteArray(2048, 'x'));
     file.close();
     start();
     EXPECT_TRUE(waitUntil([&] { return message().contains(u" of the "_s); }));

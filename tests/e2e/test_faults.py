@@ -14,7 +14,7 @@ from tessly_e2e.case import DesktopCase, TesslyCase
 from tessly_e2e.processes import read_log
 from tessly_e2e.waiting import holds_for
 
-PAGE = 4096
+PAGE = 2048
 
 
 def is_orange(red, green, blue):
