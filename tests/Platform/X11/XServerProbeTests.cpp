@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <future>
+#include <sys/wait.h>
 
 using namespace std::chrono_literals;
 
@@ -21,7 +22,14 @@ class XServerProbeTest : public testing::Test
 {
 protected:
     [[nodiscard]] std::string display() const { return m_session.display().toStdString(); }
-    void freeze() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGSTOP); }
+    /// Returns once it is: until then it may still answer.
+    void freeze()
+    {
+        const auto server = static_cast<pid_t>(m_session.serverProcessID());
+        kill(server, SIGSTOP);
+        siginfo_t stopped = {};
+        waitid(P_PID, static_cast<id_t>(server), &stopped, WSTOPPED | WNOWAIT);
+    }
     void thaw() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGCONT); }
     void TearDown() override { thaw(); }
 

@@ -3,6 +3,7 @@
 #include "ClipStore.h"
 #include "FaultVFS.h"
 #include "HeldCheck.h"
+#include "HistoryFile.h"
 #include "InlineExecutor.h"
 #include "LogCapture.h"
 #include "ManualExecutor.h"
@@ -174,7 +175,7 @@ protected:
     }
 
     static constexpr qint64 maximum = 500;
-    static constexpr qsizetype pageSize = 4096;
+    static constexpr qsizetype pageSize = HistoryFile::pageSize;
     static inline const QString givenUp =
         u"A copy was not recorded: Too much was copied while the history was being checked."_s;
 
