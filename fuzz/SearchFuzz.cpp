@@ -75,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static Histories histories;
     FuzzInput input(data, size);
-    const unsigned kind = input.nextByte() % (allClipKinds.size() + 1);
+    const std::size_t kind = input.nextByte() % (allClipKinds.size() + 1);
     const QString query = QString::fromUtf8(input.rest().join('\xff')).left(longestTyped);
     histories.check(
         query, kind < allClipKinds.size() ? std::optional(allClipKinds[kind]) : std::nullopt);

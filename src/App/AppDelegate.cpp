@@ -34,6 +34,9 @@ Q_LOGGING_CATEGORY(lcAppDelegate, "com.brackmoor.tessly.AppDelegate")
 /// For how long being asked to quit once more means nothing.
 constexpr Clock::Duration quitRepeats = std::chrono::seconds(1);
 
+// From a program that starts again to the one that it becomes: its user has paused it.
+constexpr const char* pausedVariable = "TESSLY_STARTS_PAUSED";
+
 constexpr const char* uiTestingVariable = "TESSLY_UI_TESTING";
 
 QString settingsPath()
@@ -218,6 +221,10 @@ void AppDelegate::applicationDidFinishLaunching()
     } else {
         showOnboarding();
     }
+    if (qEnvironmentVariableIsSet(pausedVariable)) {
+        qunsetenv(pausedVariable);
+        m_model->setRecordingPaused(true);
+    }
     // Whatever the program was started with was for that window.
     keepActivationToken({});
     m_commands = std::make_unique<HistoryCommands>(HistoryCommands::Dependencies{
@@ -235,11 +242,16 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::applicationDidBecomeActive()
 {
+    // What answered late is known by now.
+    tellOnboardingOfDesktop();
     m_model->refreshAutomaticPasteAccess(true);
 }
 
 void AppDelegate::applicationWillTerminate()
 {
+    if (m_startsAgain && m_model->clipboardMonitor().isPaused()) {
+        qputenv(pausedVariable, "1");
+    }
     m_bus.reset();
     m_model->clipboardMonitor().stop();
     m_hotKeys.unregisterAll();
@@ -337,10 +349,15 @@ QCoro::Task<std::optional<QRect>> AppDelegate::panelAnchor()
         co_return std::nullopt;
     }
     const StatusItem& item = m_platform->statusItem();
-    if (item.presence() == StatusItem::Presence::present && item.rectangle()) {
-        co_return item.rectangle();
+    const StatusItem::Rectangle icon = item.presence() == StatusItem::Presence::present
+                                           ? item.rectangle()
+                                           : StatusItem::Rectangle();
+    if (icon && m_platform->panelSurface() == PanelSurface::window) {
+        co_return icon;
     }
-    co_return co_await m_platform->panelAnchor();
+    // What a layer surface stands on is there by then, and not in front of it.
+    const std::optional<QRect> place = co_await m_platform->panelAnchor();
+    co_return icon ? icon : place;
 }
 
 HistoryCommands::Abilities AppDelegate::abilities()
@@ -504,8 +521,17 @@ void AppDelegate::openSettings()
     m_settingsController->show();
 }
 
+void AppDelegate::startAgain()
+{
+    if (!m_isQuitting) {
+        quitApplication();
+        m_startsAgain = true;
+    }
+}
+
 void AppDelegate::quitApplication()
 {
+    m_startsAgain = false;
     if (std::exchange(m_isQuitting, true)) {
         // The end of a session is often told more than once in a row; who asks again later does
         // not want to wait.

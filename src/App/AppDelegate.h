@@ -66,6 +66,11 @@ public:
 
     /// Ends the program once what was copied by now is in the history; at once if called again.
     void quitApplication();
+    /// The same, for a program that is to be started again then: see `startsAgain`. Nothing happens
+    /// if it ends anyway.
+    void startAgain();
+    /// Whether that is what it ends for. Whoever asks it to end meanwhile is heeded.
+    [[nodiscard]] bool startsAgain() const { return m_startsAgain; }
 
     /// Whether the session bus has not answered in all the time since the start.
     [[nodiscard]] bool isBusSilent() const { return m_bus && m_bus->isConnecting(); }
@@ -113,6 +118,7 @@ private:
     /// Present while a test of the interface runs the program.
     std::optional<QString> m_uiTestingMode;
     bool m_isQuitting = false;
+    bool m_startsAgain = false;
     std::unique_ptr<Clock::Timer> m_quitRepeats;
     std::unique_ptr<DesktopPlatform> m_platform;
     GlobalHotKeyManager m_hotKeys;

@@ -64,9 +64,9 @@ Call callFor(const Invocation& invocation)
     case CommandID::copy:
         return {u"Copy"_s, {invocation.position, invocation.isPlain}};
     case CommandID::pin:
-        return {u"Pin"_s, {invocation.position}};
+        return {u"Pin"_s, {invocation.position}, &BusClient::Limits::deletion};
     case CommandID::unpin:
-        return {u"Unpin"_s, {invocation.position}};
+        return {u"Unpin"_s, {invocation.position}, &BusClient::Limits::deletion};
     case CommandID::deleteEntry:
         return {u"Delete"_s, {invocation.position}, &BusClient::Limits::deletion};
     case CommandID::clear:

@@ -35,8 +35,12 @@ QString DesktopPlatform::recordingNote()
 
 QString DesktopPlatform::pastingNote()
 {
-    return keys().isAllowed() ? nothingToAllow
-                              : desktopName() + u" will ask once whether Tessly may press keys."_s;
+    if (keys().isAllowed()) {
+        return nothingToAllow;
+    }
+    const QString name = desktopName();
+    return name.isEmpty() ? u"Tessly asks the desktop once for the permission to press keys."_s
+                          : name + u" will ask once whether Tessly may press keys."_s;
 }
 
 QCoro::Task<std::optional<QRect>> DesktopPlatform::panelAnchor()

@@ -38,7 +38,9 @@ XWaylandPlatform::XWaylandPlatform(
           m_portal, makeRestoreTokenFile(),
           [this](PasteChord chord) { return m_compositor.strokes(chord); })
     , m_keys(m_sender, PasteClipboard::of(m_pasteboard))
-    , m_hotKeys(m_portal, clock, directPasteShortcut, {.refusal = makeHotKeyRefusalFile()})
+    , m_hotKeys(
+          m_portal, clock, directPasteShortcut,
+          {.refusesByOther = true, .refusal = makeHotKeyRefusalFile()})
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {
     m_pasteboard.setConnectionLost(std::move(connectionLost));

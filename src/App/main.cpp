@@ -194,10 +194,9 @@ int start(int argc, char** argv)
         const TerminationSignals signalsWatch([&delegate] { delegate.quitApplication(); });
         MainThreadCall xServerAnswers;
         if (choice.awaited) {
-            xServerAnswers.setCallback([&] {
+            xServerAnswers.setCallback([&delegate] {
                 qCInfo(log) << "XWayland answers: Tessly starts again, with the clipboard.";
-                isToStartAgain = true;
-                delegate.quitApplication();
+                delegate.startAgain();
             });
             choice.awaited->setAnswered(xServerAnswers.request());
         }
@@ -205,6 +204,7 @@ int start(int argc, char** argv)
         runLoop(delegate);
         status = EXIT_SUCCESS;
         isBusSilent = delegate.isBusSilent();
+        isToStartAgain = delegate.startsAgain();
         delegate.applicationWillTerminate();
     } catch (const std::exception& error) {
         fail(reasonOf(error));

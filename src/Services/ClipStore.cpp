@@ -95,12 +95,12 @@ void ClipStore::requireEntries()
     if (!m_damagedPath || m_rescue) {
         return;
     }
+    const ClipStoreError lack(
+        ClipStoreError::Case::execute, u"The history was damaged, and is not yet brought over."_s);
     try {
         while (!m_rescue) {
             if (m_interrupt.isRequested()) {
-                throw ClipStoreError(
-                    ClipStoreError::Case::execute,
-                    u"The history was damaged, and is not yet brought over."_s);
+                throw lack;
             }
             m_rescue = m_database->rescueSome(*m_damagedPath, m_maximumHistory);
         }
@@ -109,7 +109,8 @@ void ClipStore::requireEntries()
             throw;
         }
         qCWarning(lcStore, "The damaged history was not brought over: %s", error.what());
-        m_rescue = ClipRescue();
+        // Here or at a later start.
+        throw lack;
     }
 }
 

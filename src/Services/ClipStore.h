@@ -215,9 +215,12 @@ private:
     template <typename Read>
     QCoro::Task<std::invoke_result_t<Read&, ClipDatabase&>> read(Read operation)
     {
+        // Before it is asked whether these still wait: one of them is in the file only after that.
+        std::vector<WaitingCopy> waiting =
+            m_makeReader ? m_copies.all() : std::vector<WaitingCopy>();
         if (isOpening() && m_makeReader) {
             const Life life = m_life;
-            auto found = co_await readUnchecked(operation);
+            auto found = co_await readUnchecked(std::move(waiting), operation);
             if (found) {
                 co_return std::move(*found);
             }
@@ -228,10 +231,10 @@ private:
         co_return co_await run(std::move(operation));
     }
     template <typename Read>
-    auto readUnchecked(Read operation)
+    auto readUnchecked(std::vector<WaitingCopy> waiting, Read operation)
     {
         requireReader();
-        return m_reader->run([this, waiting = m_copies.all(), operation]() mutable {
+        return m_reader->run([this, waiting = std::move(waiting), operation]() mutable {
             return m_unchecked.read(waiting, operation);
         });
     }

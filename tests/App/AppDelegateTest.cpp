@@ -342,7 +342,7 @@ TEST_F(AppDelegateTest, TheWelcomeWindowTellsOfThisDesktop)
     }
     ASSERT_EQ(notes.size(), 3);
     EXPECT_EQ(notes[0], u"Nothing to allow on this desktop."_s);
-    EXPECT_EQ(notes[1], u"The desktop will ask once whether Tessly may press keys."_s);
+    EXPECT_EQ(notes[1], u"Tessly asks the desktop once for the permission to press keys."_s);
     EXPECT_TRUE(notes[2].contains(u"Tessly"_s));
 }
 
@@ -383,6 +383,32 @@ TEST_F(AppDelegateTest, ClosingTheWelcomeWindowLeavesItForTheNextStart)
     startFirst();
     ASSERT_NE(m_views.onboarding, nullptr);
     EXPECT_TRUE(m_views.onboarding->isShown());
+}
+
+// Starting again
+
+TEST_F(AppDelegateTest, AProgramThatStartsAgainIsPausedAsItWas)
+{
+    start();
+    model().setRecordingPaused(true);
+    m_delegate->startAgain();
+    EXPECT_TRUE(m_delegate->startsAgain());
+    stop();
+    start();
+    EXPECT_TRUE(model().clipboardMonitor().isPaused());
+    stop();
+    start();
+    EXPECT_FALSE(model().clipboardMonitor().isPaused()) << "that was for one start";
+}
+
+TEST_F(AppDelegateTest, WhoAsksItToEndIsHeeded)
+{
+    start();
+    m_delegate->startAgain();
+    m_delegate->quitApplication();
+    EXPECT_FALSE(m_delegate->startsAgain());
+    m_delegate->startAgain();
+    EXPECT_FALSE(m_delegate->startsAgain()) << "it ends already";
 }
 
 // Hot keys

@@ -53,10 +53,8 @@ class Documents(TesslyCase):
                 if command.startswith(ELSEWHERE) or command == STARTS:
                     continue
                 with self.subTest(document=document, command=command):
-                    self.start_again_if_it_ended()
-                    if "~/" in command:
-                        # Of the folder that Tessly has open.
-                        self.run_as_shown("tessly quit")
+                    if command.startswith("tessly "):
+                        self.start_again_if_it_ended()
                     answer = self.run_as_shown(command)
                     self.assertEqual((answer.returncode, answer.stderr), (0, ""))
                     if command == "tessly quit":

@@ -35,7 +35,7 @@ constexpr auto modifiersLater = 250ms;
 constexpr auto longestHold = 1s + modifiersLater;
 
 /// In seconds: who refuses faster is a portal, not a person. GNOME answers "other" for both.
-constexpr double shortestThought = 0.5;
+constexpr double shortestThought = 1;
 
 /// Between tries with a portal that does not answer; then twice as long each time.
 constexpr auto firstTryAgain = 30s;
@@ -322,7 +322,8 @@ QCoro::Task<> PortalHotKeyCenter::bindAll(QPointer<PortalHotKeyCenter> self, qui
         co_return;
     }
     if (!isGranted) {
-        const bool isByUser = response.outcome == DesktopPortal::Outcome::refused &&
+        const bool isByUser = self->m_options.refusesByOther &&
+                              response.outcome == DesktopPortal::Outcome::refused &&
                               self->m_clock.now() - asked >= shortestThought;
         self->end(isByUser ? DesktopPortal::Outcome::cancelled : response.outcome);
         co_return;

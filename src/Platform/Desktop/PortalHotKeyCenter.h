@@ -38,6 +38,8 @@ public:
         /// Whether this desktop's portal describes the keys of all shortcuts that have some; others
         /// describe none.
         bool describesKeys = false;
+        /// Whether this desktop's portal answers "other" also where the user refused.
+        bool refusesByOther = false;
         /// Keeps from one run to the next that the user refused; null: nothing does.
         std::unique_ptr<RestoreTokenFile> refusal = nullptr;
     };

@@ -135,11 +135,12 @@ protected:
     }
 
     /// Another run of the program, which remembers what the user refused in those before.
-    void startRun()
+    void startRun(bool refusesByOther = false)
     {
         m_center.reset();
         startCenter(
-            {.refusal = std::make_unique<RestoreTokenFile>(
+            {.refusesByOther = refusesByOther,
+             .refusal = std::make_unique<RestoreTokenFile>(
                  m_folder.filePath(u"refused"_s), std::make_unique<ThreadExecutor>("test"))});
     }
 
@@ -271,7 +272,7 @@ TEST_F(PortalHotKeyCenterTest, WhatTheDesktopDidNotLetTheUserSeeIsAskedForAgain)
 TEST_F(PortalHotKeyCenterTest, WhatTheUserRefusedIsRememberedAlsoWhereThePortalDoesNotSayWho)
 {
     mock().user = User::takesTime;
-    startRun();
+    startRun(true);
     auto keys = registerAll();
     ASSERT_TRUE(waitUntil([this] { return mock().openQuestions() == 1; }));
     m_clock.advance(2s);

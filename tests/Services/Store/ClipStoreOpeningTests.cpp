@@ -579,6 +579,7 @@ TEST_F(ClipStoreOpeningTest, ADeletionIsRefusedIfTheProgramEndsBeforeTheEntryIsB
 
 TEST_F(ClipStoreOpeningTest, AnIndexThatAloneIsDamagedIsMadeAgain)
 {
+    const LogCapture log;
     fill({"one word", "another"});
     damageTable("clips_fts_data");
     openHeld();
@@ -589,6 +590,7 @@ TEST_F(ClipStoreOpeningTest, AnIndexThatAloneIsDamagedIsMadeAgain)
     EXPECT_TRUE(m_store->ftsAvailable());
     EXPECT_THAT(listed(u"word"_s), ElementsAre("a third word", "one word"));
     EXPECT_THAT(m_done, ElementsAre("saved"));
+    EXPECT_TRUE(logged(log).join(u'\n').contains(u"The search index was made again"_s));
 }
 
 // What keeps it from being opened
