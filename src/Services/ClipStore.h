@@ -165,9 +165,9 @@ public:
 
     /// Brings over what can still be read of a damaged history that was set aside: see
     /// ClipRescuer. `damagedPath` is its database file, which is not changed. Other operations come
-    /// in between. What fails or ends the process leaves what was brought over by then, and the
-    /// folder marked as unfinished (AppPaths); calling it again goes on from there. Clearing the
-    /// history ends it for good.
+    /// in between; one on an entry that is not there yet brings over all of it first. What fails or
+    /// ends the process leaves what was brought over by then, and the folder marked as unfinished
+    /// (AppPaths); calling it again goes on from there. Clearing the history ends it for good.
     [[nodiscard]] QCoro::Task<ClipRescue> rescue(QString damagedPath, qint64 maximumHistory);
 
 private:
