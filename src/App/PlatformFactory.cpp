@@ -14,6 +14,7 @@ namespace {
 
 const QString nothingToAllow = u"Nothing to allow on this desktop."_s;
 
+/// Empty for a desktop of which it is not known that it asks.
 QString desktopName()
 {
     const QStringList names =
@@ -21,7 +22,7 @@ QString desktopName()
     if (names.contains(u"GNOME"_s)) {
         return u"GNOME"_s;
     }
-    return names.contains(u"KDE"_s) ? u"Plasma"_s : u"The desktop"_s;
+    return names.contains(u"KDE"_s) ? u"Plasma"_s : QString();
 }
 
 } // namespace
