@@ -1,12 +1,16 @@
 #include "XServerProbe.h"
+
+#include "TestSupport.h"
 #include "XSession.h"
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+
 #include <csignal>
 #include <future>
-#include <sys/wait.h>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace tessly::test {
@@ -25,10 +29,13 @@ protected:
     /// Returns once it is: until then it may still answer.
     void freeze()
     {
-        const auto server = static_cast<pid_t>(m_session.serverProcessID());
-        kill(server, SIGSTOP);
-        siginfo_t stopped = {};
-        waitid(P_PID, static_cast<id_t>(server), &stopped, WSTOPPED | WNOWAIT);
+        const qint64 server = m_session.serverProcessID();
+        kill(static_cast<pid_t>(server), SIGSTOP);
+        ASSERT_TRUE(waitUntil([server] {
+            QFile status(u"/proc/%1/stat"_s.arg(server));
+            // Behind the program's name in parentheses.
+            return status.open(QFile::ReadOnly) && status.readAll().contains(") T ");
+        }));
     }
     void thaw() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGCONT); }
     void TearDown() override { thaw(); }

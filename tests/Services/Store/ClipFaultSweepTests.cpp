@@ -170,6 +170,11 @@ protected:
             EXPECT_TRUE(isSecretInFiles(history)) << "there is nothing to be wiped";
         }
     }
+    ~ClipFaultSweep() override
+    {
+        // Which its files still go through.
+        history.close();
+    }
 
     bool hasSecret() const { return GetParam().secret != Secret::stays; }
 
