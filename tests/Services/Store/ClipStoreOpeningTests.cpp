@@ -457,9 +457,10 @@ TEST_F(ClipStoreOpeningTest, CopiesThatWaitGoIntoTheFreshHistoryThatTakesADamage
     file.write(damaged);
     file.close();
     openHeld();
-    auto listing = m_store->search({}, std::nullopt, -1);
     note(save("one"), "one");
     note(save("two"), "two");
+    // Behind them, however soon it is known that the file cannot be read.
+    auto listing = m_store->search({}, std::nullopt, -1);
     const LogCapture log;
     const ClipStore::Opening opening = letGo();
     ASSERT_TRUE(opening.damagedFolder);
