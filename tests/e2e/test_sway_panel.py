@@ -7,7 +7,7 @@ from tessly_e2e import Tessly, procfs, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
 from tessly_e2e.sway import Sway
-from tessly_e2e.waiting import settled
+from tessly_e2e.waiting import holds_for, settled
 from tessly_e2e.wayland_case import WaylandCase, WaylandDesktopCase
 
 
@@ -87,7 +87,13 @@ class OtherWindows(WaylandDesktopCase):
         welcome = tessly.wait_for_window("Welcome to Tessly")
         self.assertTrue(welcome.is_floating)
         self.assertEqual((welcome.width, welcome.height), (650, 510))
-        self.keyboard.press("Return")
+
+        def is_enabled():
+            # The keyboard that Tessly makes at its start takes the keys from every window for a
+            # moment.
+            self.keyboard.press("Return")
+            return not holds_for(0.5, lambda: tessly.window("Welcome to Tessly"))
+        wait_until(is_enabled, "the welcome window is gone")
         tessly.wait_for_panel()
         self.clipboard.copy("copied after")
         tessly.history.wait_for_text("copied after")
