@@ -35,8 +35,9 @@ public:
         std::chrono::milliseconds look = std::chrono::seconds(2);
         /// For the answer to a call.
         std::chrono::milliseconds answer = std::chrono::seconds(20);
-        /// For the answer to one that wipes a large history from the disk.
-        std::chrono::milliseconds deletion = std::chrono::seconds(120);
+        /// For the answer to one that changes entries: it may wait for the check of a large
+        /// history, or wipe one from the disk.
+        std::chrono::milliseconds change = std::chrono::seconds(120);
     };
 
     /// `connect` is called on a thread of its own.

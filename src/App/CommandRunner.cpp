@@ -64,13 +64,13 @@ Call callFor(const Invocation& invocation)
     case CommandID::copy:
         return {u"Copy"_s, {invocation.position, invocation.isPlain}};
     case CommandID::pin:
-        return {u"Pin"_s, {invocation.position}, &BusClient::Limits::deletion};
+        return {u"Pin"_s, {invocation.position}, &BusClient::Limits::change};
     case CommandID::unpin:
-        return {u"Unpin"_s, {invocation.position}, &BusClient::Limits::deletion};
+        return {u"Unpin"_s, {invocation.position}, &BusClient::Limits::change};
     case CommandID::deleteEntry:
-        return {u"Delete"_s, {invocation.position}, &BusClient::Limits::deletion};
+        return {u"Delete"_s, {invocation.position}, &BusClient::Limits::change};
     case CommandID::clear:
-        return {u"Clear"_s, {invocation.isEverything}, &BusClient::Limits::deletion};
+        return {u"Clear"_s, {invocation.isEverything}, &BusClient::Limits::change};
     case CommandID::status:
         return {u"Status"_s};
     case CommandID::list:

@@ -165,7 +165,6 @@ int start(int argc, char** argv)
     QGuiApplication::setDesktopFileName(u"com.brackmoor.tessly"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const auto quit = [] { QCoreApplication::exit(); };
-    int status = EXIT_FAILURE;
     bool isBusSilent = false;
     bool isToStartAgain = false;
     const DesktopChoice choice = [&] {
@@ -202,7 +201,6 @@ int start(int argc, char** argv)
         }
         delegate.applicationDidFinishLaunching();
         runLoop(delegate);
-        status = EXIT_SUCCESS;
         isBusSilent = delegate.isBusSilent();
         isToStartAgain = delegate.startsAgain();
         delegate.applicationWillTerminate();
@@ -213,9 +211,9 @@ int start(int argc, char** argv)
         startAgain(argv);
     }
     if (isBusSilent) {
-        endNow(status);
+        endNow(EXIT_SUCCESS);
     }
-    return status;
+    return EXIT_SUCCESS;
 }
 
 } // namespace

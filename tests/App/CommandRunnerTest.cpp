@@ -62,7 +62,7 @@ protected:
                         .start = m_startLimit,
                         .look = 50ms,
                         .answer = 50ms,
-                        .deletion = 50ms});
+                        .change = 50ms});
         m_printed.clear();
         m_complaints.clear();
         CommandRunner runner(

@@ -20,6 +20,17 @@ namespace {
 
 class ClipLostFile : public ClipFaults
 {
+protected:
+    /// As one that puts a backup in its place does.
+    void replaceBy(const HistoryFile& other)
+    {
+        const QString copy = QDir(history.folder()).filePath(u"copy"_s);
+        ASSERT_TRUE(QFile::copy(other.path(), copy));
+        ASSERT_EQ(
+            std::rename(
+                QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
+            0);
+    }
 };
 
 } // namespace
@@ -88,12 +99,7 @@ TEST_F(ClipLostFile, thatIsReplacedDoesNotHaveTheOtherClearedBeforeItIsShown)
     other.open();
     other.saveText("restored");
     other.close();
-    const QString copy = QDir(history.folder()).filePath(u"copy"_s);
-    ASSERT_TRUE(QFile::copy(other.path(), copy));
-    ASSERT_EQ(
-        std::rename(
-            QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
-        0);
+    replaceBy(other);
     EXPECT_EQ(
         errorOf([&] { history.database().clear(true); }).description(),
         u"Clipboard database operation failed: The database file was moved or deleted."_s);
@@ -200,13 +206,7 @@ TEST_F(ClipLostFile, thatIsReplacedKeepsItsLogOutOfTheOther)
     for (int i = 0; i < 20; ++i) {
         history.saveText("own " + QByteArray::number(i));
     }
-    // As one that puts a backup in its place does.
-    const QString copy = QDir(history.folder()).filePath(u"copy"_s);
-    ASSERT_TRUE(QFile::copy(other.path(), copy));
-    ASSERT_EQ(
-        std::rename(
-            QFile::encodeName(copy).constData(), QFile::encodeName(history.path()).constData()),
-        0);
+    replaceBy(other);
     ASSERT_GT(QFileInfo(history.path() + u"-wal"_s).size(), 0);
     history.saveText("one more");
     EXPECT_EQ(all().size(), 301U);

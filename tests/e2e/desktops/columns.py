@@ -11,14 +11,14 @@ import dbus
 import dbus.bus
 
 import wayland_tests
+from services import start_bar
 from tessly_e2e import png, wait_until
-from tessly_e2e.commands import DONE, Expecting
+from tessly_e2e.commands import DONE, NOT_RUNNING, Expecting
 from tessly_e2e.editors import GtkEditor
 
 _WATCHER = "org.kde.StatusNotifierWatcher"
 _ITEM = "org.kde.StatusNotifierItem"
 _PROPERTIES = "org.freedesktop.DBus.Properties"
-NOT_RUNNING = 3
 
 COLUMNS = ("start", "capture", "source", "focus", "paste", "hot_keys", "tray", "ends")
 
@@ -32,7 +32,8 @@ class Columns(Expecting):
     programs = (GtkEditor,)
 
     def start_tray(self):
-        """Starts what shows icons, where the desktop has not done so."""
+        """Starts what shows icons."""
+        start_bar(self.desktop)
 
     def hold_hot_keys(self):
         """Has Alt+Shift+2 paste the second entry, as the desktop's user does."""

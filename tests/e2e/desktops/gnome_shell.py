@@ -4,7 +4,7 @@ import os
 
 import dbus
 
-from services import PERMISSION_STORE, InstalledServices
+from services import InstalledServices
 from tessly_e2e.mutter import Mutter
 from tessly_e2e.waiting import wait_until
 
@@ -16,6 +16,7 @@ _SETTINGS = (
     ("org.gnome.desktop.session", "idle-delay", "0"),
 )
 _SHELL = "org.gnome.Shell"
+_PERMISSION_STORE = "org.freedesktop.impl.portal.PermissionStore"
 _PROPERTIES = "org.freedesktop.DBus.Properties"
 # Any will do, as long as it is in Tessly's file too.
 _TOKEN = "6b3ac69e-2c3e-4d6f-9d0b-7a8f2c1d5e90"
@@ -58,8 +59,8 @@ class GnomeShell(InstalledServices, Mutter):
             ("GNOME", dbus.UInt32(1), dbus.Struct(
                 (now, now, dbus.UInt32(1), False, dbus.Array([], signature="(uuv)")),
                 signature=None, variant_level=1)), signature=None, variant_level=1)
-        self.call(PERMISSION_STORE, "/org/freedesktop/impl/portal/PermissionStore",
-                  PERMISSION_STORE, "Set", "sbsa{sas}v", "remote-desktop", True, _TOKEN,
+        self.call(_PERMISSION_STORE, "/org/freedesktop/impl/portal/PermissionStore",
+                  _PERMISSION_STORE, "Set", "sbsa{sas}v", "remote-desktop", True, _TOKEN,
                   {"com.brackmoor.tessly": ["yes"]}, data)
         folder = os.path.join(self.data_home, "Tessly")
         os.makedirs(folder, 0o700, exist_ok=True)

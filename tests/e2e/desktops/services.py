@@ -3,7 +3,6 @@
 import dbus
 import dbus.bus
 
-PERMISSION_STORE = "org.freedesktop.impl.portal.PermissionStore"
 _TIMEOUT = 20  # seconds; a service may have to start
 
 # Of the environment, what a service needs in order to find the desktop.
@@ -32,11 +31,6 @@ class InstalledServices:
                 if name in _TOLD}
         self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                   "UpdateActivationEnvironment", "a{ss}", told)
-
-    def permit(self, table, entry, application):
-        """What a user's consent leaves behind in the store of permissions."""
-        self.call(PERMISSION_STORE, "/org/freedesktop/impl/portal/PermissionStore", PERMISSION_STORE,
-                  "SetPermission", "sbssas", table, True, entry, application, ["yes"])
 
 
 def start_bar(desktop):

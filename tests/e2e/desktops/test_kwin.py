@@ -1,8 +1,7 @@
-"""KWin as it is used: with permissions, Plasma's portal and Plasma's tray."""
+"""KWin as it is used: with permissions and Plasma's portal. Icons are shown by waybar."""
 
 from columns import Columns, main
 from plasma import Plasma
-from services import start_bar
 from tessly_e2e import wait_until
 from tessly_e2e.editors import GtkEditor, QtEditor, QtTerminal
 from tessly_e2e.wayland_case import WaylandCase
@@ -22,9 +21,6 @@ class OnPlasma(Columns, WaylandCase):
         # Not every version of Plasma asks.
         wait_until(lambda: self.desktop.agree() or self.status()["hotKeys"], "the portal answers")
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
-
-    def start_tray(self):
-        start_bar(self.desktop)
 
 
 if __name__ == "__main__":

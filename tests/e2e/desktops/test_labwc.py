@@ -2,7 +2,6 @@
 
 from columns import Columns, main
 from labwc import Labwc
-from services import start_bar
 from tessly_e2e.editors import GtkEditor, QtEditor, WaylandTerminal
 from tessly_e2e.tessly import program
 from tessly_e2e.wayland_case import WaylandCase
@@ -13,9 +12,6 @@ class OnLabwc(Columns, WaylandCase):
     desktop_options = {"bindings": [("A-S-2", program() + " paste 2")]}
     accessible = True
     programs = (GtkEditor, QtEditor, WaylandTerminal)
-
-    def start_tray(self):
-        start_bar(self.desktop)
 
 
 if __name__ == "__main__":

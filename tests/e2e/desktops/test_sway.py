@@ -1,7 +1,6 @@
 """sway as it is used: keys are bound in its configuration, icons are shown by waybar."""
 
 from columns import Columns, main
-from services import start_bar
 from tessly_e2e.editors import GtkEditor, QtEditor, WaylandTerminal
 from tessly_e2e.sway import Sway
 from tessly_e2e.wayland_case import WaylandCase
@@ -13,9 +12,6 @@ class OnSway(Columns, WaylandCase):
 
     def hold_hot_keys(self):
         self.desktop.messages.command(f"bindsym Mod1+Shift+2 exec {self.tessly.program} paste 2")
-
-    def start_tray(self):
-        start_bar(self.desktop)
 
 
 if __name__ == "__main__":
