@@ -10,6 +10,9 @@ namespace {
 // Whoever asks for what was missed asks at each change; more than these come only if nobody does.
 constexpr std::size_t rememberedReplacements = 64;
 
+// Programs that look at the clipboard from time to time look twice a second, or every second.
+constexpr std::chrono::seconds takeoverTime{2};
+
 } // namespace
 
 LoopClipboard::State::State()
@@ -51,7 +54,15 @@ void LoopClipboard::State::change(Origin origin, WriteTicket ticket)
         }
     }
     m_heldTicket = ticket.number();
-    m_changedAt = std::chrono::steady_clock::now().time_since_epoch().count();
+    const auto now = std::chrono::steady_clock::now();
+    if (origin == Origin::otherProgram) {
+        if (m_ownerLeftAt && now - *m_ownerLeftAt <= takeoverTime) {
+            m_afterOwnerThatLeft = m_changeCount + 1;
+        }
+    } else if (origin == Origin::nobody || ticket) {
+        m_ownerLeftAt.reset();
+    }
+    m_changedAt = now.time_since_epoch().count();
     ++m_changeCount;
     if (changed) {
         changed();

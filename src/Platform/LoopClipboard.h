@@ -37,6 +37,10 @@ public:
         [[nodiscard]] std::chrono::nanoseconds contentAge() const;
         [[nodiscard]] int
         copiesMissed(qint64 changeCount, std::chrono::nanoseconds shortestStay) const;
+        [[nodiscard]] bool followsOwnerThatLeft(qint64 changeCount) const
+        {
+            return changeCount == m_afterOwnerThatLeft;
+        }
         /// Whether the content, and PRIMARY too if that is to be pasted, is that of this write, as
         /// far as the desktop has said by now. Begins to count fetches anew.
         [[nodiscard]] bool beginPaste(WriteTicket ticket, bool isPrimaryPasted);
@@ -44,6 +48,8 @@ public:
         enum class Origin { program, otherProgram, nobody };
         /// A new content has come; with the ticket of the write that it is, if it is one.
         void change(Origin origin, WriteTicket ticket = {});
+        /// The other program that owned the content has gone away; the change count stays.
+        void ownerLeft() { m_ownerLeftAt = std::chrono::steady_clock::now(); }
         /// The content is not that of a write any more; what it is will be told next.
         void release() { m_heldTicket = 0; }
         /// Likewise PRIMARY.
@@ -70,6 +76,9 @@ public:
         std::atomic<quint64> m_heldTicket = 0;
         std::atomic<quint64> m_primaryTicket = 0;
         Origin m_origin = Origin::nobody;
+        std::optional<std::chrono::steady_clock::time_point> m_ownerLeftAt;
+        /// The change count of the content for which that holds; zero for none.
+        std::atomic<qint64> m_afterOwnerThatLeft = 0;
         mutable std::mutex m_replacedMutex;
         /// The latest of them.
         std::deque<Replaced> m_replaced;

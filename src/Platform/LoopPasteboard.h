@@ -30,6 +30,10 @@ public:
     {
         return m_state.copiesMissed(changeCount, shortestStay);
     }
+    [[nodiscard]] bool followsOwnerThatLeft(qint64 changeCount) const final
+    {
+        return m_state.followsOwnerThatLeft(changeCount);
+    }
     [[nodiscard]] bool notifiesOfChanges() const final { return true; }
     void setChanged(std::function<void()> changed) final
     {

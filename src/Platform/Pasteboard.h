@@ -121,6 +121,11 @@ public:
     [[nodiscard]] virtual int
     copiesMissed(qint64 changeCount, Clock::Duration shortestStay) const = 0;
 
+    /// Whether the content of `changeCount` is another program's that came within two seconds of
+    /// the owner before it going away: perhaps a program that offers again what it has read. What
+    /// this program keeps for that case does not count as an owner. A read of memory.
+    [[nodiscard]] virtual bool followsOwnerThatLeft(qint64 changeCount) const = 0;
+
     /// Whether the desktop tells of changes. Where it does not, `changeCount` has to be looked at
     /// from time to time.
     [[nodiscard]] virtual bool notifiesOfChanges() const = 0;

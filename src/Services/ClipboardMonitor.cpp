@@ -30,6 +30,8 @@ constexpr Clock::Duration quietTime = 20ms;
 constexpr Clock::Duration longestQuietWait = 60ms;
 /// Listed by owners that change what they offer without taking the clipboard again (Tk).
 constexpr auto mutableContentType = "TK_APPLICATION"_L1;
+/// Of what was recorded last, as much is held on to, in bytes.
+constexpr qint64 heldSize = 1'048'576;
 
 /// Types by which owners, mostly password managers, ask for their content to be left alone.
 const QSet<QString>& sensitiveTypes()
@@ -329,12 +331,32 @@ void ClipboardMonitor::handOn()
     while (!m_unfinished.empty() && m_unfinished.begin()->second.capture) {
         const Capture capture = *std::move(m_unfinished.begin()->second.capture);
         m_unfinished.erase(m_unfinished.begin());
+        if (isOfferedAgain(capture)) {
+            continue;
+        }
         m_onCapture(capture.payload, capture.source.name, capture.source.bundleIdentifier);
         if (!self) {
             return;
         }
     }
     endSettling();
+}
+
+/// Whether nobody has copied it: its owner has left, and another program offers in its place what
+/// it had read of it, or the text alone. Remembers it for the next if it is a copy.
+bool ClipboardMonitor::isOfferedAgain(const Capture& capture)
+{
+    const ClipPayload& payload = capture.payload;
+    if (capture.mayBeOfferedAgain && m_lastHandedOn &&
+        (payload == *m_lastHandedOn ||
+         payload == ClipPayload({.plainText = m_lastHandedOn->plainText()}))) {
+        return true;
+    }
+    m_lastHandedOn.reset();
+    if (payload.byteCount() <= heldSize) {
+        m_lastHandedOn = payload;
+    }
+    return false;
 }
 
 /// Those who wait go on, in their order, if nothing is left to be waited for.
@@ -411,7 +433,8 @@ QCoro::Task<> ClipboardMonitor::record(QPointer<ClipboardMonitor> self, Reading 
             .isRecorded = true};
         self->keep(*self->m_mutable, *payload);
     }
-    self->m_unfinished[reading.number].capture = Capture{*payload, source};
+    self->m_unfinished[reading.number].capture = Capture{
+        *payload, source, dependencies.pasteboard.followsOwnerThatLeft(reading.changeCount)};
     self->handOn();
 }
 

@@ -104,6 +104,8 @@ private:
     {
         ClipPayload payload;
         Source source;
+        /// Nobody may have copied it: a program may offer again what it has read.
+        bool mayBeOfferedAgain = false;
     };
     /// A reading that has not come to its end, and what it has come to.
     struct Unfinished
@@ -136,6 +138,7 @@ private:
     void finish(const Reading& reading);
     void finishAll();
     void handOn();
+    [[nodiscard]] bool isOfferedAgain(const Capture& capture);
     void endSettling();
     void keep(const Mutable& content, const ClipPayload& payload);
     static void log(const char* loss);
@@ -169,6 +172,8 @@ private:
     /// By number.
     std::map<quint64, Unfinished> m_unfinished;
     std::optional<Mutable> m_mutable;
+    /// What was handed on last; none if it is too large to be held on to.
+    std::optional<ClipPayload> m_lastHandedOn;
     std::optional<AccessIssue> m_lastAccessIssue;
     std::vector<std::shared_ptr<Settling>> m_settling;
 };

@@ -44,6 +44,21 @@ TEST(LoopClipboardStateTest, OwnContentAndNoContentAreNotMissed)
     EXPECT_EQ(state.copiesMissed(before, 0ns), 0);
 }
 
+TEST(LoopClipboardStateTest, EveryProgramThatComesAtOnceFollowsTheOwnerThatLeft)
+{
+    LoopClipboard::State state;
+    state.change(Origin::otherProgram);
+    state.ownerLeft();
+    state.change(Origin::otherProgram);
+    EXPECT_TRUE(state.followsOwnerThatLeft(state.changeCount()));
+    state.change(Origin::otherProgram);
+    EXPECT_TRUE(state.followsOwnerThatLeft(state.changeCount()));
+    state.change(Origin::nobody);
+    EXPECT_FALSE(state.followsOwnerThatLeft(state.changeCount()));
+    state.change(Origin::otherProgram);
+    EXPECT_FALSE(state.followsOwnerThatLeft(state.changeCount())) << "the clipboard was cleared";
+}
+
 TEST(LoopClipboardStateTest, APasteBeginsWithWhatWasWrittenForItAndCountsFetchesAnew)
 {
     LoopClipboard::State state;

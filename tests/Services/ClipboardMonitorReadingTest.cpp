@@ -378,6 +378,47 @@ TEST_P(ClipboardMonitorTest, ContentOfAnOwnerThatServesOneReadIsRecordedAndOffer
     EXPECT_EQ(m_pasteboard.ownItems(), pasteboardItems(text("text")));
 }
 
+TEST_P(ClipboardMonitorTest, WhatAnotherProgramOffersInTheOwnersPlaceIsNoCopy)
+{
+    start();
+    m_pasteboard.copy({.plainText = "text", .html = "<b>"});
+    tick();
+    m_pasteboard.ownerLeaves();
+    m_pasteboard.copyText("text");
+    tick();
+    EXPECT_THAT(m_captures, SizeIs(1)) << "the text of it alone";
+    EXPECT_THAT(m_pasteboard.keeps(), SizeIs(2)) << "it outlives that program, too";
+
+    m_pasteboard.ownerLeaves();
+    m_pasteboard.copy({.plainText = "text", .html = "<b>"});
+    tick();
+    EXPECT_THAT(m_captures, SizeIs(1)) << "all of it";
+}
+
+TEST_P(ClipboardMonitorTest, SomethingElseAfterAnOwnerLeftIsACopy)
+{
+    start();
+    m_pasteboard.copyText("text");
+    tick();
+    m_pasteboard.ownerLeaves();
+    m_pasteboard.copyText("another text");
+    tick();
+    m_pasteboard.ownerLeaves();
+    m_pasteboard.copy({.plainText = "another text", .html = "<b>"});
+    tick();
+    EXPECT_THAT(texts(), ElementsAre("text", "another text", "another text"));
+}
+
+TEST_P(ClipboardMonitorTest, TheSameAgainFromAnOwnerThatIsThereIsACopy)
+{
+    start();
+    m_pasteboard.copyText("text");
+    tick();
+    m_pasteboard.copyText("text");
+    tick();
+    EXPECT_THAT(texts(), ElementsAre("text", "text"));
+}
+
 TEST_P(ClipboardMonitorTest, WhetherTheSourceOfKeptContentHasEndedCanBeAsked)
 {
     const auto editor = std::make_shared<FakeRunningApplication>(u"org.example.Editor"_s);

@@ -173,6 +173,39 @@ TEST_P(PasteboardContract, anOwnerThatLeavesIsNotACopy)
     EXPECT_EQ(pasteboard().changeCount(), count);
 }
 
+TEST_P(PasteboardContract, tellsACopyThatFollowsAnOwnerThatLeft)
+{
+    const qint64 first = copied({.plainText = "text"});
+    const qint64 second = copied({.plainText = "text"});
+    EXPECT_FALSE(pasteboard().followsOwnerThatLeft(first));
+    EXPECT_FALSE(pasteboard().followsOwnerThatLeft(second)) << "it has replaced one";
+
+    world().ownerLeaves();
+    ASSERT_TRUE(isPasted(std::nullopt));
+    const qint64 third = copied({.plainText = "text"});
+    EXPECT_TRUE(pasteboard().followsOwnerThatLeft(third));
+    EXPECT_FALSE(pasteboard().followsOwnerThatLeft(second));
+}
+
+TEST_P(PasteboardContract, whatIsKeptAndOfferedMeanwhileIsNoOwner)
+{
+    const qint64 first = copied({.plainText = "text"});
+    pasteboard().keepWhenOwnerLeaves(first, textItem("text"));
+    changed([this] { world().ownerLeaves(); });
+    const qint64 second = copied({.plainText = "text"});
+    EXPECT_TRUE(pasteboard().followsOwnerThatLeft(second));
+}
+
+TEST_P(PasteboardContract, aCopyAfterAnOwnWriteFollowsThat)
+{
+    copied({.plainText = "text"});
+    world().ownerLeaves();
+    ASSERT_TRUE(isPasted(std::nullopt));
+    changed([this] { EXPECT_TRUE(pasteboard().write(textItem("own"))); });
+    const qint64 count = copied({.plainText = "text"});
+    EXPECT_FALSE(pasteboard().followsOwnerThatLeft(count));
+}
+
 TEST_P(PasteboardContract, readsEachFlavourThatIsOffered)
 {
     const QByteArray png = "\x89PNG\r\n\x1a\n and more";

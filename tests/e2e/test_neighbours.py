@@ -1,5 +1,6 @@
 """Another program beside it that keeps what is copied."""
 
+import signal
 import unittest
 
 from tessly_e2e import wait_until
@@ -58,6 +59,20 @@ class Neighbour:
         wait_until(lambda: self.clipboard.read() == b"outlives its owner", "it can be pasted")
         self.assertLessEqual(self.changes() - before, 2)
         self.assertEqual(self.clipboard.read(), b"outlives its owner")
+        self.expect_recorded_once("outlives its owner")
+
+    def test_what_it_offers_before_tessly_can_is_no_copy(self):
+        process = self.clipboard.copy("outlives its owner")
+        self.history.wait_for_text("outlives its owner")
+        self.changes()
+        self.tessly.process.send_signal(signal.SIGSTOP)
+        try:
+            self.desktop.end(process)
+            self.changes()
+        finally:
+            self.tessly.process.send_signal(signal.SIGCONT)
+        wait_until(lambda: self.clipboard.read() == b"outlives its owner", "it can be pasted")
+        self.changes()
         self.expect_recorded_once("outlives its owner")
 
     def test_an_entry_that_is_copied_again_stays_on_the_clipboard(self):

@@ -20,6 +20,9 @@ qint64 FakePasteboard::copy(Content content)
     m_isOwn = false;
     m_ownItems.clear();
     change();
+    if (std::exchange(m_hasOwnerLeft, false)) {
+        m_afterOwnerThatLeft = m_changeCount;
+    }
     return m_changeCount;
 }
 
@@ -35,6 +38,7 @@ void FakePasteboard::ownerLeaves()
     }
     // The offer itself stays known, like a list of types that was fetched earlier.
     m_ownerLeft = true;
+    m_hasOwnerLeft = true;
     m_gate.releaseWaiting();
     if (m_kept) {
         own(std::exchange(m_kept, std::nullopt)->items);
@@ -165,6 +169,7 @@ WriteTicket FakePasteboard::write(std::vector<PasteboardItem> items)
         return {};
     }
     m_writes.push_back(items);
+    m_hasOwnerLeft = false;
     own(std::move(items));
     m_ticket = WriteTicket(++m_lastTicket);
     return m_ticket;
@@ -180,6 +185,7 @@ void FakePasteboard::clear()
     m_content.reset();
     m_isOwn = false;
     m_ownItems.clear();
+    m_hasOwnerLeft = false;
     change();
 }
 

@@ -114,6 +114,10 @@ public:
     [[nodiscard]] qint64 changeCount() const override { return m_changeCount; }
     [[nodiscard]] Clock::Duration contentAge() const override { return m_contentAge; }
     [[nodiscard]] int copiesMissed(qint64 changeCount, Clock::Duration shortestStay) const override;
+    [[nodiscard]] bool followsOwnerThatLeft(qint64 changeCount) const override
+    {
+        return changeCount == m_afterOwnerThatLeft;
+    }
     [[nodiscard]] bool notifiesOfChanges() const override { return m_notifies; }
     void setChanged(std::function<void()> changed) override { m_changed = std::move(changed); }
     [[nodiscard]] QCoro::Task<> catchUp() override;
@@ -152,6 +156,9 @@ private:
     std::optional<Content> m_content;
     bool m_isOwn = false;
     bool m_ownerLeft = false;
+    /// The same, until somebody copies or the program writes.
+    bool m_hasOwnerLeft = false;
+    qint64 m_afterOwnerThatLeft = 0;
     /// Whether the owner has handed anything over.
     bool m_hasDelivered = false;
     /// The owner hung after that, and is not asked again.

@@ -24,6 +24,7 @@ public:
     [[nodiscard]] WriteTicket write(std::vector<PasteboardItem>) override { return {}; }
     [[nodiscard]] QCoro::Task<bool> holds(WriteTicket ticket) override;
     [[nodiscard]] int copiesMissed(qint64, Clock::Duration) const override { return 0; }
+    [[nodiscard]] bool followsOwnerThatLeft(qint64) const override { return false; }
     [[nodiscard]] quint64 fetchCount() const override { return 0; }
     void clear() override {}
     void keepWhenOwnerLeaves(qint64, std::vector<PasteboardItem>, HasSourceEnded) override {}

@@ -150,6 +150,7 @@ void WaylandClipboard::nothingSelected()
         // Nobody has copied anything: the program that owned it has ended, or taken it back.
         m_hasOwnerLeft = true;
         m_foreign->ownerLeft();
+        m_state.ownerLeft();
         ownerLeft(sourceLooks);
     }
 }

@@ -105,6 +105,7 @@ void X11Clipboard::ownerChanged(
         if (m_foreign) {
             m_hasOwnerLeft = true;
             m_foreign->ownerLeft();
+            m_state.ownerLeft();
             offerKept();
         }
         return;
