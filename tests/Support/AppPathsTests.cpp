@@ -142,7 +142,7 @@ TEST_F(AppPathsTest, failsInAFolderThatCannotBeWritten)
 
 TEST_F(AppPathsTest, namesARescueFolderByTimeAndTag)
 {
-    const QDateTime time(QDate(2026, 3, 9), QTime(15, 5, 59, 999), Qt::OffsetFromUTC, 3600);
+    const QDateTime time(QDate(2026, 3, 9), QTime(15, 5, 59, 999), QTimeZone(3600));
     EXPECT_EQ(
         AppPaths::recoveryFolderName(time, QUuid(u"{3f2a9c1b-0000-4000-8000-000000000000}"_s)),
         u"history-recovery-2026-03-09T14-05-59Z-3F2A9C1B"_s);
