@@ -6,13 +6,10 @@
 #include <QCoroFuture>
 #include <QDBusArgument>
 #include <QDBusError>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QLoggingCategory>
 #include <QPointer>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -23,26 +20,12 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcShell, "com.brackmoor.tessly.ShellExtension")
 
-const QString extensionName = u"com.brackmoor.tessly.Shell"_s;
-const QString extensionPath = u"/com/brackmoor/tessly/Shell"_s;
-const QString extensionInterface = u"com.brackmoor.tessly.Shell1"_s;
-
-const QString daemonName = u"org.freedesktop.DBus"_s;
-const QString daemonPath = u"/org/freedesktop/DBus"_s;
-const QString localPath = u"/org/freedesktop/DBus/Local"_s;
-const QString localInterface = u"org.freedesktop.DBus.Local"_s;
+const QString frontChangedSignal = u"FrontChanged"_s;
+const QString windowClosedSignal = u"WindowClosed"_s;
 
 /// The class of the program's own windows.
 constexpr auto ownClass = "tessly"_L1;
 constexpr auto entrySuffix = ".desktop"_L1;
-
-/// Time is kept by the clock; to the bus library, a call may take for ever.
-constexpr int noTimeout = std::numeric_limits<int>::max();
-
-QDBusMessage timedOut()
-{
-    return QDBusMessage::createError(QDBusError::NoReply, u"no answer in time"_s);
-}
 
 bool isOwn(const QVariantMap& window, const QString& windowClass)
 {
@@ -122,71 +105,25 @@ std::optional<ShellPlace> placeTold(const QDBusMessage& reply)
 
 ShellExtension::ShellExtension(Connect connect, Clock& clock, QObject* parent)
     : QObject(parent)
-    , m_clock(clock)
+    , m_peer(
+          std::move(connect),
+          {.service = u"com.brackmoor.tessly.Shell"_s,
+           .path = u"/com/brackmoor/tessly/Shell"_s,
+           .interface = u"com.brackmoor.tessly.Shell1"_s},
+          {frontChangedSignal, windowClosedSignal}, clock)
     , m_deciding(clock.after(patience, [this] {
         m_isSilent = true;
         m_decided(false);
     }))
 {
-    m_connecting.start(std::move(connect));
+    QObject::connect(&m_peer, &BusPeer::ownerChanged, this, &ShellExtension::ownerChanged);
+    QObject::connect(&m_peer, &BusPeer::received, this, &ShellExtension::heard);
 }
 
 ShellExtension::~ShellExtension() = default;
 
-void ShellExtension::connected(const QDBusConnection& bus)
+void ShellExtension::ownerChanged()
 {
-    if (!bus.isConnected()) {
-        m_decided(false);
-        return;
-    }
-    m_bus = bus;
-    // From any sender, told apart when they come: of one that is named, even by its unique name,
-    // QtDBus would first ask the bus, and wait.
-    m_bus->connect(
-        QString(), daemonPath, daemonName, u"NameOwnerChanged"_s, {extensionName}, QString(), this,
-        SLOT(ownerChanged(QString, QString, QString, QDBusMessage)));
-    for (const QString& signal : {u"FrontChanged"_s, u"WindowClosed"_s}) {
-        m_bus->connect(
-            QString(), extensionPath, extensionInterface, signal, this, SLOT(heard(QDBusMessage)));
-    }
-    m_bus->connect(
-        QString(), localPath, localInterface, u"Disconnected"_s, this, SLOT(disconnected()));
-
-    auto question =
-        QDBusMessage::createMethodCall(daemonName, daemonPath, daemonName, u"GetNameOwner"_s);
-    question << extensionName;
-    whenAnswered(m_bus->asyncCall(question, noTimeout), [this](const QDBusPendingCall& call) {
-        // One that came meanwhile has announced itself.
-        if (!m_owner.isEmpty()) {
-            return;
-        }
-        const QDBusPendingReply<QString> reply = call;
-        if (reply.isValid()) {
-            setOwner(reply.value());
-        } else {
-            m_decided(false);
-        }
-    });
-}
-
-void ShellExtension::whenAnswered(
-    const QDBusPendingCall& call, std::function<void(const QDBusPendingCall&)> answered)
-{
-    auto* const pending = new QDBusPendingCallWatcher(call, this);
-    connect(
-        pending, &QDBusPendingCallWatcher::finished, this,
-        [answered = std::move(answered)](QDBusPendingCallWatcher* finished) {
-            finished->deleteLater();
-            answered(*finished);
-        });
-}
-
-void ShellExtension::setOwner(const QString& owner)
-{
-    if (owner == m_owner) {
-        return;
-    }
-    m_owner = owner;
     m_isSilent = false;
     m_isActivating = false;
     m_hasToldNonsense = false;
@@ -198,44 +135,21 @@ void ShellExtension::setOwner(const QString& owner)
         qCInfo(lcShell, "The extension of GNOME Shell has gone");
         setFront({});
     }
-    if (!m_owner.isEmpty()) {
-        static_cast<void>(askForFront());
+    if (m_peer.isThere()) {
+        askForFront();
+    } else {
+        m_decided(false);
     }
 }
 
 QFuture<QDBusMessage> ShellExtension::askForFront()
 {
-    return call(u"Front"_s, {}, patience, [this, owner = m_owner](const QDBusMessage& reply) {
-        if (owner == m_owner) {
-            frontTold(reply);
-        }
-    });
-}
-
-/// `answered` hears of answers that come late, too.
-QFuture<QDBusMessage> ShellExtension::call(
-    const QString& method, const QVariantList& arguments, Clock::Duration patience,
-    std::function<void(const QDBusMessage&)> answered)
-{
-    const LoopAnswer<QDBusMessage> answer(timedOut());
-    if (m_bus && !m_owner.isEmpty()) {
-        auto message =
-            QDBusMessage::createMethodCall(m_owner, extensionPath, extensionInterface, method);
-        message.setArguments(arguments);
-        // The one that comes second changes nothing.
-        const std::shared_ptr<Clock::Timer> deadline =
-            m_clock.after(patience, [answer] { answer(timedOut()); });
-        whenAnswered(
-            m_bus->asyncCall(message, noTimeout),
-            [answer, deadline, answered = std::move(answered)](const QDBusPendingCall& call) {
-                const QDBusMessage reply = call.reply();
-                if (answered) {
-                    answered(reply);
-                }
-                answer(reply);
-            });
-    }
-    return answer.future();
+    return m_peer.call(
+        u"Front"_s, {}, patience, [this, owner = m_peer.owner()](const QDBusMessage& reply) {
+            if (owner == m_peer.owner()) {
+                frontTold(reply);
+            }
+        });
 }
 
 /// An answer, or the signal.
@@ -303,13 +217,13 @@ QCoro::Task<> ShellExtension::catchUp()
     const QPointer<ShellExtension> self(this);
     const QFuture<bool> decided = m_decided.future();
     co_await decided;
-    if (!self || m_owner.isEmpty() || m_isSilent) {
+    if (!self || !m_peer.isThere() || m_isSilent) {
         co_return;
     }
-    const QString owner = m_owner;
+    const QString owner = m_peer.owner();
     const QFuture<QDBusMessage> answer = askForFront();
     const QDBusMessage reply = co_await answer;
-    if (self && owner == m_owner && QDBusError(reply).type() == QDBusError::NoReply) {
+    if (self && owner == m_peer.owner() && QDBusError(reply).type() == QDBusError::NoReply) {
         m_isSilent = true;
     }
 }
@@ -318,13 +232,13 @@ void ShellExtension::activate(const ShellWindow& window)
 {
     // A shell that stands still would carry all of them out later, over what the user does by then.
     if (m_isPresent && !window.isGone() && !std::exchange(m_isActivating, true)) {
-        static_cast<void>(call(
+        m_peer.call(
             u"Activate"_s, {QVariant::fromValue<qulonglong>(window.id())}, patience,
-            [this, owner = m_owner](const QDBusMessage&) {
-                if (owner == m_owner) {
+            [this, owner = m_peer.owner()](const QDBusMessage&) {
+                if (owner == m_peer.owner()) {
                     m_isActivating = false;
                 }
-            }));
+            });
     }
 }
 
@@ -333,34 +247,17 @@ QCoro::Task<std::optional<ShellPlace>> ShellExtension::place()
     if (!m_isPresent || m_isSilent) {
         co_return std::nullopt;
     }
-    const QFuture<QDBusMessage> answer = call(u"Place"_s, {}, placePatience);
+    const QFuture<QDBusMessage> answer = m_peer.call(u"Place"_s, {}, placePatience);
     co_return placeTold(co_await answer);
-}
-
-void ShellExtension::ownerChanged(
-    const QString& /*name*/, const QString& /*before*/, const QString& owner,
-    const QDBusMessage& signal)
-{
-    if (signal.service() == daemonName) {
-        setOwner(owner);
-    }
 }
 
 void ShellExtension::heard(const QDBusMessage& signal)
 {
-    if (m_owner.isEmpty() || signal.service() != m_owner) {
-        return;
-    }
-    if (signal.member() == "FrontChanged"_L1) {
+    if (signal.member() == frontChangedSignal) {
         frontTold(signal);
     } else if (signal.signature() == "t"_L1) {
         windowClosed(signal.arguments().constFirst().toULongLong());
     }
-}
-
-void ShellExtension::disconnected()
-{
-    setOwner({});
 }
 
 } // namespace tessly

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BusConnecting.h"
+#include "BusPeer.h"
 #include "Clock.h"
 #include "FrontHistory.h"
 #include "LoopAnswer.h"
@@ -9,13 +9,11 @@
 
 #include <QCoroTask>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
 #include <QFuture>
 #include <QObject>
 #include <QVariantMap>
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,7 +31,7 @@ class ShellExtension final : public QObject
     Q_OBJECT
 
 public:
-    using Connect = BusConnecting::Connect;
+    using Connect = BusPeer::Connect;
     using Window = std::shared_ptr<const ShellWindow>;
     using History = FrontHistory<ShellWindow>;
 
@@ -77,31 +75,15 @@ Q_SIGNALS:
     /// went.
     void frontChanged();
 
-private Q_SLOTS:
-    void ownerChanged(
-        const QString& name, const QString& before, const QString& owner,
-        const QDBusMessage& signal);
-    void heard(const QDBusMessage& signal);
-    void disconnected();
-
 private:
-    void connected(const QDBusConnection& bus);
-    void setOwner(const QString& owner);
-    [[nodiscard]] QFuture<QDBusMessage> askForFront();
-    [[nodiscard]] QFuture<QDBusMessage> call(
-        const QString& method, const QVariantList& arguments, Clock::Duration patience,
-        std::function<void(const QDBusMessage&)> answered = {});
-    void whenAnswered(
-        const QDBusPendingCall& call, std::function<void(const QDBusPendingCall&)> answered);
+    void ownerChanged();
+    void heard(const QDBusMessage& signal);
+    QFuture<QDBusMessage> askForFront();
     void frontTold(const QDBusMessage& message);
     void setFront(const Front& front);
     void windowClosed(quint64 id);
 
-    Clock& m_clock;
-    std::optional<QDBusConnection> m_bus;
-    BusConnecting m_connecting{[this](const QDBusConnection& bus) { connected(bus); }};
-    /// The extension's unique name on the bus; empty while there is none.
-    QString m_owner;
+    BusPeer m_peer;
     bool m_isPresent = false;
     /// It let its time pass and has not been heard of since.
     bool m_isSilent = false;
