@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AutostartLoginItem.h"
+#include "DesktopAppearance.h"
 #include "InstalledBundle.h"
 #include "PlatformFactory.h"
 #include "QtImageConverter.h"
@@ -11,7 +12,8 @@ namespace tessly {
 class FreedesktopPlatform : public DesktopPlatform
 {
 public:
-    explicit FreedesktopPlatform(const DesktopChoice& choice);
+    /// `clock` must outlive this.
+    FreedesktopPlatform(const DesktopChoice& choice, Clock& clock);
     ~FreedesktopPlatform() override;
 
     ImageConverter& imageConverter() override { return m_imageConverter; }
@@ -21,6 +23,7 @@ public:
 
 private:
     QStringList m_protocols;
+    DesktopAppearance m_appearance;
     QtImageConverter m_imageConverter;
     InstalledBundle m_bundle;
     AutostartLoginItem m_loginItem{m_bundle.bundlePath()};

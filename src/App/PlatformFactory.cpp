@@ -54,7 +54,7 @@ makeDesktopPlatform(const DesktopChoice& choice, Clock& clock, std::function<voi
 {
     switch (choice.kind) {
     case DesktopChoice::Kind::x11:
-        return std::make_unique<X11Platform>(choice, std::move(connectionLost));
+        return std::make_unique<X11Platform>(choice, clock, std::move(connectionLost));
     case DesktopChoice::Kind::xwayland:
         return std::make_unique<XWaylandPlatform>(choice, clock, std::move(connectionLost));
     case DesktopChoice::Kind::wayland:

@@ -20,6 +20,11 @@ QDBusConnection connectShell()
     return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"tessly-shell"_s);
 }
 
+QDBusConnection connectAppearance()
+{
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"tessly-appearance"_s);
+}
+
 std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile()
 {
     return std::make_unique<RestoreTokenFile>(

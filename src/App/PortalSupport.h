@@ -17,6 +17,9 @@ class RestoreTokenFile;
 /// The one on which the extension of GNOME Shell is asked.
 [[nodiscard]] QDBusConnection connectShell();
 
+/// The one on which the portal is asked how programs are to look.
+[[nodiscard]] QDBusConnection connectAppearance();
+
 /// Where the leave to press keys is kept, in the data folder.
 [[nodiscard]] std::unique_ptr<RestoreTokenFile> makeRestoreTokenFile();
 

@@ -58,7 +58,7 @@ QCoro::Task<std::optional<QRect>> anchorAt(QFuture<std::optional<WaylandGround::
 
 WaylandPlatform::WaylandPlatform(
     const DesktopChoice& choice, Clock& clock, const std::function<void()>& connectionLost)
-    : FreedesktopPlatform(choice)
+    : FreedesktopPlatform(choice, clock)
     , m_portal(connectPortal, clock)
     , m_hotKeys(m_portal, clock, directPasteShortcut, hotKeyOptions(m_desktop))
     , m_statusItem(makeBusStatusItem())

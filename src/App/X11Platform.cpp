@@ -6,8 +6,9 @@
 
 namespace tessly {
 
-X11Platform::X11Platform(const DesktopChoice& choice, std::function<void()> connectionLost)
-    : FreedesktopPlatform(choice)
+X11Platform::X11Platform(
+    const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
+    : FreedesktopPlatform(choice, clock)
     , m_keys(m_desktop, PasteClipboard::of(m_pasteboard), m_pasteboard.ownerWindow())
     , m_statusItem(makeBusStatusItem(), makeX11StatusItem(m_desktop))
 {

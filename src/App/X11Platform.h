@@ -15,7 +15,7 @@ namespace tessly {
 class X11Platform final : public FreedesktopPlatform
 {
 public:
-    X11Platform(const DesktopChoice& choice, std::function<void()> connectionLost);
+    X11Platform(const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost);
     ~X11Platform() override;
 
     Pasteboard& pasteboard() override { return m_pasteboard; }

@@ -31,7 +31,7 @@ QRect screenOf(const std::optional<QRect>& focused)
 
 XWaylandPlatform::XWaylandPlatform(
     const DesktopChoice& choice, Clock& clock, std::function<void()> connectionLost)
-    : FreedesktopPlatform(choice)
+    : FreedesktopPlatform(choice, clock)
     , m_shell(std::make_shared<ShellExtension>(connectShell, clock))
     , m_portal(connectPortal, clock)
     , m_sender(

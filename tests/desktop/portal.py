@@ -20,6 +20,8 @@ Lines on standard input, JSON objects too, steer it while it runs:
     {"taken": [ID, ...]}                             shortcuts that are not given, from now on
     {"down": ID}, {"up": ID}                         the user presses a shortcut, lets it go
     {"revoke": true}                                 ends all sessions
+    {"scheme": NUMBER}                               how programs are to look: 1 dark, 2 light, 0 as
+                                                     they like
 
 Options: see --help.
 """
@@ -40,10 +42,12 @@ NAME = "org.freedesktop.portal.Desktop"
 PATH = "/org/freedesktop/portal/desktop"
 REMOTE_DESKTOP = "org.freedesktop.portal.RemoteDesktop"
 SHORTCUTS = "org.freedesktop.portal.GlobalShortcuts"
+SETTINGS = "org.freedesktop.portal.Settings"
 REGISTRY = "org.freedesktop.host.portal.Registry"
 REQUEST = "org.freedesktop.portal.Request"
 SESSION = "org.freedesktop.portal.Session"
 PROPERTIES = "org.freedesktop.DBus.Properties"
+APPEARANCE = "org.freedesktop.appearance"
 FAILED = "org.freedesktop.portal.Error.Failed"
 
 KEYBOARD, POINTER, TOUCHSCREEN = 1, 2, 4
@@ -139,6 +143,7 @@ class Portal(dbus.service.Object):
         self.sessions = {}
         self.tokens = set(options.token)
         self.open_questions = []
+        self.scheme = 0
         self._numbers = itertools.count(1)
         bus.add_signal_receiver(self._owner_changed, "NameOwnerChanged", "org.freedesktop.DBus",
                                 "org.freedesktop.DBus", "/org/freedesktop/DBus")
@@ -335,6 +340,18 @@ class Portal(dbus.service.Object):
                           dbus.ObjectPath(session.path), name,
                           dbus.UInt64(GLib.get_monotonic_time() // 1000), {})
 
+    # How programs are to look
+
+    @dbus.service.method(SETTINGS, in_signature="as", out_signature="a{sa{sv}}")
+    def ReadAll(self, namespaces):
+        self.expect(SETTINGS)
+        settings = {"color-scheme": dbus.UInt32(self.scheme)}
+        return {APPEARANCE: settings} if APPEARANCE in namespaces else {}
+
+    @dbus.service.signal(SETTINGS, signature="ssv")
+    def SettingChanged(self, namespace, key, value):
+        pass
+
     # The test
 
     def steer(self, line):
@@ -352,6 +369,9 @@ class Portal(dbus.service.Object):
             elif command == "revoke":
                 for session in list(self.sessions.values()):
                     session.revoke()
+            elif command == "scheme":
+                self.scheme = value
+                self.SettingChanged(APPEARANCE, "color-scheme", dbus.UInt32(value))
             else:
                 raise ValueError(line)
 

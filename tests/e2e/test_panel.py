@@ -5,6 +5,7 @@ import unittest
 from tessly_e2e import wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.editors import GtkEditor, Terminal
+from tessly_e2e.portal import Portal
 from tessly_e2e.tessly import program
 
 
@@ -85,6 +86,19 @@ class Panel(TesslyCase):
         before = panel.wait_for_rest()
         self.record("two")
         panel.wait_for_rest(unlike=before)
+
+    def test_it_is_as_dark_as_the_desktop_while_that_changes(self):
+        portal = Portal(self.desktop).start()
+        self.record("an entry")
+        window = self.tessly.open_panel().window
+        for scheme, is_dark in ((1, True), (2, False), (1, True), (0, False)):
+            portal.set_scheme(scheme)
+            wait_until(lambda expected=is_dark: self.is_dark(window) == expected,
+                       f"it looks as color-scheme {scheme} wants")
+
+    def is_dark(self, window):
+        picture = self.desktop.screen.picture(window.x, window.y, window.width, window.height)
+        return picture.share(lambda *rgb: max(rgb) < 100) > 0.5
 
     def test_it_opens_and_closes_many_times(self):
         self.record("one")

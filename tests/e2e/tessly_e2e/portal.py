@@ -89,6 +89,10 @@ class Portal:
         """The user takes all access back."""
         self._steer(revoke=True)
 
+    def set_scheme(self, scheme):
+        """How programs are to look: 1 dark, 2 light, 0 as they like."""
+        self._steer(scheme=scheme)
+
     # What the program did
 
     def calls(self, method=None):
