@@ -200,10 +200,10 @@ TEST_F(ClipSecrets, areWrittenToNoFileButTheHistorysOwn)
     (void)history.database().search(u"nothing"_s, std::nullopt, -1);
     history.database().clear(true);
     history.close();
-    for (const QByteArray& file : vfs.opened()) {
+    for (const QByteArray& file : vfs.openedFiles()) {
         EXPECT_TRUE(file.startsWith(QFile::encodeName(history.path()))) << file.constData();
     }
-    EXPECT_FALSE(vfs.opened().isEmpty()) << "or it could not fail";
+    EXPECT_FALSE(vfs.openedFiles().isEmpty()) << "or it could not fail";
 }
 
 // Pages are split and merged in a history that grows and shrinks, and rows move between them.

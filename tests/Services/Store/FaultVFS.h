@@ -25,7 +25,7 @@ public:
     [[nodiscard]] bool hasFailed() const { return m_hasFailed; }
 
     /// The files that were opened, by their paths; one without a name is "".
-    [[nodiscard]] const QByteArrayList& opened() const { return m_opened; }
+    [[nodiscard]] const QByteArrayList& openedFiles() const { return m_opened; }
     /// How long SQLite was asked to wait, in microseconds. It does not, here.
     [[nodiscard]] qint64 slept() const { return m_slept; }
     /// How much was written to all files.
