@@ -6,7 +6,7 @@ import wayland_tests
 from tessly_e2e import Tessly, procfs, wait_until
 from tessly_e2e.commands import Expecting
 from tessly_e2e.editors import WaylandTerminal
-from tessly_e2e.sway import Sway
+from tessly_e2e.sway import RIGHT, Sway
 from tessly_e2e.waiting import holds_for, settled
 from tessly_e2e.wayland_case import WaylandCase, WaylandDesktopCase
 
@@ -123,11 +123,31 @@ class Tray(Expecting, WaylandCase):
         width, height = self.desktop.size
         return self.desktop.screen.picture(width - 22, height - 22, 22, 22)
 
-    def test_a_click_on_the_icon_opens_the_panel_and_another_closes_it(self):
+    def menu(self):
+        return next((window for window in self.desktop.windows.all()
+                     if window.title == "Tessly Menu"), None)
+
+    def icon(self):
+        """Where it is, once it is seen."""
         wait_until(lambda: self.status()["tray"], "there is a tray")
         wait_until(lambda: self.corner().share(lambda red, green, blue: blue > 100) > 0.1,
                    "the icon is seen")
-        place = [size - 10 for size in self.desktop.size]
+        return [size - 10 for size in self.desktop.size]
+
+    def test_a_bar_that_asks_for_a_window_gets_a_menu_of_its_own_size(self):
+        terminal = WaylandTerminal(self.desktop).start()
+        width = terminal.geometry().width
+        self.desktop.pointer.click(*self.icon(), button=RIGHT)
+        menu = wait_until(self.menu, "the menu is open")
+        self.assertTrue(menu.is_floating)
+        self.assertLess(menu.height, 300)
+        self.assertEqual(terminal.geometry().width, width, "it is no tile beside it")
+        wait_until(lambda: self.menu().is_active, "the menu has the keys")
+        self.desktop.windows.activate(terminal.window)
+        wait_until(lambda: not self.menu(), "it goes with the focus")
+
+    def test_a_click_on_the_icon_opens_the_panel_and_another_closes_it(self):
+        place = self.icon()
         self.desktop.pointer.click(*place)
         window = wait_until(self.tessly.panel_window, "the panel is open")
         wait_until(lambda: self.tessly.has_keys(window), "the panel has the keys")

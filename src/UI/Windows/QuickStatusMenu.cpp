@@ -43,6 +43,7 @@ QuickStatusMenu::QuickStatusMenu()
     m_grabTimer.setSingleShot(true);
     m_grabTimer.setInterval(grabInterval);
     connect(&m_grabTimer, &QTimer::timeout, this, &QuickStatusMenu::grab);
+    connect(m_window.get(), &QWindow::activeChanged, this, &QuickStatusMenu::activeChanged);
     connect(&m_content, &StatusMenuContent::chosen, this, &QuickStatusMenu::choose);
     connect(&m_content, &StatusMenuContent::dismissed, this, &QuickStatusMenu::close);
 }
@@ -127,6 +128,9 @@ void QuickStatusMenu::place(QPoint position)
     const QSizeF size(root.implicitWidth(), root.implicitHeight());
     const QRect geometry = menuGeometry(position, size.toSize(), screen->geometry());
     m_window->setScreen(screen);
+    // A window that cannot be resized is not tiled.
+    m_window->setMinimumSize(geometry.size());
+    m_window->setMaximumSize(geometry.size());
     m_window->setGeometry(geometry);
     if (m_x11->isUsed()) {
         // Without a compositing manager, what is transparent shows black.
@@ -140,6 +144,14 @@ void QuickStatusMenu::grab()
     m_window->setMouseGrabEnabled(true);
     if (--m_grabAttemptsLeft > 0) {
         m_grabTimer.start();
+    }
+}
+
+/// Where it can hold neither keyboard nor pointer, it goes with the focus.
+void QuickStatusMenu::activeChanged()
+{
+    if (!m_x11->isUsed() && !m_window->isActive()) {
+        close();
     }
 }
 

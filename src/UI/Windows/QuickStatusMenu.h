@@ -35,6 +35,7 @@ public:
 private:
     void place(QPoint position);
     void grab();
+    void activeChanged();
     void choose(const QString& action);
 
     bool m_isShown = false;

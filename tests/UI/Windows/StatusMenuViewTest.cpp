@@ -155,6 +155,25 @@ TEST_F(StatusMenuViewTest, APressElsewhereEndsIt)
     EXPECT_EQ(chosen(), QStringList());
 }
 
+TEST_F(StatusMenuViewTest, ItCannotBeResized)
+{
+    show();
+    EXPECT_EQ(window().minimumSize(), window().size());
+    EXPECT_EQ(window().maximumSize(), window().size());
+}
+
+TEST_F(StatusMenuViewTest, AnotherWindowWithTheFocusEndsIt)
+{
+    show();
+    ASSERT_TRUE(waitUntil([this] { return window().isActive(); }));
+    QWindow other;
+    other.resize(100, 100);
+    other.show();
+    other.requestActivate();
+    EXPECT_TRUE(waitUntil([this] { return !window().isVisible(); }));
+    EXPECT_EQ(chosen(), QStringList());
+}
+
 TEST_F(StatusMenuViewTest, ThePointerLightsLines)
 {
     show();

@@ -160,10 +160,12 @@ class SwayWindows(Toplevels):
         self._messages.command("workspace 1")
 
 
+# As Linux numbers buttons.
+LEFT, RIGHT = 0x110, 0x111
+
+
 class VirtualPointer:
     """A mouse plugged into a compositor that lets programs do so."""
-
-    _LEFT = 0x110
 
     def __init__(self, connection, size):
         self._connection = connection
@@ -182,11 +184,11 @@ class VirtualPointer:
     def move(self, x, y):
         self._did(self._pointer.motion_absolute, x, y, *self.size)
 
-    def click(self, x, y, times=1):
+    def click(self, x, y, times=1, button=LEFT):
         self.move(x, y)
         for _ in range(times):
-            self._did(self._pointer.button, self._LEFT, 1)
-            self._did(self._pointer.button, self._LEFT, 0)
+            self._did(self._pointer.button, button, 1)
+            self._did(self._pointer.button, button, 0)
 
 
 class SwayScreen:
