@@ -18,7 +18,7 @@ Item {
     readonly property string symbol: kind === "error" ? "xmark.octagon.fill"
         : kind === "warning" ? "exclamationmark.triangle.fill" : "info.circle.fill"
     readonly property color background: kind === "error" ? Tokens.color.bannerError
-        : kind === "warning" ? Tokens.color.bannerWarning : Tokens.color.accent
+        : kind === "warning" ? Tokens.color.bannerWarning : Tokens.color.bannerInformation
 
     function update() {
         if (hasBanner) {

@@ -13,7 +13,9 @@ RoundedRectangle {
     implicitWidth: 36
     implicitHeight: 20
     radius: height / 2
-    color: isOn ? Tokens.color.accent : Tokens.color.switchOff
+    color: isOn ? Tokens.color.switchOn : Tokens.color.switchOff
+    border.width: 1
+    border.color: isOn ? Tokens.color.switchOn : Tokens.color.switchOffBorder
     activeFocusOnTab: true
     Accessible.role: Accessible.CheckBox
     Accessible.name: label

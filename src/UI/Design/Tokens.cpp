@@ -16,6 +16,13 @@ namespace {
 constexpr double textContrast = 4.5;
 constexpr double symbolContrast = 3;
 
+/// Where fills and symbols are both darker than what is around them, the symbols come close to
+/// them.
+constexpr double symbolAccentContrast = 4.5;
+
+/// Of a banner against the selected row that may be under it.
+constexpr double bannerContrast = 1.25;
+
 /// Changes a colour's lightness step by step until it serves, or is black or white.
 template <typename Serves>
 QColor adjusted(QColor color, float step, Serves serves)
@@ -57,6 +64,7 @@ void setLight(TokenColors& colors)
     colors.button = QColor(0xFF, 0xFF, 0xFF);
     colors.buttonBorder = withOpacity(Qt::black, 0.2F);
     colors.switchOff = QColor(0x8C, 0x8C, 0x92);
+    colors.switchOffBorder = colors.switchOff;
     colors.good = QColor(0x1A, 0x76, 0x35);
     colors.attention = QColor(0x9A, 0x55, 0x00);
     colors.scrim = withOpacity(Qt::black, 0.3F);
@@ -79,7 +87,8 @@ void setDark(TokenColors& colors)
     colors.tertiaryText = QColor(0x9C, 0x9C, 0xA4);
     colors.button = QColor(0x3E, 0x3E, 0x43);
     colors.buttonBorder = withOpacity(Qt::white, 0.16F);
-    colors.switchOff = QColor(0x80, 0x80, 0x88);
+    colors.switchOff = QColor(0x56, 0x56, 0x5C);
+    colors.switchOffBorder = QColor(0x84, 0x84, 0x8C);
     colors.good = QColor(0x4B, 0xC4, 0x5E);
     colors.attention = QColor(0xF2, 0xA8, 0x3B);
     colors.scrim = withOpacity(Qt::black, 0.45F);
@@ -113,13 +122,24 @@ TokenColors tokenColors(const QPalette& palette)
         adjusted(highlight, isDark ? 0.01F : -0.01F, [&colors](const QColor& accent) {
             const auto visibleOn = [&accent](const QColor& surface) {
                 const QColor tile = over(withOpacity(accent, 0.1F), surface);
-                return contrastRatio(accent, surface) >= symbolContrast &&
+                return contrastRatio(accent, surface) >= symbolAccentContrast &&
                        contrastRatio(accent, tile) >= symbolContrast;
             };
             return visibleOn(colors.panel) && visibleOn(colors.window) && visibleOn(colors.group);
         });
 
+    const auto isToldFromRow = [&colors](const QColor& banner) {
+        return contrastRatio(banner, colors.accent) >= bannerContrast;
+    };
+    colors.bannerInformation = adjusted(colors.accent, -0.01F, isToldFromRow);
+    if (!isToldFromRow(colors.bannerInformation)) {
+        // It is next to black.
+        colors.bannerInformation = adjusted(colors.accent, 0.01F, isToldFromRow);
+    }
     colors.switchThumb = Qt::white;
+    colors.switchOn = adjusted(colors.accent, 0.01F, [&colors](const QColor& on) {
+        return contrastRatio(on, colors.group) >= symbolContrast;
+    });
     colors.tile = withOpacity(colors.accentSymbol, 0.1F);
     colors.chip = withOpacity(colors.secondaryText, 0.1F);
     colors.keyCap = withOpacity(colors.secondaryText, 0.12F);

@@ -30,6 +30,7 @@ struct TokenColors
     Q_PROPERTY(QColor pin MEMBER pin CONSTANT)
     Q_PROPERTY(QColor buttonHover MEMBER buttonHover CONSTANT)
     Q_PROPERTY(QColor scrollThumb MEMBER scrollThumb CONSTANT)
+    Q_PROPERTY(QColor bannerInformation MEMBER bannerInformation CONSTANT)
     Q_PROPERTY(QColor bannerWarning MEMBER bannerWarning CONSTANT)
     Q_PROPERTY(QColor bannerError MEMBER bannerError CONSTANT)
     Q_PROPERTY(QColor onBanner MEMBER onBanner CONSTANT)
@@ -42,6 +43,8 @@ struct TokenColors
     Q_PROPERTY(QColor button MEMBER button CONSTANT)
     Q_PROPERTY(QColor buttonBorder MEMBER buttonBorder CONSTANT)
     Q_PROPERTY(QColor switchOff MEMBER switchOff CONSTANT)
+    Q_PROPERTY(QColor switchOffBorder MEMBER switchOffBorder CONSTANT)
+    Q_PROPERTY(QColor switchOn MEMBER switchOn CONSTANT)
     Q_PROPERTY(QColor switchThumb MEMBER switchThumb CONSTANT)
     Q_PROPERTY(QColor focus MEMBER focus CONSTANT)
     Q_PROPERTY(QColor accentText MEMBER accentText CONSTANT)
@@ -73,6 +76,8 @@ public:
     QColor pin;
     QColor buttonHover;
     QColor scrollThumb;
+    /// The accent, told from that of a selected row under it.
+    QColor bannerInformation;
     QColor bannerWarning;
     QColor bannerError;
     QColor onBanner;
@@ -88,6 +93,9 @@ public:
     QColor button;
     QColor buttonBorder;
     QColor switchOff;
+    QColor switchOffBorder;
+    /// Brighter than `switchOff` where everything is dark.
+    QColor switchOn;
     QColor switchThumb;
     /// Around the control that has the keyboard.
     QColor focus;
@@ -139,6 +147,7 @@ struct TokenMetrics
     Q_PROPERTY(int buttonHeight MEMBER buttonHeight CONSTANT)
     Q_PROPERTY(int largeButtonHeight MEMBER largeButtonHeight CONSTANT)
     Q_PROPERTY(int formRow MEMBER formRow CONSTANT)
+    Q_PROPERTY(int formInset MEMBER formInset CONSTANT)
     Q_PROPERTY(int tabSymbol MEMBER tabSymbol CONSTANT)
     Q_PROPERTY(int permissionSymbol MEMBER permissionSymbol CONSTANT)
     Q_PROPERTY(int aboutSymbol MEMBER aboutSymbol CONSTANT)
@@ -185,6 +194,8 @@ public:
     int buttonHeight = 26;
     int largeButtonHeight = 34;
     int formRow = 34;
+    /// From the edge of a group to its texts and controls, and to its heading.
+    int formInset = 12;
     int tabSymbol = 22;
     int permissionSymbol = 22;
     int aboutSymbol = 72;

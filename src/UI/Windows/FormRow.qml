@@ -13,15 +13,15 @@ Item {
 
     Divider {
         visible: row.y > 0
-        x: 12
-        width: parent.width - 12
+        x: Tokens.size.formInset
+        width: parent.width - x
     }
 
     ReadText {
         anchors.left: parent.left
-        anchors.leftMargin: 12
+        anchors.leftMargin: Tokens.size.formInset
         anchors.right: right.left
-        anchors.rightMargin: 12
+        anchors.rightMargin: Tokens.size.formInset
         anchors.verticalCenter: parent.verticalCenter
         font.pixelSize: Tokens.size.formText
         text: row.label
@@ -31,7 +31,7 @@ Item {
         id: right
 
         anchors.right: parent.right
-        anchors.rightMargin: 12
+        anchors.rightMargin: Tokens.size.formInset
         anchors.verticalCenter: parent.verticalCenter
         spacing: 8
     }

@@ -15,8 +15,8 @@ Column {
     Accessible.name: title
 
     ReadText {
-        x: 10
-        width: parent.width - 2 * 10
+        x: Tokens.size.formInset
+        width: parent.width - 2 * Tokens.size.formInset
         color: Tokens.color.secondaryText
         font.pixelSize: Tokens.size.callout
         font.weight: Font.DemiBold

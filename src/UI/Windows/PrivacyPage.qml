@@ -83,14 +83,14 @@ FormPage {
             height: buttons.height + 2 * 10
 
             Divider {
-                x: 12
-                width: parent.width - 12
+                x: Tokens.size.formInset
+                width: parent.width - x
             }
 
             Row {
                 id: buttons
 
-                x: 12
+                x: Tokens.size.formInset
                 y: 10
                 spacing: 8
 

@@ -59,7 +59,7 @@ std::vector<Pair> pairs(const TokenColors& c)
         {"key cap of a row", c.text, on(c.keyCap), textContrast},
         {"key cap of the selected row", c.onAccent, over(c.keyCapOnAccent, c.accent), textContrast},
         {"key cap of a hint", c.text, on(c.hintCap), textContrast},
-        {"information", c.onBanner, c.accent, textContrast},
+        {"information", c.onBanner, c.bannerInformation, textContrast},
         {"warning", c.onBanner, c.bannerWarning, textContrast},
         {"error", c.onBanner, c.bannerError, textContrast},
         {"menu and tool tip", c.text, c.popup, textContrast},
@@ -91,8 +91,9 @@ std::vector<Pair> pairs(const TokenColors& c)
         {"ring around a row's control", c.focus, c.group, symbolContrast},
         {"ring around a tab", c.focus, over(c.chip, c.window), symbolContrast},
         {"ring around an alert's button", c.focus, c.popup, symbolContrast},
-        {"switch that is off", c.switchOff, c.group, symbolContrast},
-        {"switch that is on", c.switchThumb, c.accent, symbolContrast},
+        {"switch that is off", c.switchOffBorder, c.group, symbolContrast},
+        {"switch that is on", c.switchOn, c.group, symbolContrast},
+        {"thumb of a switch that is on", c.switchThumb, c.switchOn, symbolContrast},
         {"thumb of a switch that is off", c.switchThumb, c.switchOff, symbolContrast},
     };
 }
@@ -121,6 +122,27 @@ TEST(TokensTest, EverythingCanBeReadUnderAnyAccent)
                     << pair.name << " with accent " << accent.name(QColor::HexArgb).toStdString()
                     << " on " << desktop.color(QPalette::Window).name().toStdString();
             }
+        }
+    }
+}
+
+TEST(TokensTest, InTheDarkASwitchThatIsOnOutshinesOneThatIsOff)
+{
+    for (const QColor& accent : accents) {
+        const TokenColors colors = tokenColors(darkPalette(accent));
+        EXPECT_GT(
+            contrastRatio(colors.switchOn, Qt::black), contrastRatio(colors.switchOff, Qt::black))
+            << accent.name(QColor::HexArgb).toStdString();
+    }
+}
+
+TEST(TokensTest, ABannerIsToldFromTheSelectedRowUnderIt)
+{
+    for (const QColor& accent : accents) {
+        for (const QPalette& desktop : {lightPalette(accent), darkPalette(accent)}) {
+            const TokenColors colors = tokenColors(desktop);
+            EXPECT_GT(contrastRatio(colors.accent, colors.bannerInformation), 1.2)
+                << accent.name(QColor::HexArgb).toStdString();
         }
     }
 }

@@ -885,7 +885,7 @@ TEST_F(PanelViewTest, TheBannerComesWithItsKindAndGoes)
     EXPECT_EQ(find(u"banner"_s), nullptr);
     const TokenColors colors = tokenColors(QGuiApplication::palette());
     const std::tuple<AppModel::BannerKind, QString, QColor> kinds[] = {
-        {AppModel::BannerKind::information, u"info.circle.fill"_s, colors.accent},
+        {AppModel::BannerKind::information, u"info.circle.fill"_s, colors.bannerInformation},
         {AppModel::BannerKind::warning, u"exclamationmark.triangle.fill"_s, colors.bannerWarning},
         {AppModel::BannerKind::error, u"xmark.octagon.fill"_s, colors.bannerError},
     };
