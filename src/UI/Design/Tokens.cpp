@@ -51,7 +51,7 @@ void setLight(TokenColors& colors)
     colors.panel = QColor(0xF7, 0xF7, 0xF8);
     colors.text = QColor(0x1D, 0x1D, 0x1F);
     colors.secondaryText = QColor(0x5A, 0x5A, 0x60);
-    colors.border = withOpacity(Qt::black, 0.24F);
+    colors.border = over(withOpacity(Qt::black, 0.24F), colors.panel);
     colors.divider = withOpacity(Qt::black, 0.12F);
     colors.pin = QColor(0xC7, 0x62, 0x00);
     colors.bannerWarning = QColor(0xAD, 0x57, 0x00);
@@ -75,7 +75,7 @@ void setDark(TokenColors& colors)
     colors.panel = QColor(0x28, 0x28, 0x2B);
     colors.text = QColor(0xF2, 0xF2, 0xF4);
     colors.secondaryText = QColor(0xAE, 0xAE, 0xB5);
-    colors.border = withOpacity(Qt::white, 0.22F);
+    colors.border = over(withOpacity(Qt::white, 0.22F), colors.panel);
     colors.divider = withOpacity(Qt::white, 0.12F);
     colors.pin = QColor(0xFF, 0x9F, 0x0A);
     colors.bannerWarning = QColor(0xA8, 0x54, 0x00);

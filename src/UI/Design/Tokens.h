@@ -54,6 +54,8 @@ struct TokenColors
 
 public:
     QColor panel;
+    /// Around what is shown over other programs' windows: opaque, since without a compositing
+    /// manager black would show through.
     QColor border;
     QColor divider;
     QColor text;

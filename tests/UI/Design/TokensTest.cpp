@@ -147,6 +147,13 @@ TEST(TokensTest, ABannerIsToldFromTheSelectedRowUnderIt)
     }
 }
 
+TEST(TokensTest, EdgesAreOpaque)
+{
+    for (const QPalette& desktop : {lightPalette(Qt::blue), darkPalette(Qt::blue)}) {
+        EXPECT_EQ(tokenColors(desktop).border.alpha(), 255);
+    }
+}
+
 TEST(TokensTest, LightAndDarkFollowTheWindowsOfTheDesktop)
 {
     const TokenColors light = tokenColors(lightPalette(Qt::blue));
