@@ -1,5 +1,6 @@
 #include "X11PasteboardFixture.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTimer>
 
