@@ -551,6 +551,26 @@ TEST_F(ClipStoreOpeningTest, AnEntryThatWasListedBeforeIsDeletedAlsoAmidTheRescu
     EXPECT_THAT(nextStart(), ElementsAre("three", "one"));
 }
 
+TEST_F(ClipStoreOpeningTest, ADeletionIsRefusedIfAFullDiskHindersTheRescue)
+{
+    const std::vector<Clip> before = fill({"one", "two", "three"});
+    damageTable("clips_kind_index");
+    {
+        FaultVFS vfs;
+        openHeld();
+        const ClipStore::Opening opening = letGo();
+        vfs.fail(FaultVFS::Call::write, FaultVFS::Fault::noSpace, 1, FaultVFS::Span::fromThenOn);
+        EXPECT_THROW(await(m_store->remove(before[1].id)), ClipStoreError);
+        EXPECT_TRUE(vfs.hasFailed());
+        vfs.failNothing();
+        await(rescue(opening));
+        EXPECT_THAT(listed(), ElementsAre("three", "two", "one"));
+        await(m_store->remove(before[1].id));
+        m_store.reset();
+    }
+    EXPECT_THAT(nextStart(), ElementsAre("three", "one"));
+}
+
 TEST_F(ClipStoreOpeningTest, ADeletionIsRefusedIfTheProgramEndsBeforeTheEntryIsBroughtOver)
 {
     const std::vector<Clip> before = fill({"one", "two"});
