@@ -5,8 +5,6 @@
 #include "TestSupport.h"
 #include "ThreadExecutor.h"
 
-#include <QGuiApplication>
-#include <QPalette>
 #include <QtTest/QTest>
 
 using namespace Qt::StringLiterals;
@@ -63,66 +61,56 @@ void PanelGallery::show()
     m_view.activate();
 }
 
-void PanelGallery::photographSample(const QDir& folder)
+void PanelGallery::photographSample(const QDir& folder, const QString& prefix)
 {
-    photograph(folder, u"mixed"_s);
+    photograph(folder, prefix + u"mixed"_s);
 
     m_model.selectNext();
-    photograph(folder, u"pinned-and-selected"_s);
+    photograph(folder, prefix + u"pinned-and-selected"_s);
     for (int i = 0; i < 9; ++i) {
         m_model.selectNext();
     }
-    photograph(folder, u"ten-key-caps"_s);
+    photograph(folder, prefix + u"ten-key-caps"_s);
     m_settings.setDirectPasteShortcuts(false);
-    photograph(folder, u"no-key-caps"_s);
+    photograph(folder, prefix + u"no-key-caps"_s);
     m_settings.setDirectPasteShortcuts(true);
 
     for (const ClipKind kind : allClipKinds) {
         filter(rawValue(kind));
-        photograph(folder, u"kind-"_s + rawValue(kind));
+        photograph(folder, prefix + u"kind-"_s + rawValue(kind));
     }
     filter({});
     search(u"the"_s);
-    photograph(folder, u"search"_s);
+    photograph(folder, prefix + u"search"_s);
     search(u"nothing has this"_s);
-    photograph(folder, u"no-matching-clips"_s);
+    photograph(folder, prefix + u"no-matching-clips"_s);
     search({});
 
     setBanner(AppModel::BannerKind::information, u"Copied to the clipboard."_s);
-    photograph(folder, u"banner-information"_s);
+    photograph(folder, prefix + u"banner-information"_s);
     setBanner(AppModel::BannerKind::warning, u"Copied. Allow Automatic paste in Settings."_s);
-    photograph(folder, u"banner-warning"_s);
+    photograph(folder, prefix + u"banner-warning"_s);
     setBanner(AppModel::BannerKind::error, u"Could not restore that clipboard item."_s);
-    photograph(folder, u"banner-error"_s);
+    photograph(folder, prefix + u"banner-error"_s);
     setBanner(
         AppModel::BannerKind::warning,
         u"A damaged history database was preserved in ‘Recovered History 2026-03-01T10-20-30Z’. "
         "Tessly started with a fresh history."_s);
-    photograph(folder, u"banner-long"_s);
+    photograph(folder, prefix + u"banner-long"_s);
     m_panel.togglePaused();
-    photograph(folder, u"paused"_s);
+    photograph(folder, prefix + u"paused"_s);
     m_panel.togglePaused();
     m_model.setBanner(std::nullopt);
 
     QTest::mouseClick(&m_view.window(), Qt::RightButton, {}, QPoint(300, 260));
     QTest::keyClick(&m_view.window(), Qt::Key_Down);
-    photograph(folder, u"menu"_s);
-    QGuiApplication::setPalette(darkPalette());
-    photograph(folder, u"dark-menu"_s);
+    photograph(folder, prefix + u"menu"_s);
     QTest::keyClick(&m_view.window(), Qt::Key_Escape);
-    photograph(folder, u"dark"_s);
-    setBanner(AppModel::BannerKind::warning, u"Copied. Allow Automatic paste in Settings."_s);
-    photograph(folder, u"dark-banner"_s);
-    m_model.setBanner(std::nullopt);
-    search(u"nothing has this"_s);
-    photograph(folder, u"dark-no-matching-clips"_s);
-    search({});
-    QGuiApplication::setPalette(QPalette());
 
     QTest::mouseMove(&m_view.window(), QPoint(120, 540));
     QTest::mouseMove(&m_view.window(), QPoint(121, 541));
     QTest::qWait(toolTipShown);
-    photograph(folder, u"tool-tip"_s);
+    photograph(folder, prefix + u"tool-tip"_s);
 }
 
 void PanelGallery::photographOthers(const QDir& folder, const QString& name)

@@ -8,9 +8,9 @@
 #include "FakePasteboard.h"
 #include "FakeUserDefaults.h"
 #include "FakeWorkspace.h"
+#include "FixedDateClock.h"
 #include "PanelModel.h"
 #include "QuickPanelView.h"
-#include "SystemClock.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -31,8 +31,9 @@ public:
     /// Shows the panel and leaves it to whoever looks at it.
     void show();
 
-    /// Pictures of the sample history, or of the others.
-    void photographSample(const QDir& folder);
+    /// Pictures of the sample history, or one of the others, under the palette of the moment; their
+    /// names begin with `prefix`.
+    void photographSample(const QDir& folder, const QString& prefix);
     void photographOthers(const QDir& folder, const QString& name);
 
 private:
@@ -44,7 +45,7 @@ private:
     void setBanner(AppModel::BannerKind kind, const QString& message);
 
     QTemporaryDir m_folder;
-    SystemClock m_clock;
+    FixedDateClock m_clock;
     double m_storeNow = 0;
     FakeUserDefaults m_defaults;
     AppSettings m_settings{m_defaults};

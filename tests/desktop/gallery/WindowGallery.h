@@ -8,8 +8,8 @@
 #include "FakePasteboard.h"
 #include "FakeUserDefaults.h"
 #include "FakeWorkspace.h"
+#include "FixedDateClock.h"
 #include "SettingsModel.h"
-#include "SystemClock.h"
 
 #include <QDir>
 #include <QQuickWindow>
@@ -36,7 +36,7 @@ private:
     void photographConfirmation(const QDir& folder, const QString& prefix);
 
     QTemporaryDir m_folder;
-    SystemClock m_clock;
+    FixedDateClock m_clock;
     double m_storeNow = 0;
     FakeUserDefaults m_defaults;
     AppSettings m_settings{m_defaults};
