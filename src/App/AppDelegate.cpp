@@ -18,7 +18,6 @@
 #include <QLoggingCategory>
 #include <QScreen>
 #include <QSessionManager>
-#include <QStandardPaths>
 
 #include <map>
 #include <utility>
@@ -38,12 +37,6 @@ constexpr Clock::Duration quitRepeats = std::chrono::seconds(1);
 constexpr const char* pausedVariable = "TESSLY_STARTS_PAUSED";
 
 constexpr const char* uiTestingVariable = "TESSLY_UI_TESTING";
-
-QString settingsPath()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           u"/com.brackmoor.tessly.ini"_s;
-}
 
 /// Empty if the bundle has none.
 QString shortVersion(const Bundle& bundle)
@@ -81,7 +74,7 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     , m_platform(m_surroundings.makePlatform())
     , m_hotKeys(m_platform->hotKeys())
     , m_directPasteKeys(m_hotKeys, [this](int position) { pastePosition(position); })
-    , m_defaults(settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
+    , m_defaults(AppPaths::settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
     , m_settings(m_defaults)
 {
     if (qEnvironmentVariableIsSet(uiTestingVariable)) {

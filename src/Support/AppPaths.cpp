@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QStandardPaths>
 
 #include <array>
 #include <cerrno>
@@ -107,6 +108,13 @@ QString applicationSupportDirectory()
 QString databasePath()
 {
     return inFolder(applicationSupportDirectory(), databaseName);
+}
+
+QString settingsPath()
+{
+    return inFolder(
+        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+        u"com.brackmoor.tessly.ini"_s);
 }
 
 void prepareDirectories()

@@ -17,6 +17,9 @@ namespace tessly::AppPaths {
 /// The database in the data folder. Its "-wal", "-shm" and "-journal" stand beside it.
 [[nodiscard]] QString databasePath();
 
+/// The file of the settings, in $XDG_CONFIG_HOME or ~/.config.
+[[nodiscard]] QString settingsPath();
+
 /// Creates the data folder and what leads to it; nobody else can enter them, from their first
 /// moment. An existing data folder is closed to others, and so are earlier rescues with their
 /// files; where that fails it is logged.
