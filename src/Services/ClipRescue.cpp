@@ -1,15 +1,16 @@
 #include "ClipRescue.h"
 
 #include "ClipDecoder.h"
+#include "ClipInsertion.h"
 #include "ClipSchema.h"
 #include "ClipStatement.h"
 #include "ClipStoreError.h"
 #include "SQLiteError.h"
 #include "SQLiteTransaction.h"
+#include "SyncedCommits.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QScopeGuard>
 
 #include <sqlite3.h>
 
@@ -143,39 +144,6 @@ std::optional<RescuedClip> clipOf(const SQLiteConnection& damaged, qint64 row)
     }
 }
 
-/// False if the history has it already.
-bool insert(const RescuedClip& rescued, SQLiteConnection& history)
-{
-    const auto& [clip, payload] = rescued;
-    ClipStatement statement(history, R"sql(INSERT OR IGNORE INTO clips (
-    id, created_at, last_used_at, kind, preview, search_text,
-    plain_text, rtf, html, image_png, file_urls,
-    source_app_name, source_bundle_id, content_hash,
-    is_pinned, pin_order, copy_count
-) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?);)sql");
-    statement.text(1, storedID(clip.id))
-        .real(2, clip.createdAt)
-        .real(3, clip.lastUsedAt)
-        .text(4, rawValue(payload.kind()))
-        .text(5, payload.preview())
-        .text(6, payload.searchText())
-        .text(7, payload.plainText())
-        .data(8, payload.rtf())
-        .data(9, payload.html())
-        .data(10, payload.imagePNG())
-        .data(11, payload.fileURLsJSON())
-        .text(12, clip.sourceAppName)
-        .text(13, clip.sourceBundleID)
-        .text(14, payload.contentHash())
-        .integer(15, clip.isPinned ? 1 : 0)
-        .integer(17, clip.copyCount);
-    if (clip.isPinned && clip.pinOrder) {
-        statement.real(16, *clip.pinOrder);
-    }
-    statement.run(writeFailure);
-    return history.changes() > 0;
-}
-
 } // namespace
 
 ClipRescuer::ClipRescuer(
@@ -223,14 +191,7 @@ void ClipRescuer::copySome()
 {
     // The mark of the rescue goes when the last part is there, and no start brings back what a
     // power failure takes then.
-    m_history.execute("PRAGMA synchronous = FULL;");
-    const auto restore = qScopeGuard([this] {
-        try {
-            m_history.execute("PRAGMA synchronous = NORMAL;");
-        } catch (const SQLiteError& error) {
-            qCInfo(lcStore, "Every change is synced from now on: %s", error.what());
-        }
-    });
+    const SyncedCommits synced(m_history);
     SQLiteTransaction transaction(m_history, SQLiteTransaction::Mode::immediate);
     qint64 unpinned = unpinnedInHistory();
     qint64 bytes = 0;
@@ -242,7 +203,7 @@ void ClipRescuer::copySome()
             continue;
         }
         const std::optional<RescuedClip> rescued = clipOf(*m_damaged, row.row);
-        if (rescued && insert(*rescued, m_history)) {
+        if (rescued && insertIfNew(rescued->clip, rescued->payload, m_history)) {
             bytes += rescued->payload.byteCount();
             unpinned += rescued->clip.isPinned ? 0 : 1;
         }
