@@ -5,6 +5,7 @@
 #include "ClipOverlay.h"
 #include "ClipStatement.h"
 #include "ClipStore.h"
+#include "ImportOutcome.h"
 #include "SQLiteConnection.h"
 #include "SQLiteError.h"
 #include "SQLiteInterrupt.h"
@@ -12,6 +13,7 @@
 #include "WaitingCopies.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 
 #include <chrono>
@@ -55,6 +57,10 @@ public:
     [[nodiscard]] bool has(QUuid id);
     [[nodiscard]] std::optional<Clip> clip(qint64 position);
     [[nodiscard]] std::optional<ClipPayload> payload(QUuid id);
+    /// Those of all clips as they are stored, in list order.
+    [[nodiscard]] QByteArrayList storedIDs();
+    /// The clip of an identifier from there, with its whole content; none if it has gone.
+    [[nodiscard]] std::optional<Clip> wholeClip(const QByteArray& storedID);
     [[nodiscard]] std::vector<ClipSummary>
     summaries(const QString& query, std::optional<ClipKind> kind, qint64 limit);
 
@@ -63,6 +69,8 @@ public:
         const std::optional<QString>& sourceBundleID, qint64 maximumHistory);
     /// As of its time, and by its identifier if its content is new.
     Clip save(const WaitingCopy& copy, qint64 maximumHistory);
+    /// As ClipStore::importLines.
+    ImportOutcome importLines(QByteArrayView lines, qint64 maximumHistory);
     void setPinned(bool pinned, QUuid id);
     /// `time`: when that was, if not now.
     void markUsed(QUuid id, bool moveToTop, std::optional<double> time = {});
@@ -105,6 +113,8 @@ private:
 
     // Writing.
     Clip saveInCurrentTransaction(const WaitingCopy& copy, qint64 maximumHistory);
+    [[nodiscard]] ImportOutcome
+    importInCurrentTransaction(QByteArrayView lines, qint64 maximumHistory);
 
     /// Deletes some clips, no more than the log should have to hold; whether others are left.
     [[nodiscard]] bool clearSome(bool includePinned);

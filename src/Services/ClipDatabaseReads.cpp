@@ -21,6 +21,12 @@ namespace {
 
 const char* const readFailure = "Could not read clipboard history";
 
+[[noreturn]] void throwThatItIsNotAsStored()
+{
+    throw ClipStoreError(
+        ClipStoreError::Case::decode, u"A clipboard item is not what was stored."_s);
+}
+
 } // namespace
 
 std::vector<Clip> ClipDatabase::search(
@@ -154,10 +160,43 @@ std::optional<ClipPayload> ClipDatabase::payload(QUuid id)
         const qint64 row = statement.row().integer(0);
         ClipPayload payload = ClipContents(m_connection).payload(row);
         if (m_isReadOnly && !isAsStored(payload, row)) {
-            throw ClipStoreError(
-                ClipStoreError::Case::decode, u"A clipboard item is not what was stored."_s);
+            throwThatItIsNotAsStored();
         }
         return payload;
+    });
+}
+
+QByteArrayList ClipDatabase::storedIDs()
+{
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&] {
+        QByteArrayList ids;
+        ClipStatement id = prepare("SELECT id FROM clips WHERE rowid = ?;");
+        for (const qint64 row : find({}, std::nullopt, -1)) {
+            id.reset();
+            if (id.integer(1, row).next(readFailure)) {
+                ids.append(id.row().bytes(0));
+            }
+        }
+        return ids;
+    });
+}
+
+std::optional<Clip> ClipDatabase::wholeClip(const QByteArray& storedID)
+{
+    return inTransaction(SQLiteTransaction::Mode::deferred, [&]() -> std::optional<Clip> {
+        ClipStatement statement = prepare(
+            QByteArrayLiteral("SELECT") + bookkeepingColumns +
+            ", clips.rowid FROM clips WHERE id = ?;");
+        if (!statement.text(1, storedID).next(readFailure)) {
+            return std::nullopt;
+        }
+        constexpr int rowidColumn = 8;
+        const qint64 row = statement.row().integer(rowidColumn);
+        const ClipPayload payload = ClipContents(m_connection).payload(row);
+        if (!isAsStored(payload, row)) {
+            throwThatItIsNotAsStored();
+        }
+        return decodeClip(statement.row(), payload);
     });
 }
 

@@ -2,10 +2,15 @@
 
 #include "ClipDates.h"
 #include "ClipDecoder.h"
+#include "ClipInsertion.h"
+#include "ExportFormat.h"
+#include "SyncedCommits.h"
+#include "UnicodeText.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
+#include <variant>
 
 using namespace Qt::StringLiterals;
 
@@ -127,6 +132,70 @@ WHERE content_hash = ?;)sql")
         .run(writeFailure);
     trim(maximumHistory);
     return clip;
+}
+
+ImportOutcome ClipDatabase::importLines(QByteArrayView lines, qint64 maximumHistory)
+{
+    followFile();
+    try {
+        // Whoever has been told that it is here may delete what it came from.
+        const SyncedCommits synced(m_connection);
+        return withIndexMended([&] {
+            return inTransaction(SQLiteTransaction::Mode::immediate, [&] {
+                return importInCurrentTransaction(lines, maximumHistory);
+            });
+        });
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    } catch (const ClipStoreError&) {
+        m_hasResidue = true;
+        throw;
+    }
+}
+
+ImportOutcome ClipDatabase::importInCurrentTransaction(QByteArrayView lines, qint64 maximumHistory)
+{
+    const qint64 limit = std::max(maximumHistory, smallestHistory);
+    const double now = m_now();
+    ClipStatement count = prepare("SELECT count(*) FROM clips WHERE is_pinned = 0;");
+    qint64 unpinned = count.next(writeFailure) ? count.row().integer(0) : 0;
+    ClipStatement known = prepare("SELECT 1 FROM clips WHERE content_hash = ?;");
+    ImportOutcome outcome;
+    for (qint64 number = 0; !lines.isEmpty(); ++number) {
+        const qsizetype end = lines.indexOf('\n');
+        const QByteArrayView line = lines.first(end < 0 ? lines.size() : end);
+        lines = lines.sliced(end < 0 ? lines.size() : end + 1);
+        if (trimmed(line).isEmpty()) {
+            continue;
+        }
+        std::variant<Clip, QString> read = ExportFormat::parse(line, now);
+        if (const QString* const objection = std::get_if<QString>(&read)) {
+            outcome.refused.push_back({number, *objection});
+            continue;
+        }
+        Clip& clip = std::get<Clip>(read);
+        const ClipPayload& payload = *clip.payload.held();
+        known.reset();
+        if (known.text(1, payload.contentHash()).next(writeFailure)) {
+            ++outcome.present;
+            continue;
+        }
+        // It would have to go again with the next copy, or have others go.
+        if (!clip.isPinned && unpinned >= limit) {
+            outcome.refused.push_back(
+                {number, u"the history has the %1 entries that it keeps"_s.arg(limit)});
+            continue;
+        }
+        if (has(clip.id)) {
+            clip.id = QUuid::createUuid();
+        }
+        if (!insertIfNew(clip, payload, m_connection)) {
+            throw ClipStoreError(ClipStoreError::Case::execute, u"An entry could not be added."_s);
+        }
+        ++outcome.added;
+        unpinned += clip.isPinned ? 0 : 1;
+    }
+    return outcome;
 }
 
 void ClipDatabase::trimHistory(qint64 maximum)

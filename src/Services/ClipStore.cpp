@@ -248,6 +248,14 @@ QCoro::Task<Clip> ClipStore::saveLater(WaitingCopy copy, qint64 maximumHistory)
     co_return co_await saved;
 }
 
+QCoro::Task<ImportOutcome>
+ClipStore::importLines(std::function<QByteArrayView()> lines, qint64 maximumHistory)
+{
+    return run([lines = std::move(lines), maximumHistory](ClipDatabase& database) {
+        return database.importLines(lines(), maximumHistory);
+    });
+}
+
 QCoro::Task<void> ClipStore::setPinned(bool pinned, QUuid id)
 {
     return run([this, pinned, id](ClipDatabase& database) {

@@ -5,6 +5,7 @@
 #include "ClipRescue.h"
 #include "ClipStoreError.h"
 #include "ClipSummary.h"
+#include "ImportOutcome.h"
 #include "SQLiteInterrupt.h"
 #include "UncheckedHistory.h"
 #include "WaitingCopies.h"
@@ -135,6 +136,15 @@ public:
     [[nodiscard]] QCoro::Task<Clip> save(
         const ClipPayload& payload, std::optional<QString> sourceAppName,
         std::optional<QString> sourceBundleID, qint64 maximumHistory);
+    /// Adds the entries of these lines (ExportFormat) with their times and pins; an entry of which
+    /// the history has the content stays as it is. Nothing goes for it: once there are
+    /// `maximumHistory` entries that are not pinned, more of those are refused, as is every line
+    /// that is no entry. One whose identifier is taken gets another. What is added is added at
+    /// once, and on the disk when this returns.
+    ///
+    /// `lines` is called on the worker; what it returns lives as long as it does.
+    [[nodiscard]] QCoro::Task<ImportOutcome>
+    importLines(std::function<QByteArrayView()> lines, qint64 maximumHistory);
     [[nodiscard]] QCoro::Task<void> setPinned(bool pinned, QUuid id);
     [[nodiscard]] QCoro::Task<void> markUsed(QUuid id, bool moveToTop);
     /// When it returns, no byte of the content is left in the database's files; where wiping them

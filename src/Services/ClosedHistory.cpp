@@ -81,6 +81,41 @@ auto read(const QString& path, Read read) -> std::invoke_result_t<Read, ClipData
     return readWith(SQLiteConnection::Access::readOnly);
 }
 
+// What is read before it is handed over, but for the last entry, which may be of any size.
+constexpr qint64 bytesAtOnce = qint64(4) * 1024 * 1024;
+constexpr std::size_t clipsAtOnce = 500;
+
+/// Some of the entries of a history.
+struct Part
+{
+    std::vector<Clip> clips;
+    /// The place of the first that follows.
+    qsizetype next = 0;
+};
+
+Part partFrom(qsizetype first, const QByteArrayList& ids, ClipDatabase& database)
+{
+    Part part{.clips = {}, .next = first};
+    qint64 bytes = 0;
+    while (part.next < ids.size() && part.clips.size() < clipsAtOnce && bytes < bytesAtOnce) {
+        const QByteArray& id = ids[part.next++];
+        try {
+            if (std::optional<Clip> clip = database.wholeClip(id)) {
+                bytes += clip->payload.held()->byteCount();
+                part.clips.push_back(std::move(*clip));
+            }
+        } catch (const ClipStoreError& error) {
+            if (error.errorCase() != ClipStoreError::Case::decode) {
+                throw;
+            }
+            throw ClipStoreError(
+                ClipStoreError::Case::decode,
+                u"%1 (position %2)"_s.arg(error.message()).arg(part.next));
+        }
+    }
+    return part;
+}
+
 } // namespace
 
 std::vector<ClipSummary> summaries(
@@ -94,6 +129,24 @@ std::vector<ClipSummary> summaries(
 ClipStore::Statistics statistics(const QString& databasePath)
 {
     return read(databasePath, [](ClipDatabase& database) { return database.statistics(); });
+}
+
+void forEach(const QString& databasePath, const std::function<void(const Clip&)>& visit)
+{
+    const QByteArrayList ids =
+        read(databasePath, [](ClipDatabase& database) { return database.storedIDs(); });
+    for (qsizetype next = 0; next < ids.size();) {
+        const Part part = read(
+            databasePath, [&](ClipDatabase& database) { return partFrom(next, ids, database); });
+        if (part.next == next) {
+            throw ClipStoreError(
+                ClipStoreError::Case::openDatabase, u"The history is no longer there."_s);
+        }
+        for (const Clip& clip : part.clips) {
+            visit(clip);
+        }
+        next = part.next;
+    }
 }
 
 } // namespace tessly::ClosedHistory

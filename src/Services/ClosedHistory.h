@@ -3,6 +3,7 @@
 #include "ClipStore.h"
 #include "ClipSummary.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -18,5 +19,12 @@ namespace tessly::ClosedHistory {
 
 /// As ClipStore::statistics; all 0 if there is no database.
 [[nodiscard]] ClipStore::Statistics statistics(const QString& databasePath);
+
+/// Hands over every entry with its whole content, in list order: those that there are at the
+/// beginning, unless they are deleted meanwhile. Works as well while the program runs, of whatever
+/// it has saved, and keeps it from nothing: the entries are read a few megabytes at a time, and
+/// nothing is held open in between. What `visit` throws is thrown. `decode` tells the position of
+/// an entry that cannot be read.
+void forEach(const QString& databasePath, const std::function<void(const Clip&)>& visit);
 
 } // namespace tessly::ClosedHistory

@@ -1,3 +1,4 @@
+#include "ExportedClips.h"
 #include "FaultReport.h"
 #include "FilledHistory.h"
 #include "FolderSnapshot.h"
@@ -242,6 +243,22 @@ Step rescueSome(bool isTheEnd = false)
         isTheEnd};
 }
 
+/// Whoever has been told that it is done may delete the file that it came from.
+Step import(const char* first, const char* second)
+{
+    return {
+        [first, second](HistoryFile& history) {
+            QByteArray lines;
+            for (const char* const text : {first, second}) {
+                Clip clip = textClip(text);
+                clip.createdAt = clip.lastUsedAt = 1'000'000;
+                lines += lineOf(clip);
+            }
+            EXPECT_EQ(history.database().importLines(lines, 1000).added, 2);
+        },
+        true};
+}
+
 INSTANTIATE_TEST_SUITE_P(
     ofA, ClipPowerLoss,
     testing::Values(
@@ -255,6 +272,9 @@ INSTANTIATE_TEST_SUITE_P(
                  {[](HistoryFile& history) { history.database().clear(true); }, true,
                   [](const QStringList& before) { return before.mid(1000); }},
                  save("two")}},
+        Day{.name = "import",
+            .fill = fillUsually,
+            .steps = {save("one"), import("two", "three"), save("four"), import("five", "six")}},
         Day{.name = "rescue",
             .fill = fillAndDamage,
             .steps = {rescueSome(), rescueSome(), rescueSome(true)},

@@ -174,5 +174,100 @@ TEST_F(ClosedHistoryTest, AnEntryWithoutAnIdentifierFailsTheList)
     }
 }
 
+std::vector<std::string> textsOf(const QString& path)
+{
+    std::vector<std::string> texts;
+    ClosedHistory::forEach(path, [&](const Clip& clip) {
+        texts.push_back(clip.payload.held()->plainText().value_or(QByteArray()).toStdString());
+    });
+    return texts;
+}
+
+TEST_F(ClosedHistoryTest, EveryEntryIsHandedOverWithItsContent)
+{
+    const auto database = open();
+    fill(*database);
+    database->setPinned(true, database->search(u"two"_s, {}, -1).front().id);
+    EXPECT_THAT(textsOf(m_path), ElementsAre("two", "one", "café au lait"));
+    EXPECT_EQ(database->scrub(), ClipStore::Upkeep::done) << "nothing is held open";
+}
+
+TEST_F(ClosedHistoryTest, HandingOverLeavesNoTrace)
+{
+    fill(*open());
+    const QByteArray before = bytes();
+    EXPECT_THAT(textsOf(m_path), SizeIs(3));
+    EXPECT_EQ(bytes(), before);
+    EXPECT_THAT(filesBeside(), ElementsAre(u"history.sqlite"_s));
+}
+
+TEST_F(ClosedHistoryTest, OfNoHistoryNothingIsHandedOver)
+{
+    EXPECT_THAT(textsOf(m_path), IsEmpty());
+    EXPECT_THAT(filesBeside(), IsEmpty());
+}
+
+TEST_F(ClosedHistoryTest, AllThatDoesNotFitInMemoryAtOnceIsHandedOver)
+{
+    const auto database = open();
+    std::vector<std::string> expected;
+    for (int i = 0; i < 1200; ++i) {
+        // Some of them larger than what is read at once.
+        const QByteArray text =
+            QByteArray::number(i) + QByteArray(i % 400 == 0 ? 5'000'000 : 0, 'x');
+        database->save(ClipPayload({.plainText = text}), {}, {}, 10'000);
+        expected.insert(expected.begin(), text.toStdString());
+    }
+    EXPECT_EQ(textsOf(m_path), expected);
+}
+
+TEST_F(ClosedHistoryTest, WhatIsDeletedOrCopiedMeanwhileIsNotHandedOver)
+{
+    const auto database = open();
+    std::vector<Clip> saved;
+    for (int i = 0; i < 4; ++i) {
+        const QByteArray text = QByteArray::number(i) + QByteArray(5'000'000, 'x');
+        saved.push_back(database->save(ClipPayload({.plainText = text}), {}, {}, 100));
+    }
+    std::vector<char> begins;
+    ClosedHistory::forEach(m_path, [&](const Clip& clip) {
+        begins.push_back(clip.payload.held()->plainText()->front());
+        if (begins.size() == 1) {
+            database->remove(saved[1].id);
+            database->save(ClipPayload({.plainText = "copied meanwhile"}), {}, {}, 100);
+        }
+    });
+    EXPECT_THAT(begins, ElementsAre('3', '2', '0'));
+}
+
+TEST_F(ClosedHistoryTest, AHistoryThatGoesMeanwhileIsAnError)
+{
+    {
+        const auto database = open();
+        for (int i = 0; i < 2; ++i) {
+            const QByteArray text = QByteArray::number(i) + QByteArray(5'000'000, 'x');
+            database->save(ClipPayload({.plainText = text}), {}, {}, 100);
+        }
+    }
+    EXPECT_THROW(
+        ClosedHistory::forEach(m_path, [&](const Clip& /*clip*/) { QFile::remove(m_path); }),
+        ClipStoreError);
+}
+
+TEST_F(ClosedHistoryTest, AnEntryThatIsNotWhatWasStoredIsToldByItsPosition)
+{
+    fill(*open());
+    SQLiteConnection(m_path).execute(
+        "UPDATE clips SET plain_text = 'another' WHERE plain_text = 'two';");
+    try {
+        textsOf(m_path);
+        FAIL() << "it was handed over";
+    } catch (const ClipStoreError& error) {
+        EXPECT_STREQ(
+            error.what(), "Could not decode clipboard data: A clipboard item is not what was "
+                          "stored. (position 2)");
+    }
+}
+
 } // namespace
 } // namespace tessly::test
