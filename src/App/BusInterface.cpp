@@ -3,9 +3,12 @@
 #include "ActivationToken.h"
 #include "BusNames.h"
 #include "Invocation.h"
+#include "SealedMemory.h"
 
 #include <QDBusError>
 
+#include <memory>
+#include <system_error>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -150,6 +153,28 @@ void BusInterface::Delete(qlonglong position, const QDBusMessage& call)
 void BusInterface::Clear(bool everything, const QDBusMessage& call)
 {
     m_commands.clear(everything, answer(call));
+}
+
+QVariantMap BusInterface::Import(const QDBusUnixFileDescriptor& lines, const QDBusMessage& call)
+{
+    std::shared_ptr<const SealedMemory> memory;
+    try {
+        memory = std::make_shared<const SealedMemory>(lines.fileDescriptor());
+    } catch (const std::system_error&) {
+        call.setDelayedReply(true);
+        m_sendLater([call] {
+            return call.createErrorReply(
+                QDBusError::InvalidArgs, u"Lines are taken from sealed memory only."_s);
+        });
+        return {};
+    }
+    m_commands.importLines(
+        [memory] { return memory->bytes(); },
+        [send = m_sendLater, call](const ImportOutcome& outcome) {
+            send([call, outcome] { return call.createReply(busImportOutcome(outcome)); });
+        },
+        answer(call));
+    return {};
 }
 
 } // namespace tessly

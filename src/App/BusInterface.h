@@ -6,6 +6,7 @@
 
 #include <QDBusAbstractAdaptor>
 #include <QDBusMessage>
+#include <QDBusUnixFileDescriptor>
 
 #include <functional>
 
@@ -51,6 +52,11 @@ public Q_SLOTS:
     void Unpin(qlonglong position, const QDBusMessage& call);
     void Delete(qlonglong position, const QDBusMessage& call);
     void Clear(bool everything, const QDBusMessage& call);
+
+    /// Adds entries, from lines as an export has them between its first and its last, in memory
+    /// that SealedMemory has made. The answer has the keys of busImportOutcome, with lines counted
+    /// from 0.
+    QVariantMap Import(const QDBusUnixFileDescriptor& lines, const QDBusMessage& call);
 
 private:
     [[nodiscard]] ActionCompletion answer(const QDBusMessage& call) const;

@@ -1,5 +1,6 @@
 #include "BusTypes.h"
 
+#include <QDBusArgument>
 #include <QDBusMetaType>
 
 using namespace Qt::StringLiterals;
@@ -119,6 +120,44 @@ StatusReport statusReport(const QVariantMap& map)
         .hotKeys = map.value(u"hotKeys"_s).toBool(),
         .tray = map.value(u"tray"_s).toBool(),
     };
+}
+
+QVariantMap busImportOutcome(const ImportOutcome& outcome)
+{
+    QList<qlonglong> lines;
+    QStringList reasons;
+    for (const ImportOutcome::Refusal& refusal : outcome.refused) {
+        lines.append(refusal.line);
+        reasons.append(refusal.reason);
+    }
+    return {
+        {u"added"_s, outcome.added},
+        {u"present"_s, outcome.present},
+        {u"lines"_s, QVariant::fromValue(lines)},
+        {u"reasons"_s, reasons},
+    };
+}
+
+std::optional<ImportOutcome> importOutcome(const QVariantMap& map, qint64 lines)
+{
+    const auto numbers = qdbus_cast<QList<qlonglong>>(map.value(u"lines"_s));
+    const QStringList reasons = map.value(u"reasons"_s).toStringList();
+    bool isAdded = false;
+    bool isPresent = false;
+    ImportOutcome outcome{
+        .added = map.value(u"added"_s).toLongLong(&isAdded),
+        .present = map.value(u"present"_s).toLongLong(&isPresent),
+        .refused = {}};
+    if (!isAdded || !isPresent || numbers.size() != reasons.size()) {
+        return std::nullopt;
+    }
+    for (qsizetype i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] < 0 || numbers[i] >= lines) {
+            return std::nullopt;
+        }
+        outcome.refused.push_back({numbers[i], reasons[i]});
+    }
+    return outcome;
 }
 
 } // namespace tessly

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ClipSummary.h"
+#include "ImportOutcome.h"
 #include "StatusReport.h"
 
 #include <QList>
@@ -25,6 +26,11 @@ void registerBusTypes();
 [[nodiscard]] QVariantMap busStatus(const StatusReport& report);
 /// What the map does not tell stays as in a fresh report.
 [[nodiscard]] StatusReport statusReport(const QVariantMap& map);
+
+/// Its keys are added, present, lines and reasons, the last two as long as each other.
+[[nodiscard]] QVariantMap busImportOutcome(const ImportOutcome& outcome);
+/// None if that is no outcome of so many lines.
+[[nodiscard]] std::optional<ImportOutcome> importOutcome(const QVariantMap& map, qint64 lines);
 
 } // namespace tessly
 

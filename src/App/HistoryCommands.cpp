@@ -121,6 +121,13 @@ void HistoryCommands::clear(bool includePinned, ActionCompletion completion)
     m_dependencies.model.clearHistory(includePinned, std::move(completion));
 }
 
+void HistoryCommands::importLines(
+    std::function<QByteArrayView()> lines, std::function<void(const ImportOutcome&)> done,
+    ActionCompletion failed)
+{
+    m_dependencies.model.importLines(std::move(lines), std::move(done), std::move(failed));
+}
+
 QCoro::Task<> HistoryCommands::withClip(
     QPointer<HistoryCommands> self, qint64 position, Act act, ActionCompletion completion)
 {

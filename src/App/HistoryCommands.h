@@ -53,6 +53,10 @@ public:
     void setPinned(qint64 position, bool pinned, const ActionCompletion& completion);
     void deleteEntry(qint64 position, const ActionCompletion& completion);
     void clear(bool includePinned, ActionCompletion completion);
+    /// As ClipStore::importLines.
+    void importLines(
+        std::function<QByteArrayView()> lines, std::function<void(const ImportOutcome&)> done,
+        ActionCompletion failed);
 
     using Entries = std::shared_ptr<const std::vector<ClipSummary>>;
     /// `limit` entries at the most; all of them if it is negative. What is told is never null.

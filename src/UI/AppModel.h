@@ -152,6 +152,10 @@ public:
     void deleteSelected();
     void deleteClip(const Clip& clip, ActionCompletion completion = {});
     void clearHistory(bool includePinned, ActionCompletion completion = {});
+    /// As ClipStore::importLines, with the limit of the settings.
+    void importLines(
+        std::function<QByteArrayView()> lines, std::function<void(const ImportOutcome&)> done,
+        ActionCompletion failed);
     /// Stops or resumes recording, and says so; does nothing if that is so already.
     void setRecordingPaused(bool paused);
     void trimHistoryToCurrentLimit();
@@ -235,6 +239,9 @@ private:
         std::shared_ptr<RunningApplication> target, Turn turn, ActionCompletion completion);
     static QCoro::Task<>
     clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCompletion completion);
+    static QCoro::Task<> addLines(
+        QPointer<AppModel> self, std::function<QByteArrayView()> lines,
+        std::function<void(const ImportOutcome&)> done, ActionCompletion failed);
     static QCoro::Task<> copyInTurn(
         QPointer<AppModel> self, Clip clip, PasteStyle style, Turn turn,
         std::function<void(const Written&, bool isHeld)> done);

@@ -358,6 +358,41 @@ AppModel::clearWhenSettled(QPointer<AppModel> self, bool includePinned, ActionCo
     }
 }
 
+void AppModel::importLines(
+    std::function<QByteArrayView()> lines, std::function<void(const ImportOutcome&)> done,
+    ActionCompletion failed)
+{
+    addLines(this, std::move(lines), std::move(done), std::move(failed));
+}
+
+QCoro::Task<> AppModel::addLines(
+    QPointer<AppModel> self, std::function<QByteArrayView()> lines,
+    std::function<void(const ImportOutcome&)> done, ActionCompletion failed)
+{
+    ImportOutcome added;
+    ActionOutcome outcome;
+    try {
+        added = co_await self->m_dependencies.store.importLines(
+            std::move(lines), self->settings().trimLimit());
+    } catch (const std::exception& error) {
+        outcome = {ActionOutcome::Case::storeFailed, QString::fromUtf8(error.what())};
+    }
+    if (!self) {
+        co_return;
+    }
+    if (outcome.resultCase != ActionOutcome::Case::done) {
+        self->showBanner(outcome.message, BannerKind::error);
+        // What it has left in the files goes.
+        self->scheduleScrub(scrubDelay);
+        tell(failed, outcome);
+        co_return;
+    }
+    self->reload(Debounce::no);
+    if (done) {
+        done(added);
+    }
+}
+
 void AppModel::setRecordingPaused(bool paused)
 {
     if (clipboardMonitor().isPaused() == paused) {

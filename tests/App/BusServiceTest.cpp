@@ -1,16 +1,20 @@
 #include "BusService.h"
 
 #include "../Platform/Desktop/TestBus.h"
+#include "../Services/Store/ExportedClips.h"
 #include "../UI/AppModelFixture.h"
 #include "BusNames.h"
 #include "BusTypes.h"
 #include "LogCapture.h"
+#include "SealedMemory.h"
 
 #include <gmock/gmock.h>
 
 #include <QDBusConnectionInterface>
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
+#include <QDBusUnixFileDescriptor>
+#include <QTemporaryFile>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -413,6 +417,78 @@ TEST_F(BusServiceTest, EndsWhileTheBusStillHangs)
     m_service->start();
     m_service.reset();
     m_bus.resume();
+}
+
+QVariant sealed(const QByteArray& lines)
+{
+    QDBusUnixFileDescriptor descriptor;
+    descriptor.giveFileDescriptor(SealedMemory::make(lines));
+    return QVariant::fromValue(descriptor);
+}
+
+TEST_F(BusServiceTest, LinesAreImportedAndListed)
+{
+    start();
+    const QByteArray lines = lineOf(textClip("imported")) + "nonsense\n" + lineOf(textClip("one"));
+    const QDBusMessage reply = call(u"Import"_s, {sealed(lines)});
+    ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
+    const auto outcome = importOutcome(qdbus_cast<QVariantMap>(reply.arguments().value(0)), 3);
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_EQ(outcome->added, 1);
+    EXPECT_EQ(outcome->present, 1);
+    ASSERT_THAT(outcome->refused, SizeIs(1));
+    EXPECT_EQ(outcome->refused.front().line, 1);
+    run();
+    EXPECT_THAT(texts(), ElementsAre("one", "two", "three", "imported"));
+}
+
+TEST_F(BusServiceTest, ImportsKeepToTheLimitOfTheSettings)
+{
+    m_settings.setMaxHistory(10);
+    for (int i = 0; i < 7; ++i) {
+        save(QByteArray::number(i));
+    }
+    start();
+    const QDBusMessage reply = call(u"Import"_s, {sealed(lineOf(textClip("imported")))});
+    const auto outcome = importOutcome(qdbus_cast<QVariantMap>(reply.arguments().value(0)), 1);
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_EQ(outcome->added, 0);
+    EXPECT_THAT(outcome->refused, SizeIs(1));
+    EXPECT_THAT(stored(), SizeIs(10));
+}
+
+TEST_F(BusServiceTest, LinesAreTakenFromSealedMemoryOnly)
+{
+    start();
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(lineOf(textClip("imported")));
+    file.flush();
+    expectError(
+        u"Import"_s, {QVariant::fromValue(QDBusUnixFileDescriptor(file.handle()))},
+        u"org.freedesktop.DBus.Error.InvalidArgs"_s, u"Lines are taken from sealed memory only."_s);
+    EXPECT_THAT(stored(), SizeIs(3));
+}
+
+TEST_F(BusServiceTest, AnImportThatFailsIsSaid)
+{
+    start();
+    breakStore();
+    const QDBusMessage reply = call(u"Import"_s, {sealed(lineOf(textClip("imported")))});
+    EXPECT_EQ(reply.type(), QDBusMessage::ErrorMessage);
+    EXPECT_EQ(reply.errorName(), busErrorName(ActionOutcome::Case::storeFailed));
+}
+
+TEST(BusTypes, AnImportsOutcomeIsCheckedBeforeItIsBelieved)
+{
+    const ImportOutcome outcome{.added = 1, .present = 2, .refused = {{0, u"a"_s}, {4, u"b"_s}}};
+    const QVariantMap map = busImportOutcome(outcome);
+    EXPECT_EQ(importOutcome(map, 5), outcome);
+    EXPECT_EQ(importOutcome(map, 4), std::nullopt) << "there is no such line";
+    EXPECT_EQ(importOutcome({}, 5), std::nullopt);
+    QVariantMap uneven = map;
+    uneven[u"reasons"_s] = QStringList{u"a"_s};
+    EXPECT_EQ(importOutcome(uneven, 5), std::nullopt);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "HistoryCommands.h"
 
+#include "../Services/Store/ExportedClips.h"
 #include "../UI/AppModelFixture.h"
 
 #include <gmock/gmock.h>
@@ -343,6 +344,35 @@ TEST_F(HistoryCommandsTest, TheStatusTellsWhatIsThereAndWhatWorks)
     EXPECT_FALSE(report->tray);
 }
 
+TEST_F(HistoryCommandsTest, WhatIsImportedIsListedAndWhatIsNotIsTold)
+{
+    const QByteArray line = lineOf(textClip("imported"));
+    std::vector<ImportOutcome> outcomes;
+    const auto import = [&] {
+        m_commands->importLines(
+            [&line] { return QByteArrayView(line); },
+            [&](const ImportOutcome& told) { outcomes.push_back(told); }, note());
+        run();
+    };
+    import();
+    EXPECT_THAT(texts(), ElementsAre("one", "two", "three", "imported"));
+    import();
+    m_settings.setMaxHistory(10);
+    for (int i = 0; i < 6; ++i) {
+        save(QByteArray::number(i));
+    }
+    const QByteArray other = lineOf(textClip("other", 2));
+    m_commands->importLines(
+        [&other] { return QByteArrayView(other); },
+        [&](const ImportOutcome& told) { outcomes.push_back(told); }, note());
+    run();
+    ASSERT_THAT(outcomes, SizeIs(3));
+    EXPECT_EQ(outcomes[0].added, 1);
+    EXPECT_EQ(outcomes[1].present, 1);
+    EXPECT_THAT(outcomes[2].refused, SizeIs(1));
+    EXPECT_THAT(m_outcomes, IsEmpty());
+}
+
 TEST_F(HistoryCommandsTest, AStoreThatFailsIsSaidByEveryCommand)
 {
     breakStore();
@@ -362,6 +392,10 @@ TEST_F(HistoryCommandsTest, AStoreThatFailsIsSaidByEveryCommand)
     const auto fail = [](auto&&...) { ADD_FAILURE() << "answered"; };
     expectFailure([&] { m_commands->list({}, {}, -1, fail, note()); });
     expectFailure([&] { m_commands->status(fail, note()); });
+    m_model->dismissBanner();
+    expectFailure(
+        [&] { m_commands->importLines([] { return QByteArrayView("a line"); }, fail, note()); });
+    EXPECT_EQ(bannerKind(), AppModel::BannerKind::error);
 }
 
 TEST_F(HistoryCommandsTest, CommandsUnderWayEndWithTheProgram)
@@ -370,6 +404,8 @@ TEST_F(HistoryCommandsTest, CommandsUnderWayEndWithTheProgram)
     m_commands->deleteEntry(2, note());
     m_commands->list({}, {}, -1, [](auto&&) { ADD_FAILURE(); }, note());
     m_commands->status([](auto&&) { ADD_FAILURE(); }, note());
+    m_commands->importLines(
+        [] { return QByteArrayView("a line"); }, [](auto&&) { ADD_FAILURE(); }, note());
     m_commands.reset();
     m_model.reset();
     run();
