@@ -78,6 +78,10 @@ Call callFor(const Invocation& invocation)
             u"List"_s,
             {invocation.query, invocation.kind ? rawValue(*invocation.kind) : QString(),
              invocation.limit}};
+    case CommandID::exportHistory:
+    case CommandID::importHistory:
+        // More than one call.
+        break;
     }
     Q_UNREACHABLE();
 }
@@ -109,14 +113,17 @@ CommandRunner::Output CommandRunner::standardOutput()
         .complain =
             [](const QString& line) { std::fprintf(stderr, "tessly: %s\n", qUtf8Printable(line)); },
         .columns = terminalColumns(),
+        .remark = [](const QString& line) { std::fprintf(stderr, "%s\n", qUtf8Printable(line)); },
     };
 }
 
-CommandRunner::CommandRunner(QString dataFolder, BusClient& client, Output output)
+CommandRunner::CommandRunner(
+    QString dataFolder, BusClient& client, Output output, MaximumHistory maximumHistory)
     : m_dataFolder(std::move(dataFolder))
     , m_databasePath(m_dataFolder + u"/history.sqlite"_s)
     , m_client(client)
     , m_output(std::move(output))
+    , m_maximumHistory(std::move(maximumHistory))
 {
     registerBusTypes();
 }
@@ -128,6 +135,10 @@ int CommandRunner::run(const Invocation& invocation)
         return list(invocation);
     case CommandID::status:
         return status(invocation);
+    case CommandID::exportHistory:
+        return exportHistory(invocation.file);
+    case CommandID::importHistory:
+        return importHistory(invocation.file);
     default:
         return act(invocation);
     }
@@ -263,11 +274,16 @@ int CommandRunner::print(const QByteArray& text)
     if (m_output.print(text)) {
         return EXIT_SUCCESS;
     }
+    return complainOfPrinting(errno);
+}
+
+int CommandRunner::complainOfPrinting(int reason)
+{
     // Whoever closed the pipe has read enough.
-    return errno == EPIPE ? exitFailed
-                          : complain(
-                                exitFailed, u"could not print: "_s +
-                                                QString::fromLocal8Bit(std::strerror(errno)));
+    return reason == EPIPE ? exitFailed
+                           : complain(
+                                 exitFailed, u"could not print: "_s +
+                                                 QString::fromLocal8Bit(std::strerror(reason)));
 }
 
 int CommandRunner::complain(int status, const QString& line)

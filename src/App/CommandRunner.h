@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BusClient.h"
+#include "ImportOutcome.h"
 #include "Invocation.h"
 
 #include <QByteArray>
@@ -8,6 +9,7 @@
 
 #include <functional>
 #include <optional>
+#include <unistd.h>
 
 namespace tessly {
 
@@ -25,11 +27,20 @@ public:
         std::function<void(const QString&)> complain;
         /// The width of the terminal, where printing goes to one.
         std::optional<int> columns;
+        /// One line about a file's line, without its end.
+        std::function<void(const QString&)> remark = {};
+        /// A descriptor from which what is piped in is read.
+        int input = STDIN_FILENO;
     };
     [[nodiscard]] static Output standardOutput();
 
-    /// Reads the history in `dataFolder`, which also tells whether the program runs.
-    CommandRunner(QString dataFolder, BusClient& client, Output output);
+    /// How many entries that are not pinned the settings let the history keep.
+    using MaximumHistory = std::function<qint64()>;
+
+    /// Reads the history in `dataFolder`, which also tells whether the program runs. Where it does
+    /// not run, imports go there, too.
+    CommandRunner(
+        QString dataFolder, BusClient& client, Output output, MaximumHistory maximumHistory);
 
     /// Returns the exit status, with one line of complaint if it is not 0.
     [[nodiscard]] int run(const Invocation& invocation);
@@ -46,9 +57,22 @@ private:
     [[nodiscard]] int list(const Invocation& invocation);
     [[nodiscard]] int status(const Invocation& invocation);
     [[nodiscard]] int act(const Invocation& invocation);
+    [[nodiscard]] int exportHistory(const QByteArray& file);
+    [[nodiscard]] int exportTo(const std::function<void(QByteArrayView)>& sink);
+    [[nodiscard]] int importHistory(const QByteArray& file);
+    [[nodiscard]] int importFrom(int descriptor, const QString& name);
+    /// Adds entries to the history. Where it cannot be had, or that fails, there is none, it was
+    /// said why, and the exit status is in `status`.
+    using Add = std::function<std::optional<ImportOutcome>(const QByteArray& lines)>;
+    [[nodiscard]] Add makeAdd(int& status);
+    /// `isTaken`: the program has started just now, and it has not been said.
+    [[nodiscard]] Add makeAddHere(int& status, bool& isTaken);
+    [[nodiscard]] std::optional<ImportOutcome> addByProgram(const QByteArray& lines, int& status);
     [[nodiscard]] int waitForEnd();
     [[nodiscard]] int print(const QByteArray& text);
     int complain(int status, const QString& line);
+    /// `reason`: as of errno.
+    int complainOfPrinting(int reason);
     int complainOfAnswer(const QDBusMessage& answer);
     int complainOfReach();
 
@@ -56,6 +80,7 @@ private:
     QString m_databasePath;
     BusClient& m_client;
     Output m_output;
+    MaximumHistory m_maximumHistory;
 };
 
 } // namespace tessly

@@ -1,16 +1,19 @@
 #include "AppDelegate.h"
 #include "AppPaths.h"
+#include "AppSettings.h"
 #include "BusClient.h"
 #include "ClipStoreError.h"
 #include "CommandLineParser.h"
 #include "CommandRunner.h"
 #include "DesktopChoice.h"
+#include "IniUserDefaults.h"
 #include "InstanceLock.h"
 #include "MainThreadCall.h"
 #include "StatusReport.h"
 #include "SystemClock.h"
 #include "TerminalText.h"
 #include "TerminationSignals.h"
+#include "ThreadExecutor.h"
 #include "ToolkitExit.h"
 #include "ViewLoader.h"
 
@@ -77,13 +80,21 @@ QString reasonOf(const std::exception& error)
     return isAboutHistory && !reason.contains(file) ? u"%1 (%2)"_s.arg(reason, file) : reason;
 }
 
+qint64 maximumHistory()
+{
+    IniUserDefaults defaults(
+        AppPaths::settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"));
+    return AppSettings(defaults).trimLimit();
+}
+
 /// A command has nothing to put in order, and what else the bus has to say no longer matters.
 [[noreturn]] void runCommand(int argc, char** argv, const Invocation& invocation)
 {
     const QCoreApplication application(argc, argv);
     BusClient client;
     CommandRunner runner(
-        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
+        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput(),
+        maximumHistory);
     endNow(runner.run(invocation));
 }
 
@@ -99,7 +110,8 @@ QString reasonOf(const std::exception& error)
     const QCoreApplication application(argc, argv);
     BusClient client;
     CommandRunner runner(
-        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput());
+        AppPaths::applicationSupportDirectory(), client, CommandRunner::standardOutput(),
+        maximumHistory);
     if (const auto status = runner.showRunningInstance()) {
         endNow(*status);
     }

@@ -65,6 +65,7 @@ protected:
                         .change = 50ms});
         m_printed.clear();
         m_complaints.clear();
+        m_remarks.clear();
         CommandRunner runner(
             m_folder.path(), client,
             {.print =
@@ -75,7 +76,10 @@ protected:
                  },
              .complain =
                  [this](const QString& line) { m_complaints.push_back(line.toStdString()); },
-             .columns = std::nullopt});
+             .columns = std::nullopt,
+             .remark = [this](const QString& line) { m_remarks.push_back(line.toStdString()); },
+             .input = m_input},
+            [this] { return m_maximumHistory; });
         m_bus = client.bus();
         const auto status = m_startsSecond ? runner.showRunningInstance() : runner.run(invocation);
         m_bus = client.bus();
@@ -91,6 +95,26 @@ protected:
         EXPECT_EQ(run(CommandID::list), 0);
         EXPECT_THAT(m_complaints, IsEmpty());
         return QJsonDocument::fromJson(m_printed).array();
+    }
+    int run(CommandID command, const QString& file)
+    {
+        return run(Invocation{
+            .verb = Invocation::Verb::command,
+            .command = command,
+            .file = QFile::encodeName(file)});
+    }
+    int exportTo(const QString& file) { return run(CommandID::exportHistory, file); }
+    int importFrom(const QString& file) { return run(CommandID::importHistory, file); }
+    static QByteArray contents(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("absent");
+    }
+    static void put(const QString& path, const QByteArray& bytes)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
     }
     QJsonObject status()
     {
@@ -109,6 +133,9 @@ protected:
     int m_printError = 0;
     QByteArray m_printed;
     std::vector<std::string> m_complaints;
+    std::vector<std::string> m_remarks;
+    int m_input = -1;
+    qint64 m_maximumHistory = 500;
     BusClient::Bus m_bus = BusClient::Bus::present;
 };
 
@@ -319,6 +346,208 @@ TEST_F(CommandRunnerTest, WhatCannotBePrintedIsSaidUnlessTheReaderHasEnough)
     m_printError = EPIPE;
     EXPECT_EQ(run(CommandID::list), exitFailed);
     EXPECT_THAT(m_complaints, IsEmpty());
+}
+
+/// Beside a data folder a place for exported files.
+class TransferTest : public CommandRunnerTest
+{
+protected:
+    QTemporaryDir m_elsewhere;
+    QString m_file = m_elsewhere.filePath(u"export.jsonl"_s);
+};
+
+TEST_F(TransferTest, WhatIsExportedIsImportedIntoAnEmptyHistory)
+{
+    fill();
+    {
+        ClipDatabase database(m_databasePath, [this] { return m_now; });
+        database.setPinned(true, database.clip(2)->id);
+    }
+    EXPECT_EQ(exportTo(m_file), 0);
+    EXPECT_EQ(m_printed, "");
+    const QJsonArray before = listed();
+    EXPECT_EQ(before.size(), 3);
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    EXPECT_EQ(importFrom(m_file), 0);
+    EXPECT_EQ(m_printed, "3 added, 0 there already, 0 refused\n");
+    EXPECT_EQ(listed(), before);
+    EXPECT_EQ(importFrom(m_file), 0);
+    EXPECT_EQ(m_printed, "0 added, 3 there already, 0 refused\n");
+    EXPECT_EQ(listed(), before);
+    EXPECT_THAT(m_remarks, IsEmpty());
+    EXPECT_FALSE(InstanceLock::isHeld(m_folder.path()));
+}
+
+TEST_F(TransferTest, AMinusStandsForStandardOutputAndInput)
+{
+    fill();
+    EXPECT_EQ(exportTo(u"-"_s), 0);
+    const QByteArray exported = m_printed;
+    EXPECT_EQ(exportTo(m_file), 0);
+    EXPECT_EQ(contents(m_file), exported);
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    QFile file(m_file);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    m_input = file.handle();
+    EXPECT_EQ(importFrom(u"-"_s), 0);
+    EXPECT_EQ(m_printed, "3 added, 0 there already, 0 refused\n");
+}
+
+TEST_F(TransferTest, AnExportThatCannotBePrintedIsSaidUnlessTheReaderHasEnough)
+{
+    m_printError = ENOSPC;
+    EXPECT_EQ(exportTo(u"-"_s), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre("could not print: No space left on device"));
+    m_printError = EPIPE;
+    EXPECT_EQ(exportTo(u"-"_s), exitFailed);
+    EXPECT_THAT(m_complaints, IsEmpty());
+}
+
+TEST_F(TransferTest, AnExportThatFailsLeavesTheFileOfBefore)
+{
+    put(m_file, "the one before");
+    fill();
+    SQLiteConnection(m_databasePath).execute("UPDATE clips SET plain_text = 'another';");
+    EXPECT_EQ(exportTo(m_file), exitFailed);
+    EXPECT_THAT(
+        m_complaints, ElementsAre("Could not decode clipboard data: A clipboard item is not what "
+                                  "was stored. (position 1)"));
+    put(m_databasePath, QByteArray(8192, 'x'));
+    EXPECT_EQ(exportTo(m_file), exitFailed);
+    EXPECT_THAT(
+        m_complaints,
+        ElementsAre("Clipboard database integrity check failed: file is not a database"));
+    EXPECT_EQ(contents(m_file), "the one before");
+    EXPECT_EQ(QDir(m_elsewhere.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+TEST_F(TransferTest, AnExportNeverReplacesAFileOfTheHistory)
+{
+    fill();
+    const QByteArray before = contents(m_databasePath);
+    ASSERT_TRUE(QFile::link(m_databasePath, m_file));
+    for (const QString& file : {m_databasePath, m_folder.filePath(u"tessly.lock"_s), m_file}) {
+        EXPECT_EQ(exportTo(file), exitFailed);
+        EXPECT_THAT(
+            m_complaints, ElementsAre(HasSubstr("it is in the folder of the history itself")));
+    }
+    EXPECT_EQ(contents(m_databasePath), before);
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+TEST_F(TransferTest, WhatIsRefusedIsSaidLineByLine)
+{
+    fill();
+    EXPECT_EQ(exportTo(m_file), 0);
+    QByteArrayList lines = contents(m_file).split('\n');
+    lines[2].replace("\"copyCount\":1", "\"copyCount\":0");
+    lines[3] = "\x1b[31mnonsense";
+    put(m_file, lines.join('\n'));
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "1 added, 0 there already, 2 refused\n");
+    const std::string name = m_file.toStdString();
+    EXPECT_THAT(
+        m_remarks, ElementsAre(
+                       name + ":3: copyCount is out of range",
+                       name + ":4: it is no entry: not a JSON object of the right form"));
+    EXPECT_THAT(m_complaints, IsEmpty());
+}
+
+TEST_F(TransferTest, WhatTheSettingsDoNotLetTheHistoryKeepIsRefused)
+{
+    for (int i = 0; i < 12; ++i) {
+        ClipDatabase database(m_databasePath, [this] { return m_now++; });
+        database.save(ClipPayload({.plainText = QByteArray::number(i)}), {}, {}, 500);
+    }
+    EXPECT_EQ(exportTo(m_file), 0);
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    m_maximumHistory = 10;
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "10 added, 0 there already, 2 refused\n");
+    // Exports begin with the newest.
+    EXPECT_EQ(listed()[0].toObject()[u"preview"_s], u"11"_s);
+}
+
+TEST_F(TransferTest, WhatCannotBeReadIsSaidAndTouchesNothing)
+{
+    EXPECT_EQ(importFrom(m_elsewhere.filePath(u"nothing"_s)), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre(HasSubstr("No such file or directory")));
+    EXPECT_EQ(importFrom(m_elsewhere.path()), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre(HasSubstr("Is a directory")));
+    put(m_file, "no export");
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_THAT(
+        m_remarks,
+        ElementsAre(m_file.toStdString() + ":1: here should be the first line of an export"));
+    EXPECT_THAT(QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden), IsEmpty());
+}
+
+TEST_F(TransferTest, ADamagedHistoryIsNotImportedInto)
+{
+    fill();
+    EXPECT_EQ(exportTo(m_file), 0);
+    const QByteArray garbage(8192, 'x');
+    put(m_databasePath, garbage);
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "0 added, 0 there already, 0 refused\n");
+    EXPECT_THAT(
+        m_complaints,
+        ElementsAre("Clipboard database integrity check failed: file is not a database"));
+    EXPECT_EQ(contents(m_databasePath), garbage);
+}
+
+TEST_F(TransferTest, WhatIsPlantedInThePlaceOfTheHistoryIsNeitherReadNorWritten)
+{
+    fill();
+    EXPECT_EQ(exportTo(m_file), 0);
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    for (const Planted what : {Planted::pipe, Planted::link, Planted::linkToNothing}) {
+        const QString victim = m_elsewhere.filePath(u"victim"_s);
+        {
+            const PlantedFile planted(what, m_databasePath, victim);
+            for (const bool imports : {false, true}) {
+                EXPECT_EQ(
+                    imports ? importFrom(m_file) : exportTo(m_elsewhere.filePath(u"other"_s)),
+                    exitFailed);
+                EXPECT_THAT(m_complaints, ElementsAre(HasSubstr(planted.reason().toStdString())));
+            }
+            planted.expectUntouched();
+        }
+        QFile::remove(m_databasePath);
+        QFile::remove(victim);
+    }
+}
+
+TEST_F(TransferTest, AProgramThatIsOutOfReachIsExportedAndNotImportedInto)
+{
+    fill();
+    const auto lock = InstanceLock::acquire(m_folder.path());
+    EXPECT_EQ(exportTo(m_file), 0);
+    EXPECT_EQ(contents(m_file).count('\n'), 5);
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_THAT(
+        m_complaints,
+        ElementsAre("Tessly is running, but there is no session bus on which to reach it"));
+}
+
+TEST_F(TransferTest, AProgramThatDoesNotAnswerIsSaid)
+{
+    fill();
+    EXPECT_EQ(exportTo(m_file), 0);
+    TestBus bus;
+    QDBusConnection other = bus.connect();
+    ASSERT_TRUE(other.registerService(busName));
+    QObject object;
+    ASSERT_TRUE(other.registerObject(busPath, &object, QDBusConnection::ExportAllSlots));
+    m_connect = [&] { return bus.connect(); };
+    EXPECT_EQ(importFrom(m_file), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre("Tessly does not answer"));
+    EXPECT_EQ(m_printed, "0 added, 0 there already, 0 refused\n");
+    const QByteArray before = contents(m_file);
+    EXPECT_EQ(exportTo(m_file), exitFailed);
+    EXPECT_THAT(m_complaints, ElementsAre("Tessly does not answer"));
+    EXPECT_EQ(contents(m_file), before);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -50,6 +51,8 @@ std::optional<qint64> number(std::string_view text)
 /// The arguments behind a command, one after another.
 class CommandParser
 {
+    using Operand = CommandDescription::Operand;
+
 public:
     CommandParser(const CommandDescription& command, std::vector<std::string_view> arguments)
         : m_command(command)
@@ -66,16 +69,16 @@ public:
         }
         while (m_next < m_arguments.size() && !m_complaint) {
             const std::string_view argument = m_arguments[m_next++];
-            if (!m_onlyPositions && argument == "--") {
-                m_onlyPositions = true;
-            } else if (!m_onlyPositions && argument.starts_with("--")) {
+            if (!m_onlyOperands && argument == "--") {
+                m_onlyOperands = true;
+            } else if (!m_onlyOperands && argument.starts_with("--")) {
                 parseOption(argument);
             } else {
-                parsePosition(argument);
+                parseOperand(argument);
             }
         }
-        if (!m_complaint && m_command.takesPosition && m_invocation.position == 0) {
-            complain(u"%1 needs the position of an entry"_s.arg(inQuotes(full())));
+        if (!m_complaint && !m_hasOperand) {
+            requireNone();
         }
         return m_complaint ? wrong(*m_complaint) : m_invocation;
     }
@@ -146,12 +149,40 @@ private:
         }
     }
 
+    void parseOperand(std::string_view argument)
+    {
+        const bool isTaken = std::exchange(m_hasOperand, true);
+        if (isTaken || m_command.operand == Operand::none) {
+            complain(u"%1 takes no %2"_s.arg(inQuotes(full()), inQuotes(argument)));
+        } else if (m_command.operand == Operand::position) {
+            parsePosition(argument);
+        } else {
+            parseFile(argument);
+        }
+    }
+
+    void parseFile(std::string_view argument)
+    {
+        // What looks like an option may be one of a later version.
+        if (!m_onlyOperands && argument.size() > 1 && argument.starts_with('-')) {
+            complain(u"%1 has no option %2"_s.arg(inQuotes(full()), inQuotes(argument)));
+        } else if (argument.empty()) {
+            complain(u"a file has a name"_s);
+        }
+        m_invocation.file = QByteArray(argument.data(), static_cast<qsizetype>(argument.size()));
+    }
+
+    void requireNone()
+    {
+        if (m_command.operand == Operand::position) {
+            complain(u"%1 needs the position of an entry"_s.arg(inQuotes(full())));
+        } else if (m_command.operand == Operand::file) {
+            complain(u"%1 needs a file, or - for what is piped"_s.arg(inQuotes(full())));
+        }
+    }
+
     void parsePosition(std::string_view argument)
     {
-        if (!m_command.takesPosition || m_invocation.position != 0) {
-            complain(u"%1 takes no %2"_s.arg(inQuotes(full()), inQuotes(argument)));
-            return;
-        }
         m_invocation.position = number(argument).value_or(0);
         if (m_invocation.position == 0) {
             complain(u"%1 is no position: positions are numbers from 1"_s.arg(inQuotes(argument)));
@@ -170,7 +201,8 @@ private:
     const CommandDescription& m_command;
     std::vector<std::string_view> m_arguments;
     std::size_t m_next = 0;
-    bool m_onlyPositions = false;
+    bool m_onlyOperands = false;
+    bool m_hasOperand = false;
     Invocation m_invocation;
     std::optional<QString> m_complaint;
 };

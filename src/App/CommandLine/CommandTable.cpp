@@ -7,6 +7,7 @@ namespace tessly {
 namespace {
 
 using Value = OptionDescription::Value;
+using Operand = CommandDescription::Operand;
 
 constexpr OptionDescription plain = {
     OptionID::plain, "--plain", Value::none, "", "as plain text, without its formatting"};
@@ -36,17 +37,22 @@ constexpr std::array panelCommands = {
     CommandDescription{
         CommandID::show,
         "show",
-        false,
+        Operand::none,
         {},
         "open the Quick Paste panel",
         "Opens the Quick Paste panel. What is pasted from it goes to the window that was in "
         "front."},
     CommandDescription{
-        CommandID::hide, "hide", false, {}, "close the panel", "Closes the Quick Paste panel."},
+        CommandID::hide,
+        "hide",
+        Operand::none,
+        {},
+        "close the panel",
+        "Closes the Quick Paste panel."},
     CommandDescription{
         CommandID::toggle,
         "toggle",
-        false,
+        Operand::none,
         {},
         "open the panel, or close it",
         "Opens the Quick Paste panel, or closes it if it is open: for a key of your desktop."},
@@ -54,7 +60,7 @@ constexpr std::array panelCommands = {
 
 constexpr std::array programCommands = {
     CommandDescription{
-        CommandID::status, "status", false, statusOptions, "tell how Tessly is doing",
+        CommandID::status, "status", Operand::none, statusOptions, "tell how Tessly is doing",
         "Tells whether Tessly runs and records, how many entries it holds, how many of them are "
         "pinned, how many bytes they take on disk, the type of the session, which protocols of the "
         "desktop were found, and what works here: recording copies, pasting into other windows, "
@@ -67,21 +73,21 @@ constexpr std::array programCommands = {
     CommandDescription{
         CommandID::pause,
         "pause",
-        false,
+        Operand::none,
         {},
         "stop recording copies",
         "Stops recording. What is copied from now on is not kept, until recording is resumed."},
     CommandDescription{
         CommandID::resume,
         "resume",
-        false,
+        Operand::none,
         {},
         "record copies again",
         "Resumes recording. What was copied meanwhile is not recorded."},
     CommandDescription{
         CommandID::quit,
         "quit",
-        false,
+        Operand::none,
         {},
         "end Tessly",
         "Ends Tessly, and returns when it has ended."},
@@ -89,7 +95,7 @@ constexpr std::array programCommands = {
 
 constexpr std::array historyCommands = {
     CommandDescription{
-        CommandID::list, "list", false, listOptions, "list the entries",
+        CommandID::list, "list", Operand::none, listOptions, "list the entries",
         "Lists the entries in the order of the panel: the pinned ones first, then by their last "
         "use. Each line tells the position, an asterisk for a pinned entry, the kind, the last "
         "use and the beginning of the content. The position is that in the whole history, also "
@@ -99,33 +105,66 @@ constexpr std::array historyCommands = {
         "createdAt, lastUsedAt (in seconds since 1970), sourceAppName, sourceBundleID, isPinned, "
         "pinOrder, copyCount and byteCount. What an entry does not have is null."},
     CommandDescription{
-        CommandID::paste, "paste", true, plainOptions, "paste an entry into the window in front",
+        CommandID::paste, "paste", Operand::position, plainOptions,
+        "paste an entry into the window in front",
         "Pastes the entry into the window that is in front when the command is given: for a key "
         "of your desktop. Where nothing can be pasted into, the entry is only copied, and the "
         "command fails."},
     CommandDescription{
-        CommandID::copy, "copy", true, plainOptions, "copy an entry to the clipboard",
+        CommandID::copy, "copy", Operand::position, plainOptions, "copy an entry to the clipboard",
         "Puts the entry on the clipboard."},
     CommandDescription{
         CommandID::pin,
         "pin",
-        true,
+        Operand::position,
         {},
         "pin an entry: it is listed first and never dropped",
         "Pins the entry: it is listed before all others and never dropped. One that is pinned "
         "already becomes the first of the pinned ones."},
-    CommandDescription{CommandID::unpin, "unpin", true, {}, "unpin an entry", "Unpins the entry."},
+    CommandDescription{
+        CommandID::unpin, "unpin", Operand::position, {}, "unpin an entry", "Unpins the entry."},
     CommandDescription{
         CommandID::deleteEntry,
         "delete",
-        true,
+        Operand::position,
         {},
         "delete an entry, for good",
         "Deletes the entry. No trace of it is left on the disk."},
     CommandDescription{
-        CommandID::clear, "clear", false, clearOptions, "delete all entries but the pinned ones",
+        CommandID::clear, "clear", Operand::none, clearOptions,
+        "delete all entries but the pinned ones",
         "Deletes all entries that are not pinned, without asking. No trace of them is left on the "
         "disk."},
+    CommandDescription{
+        CommandID::exportHistory,
+        "export",
+        Operand::file,
+        {},
+        "write all entries to a file, for a backup or another machine",
+        "Writes all entries to FILE, with everything that belongs to them: contents, times, pins, "
+        "where each was copied and how often. The file is JSON lines, one entry a line, contents "
+        "in base64.\n\n"
+        "A file that is there is replaced once the new one is whole and on the disk; if anything "
+        "fails, it stays as it was. Only you can read the file; who can read it has all that you "
+        "have copied. With - as FILE it goes to standard output.\n\n"
+        "Also works while Tessly is not running."},
+    CommandDescription{
+        CommandID::importHistory,
+        "import",
+        Operand::file,
+        {},
+        "add the entries of a file that \"tessly export\" has written",
+        "Adds the entries of FILE, which \"tessly export\" has written, with their times, pins and "
+        "all else. What the history has already stays as it is there. Nothing goes to make room: "
+        "once there are as many entries that are not pinned as the settings let the history keep, "
+        "more of them are refused.\n\n"
+        "Every line is checked. Why one is refused is said on standard error, as "
+        "\"FILE:LINE: reason\". At the end a line tells how many entries were added, were there "
+        "already, and were refused; the exit status is 1 if any was refused or the file was not "
+        "read to its end. An import that ends early has added whole entries, and can be "
+        "repeated.\n\n"
+        "With - as FILE it reads standard input. Also works while Tessly is not running, which "
+        "must then not be started before the import has ended."},
 };
 
 constexpr std::array groups = {
@@ -150,6 +189,9 @@ constexpr std::array exampleList = {
         "tessly copy \"$(tessly list --query foo --json | jq '.[0].position')\" --plain",
         "Copies the first entry that is found, as plain text."},
     Example{
+        "tessly export - | ssh other-machine tessly import -",
+        "Adds what the history has here to that of another machine."},
+    Example{
         "tessly pause; ./copies-secrets; tessly resume",
         "Keeps what one program copies out of the history."},
 };
@@ -169,6 +211,19 @@ constexpr std::array standalone = {
 constexpr std::array<std::string_view, 5> kinds = {"text", "richText", "image", "files", "link"};
 
 } // namespace
+
+std::string_view operandName(Operand operand)
+{
+    switch (operand) {
+    case Operand::none:
+        break;
+    case Operand::position:
+        return "N";
+    case Operand::file:
+        return "FILE";
+    }
+    return "";
+}
 
 std::span<const CommandGroup> commandGroups()
 {

@@ -23,6 +23,8 @@ enum class CommandID {
     unpin,
     deleteEntry,
     clear,
+    exportHistory,
+    importHistory,
 };
 
 enum class OptionID { json, query, kind, limit, plain, everything };
@@ -43,10 +45,18 @@ struct OptionDescription
 
 struct CommandDescription
 {
+    /// What stands behind the name.
+    enum class Operand {
+        none,
+        /// The position of an entry.
+        position,
+        /// A file, or "-".
+        file,
+    };
+
     CommandID id = CommandID::show;
     std::string_view name;
-    /// Whether it takes the position of an entry.
-    bool takesPosition = false;
+    Operand operand = Operand::none;
     std::span<const OptionDescription> options;
     /// One line, without a full stop.
     std::string_view summary;
@@ -76,6 +86,8 @@ inline constexpr int exitFailed = 1;
 inline constexpr int exitWrongUsage = 2;
 inline constexpr int exitNotRunning = 3;
 
+/// What stands for the operand in help; empty without one.
+[[nodiscard]] std::string_view operandName(CommandDescription::Operand operand);
 [[nodiscard]] std::span<const CommandGroup> commandGroups();
 /// Null if there is none of this name.
 [[nodiscard]] const CommandDescription* findCommand(std::string_view name);

@@ -47,6 +47,13 @@ std::string paragraph(std::string_view text, std::size_t indent = 0)
     return wrapped(text, indent, 0);
 }
 
+/// A command's name with its operand.
+std::string usage(const CommandDescription& command)
+{
+    const std::string_view operand = operandName(command.operand);
+    return std::string(command.name) + (operand.empty() ? "" : " ") + std::string(operand);
+}
+
 /// A line of a list: a name, and behind it, in a column of its own, what it stands for.
 std::string entry(std::string_view name, std::string_view summary)
 {
@@ -72,10 +79,7 @@ std::string synopsis(const OptionDescription& option)
 
 std::string synopsis(const CommandDescription& command)
 {
-    std::string text(command.name);
-    if (command.takesPosition) {
-        text += " N";
-    }
+    std::string text = usage(command);
     for (const OptionDescription& option : command.options) {
         text += " [" + synopsis(option) + "]";
     }
@@ -91,8 +95,7 @@ std::string helpText()
     for (const CommandGroup& group : commandGroups()) {
         text += '\n' + std::string(group.title) + '\n';
         for (const CommandDescription& command : group.commands) {
-            text += entry(
-                std::string(command.name) + (command.takesPosition ? " N" : ""), command.summary);
+            text += entry(usage(command), command.summary);
             for (const OptionDescription& option : command.options) {
                 text += entry("  " + synopsis(option), option.summary);
             }
@@ -121,7 +124,7 @@ std::string commandHelp(const CommandDescription& command)
 {
     std::string text = paragraph("Usage: tessly " + synopsis(command)) + '\n';
     text += paragraph(command.details);
-    if (command.takesPosition) {
+    if (command.operand == CommandDescription::Operand::position) {
         text += '\n';
         text += paragraph(
             "N is the entry's position in the whole history, counted from 1, as \"tessly list\" "

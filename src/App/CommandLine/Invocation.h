@@ -3,6 +3,7 @@
 #include "ClipKind.h"
 #include "CommandTable.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <optional>
@@ -30,6 +31,8 @@ struct Invocation
     CommandID command = CommandID::show;
     /// Counted from 1.
     qint64 position = 0;
+    /// As it was given, since names of files are bytes; "-" for standard input or output.
+    QByteArray file = {};
     bool isJSON = false;
     bool isPlain = false;
     bool isEverything = false;

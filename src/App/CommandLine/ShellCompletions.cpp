@@ -83,7 +83,11 @@ std::string bashCompletion()
         for (const OptionDescription& option : command.options) {
             cases += std::string(option.name) + ' ';
         }
-        cases += "--help' ;;\n";
+        cases += "--help'";
+        if (command.operand == CommandDescription::Operand::file) {
+            cases += " takes_file=yes";
+        }
+        cases += " ;;\n";
     });
     for (const StandaloneOption& option : standaloneOptions()) {
         commands += std::string(option.name) + ' ';
@@ -94,7 +98,7 @@ std::string bashCompletion()
     text += origin;
     text += "_tessly() {\n"
             "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} "
-            "words=\n"
+            "words= takes_file=\n"
             "    COMPREPLY=()\n"
             "    if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
             "        words='" +
@@ -114,7 +118,13 @@ std::string bashCompletion()
             "        esac\n"
             "        case $current in\n"
             "        -*) ;;\n"
-            "        ?*) return ;;\n"
+            "        *)\n"
+            "            if [ -n \"$takes_file\" ]; then\n"
+            "                compopt -o filenames 2>/dev/null\n"
+            "                mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
+            "                return\n"
+            "            fi\n"
+            "            [ -z \"$current\" ] || return ;;\n"
             "        esac\n"
             "    fi\n"
             "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
@@ -139,8 +149,10 @@ std::string zshCompletion()
             cases += " \\\n            " + zshOption(option);
         }
         cases += " \\\n            '--help[explain the command]'";
-        if (command.takesPosition) {
+        if (command.operand == CommandDescription::Operand::position) {
             cases += " \\\n            '1:position of the entry: '";
+        } else if (command.operand == CommandDescription::Operand::file) {
+            cases += " \\\n            '1:file:_files'";
         }
         cases += " ;;\n";
     });
@@ -196,6 +208,10 @@ std::string fishCompletion()
             text += " -d " + inQuotes(option.summary) + '\n';
         }
         text += condition + "help -d 'explain the command'\n";
+        if (command.operand == CommandDescription::Operand::file) {
+            text += "complete -c tessly -n '__fish_seen_subcommand_from " +
+                    std::string(command.name) + "' -F\n";
+        }
     });
     return text;
 }

@@ -63,6 +63,42 @@ TEST(CommandLineParser, ReadsTheCommandsThatTakeNothing)
     }
 }
 
+TEST(CommandLineParser, ReadsTheCommandsThatTakeAFile)
+{
+    const auto withFile = [](CommandID id, const QByteArray& file) {
+        Invocation invocation = command(id);
+        invocation.file = file;
+        return invocation;
+    };
+    for (const auto& [name, id] :
+         {std::pair("export", CommandID::exportHistory), {"import", CommandID::importHistory}}) {
+        EXPECT_EQ(parseCommandLine({name, "a file"}), withFile(id, "a file"));
+        EXPECT_EQ(parseCommandLine({name, "-"}), withFile(id, "-"));
+        EXPECT_EQ(parseCommandLine({name, "\xff"}), withFile(id, "\xff")) << "names are bytes";
+        EXPECT_EQ(parseCommandLine({name, "--", "-x"}), withFile(id, "-x"));
+        EXPECT_EQ(parseCommandLine({name, "--", "--x"}), withFile(id, "--x"));
+    }
+}
+
+TEST(CommandLineParser, ACommandThatTakesAFileNeedsOneAndNoMore)
+{
+    const auto complaint = [](const Arguments& arguments) {
+        const Invocation invocation = parseCommandLine(arguments);
+        EXPECT_EQ(invocation.verb, Verb::wrongUsage);
+        return invocation.text.toStdString();
+    };
+    EXPECT_EQ(
+        complaint({"export"}), "\"tessly export\" needs a file, or - for what is piped; see "
+                               "\"tessly export --help\"");
+    EXPECT_EQ(
+        complaint({"export", "a", "b"}),
+        "\"tessly export\" takes no \"b\"; see \"tessly export --help\"");
+    EXPECT_EQ(complaint({"import", ""}), "a file has a name; see \"tessly import --help\"");
+    EXPECT_EQ(
+        complaint({"import", "-x"}),
+        "\"tessly import\" has no option \"-x\"; see \"tessly import --help\"");
+}
+
 TEST(CommandLineParser, ReadsTheCommandsThatTakeAPosition)
 {
     const std::vector<std::pair<const char*, CommandID>> commands = {

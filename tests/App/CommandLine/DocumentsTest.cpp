@@ -215,6 +215,17 @@ TEST(Documents, BashOffersTheOptionsOfTheCommand)
     EXPECT_THAT(bashOffers({u"frobnicate"_s, u""_s}), IsEmpty());
 }
 
+TEST(Documents, BashOffersFilesWhereACommandTakesOne)
+{
+    const QTemporaryDir folder;
+    const QString file = write(folder, u"my export.jsonl"_s, "");
+    for (const QString& command : {u"export"_s, u"import"_s}) {
+        EXPECT_THAT(
+            bashOffers({command, folder.filePath(u"my"_s)}), ElementsAre(file.toLocal8Bit()));
+    }
+    EXPECT_THAT(bashOffers({u"paste"_s, folder.filePath(u"my"_s)}), IsEmpty());
+}
+
 TEST(Documents, ZshTakesItsCompletion)
 {
     NEEDS(u"zsh"_s);
@@ -235,6 +246,12 @@ TEST(Documents, ZshTakesItsCompletion)
     const std::string script = zshCompletion();
     forEachCommand([&](const CommandDescription& command) {
         EXPECT_THAT(script, HasSubstr("'" + std::string(command.name) + ":"));
+        const std::string own =
+            script.substr(script.find("    " + std::string(command.name) + ")"));
+        EXPECT_EQ(
+            own.substr(0, own.find(";;")).find("_files") != std::string::npos,
+            command.operand == CommandDescription::Operand::file)
+            << command.name;
         for (const OptionDescription& option : command.options) {
             EXPECT_THAT(script, HasSubstr("'" + std::string(option.name) + "["));
         }
@@ -274,6 +291,11 @@ TEST(Documents, FishOffersCommandsAndTheirOptions)
     EXPECT_THAT(fishOffers(u"tessly paste 3 --p"_s), ElementsAre("--plain"));
     EXPECT_THAT(fishOffers(u"tessly pin 3 --p"_s), IsEmpty());
     EXPECT_THAT(fishOffers(u"tessly --ver"_s), ElementsAre("--version"));
+    const QTemporaryDir folder;
+    const QString file = write(folder, u"export.jsonl"_s, "");
+    const QString beginning = folder.filePath(u"ex"_s);
+    EXPECT_THAT(fishOffers(u"tessly import "_s + beginning), ElementsAre(file.toLocal8Bit()));
+    EXPECT_THAT(fishOffers(u"tessly pin "_s + beginning), IsEmpty());
 }
 
 TEST(Documents, TheDesktopEntryIsValidAndItsActionsAreCommands)

@@ -1,0 +1,285 @@
+// Exporting and importing.
+
+#include "BusTypes.h"
+#include "ClipDatabase.h"
+#include "ClosedHistory.h"
+#include "CommandRunner.h"
+#include "ExportFormat.h"
+#include "FileError.h"
+#include "HistoryImport.h"
+#include "InstanceLock.h"
+#include "PrivateFiles.h"
+#include "ReplacementFile.h"
+#include "SealedMemory.h"
+#include "SystemClock.h"
+#include "TerminalText.h"
+
+#include <QDBusArgument>
+#include <QDBusUnixFileDescriptor>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <system_error>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace tessly {
+
+namespace {
+
+const QByteArray standardStream = QByteArrayLiteral("-");
+
+/// Gathers what is written in small pieces.
+class Gathering
+{
+public:
+    explicit Gathering(ExportFormat::Sink sink)
+        : m_sink(std::move(sink))
+    {
+    }
+
+    void write(QByteArrayView bytes)
+    {
+        m_bytes.append(bytes);
+        if (m_bytes.size() >= enough) {
+            flush();
+        }
+    }
+    void flush()
+    {
+        m_sink(m_bytes);
+        m_bytes.truncate(0);
+    }
+
+private:
+    static constexpr qsizetype enough = qsizetype(256) * 1024;
+
+    ExportFormat::Sink m_sink;
+    QByteArray m_bytes;
+};
+
+/// Printing failed.
+struct NotPrinted
+{
+    /// As of errno.
+    int reason;
+};
+
+/// A descriptor that closes itself.
+class Descriptor
+{
+public:
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
+    }
+    ~Descriptor()
+    {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    [[nodiscard]] int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+/// The history of a program that does not run, with the right to write it.
+struct OwnHistory
+{
+    std::unique_ptr<InstanceLock> lock;
+    std::unique_ptr<ClipDatabase> database;
+};
+
+bool isWithin(const QString& path, const QString& folder)
+{
+    const QString canonical = QFileInfo(folder).canonicalFilePath();
+    return !canonical.isEmpty() && path.startsWith(canonical + u'/');
+}
+
+} // namespace
+
+int CommandRunner::exportHistory(const QByteArray& file)
+{
+    if (reach(m_client.limits().look) == Reach::running) {
+        // It answers once what was copied by now is in the history.
+        const QDBusMessage answer = m_client.call(
+            u"List"_s, {QString(), QString(), qlonglong(0)}, m_client.limits().answer);
+        if (answer.type() != QDBusMessage::ReplyMessage) {
+            return complainOfAnswer(answer);
+        }
+    }
+    if (file == standardStream) {
+        try {
+            return exportTo([this](QByteArrayView bytes) {
+                if (!m_output.print(bytes.toByteArray())) {
+                    throw NotPrinted{errno};
+                }
+            });
+        } catch (const NotPrinted& failure) {
+            return complainOfPrinting(failure.reason);
+        }
+    }
+    try {
+        ReplacementFile replacement(file);
+        if (isWithin(replacement.path(), m_dataFolder)) {
+            throw FileError(
+                u"write"_s, replacement.path(), u"is in the folder of the history itself"_s);
+        }
+        const int status =
+            exportTo([&replacement](QByteArrayView bytes) { replacement.write(bytes); });
+        if (status == EXIT_SUCCESS) {
+            replacement.commit();
+        }
+        return status;
+    } catch (const FileError& error) {
+        return complain(exitFailed, error.description());
+    }
+}
+
+/// Throws what the sink throws.
+int CommandRunner::exportTo(const std::function<void(QByteArrayView)>& sink)
+{
+    Gathering gathering(sink);
+    const auto write = [&gathering](QByteArrayView bytes) { gathering.write(bytes); };
+    try {
+        write(ExportFormat::firstLine());
+        ClosedHistory::forEach(
+            m_databasePath, [&write](const Clip& clip) { ExportFormat::write(clip, write); });
+    } catch (const ClipStoreError& error) {
+        return complain(exitFailed, error.description());
+    }
+    write(ExportFormat::lastLine());
+    gathering.flush();
+    return EXIT_SUCCESS;
+}
+
+int CommandRunner::importHistory(const QByteArray& file)
+{
+    const QString name = QFile::decodeName(file);
+    if (file == standardStream) {
+        return importFrom(m_output.input, name);
+    }
+    const Descriptor descriptor(::open(file.constData(), O_RDONLY | O_CLOEXEC));
+    if (descriptor.number() < 0) {
+        return complain(exitFailed, FileError(u"read"_s, name, std::errc(errno)).description());
+    }
+    return importFrom(descriptor.number(), name);
+}
+
+int CommandRunner::importFrom(int descriptor, const QString& name)
+{
+    LineReader lines(descriptor, name, ExportFormat::longestLine);
+    int status = EXIT_SUCCESS;
+    Add add;
+    HistoryImport import(
+        lines,
+        [&](const QByteArray& batch) -> std::optional<ImportOutcome> {
+            // Not for a file in which there is nothing to import.
+            if (!add) {
+                add = makeAdd(status);
+            }
+            return add ? add(batch) : std::nullopt;
+        },
+        [&](qint64 line, const QString& reason) {
+            const QString place = line > 0 ? name + u':' + QString::number(line) : name;
+            m_output.remark(terminalLine(place + u": "_s + reason));
+        });
+    try {
+        import.run();
+    } catch (const FileError& error) {
+        status = complain(exitFailed, error.description());
+    }
+    const HistoryImport::Result& result = import.result();
+    const int printed = print(u"%1 added, %2 there already, %3 refused\n"_s.arg(result.added)
+                                  .arg(result.present)
+                                  .arg(result.refused)
+                                  .toUtf8());
+    if (status == EXIT_SUCCESS && (result.refused > 0 || !result.isComplete)) {
+        status = exitFailed;
+    }
+    return status == EXIT_SUCCESS ? printed : status;
+}
+
+CommandRunner::Add CommandRunner::makeAdd(int& status)
+{
+    for (;;) {
+        switch (reach(m_client.limits().start)) {
+        case Reach::running:
+            return [this, &status](const QByteArray& lines) { return addByProgram(lines, status); };
+        case Reach::unreachable:
+            status = complainOfReach();
+            return {};
+        case Reach::notRunning:
+            break;
+        }
+        // None where the program has started just now.
+        bool isTaken = false;
+        Add add = makeAddHere(status, isTaken);
+        if (!isTaken) {
+            return add;
+        }
+    }
+}
+
+CommandRunner::Add CommandRunner::makeAddHere(int& status, bool& isTaken)
+{
+    const auto history = std::make_shared<OwnHistory>();
+    try {
+        preparePrivateFolder(m_dataFolder, Parents::create);
+        history->lock = InstanceLock::acquire(m_dataFolder);
+        if (!history->lock) {
+            isTaken = true;
+            return {};
+        }
+        history->database =
+            std::make_unique<ClipDatabase>(m_databasePath, [] { return SystemClock().now(); });
+    } catch (const FileError& error) {
+        status = complain(exitFailed, error.description());
+        return {};
+    } catch (const ClipStoreError& error) {
+        status = complain(exitFailed, error.description());
+        return {};
+    }
+    return [this, &status, history,
+            maximum = m_maximumHistory()](const QByteArray& lines) -> std::optional<ImportOutcome> {
+        try {
+            return history->database->importLines(lines, maximum);
+        } catch (const ClipStoreError& error) {
+            status = complain(exitFailed, error.description());
+            return std::nullopt;
+        }
+    };
+}
+
+std::optional<ImportOutcome> CommandRunner::addByProgram(const QByteArray& lines, int& status)
+{
+    QDBusUnixFileDescriptor descriptor;
+    try {
+        descriptor.giveFileDescriptor(SealedMemory::make(lines));
+    } catch (const std::system_error& error) {
+        status = complain(exitFailed, QString::fromUtf8(error.what()));
+        return std::nullopt;
+    }
+    const QDBusMessage answer =
+        m_client.call(u"Import"_s, {QVariant::fromValue(descriptor)}, m_client.limits().change);
+    if (answer.type() != QDBusMessage::ReplyMessage) {
+        status = complainOfAnswer(answer);
+        return std::nullopt;
+    }
+    auto outcome =
+        importOutcome(qdbus_cast<QVariantMap>(answer.arguments().value(0)), lines.count('\n'));
+    if (!outcome) {
+        status = complain(exitFailed, u"Tessly's answer makes no sense"_s);
+    }
+    return outcome;
+}
+
+} // namespace tessly
