@@ -49,7 +49,8 @@ void HistoryImport::run()
     if (m_isWithin || !m_hasBegun) {
         // Whoever wrote it, or brought it here, has not come to its end.
         m_refuse(
-            0, m_hasBegun ? u"the last line is missing: the file was cut short"_s : u"it is empty"_s);
+            0,
+            m_hasBegun ? u"the last line is missing: the file was cut short"_s : u"it is empty"_s);
         return;
     }
     m_result.isComplete = true;
