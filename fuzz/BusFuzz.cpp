@@ -50,6 +50,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const QVariantMap& map : std::as_const(maps)) {
         const StatusReport report = statusReport(map);
         require(statusReport(busStatus(report)) == report, "a report crosses the bus unchanged");
+        constexpr qint64 lines = 3;
+        if (const auto outcome = importOutcome(map, lines)) {
+            require(
+                importOutcome(busImportOutcome(*outcome), lines) == outcome,
+                "an import's outcome crosses the bus unchanged");
+        }
         if (const auto one = entries({map})) {
             require(entries(busEntries(*one)).has_value(), "an entry crosses the bus");
         }

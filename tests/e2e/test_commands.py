@@ -345,7 +345,7 @@ class NotRunning(Expecting, DesktopCase):
     def test_help_and_version(self):
         self.assertRegex(self.do("--version"), r"^tessly \d+\.\d+\.\d+\n$")
         self.assertIn("Usage: tessly", self.do("--help"))
-        for command, *_ in ACTIONS + [["list"], ["status"]]:
+        for command, *_ in ACTIONS + [["list"], ["status"], ["export"], ["import"]]:
             self.assertIn(f"Usage: tessly {command}", self.do(command, "--help"))
 
     def test_a_full_disk_under_the_output_is_said(self):
