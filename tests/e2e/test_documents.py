@@ -27,6 +27,19 @@ def shown(document):
                 yield match[1].split("  ")[0].rstrip()
 
 
+class Versions(unittest.TestCase):
+    def test_all_documents_speak_of_the_same(self):
+        found = {}
+        for document, pattern in (("CMakeLists.txt", r"^ +VERSION (\S+)$"),
+                                  ("debian/changelog", r"^tessly \(([^)-]+)"),
+                                  ("packaging/com.brackmoor.tessly.metainfo.xml",
+                                   r'<release version="([^"]+)"'),
+                                  ("CHANGELOG.md", r"^## (\d\S*) ")):
+            with open(os.path.join(ROOT, document)) as file:
+                found[document] = re.search(pattern, file.read(), re.MULTILINE)[1]
+        self.assertEqual(len(set(found.values())), 1, found)
+
+
 class Documents(TesslyCase):
     def setUp(self):
         super().setUp()

@@ -1,6 +1,9 @@
 #include "Picture.h"
 
+#include <QImage>
 #include <QtTest/QTest>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -8,16 +11,24 @@ namespace tessly::test {
 
 namespace {
 
-// Longer than any motion.
+// Longer than any motion takes to begin or to go on, in milliseconds.
 constexpr int settled = 250;
+// Something moves all the time, if it comes to that.
+constexpr int attempts = 40;
 
 } // namespace
 
 void savePicture(QQuickWindow& window, const QDir& folder, const QString& name)
 {
-    QTest::qWait(settled);
+    QImage picture;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        QTest::qWait(settled);
+        if (const QImage before = std::exchange(picture, window.grabWindow()); before == picture) {
+            break;
+        }
+    }
     const QString path = folder.filePath(name + u".png"_s);
-    if (!window.grabWindow().save(path)) {
+    if (!picture.save(path)) {
         qWarning("cannot write %s", qPrintable(path));
     }
 }
