@@ -39,4 +39,17 @@ QCoro::Task<std::optional<QByteArray>> FakeImageConverter::pngData(QByteArray im
     co_return png(QByteArrayView(image).sliced(imagePrefix.size()));
 }
 
+QCoro::Task<ScaledImage> FakeImageConverter::scaled(QByteArray png, QSize bound)
+{
+    m_scalings.push_back(png);
+    co_await m_gate.pass();
+    if (!png.startsWith(pngSignature)) {
+        co_return ScaledImage();
+    }
+    co_return ScaledImage{
+        .fullSize = bound * 2,
+        .size = bound,
+        .pixels = QByteArray(qsizetype{4} * bound.width() * bound.height(), '\x7f')};
+}
+
 } // namespace tessly::test

@@ -27,6 +27,8 @@ public:
 
     /// Of several frames the first, and upright where the camera has noted how it was held.
     [[nodiscard]] QCoro::Task<std::optional<QByteArray>> pngData(QByteArray image) override;
+    /// Read line by line where the format allows it, so that a large image takes little memory.
+    [[nodiscard]] QCoro::Task<ScaledImage> scaled(QByteArray png, QSize bound) override;
 
 private:
     std::shared_ptr<std::atomic<bool>> m_isEnding = std::make_shared<std::atomic<bool>>(false);

@@ -48,6 +48,34 @@ std::optional<QByteArray> converted(const QByteArray& bytes)
     return await(converter.pngData(bytes));
 }
 
+ScaledImage scaled(const QByteArray& png, const QSize& bound)
+{
+    QtImageConverter converter;
+    return await(converter.scaled(png, bound));
+}
+
+QImage imageOf(const ScaledImage& seen)
+{
+    EXPECT_EQ(seen.pixels.size(), qsizetype{4} * seen.size.width() * seen.size.height());
+    return QImage(
+               reinterpret_cast<const uchar*>(seen.pixels.constData()), seen.size.width(),
+               seen.size.height(), QImage::Format_RGB32)
+        .copy();
+}
+
+/// The checksum that belongs to the header of a PNG, in hexadecimal digits.
+QByteArray headerChecksum(const QByteArray& png)
+{
+    quint32 checksum = 0xFFFFFFFF;
+    for (const char byte : png.sliced(12, 17)) {
+        checksum ^= static_cast<uchar>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            checksum = (checksum >> 1) ^ (checksum % 2 == 0 ? 0 : 0xEDB88320);
+        }
+    }
+    return QByteArray::number(~checksum, 16).rightJustified(8, '0');
+}
+
 QImage convertedImage(const QByteArray& bytes)
 {
     const auto png = converted(bytes);
@@ -245,6 +273,81 @@ TEST(QtImageConverter, aBrokenImageHarmsNobody)
         // It converts on.
         EXPECT_TRUE(await(converter.pngData(whole)));
     }
+}
+
+TEST(QtImageConverter, anImageThatFitsIsSeenPixelForPixel)
+{
+    const QImage opaque =
+        picture().convertToFormat(QImage::Format_RGB32).convertToFormat(QImage::Format_ARGB32);
+    const ScaledImage seen = scaled(encoded(opaque, "png"), {60, 40});
+    EXPECT_EQ(seen.fullSize, QSize(60, 40));
+    EXPECT_EQ(imageOf(seen).convertToFormat(QImage::Format_ARGB32), opaque);
+}
+
+TEST(QtImageConverter, aLargeImageIsReducedToFitInItsProportions)
+{
+    const QByteArray png = encoded(picture().convertToFormat(QImage::Format_RGB32), "png");
+    EXPECT_EQ(scaled(png, {30, 30}).size, QSize(30, 20));
+    EXPECT_EQ(scaled(png, {30, 30}).fullSize, QSize(60, 40));
+    EXPECT_EQ(scaled(png, {60, 10}).size, QSize(15, 10));
+    EXPECT_NEAR(imageOf(scaled(png, {30, 30})).pixelColor(15, 10).red(), 120, 8);
+    QImage line(2000, 1, QImage::Format_RGB32);
+    line.fill(Qt::red);
+    EXPECT_EQ(scaled(encoded(line, "png"), {100, 100}).size, QSize(100, 1));
+}
+
+TEST(QtImageConverter, behindWhatIsTransparentAPatternIsSeen)
+{
+    QImage image(20, 20, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    image.setPixelColor(0, 0, Qt::black);
+    const QImage seen = imageOf(scaled(encoded(image, "png"), {20, 20}));
+    EXPECT_EQ(seen.pixelColor(0, 0), QColor(Qt::black));
+    EXPECT_NE(seen.pixelColor(1, 1), seen.pixelColor(9, 1));
+    EXPECT_NE(seen.pixelColor(1, 1), QColor(Qt::black));
+}
+
+TEST(QtImageConverter, whatIsNoPNGIsNotSeen)
+{
+    for (const QByteArray& bytes :
+         {QByteArray(), "no image at all"_ba, encoded(picture(), "bmp"),
+          gif(QSize(11'000, 11'000), QSize(11'000, 11'000)), "\x89PNG\r\n\x1a\n"_ba}) {
+        const ScaledImage seen = scaled(bytes, {100, 100});
+        EXPECT_FALSE(seen.fullSize.isValid());
+        EXPECT_TRUE(seen.pixels.isEmpty());
+    }
+}
+
+TEST(QtImageConverter, aPNGBeyondTheBoundTellsItsSizeAlone)
+{
+    QByteArray png = encoded(picture(), "png");
+    // The header's width and height, and what is to be its checksum then.
+    png.replace(16, 8, "\0\0\xEA\x60\0\0\xEA\x60"_ba);
+    png.replace(29, 4, QByteArray::fromHex(headerChecksum(png)));
+    const ScaledImage seen = scaled(png, {100, 100});
+    EXPECT_EQ(seen.fullSize, QSize(60'000, 60'000));
+    EXPECT_TRUE(seen.pixels.isEmpty());
+}
+
+TEST(QtImageConverter, aPNGThatIsCutOffHarmsNobody)
+{
+    const QByteArray png = encoded(picture(), "png");
+    for (qsizetype size = 0; size < png.size(); ++size) {
+        scaled(png.first(size), {30, 20});
+    }
+    EXPECT_EQ(scaled(png, {30, 20}).size, QSize(30, 20));
+}
+
+TEST(QtImageConverter, aLargeImageIsNotWholeInMemoryToBeSeen)
+{
+    QImage image(8000, 8000, QImage::Format_RGB32);
+    image.fill(Qt::darkGreen);
+    const QByteArray png = encoded(image, "png");
+    image = {};
+    ScaledImage seen;
+    const qint64 growth = peakGrowth([&] { seen = scaled(png, {400, 400}); });
+    EXPECT_EQ(seen.size, QSize(400, 400));
+    EXPECT_LT(growth, qint64{32} << 20) << "of 256 MB";
 }
 
 TEST(QtImageConverter, theWorkIsDoneElsewhere)
