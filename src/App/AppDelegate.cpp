@@ -76,6 +76,7 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     , m_directPasteKeys(m_hotKeys, [this](int position) { pastePosition(position); })
     , m_defaults(AppPaths::settingsPath(), std::make_unique<ThreadExecutor>("tessly-settings"))
     , m_settings(m_defaults)
+    , m_files(m_surroundings.clock)
 {
     if (qEnvironmentVariableIsSet(uiTestingVariable)) {
         m_uiTestingMode = qEnvironmentVariable(uiTestingVariable);
@@ -294,8 +295,16 @@ void AppDelegate::setupStatusItem()
 
 void AppDelegate::makeQuickPasteController()
 {
+    m_previewModel = std::make_unique<PreviewModel>(PreviewModel::Dependencies{
+        .model = *m_model,
+        .store = *m_store,
+        .images = m_platform->imageConverter(),
+        .files = m_files,
+        .clock = m_surroundings.clock,
+    });
     m_panelModel = std::make_unique<PanelModel>(PanelModel::Dependencies{
         .model = *m_model,
+        .preview = *m_previewModel,
         .pasteboard = m_platform->pasteboard(),
         .clock = m_surroundings.clock,
     });
@@ -303,6 +312,7 @@ void AppDelegate::makeQuickPasteController()
     m_quickPasteController = std::make_unique<QuickPastePanelController>(
         QuickPastePanelController::Dependencies{
             .model = *m_model,
+            .preview = *m_previewModel,
             .workspace = m_platform->workspace(),
             .outsideClicks = m_platform->outsideClicks(),
             .clock = m_surroundings.clock,

@@ -13,9 +13,11 @@
 #include "PanelModel.h"
 #include "PasteService.h"
 #include "PlatformFactory.h"
+#include "PreviewModel.h"
 #include "QuickPastePanelController.h"
 #include "RescueNotices.h"
 #include "SettingsWindowController.h"
+#include "ThreadFileInspector.h"
 #include "ViewPlugin.h"
 
 #include <QObject>
@@ -131,6 +133,8 @@ private:
     std::unique_ptr<LaunchAtLoginService> m_launchAtLoginService;
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<RescueNotices> m_rescueNotices;
+    ThreadFileInspector m_files;
+    std::unique_ptr<PreviewModel> m_previewModel;
     std::unique_ptr<PanelModel> m_panelModel;
     std::unique_ptr<QuickPastePanelController> m_quickPasteController;
     std::unique_ptr<SettingsWindowController> m_settingsController;

@@ -45,6 +45,11 @@ std::optional<PanelAction> panelAction(int key, Qt::KeyboardModifiers modifiers)
             return PanelAction::deleteSelected;
         }
         return std::nullopt;
+    case Qt::Key_Space:
+        if (held == Qt::ControlModifier) {
+            return PanelAction::togglePreview;
+        }
+        return std::nullopt;
     default:
         return std::nullopt;
     }

@@ -14,6 +14,7 @@ enum class PanelAction {
     close,
     togglePin,
     deleteSelected,
+    togglePreview,
 };
 
 /// What a key does in the panel; none for a key that is left to the search field. `key` is a

@@ -2,6 +2,7 @@
 
 #include "AppModel.h"
 #include "ClipListModel.h"
+#include "PreviewModel.h"
 
 #include <QObject>
 #include <QVariantList>
@@ -66,12 +67,14 @@ class PanelModel final : public QObject
     Q_PROPERTY(QString bannerKind READ bannerKind NOTIFY bannerChanged)
     /// "12 items"
     Q_PROPERTY(QString itemCount READ itemCount NOTIFY itemCountChanged)
+    Q_PROPERTY(tessly::PreviewModel* preview READ preview CONSTANT)
 
 public:
     /// All of it must outlive this.
     struct Dependencies
     {
         AppModel& model;
+        PreviewModel& preview;
         Pasteboard& pasteboard;
         Clock& clock;
     };
@@ -103,6 +106,7 @@ public:
     [[nodiscard]] QString bannerMessage() const;
     [[nodiscard]] QString bannerKind() const;
     [[nodiscard]] QString itemCount() const;
+    [[nodiscard]] PreviewModel* preview() const { return &m_dependencies.preview; }
 
     /// `rawValue` of the kind, empty for all.
     Q_INVOKABLE void chooseKind(const QString& rawValue);

@@ -207,13 +207,20 @@ bool QuickPastePanelController::handleKeyEvent(int key, Qt::KeyboardModifiers mo
         paste(AppModel::PasteStyle::plainTextOnly);
         break;
     case PanelAction::close:
-        close();
+        if (m_dependencies.preview.isShown()) {
+            m_dependencies.preview.dismiss();
+        } else {
+            close();
+        }
         break;
     case PanelAction::togglePin:
         model.whenListed([&model] { model.togglePin(); });
         break;
     case PanelAction::deleteSelected:
         model.whenListed([&model] { model.deleteSelected(); });
+        break;
+    case PanelAction::togglePreview:
+        m_dependencies.preview.toggle();
         break;
     }
     return true;

@@ -4,6 +4,7 @@
 #include "Clock.h"
 #include "OutsideClickMonitor.h"
 #include "PanelView.h"
+#include "PreviewModel.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -36,6 +37,7 @@ public:
     struct Dependencies
     {
         AppModel& model;
+        PreviewModel& preview;
         Workspace& workspace;
         OutsideClickMonitor& outsideClicks;
         Clock& clock;

@@ -107,12 +107,23 @@ TEST(PanelKeyMap, BackspaceWithCtrlAloneDeletes)
     }
 }
 
+TEST(PanelKeyMap, SpaceWithCtrlAloneSwitchesThePreview)
+{
+    for (const Modifiers modifiers : combinations) {
+        const bool isCtrlAlone = modifiers == ctrl || modifiers == (ctrl | keypad);
+        EXPECT_EQ(
+            panelAction(Qt::Key_Space, modifiers),
+            isCtrlAlone ? std::optional(PanelAction::togglePreview) : std::nullopt)
+            << modifiers;
+    }
+}
+
 TEST(PanelKeyMap, EveryOtherKeyIsLeftToTheSearchField)
 {
     for (const int key :
-         {Qt::Key_A, Qt::Key_V, Qt::Key_0, Qt::Key_9, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Left,
-          Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown,
-          Qt::Key_Delete, Qt::Key_F1, Qt::Key_CapsLock, Qt::Key_Shift, Qt::Key_unknown}) {
+         {Qt::Key_A, Qt::Key_V, Qt::Key_0, Qt::Key_9, Qt::Key_Tab, Qt::Key_Left, Qt::Key_Right,
+          Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Delete, Qt::Key_F1,
+          Qt::Key_CapsLock, Qt::Key_Shift, Qt::Key_unknown}) {
         for (const Modifiers modifiers : combinations) {
             EXPECT_EQ(panelAction(key, modifiers), std::nullopt) << key << ' ' << modifiers;
         }

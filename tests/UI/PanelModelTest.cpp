@@ -1,6 +1,7 @@
 #include "PanelModel.h"
 
 #include "AppModelFixture.h"
+#include "FakeFileInspector.h"
 #include "QtPrinting.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +22,7 @@ class PanelModelTest : public AppModelFixture
 protected:
     PanelModelTest()
         : m_panel(std::make_unique<PanelModel>(
-              PanelModel::Dependencies{*m_model, m_pasteboard, m_clock}))
+              PanelModel::Dependencies{*m_model, m_preview, m_pasteboard, m_clock}))
         , m_tester(m_panel->clips(), QAbstractItemModelTester::FailureReportingMode::Fatal)
     {
         m_model->closePanel = [this] { ++m_closings; };
@@ -63,6 +64,8 @@ protected:
         return pasted.isEmpty() ? QString() : pasted.front().front().toString();
     }
 
+    FakeFileInspector m_files;
+    PreviewModel m_preview{{*m_model, *m_store, m_converter, m_files, m_clock}};
     std::unique_ptr<PanelModel> m_panel;
     QAbstractItemModelTester m_tester;
     int m_closings = 0;
@@ -74,8 +77,8 @@ TEST_F(PanelModelTest, ShowsWhatTheModelHeldBeforeItCame)
 {
     save("one");
     reload();
-    m_panel =
-        std::make_unique<PanelModel>(PanelModel::Dependencies{*m_model, m_pasteboard, m_clock});
+    m_panel = std::make_unique<PanelModel>(
+        PanelModel::Dependencies{*m_model, m_preview, m_pasteboard, m_clock});
     EXPECT_EQ(previews(), QStringList{u"one"_s});
     EXPECT_EQ(m_panel->selectedRow(), 0);
     EXPECT_FALSE(m_panel->isEmpty());

@@ -1,6 +1,7 @@
 #include "QuickPastePanelController.h"
 
 #include "AppModelFixture.h"
+#include "FakeFileInspector.h"
 #include "FakeOutsideClickMonitor.h"
 #include "FakePanelView.h"
 #include "Gate.h"
@@ -30,7 +31,8 @@ protected:
     void makeController(KeepsOpen keepsOpen)
     {
         m_controller = std::make_unique<QuickPastePanelController>(
-            QuickPastePanelController::Dependencies{*m_model, m_workspace, m_clicks, m_clock},
+            QuickPastePanelController::Dependencies{
+                *m_model, m_preview, m_workspace, m_clicks, m_clock},
             [this] { return anchor(); },
             [this]() -> std::unique_ptr<PanelView> {
                 ++m_viewsMade;
@@ -95,6 +97,8 @@ protected:
         EXPECT_TRUE(m_model->isPanelPresented());
     }
 
+    FakeFileInspector m_files;
+    PreviewModel m_preview{{*m_model, *m_store, m_converter, m_files, m_clock}};
     FakeOutsideClickMonitor m_clicks;
     std::optional<QRect> m_anchor = QRect(100, 0, 24, 24);
     std::optional<Gate> m_gate;
@@ -452,6 +456,43 @@ TEST_F(QuickPastePanelControllerTest, EscapeCloses)
 {
     show();
     EXPECT_TRUE(m_view->press(Qt::Key_Escape));
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, EscapeClosesThePreviewFirst)
+{
+    save("one");
+    show();
+    pass(PreviewModel::rest);
+    ASSERT_TRUE(m_preview.isShown());
+    EXPECT_TRUE(m_view->press(Qt::Key_Escape));
+    EXPECT_FALSE(m_preview.isShown());
+    expectOpen();
+    pass(PreviewModel::rest);
+    EXPECT_FALSE(m_preview.isShown()) << "not again by itself";
+    EXPECT_TRUE(m_view->press(Qt::Key_Escape));
+    expectClosed();
+}
+
+TEST_F(QuickPastePanelControllerTest, CtrlSpaceSwitchesThePreview)
+{
+    save("one");
+    show();
+    EXPECT_TRUE(m_view->press(Qt::Key_Space, Qt::ControlModifier));
+    EXPECT_TRUE(m_preview.isShown());
+    EXPECT_TRUE(m_view->press(Qt::Key_Space, Qt::ControlModifier));
+    EXPECT_FALSE(m_preview.isShown());
+    expectOpen();
+}
+
+TEST_F(QuickPastePanelControllerTest, WhateverClosesThePanelClosesThePreview)
+{
+    save("one");
+    show();
+    m_preview.show();
+    m_clicks.press();
+    settle();
+    EXPECT_FALSE(m_preview.isShown());
     expectClosed();
 }
 

@@ -4,6 +4,7 @@
 #include "KeyCaps.h"
 
 #include <QEvent>
+#include <QFontDatabase>
 #include <QGuiApplication>
 
 #include <algorithm>
@@ -167,6 +168,11 @@ Tokens::Tokens(QObject* parent)
     , m_color(tokenColors(QGuiApplication::palette()))
 {
     qApp->installEventFilter(this);
+}
+
+QString Tokens::fixedFamily() const
+{
+    return QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
 }
 
 QString Tokens::keys(const QString& label) const

@@ -158,6 +158,9 @@ struct TokenMetrics
     Q_PROPERTY(int headline MEMBER headline CONSTANT)
     Q_PROPERTY(int largeTitle MEMBER largeTitle CONSTANT)
     Q_PROPERTY(int onboardingTitle MEMBER onboardingTitle CONSTANT)
+    Q_PROPERTY(int previewHeader MEMBER previewHeader CONSTANT)
+    Q_PROPERTY(int previewPadding MEMBER previewPadding CONSTANT)
+    Q_PROPERTY(int previewText MEMBER previewText CONSTANT)
     Q_PROPERTY(int appearance MEMBER appearance CONSTANT)
     Q_PROPERTY(int toolTipDelay MEMBER toolTipDelay CONSTANT)
 
@@ -206,6 +209,11 @@ public:
     int headline = 14;
     int largeTitle = 26;
     int onboardingTitle = 27;
+    int previewWidest = 420;
+    int previewNarrowest = 240;
+    int previewHeader = 62;
+    int previewPadding = 16;
+    int previewText = 13;
     /// How long things take to come and go.
     int appearance = 140;
     /// How long the pointer rests on something before its tool tip shows.
@@ -221,12 +229,15 @@ class Tokens final : public QObject
     QML_SINGLETON
     Q_PROPERTY(tessly::TokenColors color READ color NOTIFY colorChanged)
     Q_PROPERTY(tessly::TokenMetrics size READ size CONSTANT)
+    /// The desktop's font whose characters are all of one width.
+    Q_PROPERTY(QString fixedFamily READ fixedFamily CONSTANT)
 
 public:
     explicit Tokens(QObject* parent = nullptr);
 
     [[nodiscard]] const TokenColors& color() const { return m_color; }
     [[nodiscard]] TokenMetrics size() const { return {}; }
+    [[nodiscard]] QString fixedFamily() const;
 
     /// A key-cap label as the fonts here can draw it.
     Q_INVOKABLE [[nodiscard]] QString keys(const QString& label) const;

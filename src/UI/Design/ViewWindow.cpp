@@ -56,6 +56,12 @@ ViewWindow::ViewWindow()
     engine()->addImageProvider(u"symbol"_s, new SymbolProvider);
 }
 
+ViewWindow::ViewWindow(ViewWindow& other)
+    : QQuickView(other.engine(), nullptr)
+{
+    setResizeMode(SizeRootObjectToView);
+}
+
 void ViewWindow::useIcon()
 {
     const QColor color = tokenColors(QGuiApplication::palette()).accentSymbol;

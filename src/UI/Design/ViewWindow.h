@@ -17,6 +17,8 @@ class ViewWindow : public QQuickView
 
 public:
     ViewWindow();
+    /// With the engine of another, which has to outlive it: what both show is loaded once.
+    explicit ViewWindow(ViewWindow& other);
 
     /// Shows the program's symbol in title bars and lists of windows.
     void useIcon();

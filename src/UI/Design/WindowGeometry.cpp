@@ -13,6 +13,8 @@ namespace {
 
 // Between the anchor and the panel.
 constexpr int gap = 6;
+// Between the panel and the card, and between that and the edge of the screen.
+constexpr int cardGap = 8;
 
 /// Moves a rectangle that is no larger than `workArea` into it.
 QRect movedInto(QRect rectangle, const QRect& workArea)
@@ -52,6 +54,22 @@ QRect menuGeometry(QPoint position, const QSize& size, const QRect& workArea)
         menu.moveBottom(position.y() - 1);
     }
     return movedInto(menu, workArea);
+}
+
+std::optional<QRect>
+cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workArea)
+{
+    const int right = workArea.right() - panel.right() - 2 * cardGap;
+    const int left = panel.left() - workArea.left() - 2 * cardGap;
+    const int width = std::min(std::max(right, left), widest);
+    if (width < narrowest) {
+        return std::nullopt;
+    }
+    QRect card(QPoint(panel.right() + 1 + cardGap, panel.top()), QSize(width, panel.height()));
+    if (right < width) {
+        card.moveRight(panel.left() - 1 - cardGap);
+    }
+    return card;
 }
 
 QRect centredGeometry(const QSize& size, const QRect& workArea)

@@ -3,6 +3,8 @@
 #include <QRect>
 #include <QRegion>
 
+#include <optional>
+
 class QScreen;
 
 namespace tessly {
@@ -16,6 +18,12 @@ namespace tessly {
 /// Where a menu of `size` goes that is asked for at a point: with a corner there, to the right and
 /// below where there is room, whole on `workArea`.
 [[nodiscard]] QRect menuGeometry(QPoint position, const QSize& size, const QRect& workArea);
+
+/// Where a card beside a panel goes: to the right of it where there is room, else to the left, as
+/// high as the panel, and as wide as there is room, between `narrowest` and `widest`. None where
+/// there is no room for that on either side.
+[[nodiscard]] std::optional<QRect>
+cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workArea);
 
 /// In the middle of `workArea`, and smaller only where that is.
 [[nodiscard]] QRect centredGeometry(const QSize& size, const QRect& workArea);

@@ -23,7 +23,11 @@ Rectangle {
     // What the control that has the keyboard leaves.
     Keys.onPressed: event => {
         if (event.key === Qt.Key_PageUp || event.key === Qt.Key_PageDown) {
-            root.panel.moveSelection(event.key === Qt.Key_PageUp ? -history.page : history.page);
+            const direction = event.key === Qt.Key_PageUp ? -1 : 1;
+            if (event.modifiers & Qt.ShiftModifier)
+                root.panel.preview.scroll(direction);
+            else
+                root.panel.moveSelection(direction * history.page);
             event.accepted = true;
         } else if (/^[^\u0000-\u0020\u007f-\u00a0]/.test(event.text)
                    && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))) {

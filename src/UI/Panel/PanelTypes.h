@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PanelModel.h"
+#include "PreviewModel.h"
 
 #include <qqml.h>
 
@@ -27,6 +28,21 @@ struct PanelHintType
     Q_GADGET
     QML_FOREIGN(tessly::PanelHint)
     QML_VALUE_TYPE(panelHint)
+};
+
+struct PreviewModelType
+{
+    Q_GADGET
+    QML_FOREIGN(tessly::PreviewModel)
+    QML_NAMED_ELEMENT(PreviewModel)
+    QML_UNCREATABLE("Made by the program.")
+};
+
+struct PreviewFileType
+{
+    Q_GADGET
+    QML_FOREIGN(tessly::PreviewFile)
+    QML_VALUE_TYPE(previewFile)
 };
 
 } // namespace tessly::qml

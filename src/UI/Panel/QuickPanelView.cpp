@@ -30,12 +30,19 @@ constexpr auto memoryIsKept = 10s;
 constexpr auto focusComes = 250ms;
 constexpr auto lastLookForFocus = 50ms;
 
+// A preview that lies over the panel: from its edge, and from its top and bottom, the search, the
+// filters and the footer being there.
+constexpr int margin = 8;
+constexpr int aboveList = 110;
+constexpr int belowList = 38 + margin;
+
 Q_LOGGING_CATEGORY(lcPanel, "com.brackmoor.tessly.QuickPanelView")
 
-/// No compositor tells tests of layer surfaces.
-void traceShown(const QRect& place)
+/// No compositor tells tests of layer surfaces and popups.
+void traceShown(QStringView what, const QRect& place)
 {
-    trace(qPrintable(u"panel-shown:%1,%2,%3,%4"_s.arg(place.x())
+    trace(qPrintable(u"%1-shown:%2,%3,%4,%5"_s.arg(what)
+                         .arg(place.x())
                          .arg(place.y())
                          .arg(place.width())
                          .arg(place.height())));
@@ -44,6 +51,7 @@ void traceShown(const QRect& place)
 } // namespace
 
 QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
+    : m_preview(*model.preview())
 {
     m_window = std::make_unique<PanelWindow>(
         model, PanelWindow::Handlers{
@@ -80,6 +88,10 @@ QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
             }
         });
     }
+
+    connect(&m_preview, &PreviewModel::isShownChanged, this, [this] {
+        m_preview.isShown() ? showPreview() : hidePreview();
+    });
 
     m_memoryTimer.setSingleShot(true);
     m_memoryTimer.setInterval(memoryIsKept);
@@ -124,13 +136,14 @@ void QuickPanelView::show(const QRect& anchor)
         // Without a compositing manager, what is transparent shows black.
         m_window->setMask(roundedRegion(geometry.size(), metrics.panelRadius));
     }
+    placePreview(geometry, *screen);
     m_window->forgetPointer();
     m_x11->prepareToShow();
     m_isShown = true;
     m_hasBeenActive = false;
     m_hasBeenDrawn = false;
     if (m_layer) {
-        traceShown(geometry);
+        traceShown(u"panel", geometry);
     }
     m_window->show();
 }
@@ -148,6 +161,8 @@ void QuickPanelView::close()
     }
     m_isShown = false;
     m_focusTimer.stop();
+    // Before the window that it belongs to.
+    hidePreview();
     m_window->hide();
     trace("panel-closed");
     m_window->releasePointer();
@@ -186,6 +201,52 @@ void QuickPanelView::closeWithoutFocus()
             "behind a full-screen window");
         focusLost();
     }
+}
+
+/// Beside the panel where there is room; else over the list, of whose rows the beginnings stay in
+/// sight.
+void QuickPanelView::placePreview(const QRect& panel, const QScreen& screen)
+{
+    const TokenMetrics metrics;
+    const auto beside = cardGeometry(
+        panel, metrics.previewNarrowest, metrics.previewWidest, screen.availableGeometry());
+    m_previewGeometry = beside.value_or(panel.adjusted(
+        panel.width() - metrics.previewWidest - margin, aboveList, -margin, -belowList));
+    const QSize picture = m_previewGeometry.size() - QSize(2, 2) * metrics.previewPadding -
+                          QSize(0, metrics.previewHeader);
+    m_preview.setPlace(
+        beside ? PreviewModel::Room::besidePanel : PreviewModel::Room::overPanel,
+        (QSizeF(picture) * screen.devicePixelRatio()).toSize().expandedTo(QSize(1, 1)));
+}
+
+void QuickPanelView::showPreview()
+{
+    if (!m_isShown) {
+        return;
+    }
+    if (!m_previewWindow) {
+        m_previewWindow = std::make_unique<PreviewWindow>(*m_window, m_preview);
+    }
+    m_previewWindow->showAt(m_previewGeometry);
+    traceShown(u"preview", m_previewGeometry);
+}
+
+void QuickPanelView::hidePreview()
+{
+    if (!m_previewWindow || !m_previewWindow->isVisible()) {
+        return;
+    }
+    m_previewWindow->hide();
+    trace("preview-closed");
+    // Whatever it holds goes with it, but not from inside an event of its own.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (m_previewWindow && !m_previewWindow->isVisible()) {
+                m_previewWindow.reset();
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void QuickPanelView::releaseMemory()

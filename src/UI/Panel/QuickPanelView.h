@@ -3,6 +3,7 @@
 #include "PanelLayer.h"
 #include "PanelView.h"
 #include "PanelWindow.h"
+#include "PreviewWindow.h"
 #include "X11ViewWindow.h"
 
 #include <QObject>
@@ -40,7 +41,11 @@ private:
     void focusLost();
     void closeWithoutFocus();
     void releaseMemory();
+    void placePreview(const QRect& panel, const QScreen& screen);
+    void showPreview();
+    void hidePreview();
 
+    PreviewModel& m_preview;
     Events m_events;
     bool m_isShown = false;
     bool m_hasBeenActive = false;
@@ -50,6 +55,9 @@ private:
     std::unique_ptr<X11ViewWindow> m_x11;
     /// Null if it is an ordinary window.
     std::unique_ptr<PanelLayer> m_layer;
+    QRect m_previewGeometry;
+    /// While it is shown. Uses the panel's engine.
+    std::unique_ptr<PreviewWindow> m_previewWindow;
     /// Runs from the first frame of a showing until the focus must have come.
     QTimer m_focusTimer;
     QTimer m_memoryTimer;

@@ -20,6 +20,16 @@ Item {
 
     implicitHeight: input.implicitHeight
 
+    // The input leaves the arrow that leads out of it: at the end of what is typed, that towards
+    // the preview.
+    Keys.onPressed: event => {
+        const leadsOut = event.key === Qt.Key_Right || (event.key === Qt.Key_Left && input.length > 0);
+        if (leadsOut && event.modifiers === Qt.NoModifier && input.cursorPosition === input.length) {
+            panel.preview.show();
+            event.accepted = true;
+        }
+    }
+
     TextInput {
         id: input
 

@@ -99,6 +99,46 @@ TEST(MenuGeometryTest, IsWholeOnItsScreen)
     }
 }
 
+TEST(CardGeometryTest, IsToTheRightOfThePanelWhereThereIsRoom)
+{
+    const QRect area(100, 50, 1920, 1000);
+    const QRect panel(700, 80, 660, 560);
+    EXPECT_EQ(cardGeometry(panel, 240, 420, area), QRect(1368, 80, 420, 560));
+}
+
+TEST(CardGeometryTest, ElseToTheLeft)
+{
+    const QRect area(100, 50, 1920, 1000);
+    const QRect panel(1360, 80, 660, 560);
+    EXPECT_EQ(cardGeometry(panel, 240, 420, area), QRect(932, 80, 420, 560));
+}
+
+TEST(CardGeometryTest, IsNarrowerWhereThereIsLessRoom)
+{
+    const QRect area(0, 0, 1280, 720);
+    EXPECT_EQ(cardGeometry(QRect(310, 60, 660, 560), 240, 420, area), QRect(978, 60, 294, 560));
+    EXPECT_EQ(cardGeometry(QRect(360, 60, 660, 560), 240, 420, area), QRect(8, 60, 344, 560));
+}
+
+TEST(CardGeometryTest, IsWholeBesideThePanelOrNowhere)
+{
+    for (int width = 660; width < 2200; width += 20) {
+        const QRect area(-300, 100, width, 700);
+        for (int x = area.left(); x + 660 <= area.right() + 1; x += 10) {
+            const QRect panel(x, 150, 660, 560);
+            const int room =
+                std::max(panel.left() - area.left(), area.right() - panel.right()) - 16;
+            const auto card = cardGeometry(panel, 240, 420, area);
+            ASSERT_EQ(card.has_value(), room >= 240) << width << ' ' << x;
+            if (card) {
+                EXPECT_TRUE(area.contains(*card));
+                EXPECT_FALSE(card->intersects(panel));
+                EXPECT_EQ(card->width(), std::min(room, 420));
+            }
+        }
+    }
+}
+
 TEST(CentredGeometryTest, IsInTheMiddle)
 {
     const QRect window = centredGeometry(QSize(610, 440), screen);

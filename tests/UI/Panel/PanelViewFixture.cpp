@@ -6,7 +6,7 @@ namespace tessly::test {
 
 PanelViewFixture::PanelViewFixture()
     : m_controller(
-          {*m_model, m_workspace, m_clicks, m_clock},
+          {*m_model, m_preview, m_workspace, m_clicks, m_clock},
           [this]() -> QCoro::Task<std::optional<QRect>> { co_return m_anchor; },
           [this] {
               auto view = std::make_unique<QuickPanelView>(m_panel);

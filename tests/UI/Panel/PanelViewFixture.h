@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppModelFixture.h"
+#include "FakeFileInspector.h"
 #include "FakeOutsideClickMonitor.h"
 #include "PanelModel.h"
 #include "QuickPanelView.h"
@@ -53,7 +54,9 @@ protected:
         std::make_shared<FakeRunningApplication>(QStringLiteral("org.example.editor"));
     FakeOutsideClickMonitor m_clicks;
     QRect m_anchor{300, 0, 24, 24};
-    PanelModel m_panel{{*m_model, m_pasteboard, m_clock}};
+    FakeFileInspector m_files;
+    PreviewModel m_preview{{*m_model, *m_store, m_converter, m_files, m_clock}};
+    PanelModel m_panel{{*m_model, m_preview, m_pasteboard, m_clock}};
     /// The controller's, from the first opening on.
     QuickPanelView* m_view = nullptr;
     QuickPastePanelController m_controller;

@@ -26,7 +26,8 @@ PanelGallery::PanelGallery(History history)
     , m_model(
           {m_store, m_settings, m_pasteService, m_launchAtLogin, m_pasteboard, m_converter,
            m_workspace, m_clock})
-    , m_panel({m_model, m_pasteboard, m_clock})
+    , m_preview({m_model, m_store, m_converter, m_files, m_clock})
+    , m_panel({m_model, m_preview, m_pasteboard, m_clock})
     , m_view(m_panel)
 {
     switch (history) {

@@ -2,6 +2,7 @@
 
 #include "AppModel.h"
 #include "FakeBundle.h"
+#include "FakeFileInspector.h"
 #include "FakeImageConverter.h"
 #include "FakeKeyEventPoster.h"
 #include "FakeLoginItem.h"
@@ -59,6 +60,8 @@ private:
     FakeBundle m_bundle;
     LaunchAtLoginService m_launchAtLogin{{m_loginItem, m_bundle, m_defaults}};
     AppModel m_model;
+    FakeFileInspector m_files;
+    PreviewModel m_preview;
     PanelModel m_panel;
     QuickPanelView m_view;
 };
