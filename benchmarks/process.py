@@ -96,8 +96,7 @@ def watch(condition, what):
 
 
 def close_panel(desktop, tessly):
-    desktop.keyboard.press("Escape")
-    tessly.wait_for_closed_panel()
+    tessly.close_panel()
 
 
 def open_and_close(desktop, tessly, row):

@@ -75,8 +75,7 @@ def welcome(tessly, pictures):
     tessly.desktop.keyboard.press("Return")
     tessly.wait_for_trace("recording")
     tessly.wait_for_panel()
-    tessly.desktop.keyboard.press("Escape")
-    tessly.wait_for_closed_panel()
+    tessly.close_panel()
     print(f"Tessly runs and records on display {tessly.desktop.environment['DISPLAY']}.")
 
 

@@ -188,8 +188,7 @@ class QuickCopies:
         self.record("something")
         settled(switches, 3, "how often its threads were switched to, after a copy")
         self.tessly.open_panel()
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         settled(switches, 3, "how often its threads were switched to, after closing the panel")
 
 

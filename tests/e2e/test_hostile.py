@@ -30,16 +30,14 @@ class Hostile(TesslyCase):
 
     def open_and_close_panel(self):
         self.tessly.open_panel()
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
 
     def expect_unharmed(self):
         """The panel opens at once, the next copy is recorded at once, and memory comes back."""
         self.tessly.command("show")
         wait_until(self.tessly.panel_window, "the panel opens at once", PROMPTLY)
         self.tessly.wait_for_panel()
-        self.keyboard.press("Escape")
-        wait_until(lambda: self.tessly.panel_window() is None, "the panel closes at once", PROMPTLY)
+        self.tessly.close_panel(PROMPTLY)
         self.clipboard.copy("after the trouble")
         self.history.wait_for_text("after the trouble", PROMPTLY)
         wait_until(lambda: self.memory() <= self.before + LEFT_BEHIND,

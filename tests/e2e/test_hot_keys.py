@@ -103,8 +103,7 @@ class TakenKeys(DesktopCase):
         tessly.open_panel()
         self.wait_for_banner(
             tessly, "Some direct-paste shortcuts are already in use: ⌥⇧3, 0.")
-        self.keyboard.press("Escape")
-        tessly.wait_for_closed_panel()
+        tessly.close_panel()
         for text in ("second entry", "first entry"):
             self.clipboard.copy(text)
             tessly.history.wait_for_text(text)

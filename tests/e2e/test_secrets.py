@@ -55,8 +55,7 @@ class Concealed(TesslyCase):
             self.keyboard.press(chord)
         panel.wait_for_rest()
         self.assertEqual(offer.content_requests(), [])
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         self.expect_still_recording()
         self.assertEqual(offer.content_requests(), [])
 

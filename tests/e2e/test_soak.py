@@ -105,8 +105,7 @@ class Soak(TesslyCase):
             self.assertIsNone(self.calls.paste(2).wait())
         if number % 50 == 25:
             self.tessly.open_panel()
-            self.keyboard.press("Escape")
-            self.tessly.wait_for_closed_panel()
+            self.tessly.close_panel()
 
     def sizes(self):
         return (procfs.memory(self.tessly.pid).anonymous, len(procfs.descriptors(self.tessly.pid)))

@@ -207,8 +207,7 @@ class Panel:
         """Another window is to have the keys now."""
         if self.is_layer and not self.layer_loses_keys:
             self.assertTrue(holds_for(0.5, self.tessly.panel_window))
-            self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+            self.tessly.close_panel()
         wait_until(terminal.is_in_front, "the terminal has the keys")
 
     def open_above_terminal(self):
@@ -229,16 +228,14 @@ class Panel:
         self.desktop.run([self.tessly.program, "show"],
                          environment={**self.tessly.environment, "XDG_ACTIVATION_TOKEN": "old"})
         self.tessly.wait_for_panel()
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         # Nor at the next opening, which has none.
         self.tessly.open_panel()
 
     def test_escape_closes_it_and_the_window_before_has_the_keys_again(self):
         terminal = self.terminal(self.desktop).start()
         self.tessly.open_panel()
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         wait_until(terminal.is_in_front, "the terminal has the keys")
         self.keyboard.type("typed")
         terminal.wait_for_text("typed")
@@ -278,8 +275,7 @@ class Panel:
             panel = self.tessly.open_panel().window
             self.assertEqual((panel.width, panel.height), self.SIZE)
             self.assertLessEqual(abs(panel.x - place[0]) + abs(panel.y - place[1]), 3, panel)
-            self.keyboard.press("Escape")
-            self.tessly.wait_for_closed_panel()
+            self.tessly.close_panel()
 
     def test_it_opens_again_and_again(self):
         for _ in range(5):
@@ -577,8 +573,7 @@ class StartsAndEnds:
         self.clipboard.copy("after them all")
         self.history.wait_for_text("after them all")
         self.tessly.open_panel()
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         wait_until(editor.is_in_front, "the editor has the keys")
         self.keyboard.type("typed")
         editor.wait_for_text("typed")

@@ -66,8 +66,7 @@ class Columns(Expecting):
         self.tessly.open_panel()
         # labwc calls a window active also while a layer surface has the keys.
         self.assertTrue(self.tessly.has_layer_panel() or not editor.is_in_front())
-        self.keyboard.press("Escape")
-        self.tessly.wait_for_closed_panel()
+        self.tessly.close_panel()
         wait_until(editor.is_in_front, "the editor has the keys")
         self.keyboard.type("typed")
         editor.wait_for_text("typed")

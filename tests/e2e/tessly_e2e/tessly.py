@@ -238,8 +238,30 @@ class Tessly:
         windows = self.desktop.windows
         return windows.active == window.id and windows.focused is not None
 
-    def wait_for_closed_panel(self):
-        wait_until(lambda: self.panel_window() is None, "the panel is closed")
+    def wait_for_closed_panel(self, timeout=PATIENCE):
+        wait_until(lambda: self.panel_window() is None, "the panel is closed", timeout)
+
+    def close_panel(self, timeout=PATIENCE):
+        """Closes the panel by Escape, which closes a preview first."""
+        def closed():
+            return re.findall(r"^trace: (panel|preview)-closed ", self.log(), re.MULTILINE)
+        before = len(closed())
+        self.desktop.keyboard.press("Escape")
+        wait_until(lambda: len(closed()) > before, "Escape closes something", timeout)
+        if closed()[before] == "preview":
+            self.desktop.keyboard.press("Escape")
+        self.wait_for_closed_panel(timeout)
+
+    def preview(self):
+        """The place of the preview as the program has it: x, y, width, height. None while it is
+        closed."""
+        marks = re.findall(r"^trace: preview-(\S+) ", self.log(), re.MULTILINE)
+        if not marks or marks[-1] == "closed":
+            return None
+        return tuple(map(int, marks[-1].removeprefix("shown:").split(",")))
+
+    def wait_for_preview(self):
+        return wait_until(self.preview, "the preview is shown")
 
     # The clipboard
 
