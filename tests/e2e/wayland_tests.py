@@ -30,6 +30,10 @@ LEFT_BEHIND = 4 * 1024
 LIMIT = 25 * 1024
 
 
+def is_light(red, green, blue):
+    return min(red, green, blue) > 230
+
+
 class Copies:
     def expect_source(self, clip, program):
         self.assertEqual((clip.source_app_name, clip.source_bundle_id),
@@ -208,6 +212,7 @@ class Panel:
         if self.is_layer and not self.layer_loses_keys:
             self.assertTrue(holds_for(0.5, self.tessly.panel_window))
             self.tessly.close_panel()
+        self.tessly.wait_for_closed_panel()
         wait_until(terminal.is_in_front, "the terminal has the keys")
 
     def open_above_terminal(self):
@@ -276,6 +281,39 @@ class Panel:
             self.assertEqual((panel.width, panel.height), self.SIZE)
             self.assertLessEqual(abs(panel.x - place[0]) + abs(panel.y - place[1]), 3, panel)
             self.tessly.close_panel()
+
+    def test_the_preview_stands_beside_it_and_leaves_it_the_keys(self):
+        self.record("seen beside it")
+        panel = self.open_above_terminal()
+        x, y, width, height = self.tessly.wait_for_preview()
+        # A window is taken to be in the middle.
+        left = panel.x if self.is_layer else (self.desktop.size[0] - panel.width) // 2
+        self.assertTrue(x >= left + panel.width or x + width <= left)
+        self.assertEqual(height, panel.height)
+        self.assertTrue(0 <= x and x + width <= self.desktop.size[0])
+        if self.desktop.screen is not None:
+            middle = x + width // 2 - 20, y + height // 2 - 20, 40, 40
+            wait_until(lambda: self.desktop.screen.picture(*middle).share(is_light) == 1,
+                       "the preview is seen there")
+        self.desktop.pointer.click(x + width // 2, y + height // 2)
+        self.assertTrue(holds_for(0.5, lambda: self.tessly.has_keys(self.tessly.panel_window())))
+        self.keyboard.press("Escape")
+        wait_until(lambda: self.tessly.preview() is None, "the preview is closed")
+        self.assertIsNotNone(self.tessly.panel_window())
+        self.keyboard.press("Escape")
+        self.tessly.wait_for_closed_panel()
+
+    def test_a_preview_that_is_up_goes_with_it(self):
+        self.record("seen beside it")
+        terminal = self.terminal(self.desktop).start()
+        for _ in range(3):
+            self.tessly.open_panel()
+            self.tessly.wait_for_preview()
+            self.tessly.command("hide")
+            self.tessly.wait_for_closed_panel()
+            self.assertIsNone(self.tessly.preview())
+            wait_until(terminal.is_in_front, "the terminal has the keys")
+        self.assertTrue(self.tessly.is_running())
 
     def test_it_opens_again_and_again(self):
         for _ in range(5):

@@ -41,8 +41,6 @@ void PreviewWindow::showAt(const QRect& geometry)
         setMask(roundedRegion(geometry.size(), TokenMetrics().panelRadius));
     }
     show();
-    // Where it lies over the panel.
-    raise();
 }
 
 } // namespace tessly

@@ -36,6 +36,9 @@ constexpr int margin = 8;
 constexpr int aboveList = 110;
 constexpr int belowList = 38 + margin;
 
+// How far from the middle of the screen a compositor may put the panel, beside another window.
+constexpr int offTheMiddle = 48;
+
 Q_LOGGING_CATEGORY(lcPanel, "com.brackmoor.tessly.QuickPanelView")
 
 /// No compositor tells tests of layer surfaces and popups.
@@ -205,11 +208,18 @@ void QuickPanelView::closeWithoutFocus()
 
 /// Beside the panel where there is room; else over the list, of whose rows the beginnings stay in
 /// sight.
-void QuickPanelView::placePreview(const QRect& panel, const QScreen& screen)
+void QuickPanelView::placePreview(QRect panel, const QScreen& screen)
 {
+    QRect workArea = screen.availableGeometry();
+    if (!m_layer && QGuiApplication::platformName().startsWith(u"wayland"_s)) {
+        // It is put somewhere in the middle, and does not learn where that is.
+        panel = centredGeometry(panel.size(), workArea);
+        workArea.adjust(offTheMiddle, 0, -offTheMiddle, 0);
+    }
     const TokenMetrics metrics;
-    const auto beside = cardGeometry(
-        panel, metrics.previewNarrowest, metrics.previewWidest, screen.availableGeometry());
+    m_previewOrigin = panel.topLeft();
+    const auto beside =
+        cardGeometry(panel, metrics.previewNarrowest, metrics.previewWidest, workArea);
     m_previewGeometry = beside.value_or(panel.adjusted(
         panel.width() - metrics.previewWidest - margin, aboveList, -margin, -belowList));
     const QSize picture = m_previewGeometry.size() - QSize(2, 2) * metrics.previewPadding -
@@ -227,7 +237,8 @@ void QuickPanelView::showPreview()
     if (!m_previewWindow) {
         m_previewWindow = std::make_unique<PreviewWindow>(*m_window, m_preview);
     }
-    m_previewWindow->showAt(m_previewGeometry);
+    // The toolkit counts from where it takes the panel to be.
+    m_previewWindow->showAt(m_previewGeometry.translated(m_window->position() - m_previewOrigin));
     traceShown(u"preview", m_previewGeometry);
 }
 

@@ -41,7 +41,7 @@ private:
     void focusLost();
     void closeWithoutFocus();
     void releaseMemory();
-    void placePreview(const QRect& panel, const QScreen& screen);
+    void placePreview(QRect panel, const QScreen& screen);
     void showPreview();
     void hidePreview();
 
@@ -56,6 +56,8 @@ private:
     /// Null if it is an ordinary window.
     std::unique_ptr<PanelLayer> m_layer;
     QRect m_previewGeometry;
+    /// Where the panel is, as seen from there.
+    QPoint m_previewOrigin;
     /// While it is shown. Uses the panel's engine.
     std::unique_ptr<PreviewWindow> m_previewWindow;
     /// Runs from the first frame of a showing until the focus must have come.
