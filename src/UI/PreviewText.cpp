@@ -32,6 +32,16 @@ QByteArrayView beginning(QByteArrayView utf8)
     return utf8.first(end);
 }
 
+/// The length of the part that has no more emoji than are shown.
+qsizetype lengthToShow(const QString& text)
+{
+    qsizetype emoji = 0;
+    const auto end = std::ranges::find_if(text, [&emoji](QChar character) {
+        return character.isHighSurrogate() && ++emoji > PreviewText::emojiAtMost;
+    });
+    return end - text.begin();
+}
+
 bool endsLine(QChar character)
 {
     return character == u'\n' || character == QChar::LineSeparator ||
@@ -150,9 +160,11 @@ bool looksLikeCode(const QStringList& lines)
 PreviewText previewText(QByteArrayView utf8)
 {
     const QByteArrayView shown = beginning(utf8);
-    QStringList lines = linesOf(QString::fromUtf8(shown));
+    const QString text = QString::fromUtf8(shown);
+    const qsizetype length = lengthToShow(text);
+    QStringList lines = linesOf(text.first(length));
     PreviewText preview;
-    preview.isCut = shown.size() < utf8.size();
+    preview.isCut = shown.size() < utf8.size() || length < text.size();
     if (lines.size() > PreviewText::linesAtMost) {
         preview.isCut = true;
         lines.resize(PreviewText::linesAtMost);

@@ -71,6 +71,15 @@ TEST(PreviewText, ManyLinesAreCut)
     EXPECT_FALSE(cut.text.contains(u'b'));
 }
 
+TEST(PreviewText, ManyEmojiAreCut)
+{
+    const QByteArray emoji = QByteArray("🎉").repeated(PreviewText::emojiAtMost);
+    EXPECT_FALSE(previewText(emoji + " é日").isCut);
+    const PreviewText cut = previewText(emoji + "x🎉");
+    EXPECT_TRUE(cut.isCut);
+    EXPECT_EQ(cut.text, QString::fromUtf8(emoji + "x"));
+}
+
 TEST(PreviewText, CodeIsMonospaced)
 {
     EXPECT_TRUE(isMonospaced("int main()\n{\n\treturn 0;\n}\n"));
