@@ -36,7 +36,7 @@ public:
     FileInspector& operator=(const FileInspector&) = delete;
     virtual ~FileInspector() = default;
 
-    /// Of each path, in their order; links are followed.
+    /// Of each path, in their order; links are followed. What is no absolute path stays unknown.
     [[nodiscard]] virtual QCoro::Task<std::vector<FileStatus>> inspect(QByteArrayList paths) = 0;
 };
 

@@ -456,6 +456,23 @@ TEST_F(PreviewModelTest, AFileSystemThatHangsHoldsUpNoOtherEntry)
     EXPECT_THAT(m_preview.files(), IsEmpty());
 }
 
+TEST_F(PreviewModelTest, WhatIsFoundOutOfOtherFilesTooLateIsDropped)
+{
+    m_files.put("/net/far", {.kind = FileStatus::Kind::folder});
+    save(ClipPayload({.fileURLs = {"file:///gone"}}));
+    save(ClipPayload({.fileURLs = {"file:///net/far"}}));
+    m_files.gate().hold();
+    openPreview();
+    selectNext();
+    pass(60ms);
+    ASSERT_TRUE(m_files.gate().releaseOne());
+    run();
+    EXPECT_EQ(files(), QStringList{u"/|gone|"_s});
+    m_files.gate().open();
+    run();
+    EXPECT_EQ(files(), QStringList{u"/|gone|No longer there"_s});
+}
+
 TEST_F(PreviewModelTest, OfManyFilesTheFirstAreShown)
 {
     QByteArrayList urls;

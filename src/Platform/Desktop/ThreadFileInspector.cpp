@@ -16,6 +16,10 @@ namespace {
 
 FileStatus statusOf(const QByteArray& path)
 {
+    if (!path.startsWith('/')) {
+        // It would be looked for where the program was started.
+        return {};
+    }
     struct stat found = {};
     if (::stat(path.constData(), &found) != 0) {
         const bool isMissing = errno == ENOENT || errno == ENOTDIR;

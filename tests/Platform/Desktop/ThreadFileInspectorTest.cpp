@@ -79,11 +79,11 @@ TEST(ThreadFileInspector, TellsWhatIsThere)
     EXPECT_THAT(
         await(inspector.inspect(
             {path, QFile::encodeName(folder.path()), path + "-gone", path + "/below", "/dev/null",
-             QByteArray()})),
+             QByteArray(), "."})),
         ElementsAre(
             FileStatus{.kind = Kind::file, .bytes = 1234}, FileStatus{.kind = Kind::folder},
             FileStatus{.kind = Kind::missing}, FileStatus{.kind = Kind::missing},
-            FileStatus{.kind = Kind::other}, FileStatus{.kind = Kind::missing}));
+            FileStatus{.kind = Kind::other}, FileStatus(), FileStatus()));
     EXPECT_THAT(await(inspector.inspect({})), SizeIs(0));
     EXPECT_EQ(clock.pending(), 0U);
 }
