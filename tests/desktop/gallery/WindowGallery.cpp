@@ -17,6 +17,13 @@ using namespace Qt::StringLiterals;
 
 namespace tessly::test {
 
+namespace {
+
+// In milliseconds.
+constexpr int laidOut = 250;
+
+} // namespace
+
 WindowGallery::WindowGallery()
     : m_store(
           m_folder.filePath(u"history.sqlite"_s), [this] { return m_storeNow; },
@@ -41,8 +48,7 @@ void WindowGallery::photograph(const QDir& folder, const QString& prefix)
 void WindowGallery::photographSettings(const QDir& folder, const QString& prefix)
 {
     SettingsModel settings({m_model, m_pasteboard, u"0.1.0"_s});
-    settings.reload();
-    await(m_store.statistics());
+    reload(settings);
     const auto view = makeSettingsView(settings);
     view->show();
     QQuickWindow& window = view->window();
@@ -62,7 +68,7 @@ void WindowGallery::photographSettings(const QDir& folder, const QString& prefix
     m_keys.setAllowed(false);
     m_pasteboard.setAccess(PasteboardAccess::denied);
     m_model.refreshAutomaticPasteAccess(false);
-    settings.reload();
+    reload(settings);
     for (int i = 0; i < 3; ++i) {
         QTest::keyClick(&window, Qt::Key_Tab, Qt::ShiftModifier);
     }
@@ -70,6 +76,7 @@ void WindowGallery::photographSettings(const QDir& folder, const QString& prefix
     m_keys.setAllowed(true);
     m_pasteboard.setAccess(PasteboardAccess::available);
     m_model.refreshAutomaticPasteAccess(false);
+    reload(settings);
     settings.clearUnpinnedHistory();
     savePicture(window, folder, name + u"clear-unpinned"_s);
     settings.cancelClearing();
@@ -86,6 +93,14 @@ void WindowGallery::photographSettings(const QDir& folder, const QString& prefix
     settings.setSelectedTab(3);
     savePicture(window, folder, name + u"about"_s);
     view->close();
+}
+
+/// Until what is shown is laid out: what the keyboard goes to is scrolled to as it stands then.
+void WindowGallery::reload(SettingsModel& settings)
+{
+    settings.reload();
+    await(m_store.statistics());
+    QTest::qWait(laidOut);
 }
 
 void WindowGallery::photographOnboarding(const QDir& folder, const QString& prefix)

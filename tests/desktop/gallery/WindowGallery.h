@@ -31,6 +31,7 @@ public:
 
 private:
     void photographSettings(const QDir& folder, const QString& prefix);
+    void reload(SettingsModel& settings);
     void photographOnboarding(const QDir& folder, const QString& prefix);
     void photographStatusItem(const QDir& folder, const QString& prefix);
     void photographConfirmation(const QDir& folder, const QString& prefix);
