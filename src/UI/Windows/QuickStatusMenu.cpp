@@ -25,6 +25,9 @@ namespace {
 constexpr auto grabInterval = 40ms;
 constexpr int grabAttempts = 12;
 
+// A compositor takes the focus away for a moment where a keyboard comes or goes.
+constexpr auto focusIsBack = 150ms;
+
 } // namespace
 
 QuickStatusMenu::QuickStatusMenu()
@@ -43,6 +46,9 @@ QuickStatusMenu::QuickStatusMenu()
     m_grabTimer.setSingleShot(true);
     m_grabTimer.setInterval(grabInterval);
     connect(&m_grabTimer, &QTimer::timeout, this, &QuickStatusMenu::grab);
+    m_focusTimer.setSingleShot(true);
+    m_focusTimer.setInterval(focusIsBack);
+    connect(&m_focusTimer, &QTimer::timeout, this, &QuickStatusMenu::close);
     connect(m_window.get(), &QWindow::activeChanged, this, &QuickStatusMenu::activeChanged);
     connect(&m_content, &StatusMenuContent::chosen, this, &QuickStatusMenu::choose);
     connect(&m_content, &StatusMenuContent::dismissed, this, &QuickStatusMenu::close);
@@ -82,6 +88,7 @@ void QuickStatusMenu::close()
     }
     qApp->removeEventFilter(this);
     m_grabTimer.stop();
+    m_focusTimer.stop();
     if (m_x11->isUsed()) {
         m_window->setKeyboardGrabEnabled(false);
         m_window->setMouseGrabEnabled(false);
@@ -150,8 +157,10 @@ void QuickStatusMenu::grab()
 /// Where it can hold neither keyboard nor pointer, it goes with the focus.
 void QuickStatusMenu::activeChanged()
 {
-    if (!m_x11->isUsed() && !m_window->isActive()) {
-        close();
+    if (m_window->isActive()) {
+        m_focusTimer.stop();
+    } else if (m_isShown && !m_x11->isUsed()) {
+        m_focusTimer.start();
     }
 }
 

@@ -44,6 +44,8 @@ private:
     std::unique_ptr<ViewWindow> m_window;
     std::unique_ptr<X11ViewWindow> m_x11;
     QTimer m_grabTimer;
+    /// Runs while the focus is elsewhere.
+    QTimer m_focusTimer;
     int m_grabAttemptsLeft = 0;
 };
 
