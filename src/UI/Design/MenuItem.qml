@@ -13,7 +13,8 @@ RoundedRectangle {
     property string keys
 
     signal triggered
-    signal hovered
+    // The pointer is on it, at this place of the window: also again and again while it rests.
+    signal hovered(place: point)
 
     implicitWidth: label.implicitWidth + (keys === "" ? 0 : 28 + keysLabel.implicitWidth) + 2 * 10
     implicitHeight: label.implicitHeight + 2 * 5
@@ -50,7 +51,8 @@ RoundedRectangle {
     MouseArea {
         anchors.fill: parent
         hoverEnabled: true
-        onPositionChanged: item.hovered()
+        onEntered: item.hovered(mapToItem(null, mouseX, mouseY))
+        onPositionChanged: event => item.hovered(mapToItem(null, event.x, event.y))
         onClicked: item.triggered()
     }
 }

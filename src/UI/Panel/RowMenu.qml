@@ -12,6 +12,8 @@ MouseArea {
     property string clipID
     property bool isPinned: false
     property int current: -1
+    // Where the pointer was last, in the window. One that rests does not undo what keys have done.
+    property point lastPointer
 
     signal closed
 
@@ -19,6 +21,7 @@ MouseArea {
         menu.clipID = clipID;
         menu.isPinned = isPinned;
         current = -1;
+        lastPointer = place;
         plate.x = Math.max(6, Math.min(place.x, width - plate.width - 6));
         plate.y = Math.max(6, Math.min(place.y, height - plate.height - 6));
         visible = true;
@@ -30,6 +33,13 @@ MouseArea {
             return;
         visible = false;
         closed();
+    }
+
+    function pointerMoved(command: int, place: point) {
+        if (Math.abs(place.x - lastPointer.x) < 1 && Math.abs(place.y - lastPointer.y) < 1)
+            return;
+        lastPointer = place;
+        current = command;
     }
 
     function trigger(command: int) {
@@ -55,7 +65,12 @@ MouseArea {
     hoverEnabled: true
     onPressed: close()
     onWheel: event => event.accepted = true
-    onPositionChanged: current = -1
+    onPositionChanged: event => {
+        // Newer versions of the toolkit also tell of the pointer here where it is on a command.
+        const inside = mapToItem(commands, event.x, event.y);
+        if (!(commands.childAt(inside.x, inside.y) instanceof MenuItem))
+            pointerMoved(-1, mapToItem(null, event.x, event.y));
+    }
     Keys.onPressed: event => {
         event.accepted = true;
         switch (event.key) {
@@ -116,7 +131,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: "Copy"
                 isCurrent: menu.current === 0
-                onHovered: menu.current = 0
+                onHovered: place => menu.pointerMoved(0, place)
                 onTriggered: menu.trigger(0)
             }
 
@@ -127,7 +142,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: "Copy as Plain Text"
                 isCurrent: menu.current === 1
-                onHovered: menu.current = 1
+                onHovered: place => menu.pointerMoved(1, place)
                 onTriggered: menu.trigger(1)
             }
 
@@ -148,7 +163,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: menu.isPinned ? "Unpin" : "Pin"
                 isCurrent: menu.current === 2
-                onHovered: menu.current = 2
+                onHovered: place => menu.pointerMoved(2, place)
                 onTriggered: menu.trigger(2)
             }
 
@@ -160,7 +175,7 @@ MouseArea {
                 title: "Delete"
                 isDestructive: true
                 isCurrent: menu.current === 3
-                onHovered: menu.current = 3
+                onHovered: place => menu.pointerMoved(3, place)
                 onTriggered: menu.trigger(3)
             }
         }

@@ -9,6 +9,19 @@ Rectangle {
 
     required property StatusMenuContent content
 
+    // Where the pointer was last. Its first place counts for nothing: the menu may have opened there.
+    // One that rests does not undo what keys have done.
+    property point lastPointer: Qt.point(NaN, NaN)
+
+    function pointerMoved(line: int, place: point) {
+        const isFirst = isNaN(lastPointer.x);
+        if (Math.abs(place.x - lastPointer.x) < 1 && Math.abs(place.y - lastPointer.y) < 1)
+            return;
+        lastPointer = place;
+        if (!isFirst)
+            content.current = line;
+    }
+
     // Takes its size from lines that have just been set.
     function settle() {
         lines.forceLayout();
@@ -22,6 +35,14 @@ Rectangle {
     border.color: Tokens.color.border
     Accessible.role: Accessible.PopupMenu
     Accessible.name: "Tessly"
+
+    Connections {
+        target: menu.content
+
+        function onLinesChanged() {
+            menu.lastPointer = Qt.point(NaN, NaN);
+        }
+    }
 
     HoverHandler {
         onHoveredChanged: {
@@ -69,7 +90,7 @@ Rectangle {
                     keys: line.modelData.keys
                     isEnabled: line.modelData.isEnabled
                     isCurrent: line.index === menu.content.current
-                    onHovered: menu.content.current = line.index
+                    onHovered: place => menu.pointerMoved(line.index, place)
                     onTriggered: menu.content.choose(line.index)
                     onImplicitWidthChanged: lines.widest = Math.max(lines.widest, implicitWidth)
                     Component.onCompleted: lines.widest = Math.max(lines.widest, implicitWidth)

@@ -77,6 +77,25 @@ void ViewDriver::point(const QString& name) const
     QTest::mouseMove(&m_window, centerOf(name));
 }
 
+void ViewDriver::rest(const QString& name) const
+{
+    const QPointF place = centerOf(name);
+    const auto on = [&place](const QQuickItem& item) { return item.mapFromScene(place); };
+    QQuickItem* item = m_window.contentItem();
+    while (QQuickItem* const child = item->childAt(on(*item).x(), on(*item).y())) {
+        item = child;
+    }
+    // Some versions tell only the innermost that wants to know, others all.
+    for (; item != nullptr; item = item->parentItem()) {
+        if (item->acceptHoverEvents()) {
+            for (const auto type : {QEvent::HoverLeave, QEvent::HoverEnter, QEvent::HoverMove}) {
+                QHoverEvent event(type, on(*item), m_window.mapToGlobal(place), on(*item));
+                QCoreApplication::sendEvent(item, &event);
+            }
+        }
+    }
+}
+
 void ViewDriver::press(int key, Qt::KeyboardModifiers modifiers, const QString& text) const
 {
     // Not QTest::keyClick, which knows of Latin keys only.

@@ -27,6 +27,9 @@ public:
     void click(const QString& name, Qt::MouseButton button = Qt::LeftButton) const;
     /// Moves the pointer to the middle of an item.
     void point(const QString& name) const;
+    /// Tells what is there that the pointer is in the middle of an item, as the toolkit does by
+    /// itself when something under a pointer that rests has changed.
+    void rest(const QString& name) const;
     void press(int key, Qt::KeyboardModifiers modifiers = {}, const QString& text = {}) const;
     void type(const QString& text) const;
 

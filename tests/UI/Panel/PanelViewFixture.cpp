@@ -91,6 +91,12 @@ void PanelViewFixture::point(const QString& name)
     run();
 }
 
+void PanelViewFixture::rest(const QString& name)
+{
+    driver().rest(name);
+    run();
+}
+
 void PanelViewFixture::press(int key, Qt::KeyboardModifiers modifiers)
 {
     driver().press(key, modifiers);

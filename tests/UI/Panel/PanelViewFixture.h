@@ -43,6 +43,8 @@ protected:
     void click(const QString& name, Qt::MouseButton button = Qt::LeftButton);
     /// Moves the pointer to the middle of an item.
     void point(const QString& name);
+    /// Lets the window hear again of a pointer that rests there.
+    void rest(const QString& name);
     void press(int key, Qt::KeyboardModifiers modifiers = {});
     void type(const QString& text);
     /// Lets everything happen that the last events led to, and the debounce of searches pass.

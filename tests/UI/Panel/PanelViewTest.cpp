@@ -32,6 +32,10 @@ protected:
 
     [[nodiscard]] QString searchText() { return text(u"clipboard-search"_s); }
     [[nodiscard]] bool searchHasFocus() { return item(u"clipboard-search"_s).hasActiveFocus(); }
+    [[nodiscard]] bool isCurrent(const QString& command)
+    {
+        return item(command).property("isCurrent").toBool();
+    }
     [[nodiscard]] bool menuIsOpen() { return find(u"row-menu"_s) != nullptr; }
     /// What assistive technology is told of an item.
     [[nodiscard]] QString accessibleName(const QString& name)
@@ -828,6 +832,53 @@ TEST_F(PanelViewTest, TheMenuTakesTheKeysWhileItIsOpen)
     EXPECT_TRUE(window().isVisible());
     type(u"x"_s);
     EXPECT_EQ(searchText(), u"x"_s) << "the keyboard is back";
+}
+
+TEST_F(PanelViewTest, APointerThatRestsBesideTheMenusCommandsLeavesTheMenuToTheKeys)
+{
+    save("older");
+    save("newer");
+    show();
+    point(u"row-0"_s);
+    click(u"row-0"_s, Qt::RightButton);
+    press(Qt::Key_Up);
+    rest(u"row-0"_s);
+    EXPECT_TRUE(isCurrent(u"menu-delete"_s));
+    press(Qt::Key_Return);
+    EXPECT_THAT(texts(), ElementsAre("older"));
+}
+
+TEST_F(PanelViewTest, APointerThatRestsOnACommandOfTheMenuLeavesTheMenuToTheKeys)
+{
+    save("older");
+    save("newer");
+    show();
+    click(u"row-0"_s, Qt::RightButton);
+    point(u"menu-copy"_s);
+    EXPECT_TRUE(isCurrent(u"menu-copy"_s));
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    rest(u"menu-copy"_s);
+    EXPECT_TRUE(isCurrent(u"menu-pin"_s));
+    press(Qt::Key_Return);
+    EXPECT_THAT(m_pasteboard.writes(), IsEmpty());
+}
+
+TEST_F(PanelViewTest, ThePointerLightsTheCommandOfTheMenuThatItIsOn)
+{
+    saveMany(3);
+    show();
+    click(u"row-0"_s, Qt::RightButton);
+    for (const QString& name :
+         {u"menu-copy"_s, u"menu-copy-plain"_s, u"menu-pin"_s, u"menu-delete"_s}) {
+        point(name);
+        EXPECT_TRUE(isCurrent(name)) << name.toStdString();
+    }
+    EXPECT_TRUE(isSelected(0)) << "nothing behind the menu hears of it";
+    point(u"row-0"_s);
+    EXPECT_FALSE(isCurrent(u"menu-delete"_s)) << "beside the menu";
+    press(Qt::Key_Return);
+    EXPECT_TRUE(menuIsOpen());
 }
 
 TEST_F(PanelViewTest, EscapeClosesTheMenuFirst)

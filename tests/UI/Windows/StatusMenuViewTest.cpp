@@ -181,6 +181,21 @@ TEST_F(StatusMenuViewTest, ThePointerLightsLines)
     EXPECT_EQ(current(), u"clearHistory"_s);
     driver().press(Qt::Key_Down);
     EXPECT_EQ(current(), u"openSettings"_s) << "keys go on from there";
+    driver().rest(u"menu-clearHistory"_s);
+    EXPECT_EQ(current(), u"openSettings"_s) << "the pointer has not moved";
+}
+
+TEST_F(StatusMenuViewTest, APointerUnderWhichItOpensLeavesItToTheKeys)
+{
+    show();
+    driver().point(u"menu-clearHistory"_s);
+    show();
+    driver().press(Qt::Key_Down);
+    EXPECT_EQ(current(), u"openQuickPaste"_s);
+    driver().rest(u"menu-openSettings"_s);
+    EXPECT_EQ(current(), u"openQuickPaste"_s);
+    driver().rest(u"menu-openSettings"_s);
+    EXPECT_EQ(current(), u"openQuickPaste"_s);
 }
 
 TEST_F(StatusMenuViewTest, ALineThatIsDisabledCannotBeChosen)
