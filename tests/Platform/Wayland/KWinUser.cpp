@@ -1,6 +1,7 @@
 #include "KWinUser.h"
 
 #include "fake-input-client-protocol.h"
+#include "keystate-client-protocol.h"
 #include "plasma-window-management-client-protocol.h"
 
 #include <algorithm>
@@ -14,16 +15,17 @@ namespace {
 
 constexpr auto patience = std::chrono::seconds(20);
 constexpr std::uint32_t fakeInputVersion = 4;
-/// The first in which a window can be sent to a virtual desktop that is not there yet.
-constexpr std::uint32_t managementVersion = 8;
+/// The first that tells of windows by their UUID. Later KWins do not know them by their number.
+constexpr std::uint32_t managementVersion = 13;
+constexpr std::uint32_t firstKeystateWithModifiers = 5;
 
 } // namespace
 
 class KWinUser::Window
 {
 public:
-    Window(org_kde_plasma_window_management* management, std::uint32_t id)
-        : m_object(org_kde_plasma_window_management_get_window(management, id))
+    Window(org_kde_plasma_window_management* management, const char* uuid)
+        : m_object(org_kde_plasma_window_management_get_window_by_uuid(management, uuid))
     {
         using Object = org_kde_plasma_window;
         static constexpr auto ignore = [](void*, Object*, auto...) {};
@@ -86,14 +88,14 @@ KWinUser::KWinUser(const std::string& display)
     static constexpr auto ignore = [](void*, Object*, auto...) {};
     static constexpr org_kde_plasma_window_management_listener listener = {
         .show_desktop_changed = ignore,
-        .window =
-            [](void* data, Object* management, std::uint32_t id) {
-                static_cast<KWinUser*>(data)->m_windows.push_back(
-                    std::make_unique<Window>(management, id));
-            },
+        .window = ignore,
         .stacking_order_changed = ignore,
         .stacking_order_uuid_changed = ignore,
-        .window_with_uuid = ignore,
+        .window_with_uuid =
+            [](void* data, Object* management, std::uint32_t, const char* uuid) {
+                static_cast<KWinUser*>(data)->m_windows.push_back(
+                    std::make_unique<Window>(management, uuid));
+            },
         .stacking_order_changed_2 = ignore};
     org_kde_plasma_window_management_add_listener(m_management, &listener, this);
     settle();
@@ -145,6 +147,20 @@ void KWinUser::type(std::uint32_t key)
 {
     press(key);
     release(key);
+}
+
+bool KWinUser::isToldOfModifiers() const
+{
+    auto* const states = m_registry->bind<org_kde_kwin_keystate>(
+        m_registry->find(org_kde_kwin_keystate_interface.name), org_kde_kwin_keystate_interface,
+        firstKeystateWithModifiers);
+    if (states == nullptr) {
+        return false;
+    }
+    const std::uint32_t version = org_kde_kwin_keystate_get_version(states);
+    // Earlier versions cannot be told that it is not needed any more.
+    wl_proxy_destroy(reinterpret_cast<wl_proxy*>(states));
+    return version >= firstKeystateWithModifiers;
 }
 
 void KWinUser::move(std::uint32_t key, bool isPress)

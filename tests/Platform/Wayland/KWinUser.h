@@ -32,6 +32,9 @@ public:
     void press(std::uint32_t key) { move(key, true); }
     void release(std::uint32_t key) { move(key, false); }
     void type(std::uint32_t key);
+    /// Whether KWin tells of modifiers that are held down: as from KWin 6 on, which does not let
+    /// one keyboard release what another one holds.
+    [[nodiscard]] bool isToldOfModifiers() const;
 
 private:
     class Window;
