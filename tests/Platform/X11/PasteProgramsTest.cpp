@@ -44,7 +44,7 @@ const std::vector<Situation>& situations()
         {.name = u"Super and Control held"_s, .heldKeys = {133, 37}},
         {.name = u"de"_s, .layout = {u"de"_s}},
         {.name = u"fr"_s, .layout = {u"fr"_s}},
-        {.name = u"dvorak"_s, .layout = {u"dvorak"_s}},
+        {.name = u"dvorak"_s, .layout = {u"us(dvorak)"_s}},
         {.name = u"us of us,ru"_s, .layout = {u"us,ru"_s}, .group = 0},
         {.name = u"ru of us,ru"_s, .layout = {u"us,ru"_s}, .group = 1},
         {.name = u"ru of us,ru with caps"_s,

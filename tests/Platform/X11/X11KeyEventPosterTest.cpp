@@ -489,7 +489,7 @@ TEST_F(X11KeyEventPosterTest, findsTheLetterOnEveryLayout)
     const std::vector<Case> cases = {
         {{u"de"_s}, usualV},
         {{u"fr"_s}, usualV},
-        {{u"dvorak"_s}, dvorakV},
+        {{u"us(dvorak)"_s}, dvorakV},
     };
     for (const auto& [layout, key] : cases) {
         setLayout(layout);
@@ -561,7 +561,8 @@ TEST_F(X11KeyEventPosterTest, theLayoutOfTheUsersKeyboardMayBeAnotherThanThatOfT
                         .session()
                         .run(u"xinput"_s, {u"list"_s, u"--id-only"_s, u"Xvfb keyboard"_s})
                         .trimmed();
-    desktop().session().run(u"setxkbmap"_s, {u"-device"_s, QString::fromLatin1(id), u"dvorak"_s});
+    desktop().session().run(
+        u"setxkbmap"_s, {u"-device"_s, QString::fromLatin1(id), u"us(dvorak)"_s});
     client().pressOnKeyboard(digit3);
     client().releaseOnKeyboard(digit3);
     client().sync();
