@@ -66,7 +66,7 @@ MouseArea {
     onPressed: close()
     onWheel: event => event.accepted = true
     onPositionChanged: event => {
-        // Newer versions of the toolkit also tell of the pointer here where it is on a command.
+        // The toolkit tells of the pointer here also where it is on a command, which tells by itself.
         const inside = mapToItem(commands, event.x, event.y);
         if (!(commands.childAt(inside.x, inside.y) instanceof MenuItem))
             pointerMoved(-1, mapToItem(null, event.x, event.y));

@@ -85,7 +85,7 @@ void ViewDriver::rest(const QString& name) const
     while (QQuickItem* const child = item->childAt(on(*item).x(), on(*item).y())) {
         item = child;
     }
-    // Some versions tell only the innermost that wants to know, others all.
+    // The innermost that wants to know is told first, and then those that it is in.
     for (; item != nullptr; item = item->parentItem()) {
         if (item->acceptHoverEvents()) {
             for (const auto type : {QEvent::HoverLeave, QEvent::HoverEnter, QEvent::HoverMove}) {
