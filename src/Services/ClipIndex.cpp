@@ -38,6 +38,21 @@ qint64 number(const SQLiteConnection& connection, const char* pragma)
     return statement.next("Could not read database size") ? statement.row().integer(0) : 0;
 }
 
+/// Takes tables out of the schema that cannot be dropped. To be called in a transaction.
+void deleteFromSchema(SQLiteConnection& connection, const char* deletion)
+{
+    connection.execute("PRAGMA writable_schema = ON;");
+    const auto protect = qScopeGuard([&connection] {
+        try {
+            connection.execute("PRAGMA writable_schema = RESET;");
+        } catch (const SQLiteError& error) {
+            qCWarning(lcStore, "The schema was not read again: %s", error.what());
+        }
+    });
+    connection.execute(deletion);
+    connection.execute("PRAGMA writable_schema = RESET;");
+}
+
 } // namespace
 
 ClipIndex::ClipIndex(SQLiteConnection& connection)
@@ -213,6 +228,29 @@ void ClipIndex::drop()
     transaction.commit();
 }
 
+void ClipIndex::compact()
+{
+    try {
+        m_connection.execute("VACUUM;");
+        return;
+    } catch (const SQLiteError& error) {
+        const bool isDamage = (error.code() & primaryCode) == SQLITE_CORRUPT;
+        if (!isDamage || !schema::exists(m_connection, "table", "sqlite_stat1")) {
+            throw;
+        }
+    }
+    // Its own statistics, which later versions of SQLite make by themselves, are copied as well. It
+    // can do without them, and makes them again. Where they are damaged no statement can drop them.
+    // By now the schema has been read; within the transaction the damage would fail that.
+    {
+        SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
+        deleteFromSchema(
+            m_connection, "DELETE FROM sqlite_master WHERE tbl_name GLOB 'sqlite_stat[1-4]';");
+        transaction.commit();
+    }
+    m_connection.execute("VACUUM;");
+}
+
 void ClipIndex::dropByForce(Dropping dropping)
 {
     const bool isTooLarge =
@@ -222,7 +260,7 @@ void ClipIndex::dropByForce(Dropping dropping)
         // What is wrong may be of no table, as with a list of free pages that leads nowhere: then
         // this mends it, and nothing less does.
         try {
-            m_connection.execute("VACUUM;");
+            compact();
             drop();
             return;
         } catch (const SQLiteError& error) {
@@ -237,17 +275,8 @@ void ClipIndex::dropByForce(Dropping dropping)
     {
         SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
         m_connection.execute(schema::detachFullText);
-        m_connection.execute("PRAGMA writable_schema = ON;");
-        const auto protect = qScopeGuard([this] {
-            try {
-                m_connection.execute("PRAGMA writable_schema = RESET;");
-            } catch (const SQLiteError& error) {
-                qCWarning(lcStore, "The schema was not read again: %s", error.what());
-            }
-        });
-        m_connection.execute(
-            "DELETE FROM sqlite_master WHERE type = 'table' AND name = 'clips_fts';");
-        m_connection.execute("PRAGMA writable_schema = RESET;");
+        deleteFromSchema(
+            m_connection, "DELETE FROM sqlite_master WHERE type = 'table' AND name = 'clips_fts';");
         transaction.commit();
     }
     bool isDropped = true;
@@ -272,10 +301,9 @@ void ClipIndex::dropByForce(Dropping dropping)
         throw SQLiteError(u"the file is too large to be compacted in memory"_s, SQLITE_TOOBIG);
     }
     SQLiteTransaction transaction(m_connection, SQLiteTransaction::Mode::immediate);
-    m_connection.execute("PRAGMA writable_schema = ON;");
-    m_connection.execute("DELETE FROM sqlite_master WHERE tbl_name IN ('clips_fts_data', "
-                         "'clips_fts_idx', 'clips_fts_docsize', 'clips_fts_config');");
-    m_connection.execute("PRAGMA writable_schema = RESET;");
+    deleteFromSchema(
+        m_connection, "DELETE FROM sqlite_master WHERE tbl_name IN ('clips_fts_data', "
+                      "'clips_fts_idx', 'clips_fts_docsize', 'clips_fts_config');");
     transaction.commit();
     m_connection.execute("VACUUM;");
 }

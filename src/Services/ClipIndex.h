@@ -59,6 +59,7 @@ private:
     void deleteSecurely();
     void drop();
     void dropByForce(Dropping dropping);
+    void compact();
     [[nodiscard]] bool isInStep();
     [[nodiscard]] bool canBeHad();
     bool detach();

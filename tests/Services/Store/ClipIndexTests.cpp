@@ -218,6 +218,21 @@ TEST_F(ClipIndexDamage, ofTheTablesOwnIndexesCostsNothing)
     expectInUse();
 }
 
+TEST_F(ClipIndexDamage, besideDamageInTheStatisticsOfSQLiteCostsNothing)
+{
+    history.close();
+    // Later versions make them by themselves.
+    history.execute("ANALYZE");
+    overwritePage(
+        history.ask("SELECT rootpage FROM sqlite_master WHERE name = 'sqlite_stat1'")
+            .first()
+            .toLongLong() -
+        1);
+    history.open();
+    EXPECT_EQ(warnings().size(), 1U);
+    expectInUse();
+}
+
 TEST_F(ClipIndexDamage, besideDamageInTheHeaderOfAFileOfLargePagesCostsNothing)
 {
     history.close();
