@@ -111,7 +111,8 @@ std::optional<QByteArray> ClipContents::all(const char* column, qint64 row) cons
 {
     ClipStatement absence(
         m_connection,
-        QByteArrayLiteral("SELECT ") + column + " IS NULL FROM clips WHERE rowid = ?;");
+        // The type is known without reading the content.
+        QByteArrayLiteral("SELECT typeof(") + column + ") = 'null' FROM clips WHERE rowid = ?;");
     if (withRow(absence, row, [](const SQLiteStatement& found) { return found.integer(0) != 0; })) {
         return std::nullopt;
     }

@@ -1,3 +1,4 @@
+#include "FaultVFS.h"
 #include "HistoryFile.h"
 #include "SQLiteHook.h"
 #include "UI/QtPrinting.h"
@@ -25,7 +26,7 @@ protected:
     {
         /// Instructions of SQLite's virtual machine.
         qint64 steps = 0;
-        /// Pages that were fetched from the file.
+        /// Pages that were fetched from the files, also past the page cache.
         qint64 pages = 0;
     };
 
@@ -41,14 +42,16 @@ protected:
     {
         sqlite3_db_release_memory(m_connection);
         m_steps = 0;
-        int misses = 0;
-        int highest = 0;
-        sqlite3_db_status(m_connection, SQLITE_DBSTATUS_CACHE_MISS, &misses, &highest, 1);
+        const qint64 before = m_files.bytesRead();
         action();
-        sqlite3_db_status(m_connection, SQLITE_DBSTATUS_CACHE_MISS, &misses, &highest, 1);
-        return {m_steps, misses};
+        return {m_steps, (m_files.bytesRead() - before) / HistoryFile::pageSize};
     }
 
+private:
+    // Before what is opened through it.
+    FaultVFS m_files;
+
+protected:
     HistoryFile history;
 
 private:

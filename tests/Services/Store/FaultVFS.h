@@ -28,12 +28,14 @@ public:
     [[nodiscard]] const QByteArrayList& openedFiles() const { return m_opened; }
     /// How long SQLite was asked to wait, in microseconds. It does not, here.
     [[nodiscard]] qint64 slept() const { return m_slept; }
+    /// How much was read from all files.
+    [[nodiscard]] qint64 bytesRead() const { return m_bytesRead; }
     /// How much was written to all files.
     [[nodiscard]] qint64 bytesWritten() const { return m_bytesWritten; }
 
 protected:
     Answer open(const char* file, int& flags) override;
-    Answer read(const char* file) override;
+    Answer read(const char* file, int size) override;
     Answer write(const char* file, const void* bytes, int size, sqlite3_int64 offset) override;
     Answer truncate(const char* file, sqlite3_int64 size) override;
     Answer sync(const char* file) override;
@@ -53,6 +55,7 @@ private:
     int m_number = 0;
     bool m_hasFailed = false;
     QByteArrayList m_opened;
+    qint64 m_bytesRead = 0;
     qint64 m_bytesWritten = 0;
     qint64 m_slept = 0;
 };

@@ -74,7 +74,7 @@ PowerLossVFS::Answer PowerLossVFS::remove(const char* file, bool syncsFolder)
     return {};
 }
 
-PowerLossVFS::Answer PowerLossVFS::read(const char* /*file*/)
+PowerLossVFS::Answer PowerLossVFS::read(const char* /*file*/, int /*size*/)
 {
     return m_hasFailed ? Answer(SQLITE_IOERR_READ) : Answer();
 }

@@ -28,7 +28,7 @@ protected:
     Answer open(const char* file, int& flags) override;
     void opened(const char* file) override;
     Answer remove(const char* file, bool syncsFolder) override;
-    Answer read(const char* file) override;
+    Answer read(const char* file, int size) override;
     Answer write(const char* file, const void* bytes, int size, sqlite3_int64 offset) override;
     Answer truncate(const char* file, sqlite3_int64 size) override;
     Answer sync(const char* file) override;

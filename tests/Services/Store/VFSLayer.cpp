@@ -23,7 +23,7 @@ struct LayeredFile
     }
     static int read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset)
     {
-        const auto answer = layerOf(file).read(of(file).name);
+        const auto answer = layerOf(file).read(of(file).name, size);
         return answer ? *answer : real(file)->pMethods->xRead(real(file), bytes, size, offset);
     }
     static int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset)

@@ -26,7 +26,7 @@ protected:
     virtual Answer open(const char* /*file*/, int& /*flags*/) { return {}; }
     virtual void opened(const char* /*file*/) {}
     virtual Answer remove(const char* /*file*/, bool /*syncsFolder*/) { return {}; }
-    virtual Answer read(const char* /*file*/) { return {}; }
+    virtual Answer read(const char* /*file*/, int /*size*/) { return {}; }
     virtual Answer
     write(const char* /*file*/, const void* /*bytes*/, int /*size*/, sqlite3_int64 /*offset*/)
     {
