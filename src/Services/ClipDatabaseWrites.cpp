@@ -8,6 +8,7 @@
 #include "UnicodeText.h"
 
 #include <QFileInfo>
+#include <QLoggingCategory>
 
 #include <algorithm>
 #include <variant>
@@ -17,6 +18,8 @@ using namespace Qt::StringLiterals;
 namespace tessly {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcStore, "com.brackmoor.tessly.ClipStore")
 
 const char* const writeFailure = "Could not update clipboard history";
 
@@ -292,6 +295,15 @@ void ClipDatabase::clear(bool includePinned)
     // Overwriting what is deleted sends all of it through the log: in parts, so that a disk that is
     // nearly full has the room.
     while (clearSome(includePinned)) {
+    }
+    try {
+        withIndexMended([this] {
+            if (m_index.isAvailable()) {
+                m_index.giveBack();
+            }
+        });
+    } catch (const ClipStoreError& error) {
+        qCInfo(lcStore, "The search index keeps empty pages: %s", error.what());
     }
     tidyUp();
 }

@@ -38,6 +38,13 @@ qint64 number(const SQLiteConnection& connection, const char* pragma)
     return statement.next("Could not read database size") ? statement.row().integer(0) : 0;
 }
 
+/// Whether SQLite can remove deleted words from an index at once.
+bool canDeleteSecurely()
+{
+    constexpr int firstVersion = 3'042'000;
+    return sqlite3_libversion_number() >= firstVersion;
+}
+
 /// Takes tables out of the schema that cannot be dropped. To be called in a transaction.
 void deleteFromSchema(SQLiteConnection& connection, const char* deletion)
 {
@@ -121,6 +128,20 @@ void ClipIndex::optimize()
 {
     try {
         m_connection.execute(schema::optimizeFullText);
+    } catch (const SQLiteError& error) {
+        throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
+    }
+}
+
+void ClipIndex::giveBack()
+{
+    // Where words are removed at once their pages stay, without a word, until something is merged
+    // into them.
+    if (!canDeleteSecurely()) {
+        return;
+    }
+    try {
+        m_connection.execute(schema::rebuildFullText);
     } catch (const SQLiteError& error) {
         throw ClipStoreError(ClipStoreError::Case::execute, error.message(), error.code());
     }
@@ -214,8 +235,7 @@ void ClipIndex::make()
 /// some behind when the index is merged.
 void ClipIndex::deleteSecurely()
 {
-    constexpr int firstVersion = 3'042'000;
-    if (sqlite3_libversion_number() >= firstVersion) {
+    if (canDeleteSecurely()) {
         m_connection.execute(schema::deleteSecurely);
     }
 }

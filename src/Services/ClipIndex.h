@@ -33,6 +33,10 @@ public:
     /// Merges it into one part, in which no word of a deleted clip is left. Throws `execute`.
     void optimize();
 
+    /// Gives back what deleted clips have left empty in it, which `optimize` may not. Reads the
+    /// clips that there still are. Throws `execute`.
+    void giveBack();
+
     /// Whether what was thrown is the index's fault alone. Looks at every page of the clips, where
     /// the error does not tell.
     [[nodiscard]] bool isToBlame(const ClipStoreError& error);
