@@ -34,6 +34,8 @@ ClipStoreError openingError(HistoryFile& history)
 
 const QByteArray schemaObjects = "SELECT type, name FROM sqlite_master "
                                  "WHERE sql IS NOT NULL AND name NOT LIKE 'clips_fts_%' "
+                                 // Which SQLite makes or not, as it thinks best.
+                                 "AND name NOT LIKE 'sqlite_stat%' "
                                  "ORDER BY type, name";
 
 } // namespace

@@ -68,12 +68,17 @@ void fillAndDamageTheIndex(HistoryFile& history)
     file.write(QByteArray(HistoryFile::pageSize, '\x55'));
 }
 
-/// A deletion whose traces nobody has wiped.
+/// A deletion whose traces nobody has wiped: in the index, where earlier versions of SQLite leave
+/// them, and in the file, since it is only in the log.
 void fillAndLeaveResidue(HistoryFile& history)
 {
     fillUsually(history);
-    history.execute(
-        "PRAGMA secure_delete = ON; DELETE FROM clips WHERE plain_text LIKE '" + secretWord + "%'");
+    SQLiteConnection connection(history.path());
+    connection.setKeepsLog(true);
+    const QByteArray deletion = "PRAGMA secure_delete = ON; DELETE FROM clips "
+                                "WHERE plain_text LIKE '" +
+                                secretWord + "%'";
+    connection.execute(deletion.constData());
 }
 
 /// So much free room that the file is to shrink.

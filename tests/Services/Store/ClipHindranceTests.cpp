@@ -102,10 +102,16 @@ TEST(ClipPatience, isForErrorsThatMayPass)
 TEST_F(ClipHindrance, ofTheLookAtTheIndexDoesNotKeepDroppedClipsInTheFiles)
 {
     history.open();
-    history.saveText(secret);
-    fill(11);
-    history.database().trimHistory(10);
-    history.open();
+    {
+        // While it reads the log grows; what is in it stays, also where later versions of SQLite
+        // leave nothing in the index.
+        SQLiteConnection reader(history.path());
+        reader.execute("BEGIN; SELECT count(*) FROM clips;");
+        history.saveText(secret);
+        fill(11);
+        history.database().trimHistory(10);
+        history.open();
+    }
     ASSERT_TRUE(isSecretInFiles());
     EXPECT_EQ(history.database().scrub([] { return true; }), ClipStore::Upkeep::hindered);
     EXPECT_FALSE(isSecretInFiles());
