@@ -2,6 +2,7 @@
 
 #include "ActivationToken.h"
 #include "BusNames.h"
+#include "ExportFormat.h"
 #include "Invocation.h"
 #include "SealedMemory.h"
 
@@ -159,7 +160,8 @@ QVariantMap BusInterface::Import(const QDBusUnixFileDescriptor& lines, const QDB
 {
     std::shared_ptr<const SealedMemory> memory;
     try {
-        memory = std::make_shared<const SealedMemory>(lines.fileDescriptor());
+        memory = std::make_shared<const SealedMemory>(
+            lines.fileDescriptor(), ExportFormat::largestBatch);
     } catch (const std::system_error&) {
         call.setDelayedReply(true);
         m_sendLater([call] {

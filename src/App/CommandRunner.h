@@ -58,7 +58,8 @@ private:
     [[nodiscard]] int status(const Invocation& invocation);
     [[nodiscard]] int act(const Invocation& invocation);
     [[nodiscard]] int exportHistory(const QByteArray& file);
-    [[nodiscard]] int exportTo(const std::function<void(QByteArrayView)>& sink);
+    [[nodiscard]] std::optional<int>
+    exportTo(const QString& name, const std::function<void(QByteArrayView)>& sink);
     [[nodiscard]] int importHistory(const QByteArray& file);
     [[nodiscard]] int importFrom(int descriptor, const QString& name);
     /// Adds entries to the history. Where it cannot be had, or that fails, there is none, it was

@@ -1,5 +1,6 @@
 // Exporting and importing.
 
+#include "AppPaths.h"
 #include "BusTypes.h"
 #include "ClipDatabase.h"
 #include "ClosedHistory.h"
@@ -109,20 +110,32 @@ bool isWithin(const QString& path, const QString& folder)
 int CommandRunner::exportHistory(const QByteArray& file)
 {
     if (reach(m_client.limits().look) == Reach::running) {
-        // It answers once what was copied by now is in the history.
+        // It answers the list once what was copied by now has been handed to the history, and the
+        // import of nothing once that is open and has all that waited for it.
         const QDBusMessage answer = m_client.call(
             u"List"_s, {QString(), QString(), qlonglong(0)}, m_client.limits().answer);
         if (answer.type() != QDBusMessage::ReplyMessage) {
             return complainOfAnswer(answer);
         }
+        int status = EXIT_SUCCESS;
+        if (!addByProgram({}, status)) {
+            return status;
+        }
+    }
+    if (AppPaths::unfinishedRecovery(m_dataFolder)) {
+        return complain(
+            exitFailed, u"A damaged history is still being brought over; export it then."_s);
     }
     if (file == standardStream) {
         try {
-            return exportTo([this](QByteArrayView bytes) {
-                if (!m_output.print(bytes.toByteArray())) {
-                    throw NotPrinted{errno};
-                }
-            });
+            return exportTo(
+                       QFile::decodeName(file),
+                       [this](QByteArrayView bytes) {
+                           if (!m_output.print(bytes.toByteArray())) {
+                               throw NotPrinted{errno};
+                           }
+                       })
+                .value_or(exitFailed);
         } catch (const NotPrinted& failure) {
             return complainOfPrinting(failure.reason);
         }
@@ -133,32 +146,43 @@ int CommandRunner::exportHistory(const QByteArray& file)
             throw FileError(
                 u"write"_s, replacement.path(), u"is in the folder of the history itself"_s);
         }
-        const int status =
-            exportTo([&replacement](QByteArrayView bytes) { replacement.write(bytes); });
-        if (status == EXIT_SUCCESS) {
+        const std::optional<int> status =
+            exportTo(QFile::decodeName(file), [&replacement](QByteArrayView bytes) {
+                replacement.write(bytes);
+            });
+        if (status) {
             replacement.commit();
         }
-        return status;
+        return status.value_or(exitFailed);
     } catch (const FileError& error) {
         return complain(exitFailed, error.description());
     }
 }
 
-/// Throws what the sink throws.
-int CommandRunner::exportTo(const std::function<void(QByteArrayView)>& sink)
+/// The exit status; none if the history could not be read to its end. What is damaged in it is left
+/// out and said. Throws what the sink throws.
+std::optional<int>
+CommandRunner::exportTo(const QString& name, const std::function<void(QByteArrayView)>& sink)
 {
+    int status = EXIT_SUCCESS;
     Gathering gathering(sink);
     const auto write = [&gathering](QByteArrayView bytes) { gathering.write(bytes); };
     try {
         write(ExportFormat::firstLine());
         ClosedHistory::forEach(
-            m_databasePath, [&write](const Clip& clip) { ExportFormat::write(clip, write); });
+            m_databasePath, [&write](const Clip& clip) { ExportFormat::write(clip, write); },
+            [&](qint64 position, const QString& reason) {
+                status = exitFailed;
+                m_output.remark(terminalLine(
+                    u"%1: entry %2 is left out: %3"_s.arg(name).arg(position).arg(reason)));
+            });
     } catch (const ClipStoreError& error) {
-        return complain(exitFailed, error.description());
+        complain(exitFailed, error.description());
+        return std::nullopt;
     }
     write(ExportFormat::lastLine());
     gathering.flush();
-    return EXIT_SUCCESS;
+    return status;
 }
 
 int CommandRunner::importHistory(const QByteArray& file)

@@ -12,8 +12,8 @@ namespace tessly {
 namespace {
 
 // What is added in one transaction, for which a copy may have to wait.
-constexpr qsizetype bytesAtOnce = qsizetype(4) * 1024 * 1024;
-constexpr std::size_t linesAtOnce = 500;
+constexpr qsizetype bytesAtOnce = ExportFormat::gatheredBytes;
+constexpr std::size_t linesAtOnce = ExportFormat::gatheredLines;
 
 const QString noFirstLine = u"here should be the first line of an export"_s;
 

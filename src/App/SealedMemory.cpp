@@ -47,7 +47,7 @@ int SealedMemory::make(QByteArrayView bytes)
     return descriptor;
 }
 
-SealedMemory::SealedMemory(int descriptor)
+SealedMemory::SealedMemory(int descriptor, qint64 largest)
 {
     const int found = ::fcntl(descriptor, F_GET_SEALS);
     if (found < 0 || (found & seals) != seals) {
@@ -56,6 +56,9 @@ SealedMemory::SealedMemory(int descriptor)
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0) {
         fail(errno);
+    }
+    if (status.st_size > largest) {
+        fail(EFBIG);
     }
     m_size = status.st_size;
     if (m_size == 0) {

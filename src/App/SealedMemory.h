@@ -13,9 +13,10 @@ public:
     /// A descriptor of a copy of the bytes. It is the caller's.
     [[nodiscard]] static int make(QByteArrayView bytes);
 
-    /// Takes what `make` has made, perhaps in another process, and nothing else that a descriptor
-    /// may be. Reads nothing yet. The descriptor stays the caller's, and may be closed.
-    explicit SealedMemory(int descriptor);
+    /// Takes what `make` has made, perhaps in another process, of `largest` bytes at the most, and
+    /// nothing else that a descriptor may be. Reads nothing yet. The descriptor stays the caller's,
+    /// and may be closed.
+    SealedMemory(int descriptor, qint64 largest);
     ~SealedMemory();
     SealedMemory(const SealedMemory&) = delete;
     SealedMemory& operator=(const SealedMemory&) = delete;

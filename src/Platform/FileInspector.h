@@ -13,6 +13,8 @@ struct FileStatus
     enum class Kind {
         /// Not found out: the file system does not answer in time, or not to this user.
         unknown,
+        /// Not looked up: too many others do not answer.
+        notLookedUp,
         /// Nothing any more.
         missing,
         file,

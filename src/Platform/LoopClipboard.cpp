@@ -15,15 +15,15 @@ constexpr std::chrono::seconds takeoverTime{2};
 
 } // namespace
 
-LoopClipboard::State::State()
-    : m_changedAt(std::chrono::steady_clock::now().time_since_epoch().count())
+LoopClipboard::State::State(Now now)
+    : m_now(std::move(now))
+    , m_changedAt(m_now().time_since_epoch().count())
 {
 }
 
 std::chrono::nanoseconds LoopClipboard::State::contentAge() const
 {
-    return std::chrono::steady_clock::now().time_since_epoch() -
-           std::chrono::steady_clock::duration(m_changedAt);
+    return m_now().time_since_epoch() - std::chrono::steady_clock::duration(m_changedAt);
 }
 
 int LoopClipboard::State::copiesMissed(
@@ -54,7 +54,7 @@ void LoopClipboard::State::change(Origin origin, WriteTicket ticket)
         }
     }
     m_heldTicket = ticket.number();
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = m_now();
     if (origin == Origin::otherProgram) {
         if (m_ownerLeftAt && now - *m_ownerLeftAt <= takeoverTime) {
             m_afterOwnerThatLeft = m_changeCount + 1;

@@ -31,7 +31,10 @@ public:
     class State
     {
     public:
-        State();
+        using Now = std::function<std::chrono::steady_clock::time_point()>;
+
+        /// `now` is called on any thread.
+        explicit State(Now now = std::chrono::steady_clock::now);
 
         [[nodiscard]] qint64 changeCount() const { return m_changeCount; }
         [[nodiscard]] std::chrono::nanoseconds contentAge() const;
@@ -49,7 +52,7 @@ public:
         /// A new content has come; with the ticket of the write that it is, if it is one.
         void change(Origin origin, WriteTicket ticket = {});
         /// The other program that owned the content has gone away; the change count stays.
-        void ownerLeft() { m_ownerLeftAt = std::chrono::steady_clock::now(); }
+        void ownerLeft() { m_ownerLeftAt = m_now(); }
         /// The content is not that of a write any more; what it is will be told next.
         void release() { m_heldTicket = 0; }
         /// Likewise PRIMARY.
@@ -71,6 +74,7 @@ public:
             std::chrono::nanoseconds stay;
         };
 
+        const Now m_now;
         std::atomic<qint64> m_changeCount = 1;
         std::atomic<std::chrono::steady_clock::rep> m_changedAt;
         std::atomic<quint64> m_heldTicket = 0;

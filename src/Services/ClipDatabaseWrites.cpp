@@ -165,6 +165,10 @@ ImportOutcome ClipDatabase::importInCurrentTransaction(QByteArrayView lines, qin
     ClipStatement known = prepare("SELECT 1 FROM clips WHERE content_hash = ?;");
     ImportOutcome outcome;
     for (qint64 number = 0; !lines.isEmpty(); ++number) {
+        if (number >= ExportFormat::gatheredLines) {
+            throw ClipStoreError(
+                ClipStoreError::Case::execute, u"Too many lines to be imported at once."_s);
+        }
         const qsizetype end = lines.indexOf('\n');
         const QByteArrayView line = lines.first(end < 0 ? lines.size() : end);
         lines = lines.sliced(end < 0 ? lines.size() : end + 1);

@@ -89,13 +89,15 @@ constexpr std::size_t clipsAtOnce = 500;
 struct Part
 {
     std::vector<Clip> clips;
+    /// The positions of what cannot be handed over, and why not.
+    std::vector<std::pair<qint64, QString>> damaged;
     /// The place of the first that follows.
     qsizetype next = 0;
 };
 
 Part partFrom(qsizetype first, const QByteArrayList& ids, ClipDatabase& database)
 {
-    Part part{.clips = {}, .next = first};
+    Part part{.clips = {}, .damaged = {}, .next = first};
     qint64 bytes = 0;
     while (part.next < ids.size() && part.clips.size() < clipsAtOnce && bytes < bytesAtOnce) {
         const QByteArray& id = ids[part.next++];
@@ -108,9 +110,7 @@ Part partFrom(qsizetype first, const QByteArrayList& ids, ClipDatabase& database
             if (error.errorCase() != ClipStoreError::Case::decode) {
                 throw;
             }
-            throw ClipStoreError(
-                ClipStoreError::Case::decode,
-                u"%1 (position %2)"_s.arg(error.message()).arg(part.next));
+            part.damaged.emplace_back(part.next, error.message());
         }
     }
     return part;
@@ -131,7 +131,9 @@ ClipStore::Statistics statistics(const QString& databasePath)
     return read(databasePath, [](ClipDatabase& database) { return database.statistics(); });
 }
 
-void forEach(const QString& databasePath, const std::function<void(const Clip&)>& visit)
+void forEach(
+    const QString& databasePath, const std::function<void(const Clip&)>& visit,
+    const std::function<void(qint64 position, const QString& reason)>& damaged)
 {
     const QByteArrayList ids =
         read(databasePath, [](ClipDatabase& database) { return database.storedIDs(); });
@@ -144,6 +146,9 @@ void forEach(const QString& databasePath, const std::function<void(const Clip&)>
         }
         for (const Clip& clip : part.clips) {
             visit(clip);
+        }
+        for (const auto& [position, reason] : part.damaged) {
+            damaged(position, reason);
         }
         next = part.next;
     }

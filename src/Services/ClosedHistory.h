@@ -23,8 +23,10 @@ namespace tessly::ClosedHistory {
 /// Hands over every entry with its whole content, in list order: those that there are at the
 /// beginning, unless they are deleted meanwhile. Works as well while the program runs, of whatever
 /// it has saved, and keeps it from nothing: the entries are read a few megabytes at a time, and
-/// nothing is held open in between. What `visit` throws is thrown. `decode` tells the position of
-/// an entry that cannot be read.
-void forEach(const QString& databasePath, const std::function<void(const Clip&)>& visit);
+/// nothing is held open in between. What `visit` throws is thrown. Of an entry that is not what
+/// was stored `damaged` is told, with its position and the reason.
+void forEach(
+    const QString& databasePath, const std::function<void(const Clip&)>& visit,
+    const std::function<void(qint64 position, const QString& reason)>& damaged);
 
 } // namespace tessly::ClosedHistory

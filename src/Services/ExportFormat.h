@@ -26,6 +26,10 @@ namespace tessly::ExportFormat {
 inline constexpr qint64 largestContent = qint64(250) * 1024 * 1024;
 /// Base64 takes a third more; long lists of short addresses a bit more still.
 inline constexpr qint64 longestLine = 2 * largestContent;
+/// Bytes and lines that are imported at once: what is gathered, and a line that comes to it.
+inline constexpr qint64 gatheredBytes = qint64(4) * 1024 * 1024;
+inline constexpr qint64 gatheredLines = 500;
+inline constexpr qint64 largestBatch = gatheredBytes + longestLine;
 
 using Sink = std::function<void(QByteArrayView)>;
 

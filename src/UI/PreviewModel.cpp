@@ -22,6 +22,8 @@ QString statusText(const FileStatus& status)
     switch (status.kind) {
     case FileStatus::Kind::unknown:
         return u"Cannot be reached"_s;
+    case FileStatus::Kind::notLookedUp:
+        return {};
     case FileStatus::Kind::missing:
         return u"No longer there"_s;
     case FileStatus::Kind::file:

@@ -1,5 +1,7 @@
 #include "CommandRunner.h"
 
+#include "AppPaths.h"
+
 #include "../Platform/Desktop/TestBus.h"
 #include "BusNames.h"
 #include "ClipDatabase.h"
@@ -403,15 +405,38 @@ TEST_F(TransferTest, AnExportThatCannotBePrintedIsSaidUnlessTheReaderHasEnough)
     EXPECT_THAT(m_complaints, IsEmpty());
 }
 
+TEST_F(TransferTest, WhatIsDamagedIsLeftOutAndSaid)
+{
+    fill();
+    SQLiteConnection(m_databasePath)
+        .execute("UPDATE clips SET plain_text = 'another' WHERE rowid = 1;");
+    EXPECT_EQ(exportTo(m_file), exitFailed);
+    EXPECT_THAT(m_complaints, IsEmpty());
+    EXPECT_THAT(
+        m_remarks, ElementsAre(
+                       m_file.toStdString() +
+                       ": entry 3 is left out: A clipboard item is not what was stored."));
+    ASSERT_TRUE(QFile::remove(m_databasePath));
+    EXPECT_EQ(importFrom(m_file), 0);
+    EXPECT_EQ(m_printed, "2 added, 0 there already, 0 refused\n");
+}
+
+TEST_F(TransferTest, NothingIsExportedWhileADamagedHistoryIsBroughtOver)
+{
+    put(m_file, "the one before");
+    fill();
+    ASSERT_TRUE(AppPaths::recoverDatabaseFiles(m_folder.path()));
+    EXPECT_EQ(exportTo(m_file), exitFailed);
+    EXPECT_THAT(
+        m_complaints,
+        ElementsAre("A damaged history is still being brought over; export it then."));
+    EXPECT_EQ(contents(m_file), "the one before");
+}
+
 TEST_F(TransferTest, AnExportThatFailsLeavesTheFileOfBefore)
 {
     put(m_file, "the one before");
     fill();
-    SQLiteConnection(m_databasePath).execute("UPDATE clips SET plain_text = 'another';");
-    EXPECT_EQ(exportTo(m_file), exitFailed);
-    EXPECT_THAT(
-        m_complaints, ElementsAre("Could not decode clipboard data: A clipboard item is not what "
-                                  "was stored. (position 1)"));
     put(m_databasePath, QByteArray(8192, 'x'));
     EXPECT_EQ(exportTo(m_file), exitFailed);
     EXPECT_THAT(

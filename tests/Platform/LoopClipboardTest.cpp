@@ -59,6 +59,20 @@ TEST(LoopClipboardStateTest, EveryProgramThatComesAtOnceFollowsTheOwnerThatLeft)
     EXPECT_FALSE(state.followsOwnerThatLeft(state.changeCount())) << "the clipboard was cleared";
 }
 
+TEST(LoopClipboardStateTest, WhatComesLaterThanTwoSecondsFollowsNobody)
+{
+    std::chrono::steady_clock::time_point now{1h};
+    LoopClipboard::State state([&now] { return now; });
+    state.change(Origin::otherProgram);
+    state.ownerLeft();
+    now += 2s;
+    state.change(Origin::otherProgram);
+    EXPECT_TRUE(state.followsOwnerThatLeft(state.changeCount()));
+    now += 1ns;
+    state.change(Origin::otherProgram);
+    EXPECT_FALSE(state.followsOwnerThatLeft(state.changeCount()));
+}
+
 TEST(LoopClipboardStateTest, APasteBeginsWithWhatWasWrittenForItAndCountsFetchesAnew)
 {
     LoopClipboard::State state;

@@ -145,7 +145,9 @@ constexpr std::array historyCommands = {
         "where each was copied and how often. The file is JSON lines, one entry a line, contents "
         "in base64.\n\n"
         "A file that is there is replaced once the new one is whole and on the disk; if anything "
-        "fails, it stays as it was. Only you can read the file; who can read it has all that you "
+        "fails, it stays as it was. An entry that is damaged is left out and said on standard "
+        "error; the exit status is 1 then. Only you can read the file; who can read it has all "
+        "that you "
         "have copied. With - as FILE it goes to standard output.\n\n"
         "Also works while Tessly is not running."},
     CommandDescription{

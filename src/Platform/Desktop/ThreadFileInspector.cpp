@@ -102,7 +102,9 @@ QCoro::Task<std::vector<FileStatus>> ThreadFileInspector::inspect(QByteArrayList
     };
     if (++*busy > threads) {
         --*busy;
-        findings->finish();
+        co_return std::vector(
+            static_cast<std::size_t>(paths.size()),
+            FileStatus{.kind = FileStatus::Kind::notLookedUp});
     } else {
         try {
             std::thread(lookAll).detach();

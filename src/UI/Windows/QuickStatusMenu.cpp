@@ -27,6 +27,8 @@ constexpr int grabAttempts = 12;
 
 // A compositor takes the focus away for a moment where a keyboard comes or goes.
 constexpr auto focusIsBack = 150ms;
+// On the way from the icon to the menu the pointer may give the focus to what is between.
+constexpr auto pointerArrives = 10s;
 
 } // namespace
 
@@ -47,7 +49,6 @@ QuickStatusMenu::QuickStatusMenu()
     m_grabTimer.setInterval(grabInterval);
     connect(&m_grabTimer, &QTimer::timeout, this, &QuickStatusMenu::grab);
     m_focusTimer.setSingleShot(true);
-    m_focusTimer.setInterval(focusIsBack);
     connect(&m_focusTimer, &QTimer::timeout, this, &QuickStatusMenu::close);
     connect(m_window.get(), &QWindow::activeChanged, this, &QuickStatusMenu::activeChanged);
     connect(&m_content, &StatusMenuContent::chosen, this, &QuickStatusMenu::choose);
@@ -69,6 +70,7 @@ void QuickStatusMenu::show(std::vector<StatusMenuItem> items, QPoint position, C
     m_content.setItems(std::move(items));
     place(position);
     m_isShown = true;
+    m_isUsed = false;
     m_window->show();
     m_window->bringToFront();
     // Keys go to whichever window of the program the toolkit takes for the focused one.
@@ -103,7 +105,11 @@ bool QuickStatusMenu::eventFilter(QObject* watched, QEvent* event)
         return false;
     }
     switch (event->type()) {
+    case QEvent::Enter:
+        m_isUsed = m_isUsed || watched == m_window.get();
+        return false;
     case QEvent::KeyPress: {
+        m_isUsed = true;
         const auto& key = *static_cast<QKeyEvent*>(event);
         m_content.press(key.key(), key.modifiers());
         return true;
@@ -160,7 +166,7 @@ void QuickStatusMenu::activeChanged()
     if (m_window->isActive()) {
         m_focusTimer.stop();
     } else if (m_isShown && !m_x11->isUsed()) {
-        m_focusTimer.start();
+        m_focusTimer.start(m_isUsed ? focusIsBack : pointerArrives);
     }
 }
 

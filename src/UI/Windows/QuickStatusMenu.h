@@ -39,6 +39,8 @@ private:
     void choose(const QString& action);
 
     bool m_isShown = false;
+    /// Whether the pointer has been in it, or a key was pressed.
+    bool m_isUsed = false;
     Chosen m_chosen;
     StatusMenuContent m_content{nullptr};
     std::unique_ptr<ViewWindow> m_window;

@@ -50,7 +50,9 @@ protected:
     [[nodiscard]] std::vector<Clip> stored() const
     {
         std::vector<Clip> clips;
-        ClosedHistory::forEach(m_path, [&](const Clip& clip) { clips.push_back(clip); });
+        ClosedHistory::forEach(
+            m_path, [&](const Clip& clip) { clips.push_back(clip); },
+            [](qint64 position, const QString& /*reason*/) { ADD_FAILURE() << position; });
         return clips;
     }
     [[nodiscard]] std::vector<std::string> texts() const
