@@ -142,8 +142,28 @@ class Tray(Expecting, WaylandCase):
         self.assertLess(menu.height, 300)
         self.assertEqual(terminal.geometry().width, width, "it is no tile beside it")
         wait_until(lambda: self.menu().is_active, "the menu has the keys")
+        self.desktop.pointer.move(menu.x + 20, menu.y + 20)
         self.desktop.windows.activate(terminal.window)
         wait_until(lambda: not self.menu(), "it goes with the focus")
+
+    def test_where_the_focus_follows_the_pointer_the_menu_waits_for_it(self):
+        terminal = WaylandTerminal(self.desktop).start()
+        self.desktop.messages.command("focus_follows_mouse yes")
+        self.addCleanup(self.desktop.messages.command, "focus_follows_mouse no")
+        x, y = self.icon()
+        self.desktop.pointer.click(x, y, button=RIGHT)
+        menu = wait_until(self.menu, "the menu is open")
+        wait_until(lambda: self.menu().is_active, "the menu has the keys")
+        # Over the terminal, which gets the focus on the way.
+        for step in range(1, 6):
+            self.desktop.pointer.move(x - step * 20, y - step * 20)
+        wait_until(lambda: self.desktop.windows.active == terminal.window,
+                   "the terminal has the focus")
+        self.assertTrue(holds_for(0.5, self.menu))
+        self.desktop.pointer.move(menu.x + 20, menu.y + 20)
+        wait_until(lambda: self.menu().is_active, "the menu has the focus back")
+        self.desktop.pointer.move(20, 20)
+        wait_until(lambda: not self.menu(), "it goes with the pointer")
 
     def test_a_click_on_the_icon_opens_the_panel_and_another_closes_it(self):
         place = self.icon()
