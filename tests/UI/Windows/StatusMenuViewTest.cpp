@@ -166,6 +166,7 @@ TEST_F(StatusMenuViewTest, AnotherWindowWithTheFocusEndsIt)
 {
     show();
     ASSERT_TRUE(waitUntil([this] { return window().isActive(); }));
+    driver().press(Qt::Key_Down);
     QWindow other;
     other.resize(100, 100);
     other.show();
