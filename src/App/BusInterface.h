@@ -55,7 +55,7 @@ public Q_SLOTS:
 
     /// Adds entries, from lines as an export has them between its first and its last, in memory
     /// that SealedMemory has made. The answer has the keys of busImportOutcome, with lines counted
-    /// from 0.
+    /// from 0. Of no lines it is answered once the history is open and has what waited for that.
     QVariantMap Import(const QDBusUnixFileDescriptor& lines, const QDBusMessage& call);
 
 private:

@@ -90,6 +90,19 @@ class BeingChecked(DesktopCase):
         self.assertEqual(deletion.wait(30), 0)
         self.assertEqual(self.listed(), ["four", "two", "one"])
 
+    def test_an_export_waits_until_it_has_all_that_is_listed(self):
+        self.start_held()
+        self.copy("copied meanwhile")
+        exported = self.desktop.path("files", "exported.jsonl")
+        export = self.desktop.start([self.tessly.program, "export", exported])
+        self.assertTrue(holds_for(0.5, lambda: export.poll() is None))
+        self.expect_held()
+        self.let_go()
+        wait_until(lambda: export.poll() is not None, "the export has ended")
+        self.assertEqual(export.returncode, 0)
+        with open(exported) as file:
+            self.assertEqual(len(file.readlines()), 1 + 4 + 1)
+
     def test_the_end_does_not_wait_for_the_check_and_saves_what_waits(self):
         self.start_held()
         self.copy("four")
