@@ -39,7 +39,7 @@ _CHART = """<table:shapes><draw:frame svg:x="1cm" svg:y="2cm" svg:width="22cm" s
 </chart:chart></office:chart></office:body></office:document></draw:object>
 </draw:frame></table:shapes>"""
 # The office takes its time for its first start in a home folder.
-_PATIENCE = 120
+_TIMEOUT = 120
 
 
 class Calc:
@@ -53,11 +53,11 @@ class Calc:
         self._process = self._desktop.start(
             ["soffice", "--calc", "--norestore", "--nologo", "--nofirststartwizard", self.path],
             environment={"SAL_USE_VCLPLUGIN": "gen"}, name="calc")
-        wait_until(self._find, "the sheet is open", _PATIENCE)
+        wait_until(self._find, "the sheet is open", _TIMEOUT)
         wait_until(lambda: self._desktop.windows.active == self._find().id,
-                   "the sheet is in front", _PATIENCE)
-        self.window = settled(self._find, 1, "the window of the sheet", _PATIENCE)
-        settled(lambda: self._desktop.screen.picture().rgb, 1, "the sheet is drawn", _PATIENCE)
+                   "the sheet is in front", _TIMEOUT)
+        self.window = settled(self._find, 1, "the window of the sheet", _TIMEOUT)
+        settled(lambda: self._desktop.screen.picture().rgb, 1, "the sheet is drawn", _TIMEOUT)
         return self
 
     def _find(self):

@@ -8,7 +8,7 @@ from collections import namedtuple
 import dbus
 import dbus.bus
 
-from .waiting import PATIENCE, wait_until
+from .waiting import TIMEOUT, wait_until
 
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
 _COMPONENT = "org.a11y.atspi.Component"
@@ -137,7 +137,7 @@ class Control:
         except dbus.DBusException:
             return None
 
-    def find(self, role=None, name=None, timeout=PATIENCE):
+    def find(self, role=None, name=None, timeout=TIMEOUT):
         """The one control of this role and name, once it is there."""
         return wait_until(lambda: self.find_all(role, name),
                           lambda: f"a {role} “{name}” in:\n{self.describe()}", timeout)[0]

@@ -2,7 +2,7 @@
 
 import os
 
-from .waiting import PATIENCE, holds_for, wait_until
+from .waiting import TIMEOUT, holds_for, wait_until
 
 
 class _Program:
@@ -83,11 +83,11 @@ class Terminal(_Program):
         except FileNotFoundError:
             return ""
 
-    def wait_for_arrival(self, timeout=PATIENCE):
+    def wait_for_arrival(self, timeout=TIMEOUT):
         """Waits until something was typed or pasted, pressing no key for it."""
         wait_until(self.text, "something arrives in the terminal", timeout)
 
-    def wait_for_text(self, expected, timeout=PATIENCE):
+    def wait_for_text(self, expected, timeout=TIMEOUT):
         wait_until(lambda: self.text() == expected,
                    lambda: f"the terminal got “{expected}”, it has “{self.text()}”", timeout)
 
@@ -227,11 +227,11 @@ class _Editor(_Program):
         with open(self.path) as file:
             return file.read()
 
-    def wait_for_arrival(self, timeout=PATIENCE):
+    def wait_for_arrival(self, timeout=TIMEOUT):
         """Waits until something was typed or pasted, pressing no key for it."""
         wait_until(self.is_changed, "something arrives in the editor", timeout)
 
-    def wait_for_text(self, expected, timeout=PATIENCE):
+    def wait_for_text(self, expected, timeout=TIMEOUT):
         """Waits until something arrives and expects the text to be `expected` then.
 
         Keys are pressed only after the arrival, so that they cannot mix with a paste under way.
@@ -304,7 +304,7 @@ class _CommandEditor(_Program):
         with open(self.path) as file:
             return file.read()
 
-    def wait_for_text(self, expected, timeout=PATIENCE):
+    def wait_for_text(self, expected, timeout=TIMEOUT):
         wait_until(lambda: self.text().rstrip("\n") == expected,
                    lambda: f"the editor got “{expected}”, it has “{self.text()}”", timeout)
 
@@ -357,10 +357,10 @@ class SeenEditor(_Program):
     def text(self):
         return self._content.text
 
-    def wait_for_arrival(self, timeout=PATIENCE):
+    def wait_for_arrival(self, timeout=TIMEOUT):
         wait_until(self.text, "something arrives in the editor", timeout)
 
-    def wait_for_text(self, expected, timeout=PATIENCE):
+    def wait_for_text(self, expected, timeout=TIMEOUT):
         wait_until(lambda: self.text() == expected,
                    lambda: f"the editor got “{expected}”, it has “{self.text()}”", timeout)
 

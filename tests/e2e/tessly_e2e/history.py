@@ -6,7 +6,7 @@ import sqlite3
 from collections import namedtuple
 from contextlib import closing, contextmanager
 
-from .waiting import PATIENCE, wait_until
+from .waiting import TIMEOUT, wait_until
 
 Clip = namedtuple(
     "Clip", "id created_at last_used_at kind preview search_text plain_text rtf html image_png "
@@ -58,10 +58,10 @@ class History:
         """The entry with this plain text, or None."""
         return next((clip for clip in self.clips() if clip.plain_text == text), None)
 
-    def wait_for_text(self, text, timeout=PATIENCE):
+    def wait_for_text(self, text, timeout=TIMEOUT):
         return wait_until(lambda: self.find(text), f"“{text[:60]}” is recorded", timeout)
 
-    def wait_for_kind(self, kind, timeout=PATIENCE):
+    def wait_for_kind(self, kind, timeout=TIMEOUT):
         """The newest entry, once it is of this kind."""
         return wait_until(
             lambda: next((clip for clip in self.clips()[:1] if clip.kind == kind), None),

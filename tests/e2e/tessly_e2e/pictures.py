@@ -12,7 +12,7 @@ from .desktop import Desktop
 
 # So that the largest scale has room for every window.
 SIZE = (2560, 1600)
-PATIENCE = 180.0
+TIMEOUT = 180.0
 
 
 def font():
@@ -24,7 +24,7 @@ def font():
 
 def take(gallery, folder, scale):
     with Desktop(bus=False, size=SIZE) as desktop:
-        desktop.run([gallery, folder], environment={"QT_SCALE_FACTOR": scale}, timeout=PATIENCE)
+        desktop.run([gallery, folder], environment={"QT_SCALE_FACTOR": scale}, timeout=TIMEOUT)
 
 
 def main(gallery, folder, *scales):

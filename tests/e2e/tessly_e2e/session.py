@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 
 from .processes import Processes, read_log
-from .waiting import PATIENCE, wait_until
+from .waiting import TIMEOUT, wait_until
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -161,7 +161,7 @@ class Session:
         """The programs that were started and not ended, in order."""
         return self._processes.running
 
-    def run(self, arguments, *, input=None, environment=None, check=True, timeout=PATIENCE):
+    def run(self, arguments, *, input=None, environment=None, check=True, timeout=TIMEOUT):
         """Runs a program to its end and returns its subprocess.CompletedProcess, in bytes."""
         finished = subprocess.run(arguments, env={**self.environment, **(environment or {})},
                                   input=input, capture_output=True, timeout=timeout, check=False)

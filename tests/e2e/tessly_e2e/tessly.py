@@ -9,7 +9,7 @@ from collections import namedtuple
 
 from .history import History
 from .processes import read_log
-from .waiting import PATIENCE, Timeout, settled, wait_until
+from .waiting import TIMEOUT, Timeout, settled, wait_until
 from .wayland_session import Toplevel
 
 BUS_NAME = "com.brackmoor.tessly"
@@ -169,7 +169,7 @@ class Tessly:
         return [Trace(found, float(time) / 1000) for found, time in
                 re.findall(r"^trace: (\S+) ([\d.]+)$", self.log(), re.MULTILINE) if found == name]
 
-    def wait_for_trace(self, name, count=1, timeout=PATIENCE):
+    def wait_for_trace(self, name, count=1, timeout=TIMEOUT):
         """The `count`th mark of this name."""
         def marks():
             if not self.is_running():
@@ -238,10 +238,10 @@ class Tessly:
         windows = self.desktop.windows
         return windows.active == window.id and windows.focused is not None
 
-    def wait_for_closed_panel(self, timeout=PATIENCE):
+    def wait_for_closed_panel(self, timeout=TIMEOUT):
         wait_until(lambda: self.panel_window() is None, "the panel is closed", timeout)
 
-    def close_panel(self, timeout=PATIENCE):
+    def close_panel(self, timeout=TIMEOUT):
         """Closes the panel by Escape, which closes a preview first."""
         def closed():
             return re.findall(r"^trace: (panel|preview)-closed ", self.log(), re.MULTILINE)

@@ -3,7 +3,7 @@
 import time
 
 # Long enough for a loaded machine; reached only when something is wrong.
-PATIENCE = 20.0
+TIMEOUT = 20.0
 INTERVAL = 0.02
 
 
@@ -11,7 +11,7 @@ class Timeout(AssertionError):
     """What was waited for did not happen. A failed expectation, so tests report it as one."""
 
 
-def wait_until(condition, what, timeout=PATIENCE):
+def wait_until(condition, what, timeout=TIMEOUT):
     """The first true value that `condition` returns; raises Timeout naming `what` otherwise.
 
     `what` may be a function, called for the message only when the wait has failed.
@@ -26,7 +26,7 @@ def wait_until(condition, what, timeout=PATIENCE):
         time.sleep(INTERVAL)
 
 
-def settled(sample, quiet, what, timeout=PATIENCE):
+def settled(sample, quiet, what, timeout=TIMEOUT):
     """The value of `sample` once it has stayed the same for `quiet` seconds."""
     deadline = time.monotonic() + timeout
     value = sample()

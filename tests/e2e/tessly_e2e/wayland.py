@@ -12,7 +12,7 @@ import struct
 import time
 from collections import namedtuple
 
-from .waiting import PATIENCE, Timeout
+from .waiting import TIMEOUT, Timeout
 
 Interface = namedtuple("Interface", "requests events", defaults=((), ()))
 
@@ -213,7 +213,7 @@ class Connection:
         except OSError as error:
             raise ProtocolError(f"the compositor does not listen: {error}") from error
 
-    def roundtrip(self, timeout=PATIENCE):
+    def roundtrip(self, timeout=TIMEOUT):
         """Returns once the compositor has dealt with all requests, and its events were handled."""
         done = []
         self.display.sync().on["done"] = done.append
