@@ -40,15 +40,17 @@ class GnomeShell(InstalledServices, Mutter):
             self.run(["gsettings", "set", schema, key, value])
         super()._start_compositor()
         self._tell_services()
-        # The shell opens its overview when it has started; no window has the keys there.
-        wait_until(self._has_closed_overview, "the overview is closed")
+        # The shell opens its overview when it has started; no window has the keys there. Closed
+        # before that, it would still come.
+        wait_until(self._is_overview_open, "the overview opens")
+        self.call(_SHELL, "/org/gnome/Shell", _PROPERTIES, "Set", "ssv", _SHELL,
+                  "OverviewActive", dbus.Boolean(False, variant_level=1))
+        wait_until(lambda: not self._is_overview_open(), "the overview is closed")
 
-    def _has_closed_overview(self):
+    def _is_overview_open(self):
         try:
-            self.call(_SHELL, "/org/gnome/Shell", _PROPERTIES, "Set", "ssv", _SHELL,
-                      "OverviewActive", dbus.Boolean(False, variant_level=1))
-            return not self.call(_SHELL, "/org/gnome/Shell", _PROPERTIES, "Get", "ss", _SHELL,
-                                 "OverviewActive")
+            return bool(self.call(_SHELL, "/org/gnome/Shell", _PROPERTIES, "Get", "ss", _SHELL,
+                                  "OverviewActive"))
         except dbus.DBusException:
             return False  # not on the bus yet
 
