@@ -75,4 +75,20 @@ std::optional<QByteArrayList> stringList(const QByteArray& json)
     return strings;
 }
 
+std::optional<QByteArrayList> wholeStrings(const QByteArray& cut)
+{
+    qsizetype end = 0;
+    bool isInString = false;
+    for (qsizetype i = 0; i < cut.size(); ++i) {
+        if (isInString && cut[i] == '\\') {
+            // Whatever follows ends nothing.
+            ++i;
+        } else if (cut[i] == '"') {
+            isInString = !isInString;
+            end = isInString ? end : i + 1;
+        }
+    }
+    return stringList(end > 0 ? cut.first(end) + ']' : QByteArrayLiteral("[]"));
+}
+
 } // namespace tessly

@@ -14,4 +14,7 @@ namespace tessly {
 /// The strings of a JSON array of strings, however written; none for anything else.
 [[nodiscard]] std::optional<QByteArrayList> stringList(const QByteArray& json);
 
+/// The strings that stand whole in `cut`, the beginning of such an array.
+[[nodiscard]] std::optional<QByteArrayList> wholeStrings(const QByteArray& cut);
+
 } // namespace tessly
