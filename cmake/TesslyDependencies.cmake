@@ -21,7 +21,6 @@ pkg_check_modules(URIPARSER REQUIRED IMPORTED_TARGET liburiparser)
 # Its hashes are as fast as any, and it takes a tenth of the memory that larger ones do.
 pkg_check_modules(NETTLE REQUIRED IMPORTED_TARGET nettle)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
-pkg_check_modules(GIO REQUIRED gio-2.0)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-render xcb-xfixes xcb-xtest xcb-xkb xcb-xinput xcb-util)
 pkg_check_modules(WAYLAND_CLIENT REQUIRED IMPORTED_TARGET wayland-client)
 pkg_check_modules(XKBCOMMON REQUIRED IMPORTED_TARGET xkbcommon xkbcommon-x11)

@@ -51,19 +51,20 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     endif()
 endif()
 
-# tessly_add_floor(name SOURCES ... DEPENDS ...)
+# tessly_add_room(name SOURCES ... DEPENDS ... [PRIVATE_DEPENDS ...] [PRECOMPILES headers ...])
 #
 # One folder, one static library. A folder's headers are visible only to the targets that link it,
-# so that an include that points upwards does not compile.
-function(tessly_add_floor name)
-    cmake_parse_arguments(PARSE_ARGV 1 FLOOR "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS")
-    add_library(${name} STATIC ${FLOOR_SOURCES})
+# so that an include that points upwards does not compile. The room that precompiles headers does so
+# for all others.
+function(tessly_add_room name)
+    cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS;PRECOMPILES")
+    add_library(${name} STATIC ${ROOM_SOURCES})
     target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
     target_link_libraries(${name}
-        PUBLIC ${FLOOR_DEPENDS}
-        PRIVATE tessly_options ${FLOOR_PRIVATE_DEPENDS})
-    if(name STREQUAL "tessly_support")
-        target_precompile_headers(${name} PRIVATE ${TESSLY_PRECOMPILED_HEADERS})
+        PUBLIC ${ROOM_DEPENDS}
+        PRIVATE tessly_options ${ROOM_PRIVATE_DEPENDS})
+    if(ROOM_PRECOMPILES)
+        target_precompile_headers(${name} PRIVATE ${ROOM_PRECOMPILES})
     else()
         target_precompile_headers(${name} REUSE_FROM tessly_support)
     endif()

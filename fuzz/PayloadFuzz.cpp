@@ -2,6 +2,7 @@
 // Fields: which flavours there are (the bits of one byte), plain text, RTF, HTML, PNG, file URLs.
 
 #include "ClipPayload.h"
+#include "ClipPreview.h"
 #include "FuzzInput.h"
 #include "MendedUTF8.h"
 #include "PasteboardItems.h"
@@ -59,6 +60,15 @@ void checkDerivations(const ClipPayload& payload)
     require(
         stringList(payload.fileURLsJSON()) == payload.fileURLs(),
         "a list of files is stored whole");
+    const ClipPreview shown = ClipPreview::of(payload);
+    require(
+        !shown.text || shown.text->size() <= ClipPreview::textAtMost,
+        "no more of a text is taken than is shown");
+    const QByteArray json = payload.fileURLsJSON();
+    const auto first = wholeStrings(json.first(json.size() / 2));
+    require(
+        first && *first == payload.fileURLs().first(first->size()),
+        "a list that is cut begins as the whole does");
     const QByteArray hash = payload.contentHash();
     require(hash.size() == 64 && hash == QByteArray::fromHex(hash).toHex(), "a hash is 64 digits");
     require(payload.byteCount() >= 0, "no content has fewer bytes than none");

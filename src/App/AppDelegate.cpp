@@ -63,7 +63,7 @@ PasteService::Hooks pasteHooks(DesktopPlatform& platform)
     return {
         .checkAutomaticPasteAccess = [&platform] { return platform.keys().isAllowed(); },
         .requestAutomaticPasteAccess = [&platform] { return platform.keys().requestAccess(); },
-        .openSettingsURL = [&platform](const QUrl& url) { return platform.openSettings(url); },
+        .openSettingsURL = [&platform](const QUrl&) { return platform.askAgain(); },
     };
 }
 

@@ -56,7 +56,7 @@ struct ToolkitExit::State
             }
             QMetaObject::invokeMethod(&current->receiver, &State::callBefore, Qt::QueuedConnection);
         }
-        std::this_thread::sleep_for(patience);
+        std::this_thread::sleep_for(timeout);
     }
 };
 

@@ -13,7 +13,7 @@ class ToolkitExit
 {
 public:
     /// For `before`, when another thread ends the process; it ends all the same after that.
-    static constexpr std::chrono::seconds patience{5};
+    static constexpr std::chrono::seconds timeout{5};
 
     /// `before` is called on the main thread, once, from inside whatever goes on there.
     explicit ToolkitExit(std::function<void()> before);

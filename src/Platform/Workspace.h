@@ -4,7 +4,6 @@
 #include "RunningApplication.h"
 
 #include <QCoroTask>
-#include <QUrl>
 
 #include <functional>
 #include <memory>
@@ -12,7 +11,7 @@
 
 namespace tessly {
 
-/// The desktop: which application is in front, and how to open things. Main thread only.
+/// The desktop: which application is in front. Main thread only.
 class Workspace
 {
 public:
@@ -35,9 +34,6 @@ public:
     /// `changed` is called on the main thread each time that another window comes to the front, or
     /// none is in front any more. Replaces the one given before; empty: nobody is called.
     virtual void setFrontmostChanged(std::function<void()> changed) = 0;
-
-    /// Opens a URL with the program the desktop has for it; false if there is none.
-    [[nodiscard]] virtual bool openURL(const QUrl& url) = 0;
 };
 
 /// This program's own id, among those that `RunningApplication::bundleIdentifier` gives.

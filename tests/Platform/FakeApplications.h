@@ -23,12 +23,6 @@ public:
     }
     void bringToFront(const QString& id) { m_workspace.setFrontmost(m_applications.at(id)); }
     void close(const QString& id) { m_applications.at(id)->terminate(); }
-    QUrl urlWithoutProgram()
-    {
-        m_workspace.setOpensURLs(false);
-        return QUrl(QStringLiteral("x-tessly-nobody:x"));
-    }
-
     KeyEventPoster& poster() { return *m_poster; }
     void endPoster()
     {

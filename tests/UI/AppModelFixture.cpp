@@ -8,7 +8,8 @@ namespace tessly::test {
 
 AppModelFixture::AppModelFixture()
     : m_pasteService(m_pasteboard, m_keys, m_clock, {.openSettingsURL = [this](const QUrl& url) {
-                         return m_workspace.openURL(url);
+                         m_openedURLs.push_back(url);
+                         return m_opensURLs;
                      }})
 {
     auto executor = std::make_unique<ManualExecutor>();

@@ -69,6 +69,9 @@ protected:
     FakePasteboard m_pasteboard;
     FakeImageConverter m_converter;
     FakeWorkspace m_workspace;
+    /// Every address that was to be opened, and whether the desktop does it.
+    std::vector<QUrl> m_openedURLs;
+    bool m_opensURLs = true;
     FakeKeyEventPoster m_keys;
     FakeLoginItem m_loginItem;
     FakeBundle m_bundle;

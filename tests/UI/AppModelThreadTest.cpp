@@ -1,4 +1,5 @@
 #include "AppModel.h"
+#include "ClipDatabase.h"
 #include "FakeBundle.h"
 #include "FakeImageConverter.h"
 #include "FakeKeyEventPoster.h"
@@ -76,6 +77,11 @@ TEST_F(AppModelThreadTest, ModelAndStoreMayGoWhileTheStoreWorks)
     m_store.reset();
     m_clock.advance(0ms);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // It is sound, whatever had been begun.
+    ClipDatabase history(
+        m_folder.filePath(u"history.sqlite"_s), SQLiteConnection::Access::readOnly);
+    EXPECT_TRUE(history.hasHistory());
+    EXPECT_NO_THROW(ClipDatabase(m_folder.filePath(u"history.sqlite"_s), [] { return 0.0; }));
 }
 
 } // namespace

@@ -16,7 +16,6 @@ namespace tessly::test {
 ///                                   // the front
 ///   void bringToFront(QString id);  // the user does
 ///   void close(QString id);         // the program closes its window
-///   QUrl urlWithoutProgram();       // which nothing on the desktop opens
 template <typename Subject>
 class WorkspaceContract : public testing::Test
 {
@@ -168,17 +167,11 @@ TYPED_TEST_P(WorkspaceContract, TellsWhenAnotherComesToTheFront)
     EXPECT_EQ(changes, 0);
 }
 
-TYPED_TEST_P(WorkspaceContract, WhatNothingOpensIsRefused)
-{
-    EXPECT_FALSE(this->workspace().openURL(this->m_subject.urlWithoutProgram()));
-}
-
 REGISTER_TYPED_TEST_SUITE_P(
     WorkspaceContract, NothingIsInFrontWithoutApplications,
     TheApplicationInFrontIsActiveAndStaysTheSame, AnotherThatComesToTheFrontTakesItsPlace,
     AnApplicationThatIsAskedToComesToTheFront, AnApplicationWhoseWindowClosesHasEnded,
     AnApplicationMayEndBehindAnother, WhatWasInFrontLatelyIsTold, WhatIsInFrontAgainIsToldLast,
-    WhatWasInFrontIsToldAlsoOnceItHasEnded, TellsWhenAnotherComesToTheFront,
-    WhatNothingOpensIsRefused);
+    WhatWasInFrontIsToldAlsoOnceItHasEnded, TellsWhenAnotherComesToTheFront);
 
 } // namespace tessly::test

@@ -87,6 +87,10 @@ std::unique_ptr<QProcess> XSession::program(const QString& name, const QStringLi
     environment.insert(u"HOME"_s, m_home.path());
     environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     environment.remove(u"WAYLAND_DISPLAY"_s);
+    // Neither their settings nor assistive technology are theirs to start: such services outlive
+    // them, and whoever waits for the end of all that the test has started would wait for those.
+    environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
+    environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
     environment.remove(u"LD_PRELOAD"_s);
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(environment);

@@ -49,7 +49,9 @@ QCoro::Task<ScaledImage> FakeImageConverter::scaled(QByteArray png, QSize bound)
     co_return ScaledImage{
         .fullSize = bound * 2,
         .size = bound,
-        .pixels = QByteArray(qsizetype{4} * bound.width() * bound.height(), '\x7f')};
+        // Grey, and opaque.
+        .pixels =
+            QByteArray("\x7f\x7f\x7f\xff").repeated(qsizetype{bound.width()} * bound.height())};
 }
 
 } // namespace tessly::test

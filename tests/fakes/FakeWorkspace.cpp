@@ -51,10 +51,4 @@ FakeWorkspace::inFrontDuring(Clock::Duration span)
     co_return applications;
 }
 
-bool FakeWorkspace::openURL(const QUrl& url)
-{
-    m_openedURLs.push_back(url);
-    return m_opensURLs;
-}
-
 } // namespace tessly::test

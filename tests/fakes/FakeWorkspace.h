@@ -19,10 +19,6 @@ public:
 
     /// Brings an application (none: nothing) to the front; the one before loses the keyboard.
     void setFrontmost(std::shared_ptr<FakeRunningApplication> application);
-    /// Whether there is a program for any URL. True at first.
-    void setOpensURLs(bool opens) { m_opensURLs = opens; }
-    /// Every URL that was to be opened.
-    [[nodiscard]] const std::vector<QUrl>& openedURLs() const { return m_openedURLs; }
 
     [[nodiscard]] std::shared_ptr<RunningApplication> frontmostApplication() const override
     {
@@ -34,7 +30,6 @@ public:
     {
         m_changed = std::move(changed);
     }
-    [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
     struct Past
@@ -48,8 +43,6 @@ private:
     std::shared_ptr<FakeRunningApplication> m_frontmost;
     std::vector<Past> m_past;
     std::function<void()> m_changed;
-    bool m_opensURLs = true;
-    std::vector<QUrl> m_openedURLs;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 

@@ -42,7 +42,7 @@ WaylandDesktop::Connection WaylandDesktop::connect() const
         .display = m_options.display,
         .entries = m_options.entries,
         .deadline = m_options.deadline,
-        .patience = m_options.patience,
+        .timeout = m_options.timeout,
         .history = m_history,
         .frontChanged = m_frontChanged.request()});
 }

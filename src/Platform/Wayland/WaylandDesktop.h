@@ -48,7 +48,7 @@ public:
         std::chrono::milliseconds deadline{5000};
         /// For the compositor to get to the keys of a paste, or to tell what is in front: what it
         /// gets to later is not expected any more.
-        std::chrono::milliseconds patience{3000};
+        std::chrono::milliseconds timeout{3000};
         /// Before the connection is made again; doubled each time it fails or does not last, up to
         /// a bound.
         std::chrono::milliseconds firstDelay{10};

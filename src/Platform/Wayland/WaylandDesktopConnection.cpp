@@ -104,7 +104,7 @@ QFuture<KeySender::Sending> WaylandDesktopConnection::press(
             // Held by what waits for the compositor, so that the answer comes if that is dropped.
             const auto paste = std::make_shared<Paste>(Paste{.answer = answer});
             const auto deadline =
-                m_loop.callAfter(m_options.patience, [late = std::weak_ptr<Paste>(paste)] {
+                m_loop.callAfter(m_options.timeout, [late = std::weak_ptr<Paste>(paste)] {
                     if (const auto paste = late.lock()) {
                         paste->isOver = true;
                         paste->answer(Sending::failed);
@@ -176,7 +176,7 @@ WaylandDesktopConnection::askInTime(std::function<void(const std::function<void(
         // Held by what waits for the compositor, so that the answer comes if that is dropped.
         const auto question = std::make_shared<Question>(Question{.answer = answer});
         const auto deadline =
-            m_loop.callAfter(m_options.patience, [late = std::weak_ptr<Question>(question)] {
+            m_loop.callAfter(m_options.timeout, [late = std::weak_ptr<Question>(question)] {
                 if (const auto question = late.lock()) {
                     question->answer(false);
                 }

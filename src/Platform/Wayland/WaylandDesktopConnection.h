@@ -32,7 +32,7 @@ public:
         /// For each of the compositor's answers when it is waited for.
         std::chrono::milliseconds deadline{};
         /// For the compositor to get to the keys of a paste.
-        std::chrono::milliseconds patience{};
+        std::chrono::milliseconds timeout{};
         /// What was in front lately, on this connection or one before it.
         std::shared_ptr<WaylandToplevels::History> history = {};
         /// Another window has come to the front, or none is any more. On the connection's thread.

@@ -1,6 +1,5 @@
 #include "WaylandWorkspace.h"
 
-#include "UrlOpener.h"
 #include "WaylandDesktop.h"
 #include "WaylandToplevels.h"
 
@@ -57,11 +56,6 @@ WaylandWorkspace::inFrontDuring(Clock::Duration span)
 void WaylandWorkspace::setFrontmostChanged(std::function<void()> changed)
 {
     m_desktop.setFrontChanged(std::move(changed));
-}
-
-bool WaylandWorkspace::openURL(const QUrl& url)
-{
-    return openWithDesktop(url);
 }
 
 } // namespace tessly

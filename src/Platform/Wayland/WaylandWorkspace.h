@@ -24,7 +24,6 @@ public:
     [[nodiscard]] QCoro::Task<std::vector<std::shared_ptr<RunningApplication>>>
     inFrontDuring(Clock::Duration span) override;
     void setFrontmostChanged(std::function<void()> changed) override;
-    [[nodiscard]] bool openURL(const QUrl& url) override;
 
 private:
     using Applications =

@@ -1,6 +1,5 @@
 #include "X11Workspace.h"
 
-#include "UrlOpener.h"
 #include "X11Desktop.h"
 #include "X11WindowTracker.h"
 
@@ -65,11 +64,6 @@ void X11Workspace::setFrontmostChanged(std::function<void()> changed)
     if (const auto windows = m_windows.lock()) {
         windows->setFrontChanged(m_frontmostChanged.request());
     }
-}
-
-bool X11Workspace::openURL(const QUrl& url)
-{
-    return openWithDesktop(url);
 }
 
 } // namespace tessly

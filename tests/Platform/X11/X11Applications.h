@@ -27,7 +27,6 @@ public:
             {QStringLiteral("windowactivate"), QString::number(m_windows.at(id))});
     }
     void close(const QString& id) { client().destroy(m_windows.at(id)); }
-    static QUrl urlWithoutProgram() { return QUrl(QStringLiteral("x-tessly-nobody:x")); }
 
     KeyEventPoster& poster() { return *m_poster; }
     void endPoster() { m_poster.reset(); }
