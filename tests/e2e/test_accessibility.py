@@ -2,7 +2,7 @@
 
 import unittest
 
-from tessly_e2e import wait_until
+from tessly_e2e import png, wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.tray import Tray
 
@@ -70,6 +70,40 @@ class Tree(TesslyCase):
         ui.find("list item", "Text, some words").act("Press")
         self.tessly.wait_for_closed_panel()
         self.wait_for_own_content()
+
+    def expect_gone(self, ui, role, name):
+        wait_until(lambda: not ui.find_all(role, name), lambda: f"{name} is gone:\n{ui.describe()}")
+
+    def test_the_preview(self):
+        image = png.encode(300, 200, bytes(3 * 300 * 200))
+        self.clipboard.copy(image, "image/png")
+        self.history.wait_for_kind("image")
+        self.clipboard.offer({"text/html": b"<p>of <b>HTML</b></p><img src='file:///gone.png'>"})
+        self.history.wait_for_kind("richText")
+        self.record("first line\nsecond line")
+        self.tessly.open_panel()
+        ui = self.ui(self.tessly)
+        ui.find("label", "first line\nsecond line")
+        self.keyboard.press("Control+space")
+        self.expect_gone(ui, "panel", "Preview")
+        self.keyboard.press("Control+space")
+        ui.find("label", "first line\nsecond line")
+        self.assertIn("Text", ui.find("panel", "Preview").description)
+        self.assertEqual([control.name for control in self.focused(ui)],
+                         ["Search clipboard history"])
+
+        self.keyboard.press("Down")
+        ui.find("label", "of HTML")
+        self.expect_gone(ui, "label", "first line\nsecond line")
+        self.keyboard.press("Down")
+        picture = f"Image, 300 × 200 pixels • {len(image)} bytes"
+        ui.find("graphic", picture)
+        self.expect_every_control_named(ui)
+
+        self.keyboard.press("Escape")
+        self.expect_gone(ui, "panel", "Preview")
+        self.expect_gone(ui, "graphic", picture)
+        self.assertIsNotNone(self.tessly.panel_window())
 
     def test_the_settings(self):
         self.tessly.open_panel()

@@ -1,6 +1,8 @@
 """The preview beside the panel."""
 
+import errno
 import os
+import socket
 import unittest
 
 from tessly_e2e import Desktop, png, wait_until
@@ -166,6 +168,27 @@ class Accessible(PreviewCase):
         folder = os.path.dirname(path) + "/"
         ui.find("list item", f"there.txt, 5 bytes, {folder}")
         ui.find("list item", "gone.txt, No longer there, /")
+
+    def test_of_html_its_text_is_shown_and_nothing_that_it_names_is_opened(self):
+        pipe = self.desktop.path("files", "pipe")
+        os.mkfifo(pipe)
+        with socket.create_server(("127.0.0.1", 0)) as server:
+            remote = f"http://127.0.0.1:{server.getsockname()[1]}/"
+            self.clipboard.offer({"text/html": "".join((
+                f"<link rel='stylesheet' href='file://{pipe}'>",
+                f"<link rel='stylesheet' href='{remote}'>",
+                f"<style>@import url('{remote}'); p {{ background: url('file://{pipe}') }}</style>",
+                f"<p>words of a page<img src='file://{pipe}'><img src='{remote}'></p>",
+                f"<iframe src='{remote}'></iframe><script src='{remote}'></script>")).encode()})
+            self.history.wait_for_kind("richText")
+            self.tessly.open_panel()
+            self.ui(self.tessly).find("label", "words of a page")
+            with self.assertRaises(OSError, msg="somebody reads the file") as raised:
+                os.close(os.open(pipe, os.O_WRONLY | os.O_NONBLOCK))
+            self.assertEqual(raised.exception.errno, errno.ENXIO)
+            server.setblocking(False)
+            with self.assertRaises(BlockingIOError, msg="somebody has connected"):
+                server.accept()
 
 
 if __name__ == "__main__":
