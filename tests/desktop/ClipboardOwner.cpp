@@ -1,8 +1,8 @@
 #include "ClipboardOwner.h"
 
+#include "FrozenProcess.h"
 #include "TestSupport.h"
 
-#include <csignal>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -51,12 +51,12 @@ bool ClipboardOwner::waitUntilGone()
 
 void ClipboardOwner::hang()
 {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGSTOP);
+    freeze(*m_process);
 }
 
 void ClipboardOwner::goOn()
 {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGCONT);
+    thaw(*m_process);
 }
 
 bool ClipboardOwner::waitForLine(const QByteArray& line)

@@ -42,11 +42,11 @@ public:
     /// Starts openbox and returns it once it manages windows; for sessions that began without.
     [[nodiscard]] std::unique_ptr<QProcess> startOpenbox() const;
 
-    /// For signals to the X server; a stopped one is a frozen one.
-    [[nodiscard]] qint64 serverProcessID() const { return m_server->processId(); }
+    /// The X server, to be frozen.
+    [[nodiscard]] const QProcess& server() const { return *m_server; }
 
-    /// For signals to the window manager, which there must be.
-    [[nodiscard]] qint64 windowManagerProcessID() const { return m_windowManager->processId(); }
+    /// The window manager, which there must be.
+    [[nodiscard]] const QProcess& windowManager() const { return *m_windowManager; }
 
     /// Ends the X server, as a crash would.
     void killServer();

@@ -1,5 +1,7 @@
 #include "TestBus.h"
 
+#include "FrozenProcess.h"
+
 #include <QDBusMessage>
 #include <QFile>
 #include <QUuid>
@@ -86,12 +88,12 @@ void TestBus::addService(const QString& name, const QString& command)
 
 void TestBus::suspend()
 {
-    ::kill(static_cast<pid_t>(m_daemon.processId()), SIGSTOP);
+    freeze(m_daemon);
 }
 
 void TestBus::resume()
 {
-    ::kill(static_cast<pid_t>(m_daemon.processId()), SIGCONT);
+    thaw(m_daemon);
 }
 
 void TestBus::kill()

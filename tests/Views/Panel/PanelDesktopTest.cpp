@@ -1,6 +1,7 @@
 #include "PanelViewFixture.h"
 
 #include "ClipboardOwner.h"
+#include "FrozenProcess.h"
 #include "QtPrinting.h"
 #include "XClient.h"
 #include "XSession.h"
@@ -12,7 +13,6 @@
 #include <QScreen>
 
 #include <algorithm>
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -212,14 +212,13 @@ TEST_F(PanelDesktopTest, AnotherProgramsKeyboardGrabDoesNotCloseIt)
 TEST_F(PanelDesktopTest, OpenedAgainAtOnceItStaysOpenHoweverSlowTheManagerIs)
 {
     show();
-    const auto manager = static_cast<pid_t>(session->windowManagerProcessID());
-    ASSERT_EQ(::kill(manager, SIGSTOP), 0);
+    freeze(session->windowManager());
     // The focus that the first window lost is none of the second's.
     m_controller.close();
     m_controller.show();
     letFocusSettle();
     EXPECT_TRUE(m_model->isPanelPresented());
-    ASSERT_EQ(::kill(manager, SIGCONT), 0);
+    thaw(session->windowManager());
     EXPECT_TRUE(waitUntil([this] { return hasFocus(panelID()); }));
     letFocusSettle();
     EXPECT_TRUE(m_model->isPanelPresented());

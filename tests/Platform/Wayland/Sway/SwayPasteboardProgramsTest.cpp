@@ -1,10 +1,10 @@
+#include "FrozenProcess.h"
 #include "SwaySession.h"
 #include "TestSupport.h"
 #include "WaylandPasteboard.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -85,11 +85,6 @@ private:
     std::vector<std::unique_ptr<QProcess>> m_former;
 };
 
-void stop(const QProcess& process)
-{
-    ASSERT_EQ(kill(static_cast<pid_t>(process.processId()), SIGSTOP), 0);
-}
-
 } // namespace
 
 TEST_F(SwayPasteboardTest, textIsRead)
@@ -159,7 +154,7 @@ TEST_F(SwayPasteboardTest, anOwnerForOneReadIsReadAndItsContentKept)
 TEST_F(SwayPasteboardTest, anOwnerThatIsStoppedIsUnreadableAndTheNextIsNot)
 {
     const qint64 count = copied("never");
-    stop(owner());
+    freeze(owner());
     EXPECT_TRUE(await(pasteboard().types(count)));
     EXPECT_EQ(read(count).status, ReadStatus::unreadable);
     EXPECT_EQ(read(copied("next")).value, "next");
@@ -169,7 +164,7 @@ TEST_F(SwayPasteboardTest, aNewerCopyEndsTheReadOfOneThatIsStoppedAtOnce)
 {
     usePasteboard({.stall = std::chrono::hours(1), .read = std::chrono::hours(1)});
     const qint64 count = copied("never");
-    stop(owner());
+    freeze(owner());
     auto text = pasteboard().read(count, Flavour::plainText, noLimit);
     const qint64 next = copied("next");
     EXPECT_EQ(await(std::move(text)).status, ReadStatus::unreadable);

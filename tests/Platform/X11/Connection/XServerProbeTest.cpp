@@ -1,16 +1,12 @@
 #include "XServerProbe.h"
 
-#include "TestSupport.h"
+#include "FrozenProcess.h"
 #include "XSession.h"
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-
-#include <csignal>
 #include <future>
 
-using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace tessly::test {
@@ -26,20 +22,6 @@ class XServerProbeTest : public testing::Test
 {
 protected:
     [[nodiscard]] std::string display() const { return m_session.display().toStdString(); }
-    /// Returns once it is: until then it may still answer.
-    void freeze()
-    {
-        const qint64 server = m_session.serverProcessID();
-        kill(static_cast<pid_t>(server), SIGSTOP);
-        ASSERT_TRUE(waitUntil([server] {
-            QFile status(u"/proc/%1/stat"_s.arg(server));
-            // Behind the program's name in parentheses.
-            return status.open(QFile::ReadOnly) && status.readAll().contains(") T ");
-        }));
-    }
-    void thaw() { kill(static_cast<pid_t>(m_session.serverProcessID()), SIGCONT); }
-    void TearDown() override { thaw(); }
-
     XSession m_session{XSession::WindowManager::none};
 };
 
@@ -57,12 +39,12 @@ TEST_F(XServerProbeTest, withoutAServerThereIsNothingToWaitFor)
 
 TEST_F(XServerProbeTest, aServerThatServesNobodyIsSilentAndIsHeardOfOnceItAnswers)
 {
-    freeze();
+    freeze(m_session.server());
     XServerProbe probe(display());
     std::promise<void> answered;
     EXPECT_EQ(probe.wait(50ms), Outcome::silent);
     probe.setAnswered([&] { answered.set_value(); });
-    thaw();
+    thaw(m_session.server());
     EXPECT_EQ(answered.get_future().wait_for(timeout), std::future_status::ready);
     EXPECT_EQ(probe.wait(0ms), Outcome::answers);
 }
@@ -78,7 +60,7 @@ TEST_F(XServerProbeTest, whoAsksAfterTheAnswerIsCalledAtOnce)
 
 TEST_F(XServerProbeTest, aServerThatEndsInSilenceIsAbsentAndNobodyIsCalled)
 {
-    freeze();
+    freeze(m_session.server());
     XServerProbe probe(display());
     bool isCalled = false;
     probe.setAnswered([&] { isCalled = true; });
@@ -89,14 +71,14 @@ TEST_F(XServerProbeTest, aServerThatEndsInSilenceIsAbsentAndNobodyIsCalled)
 
 TEST_F(XServerProbeTest, nobodyIsCalledOnceItIsGone)
 {
-    freeze();
+    freeze(m_session.server());
     bool isCalled = false;
     XServerProbe other(display());
     {
         XServerProbe probe(display());
         probe.setAnswered([&] { isCalled = true; });
     }
-    thaw();
+    thaw(m_session.server());
     // Which connects after it.
     ASSERT_EQ(XServerProbe(display()).wait(timeout), Outcome::answers);
     ASSERT_EQ(other.wait(timeout), Outcome::answers);
