@@ -10,13 +10,11 @@ namespace {
 // Whoever asks for what was missed asks at each change; more than these come only if nobody does.
 constexpr std::size_t rememberedReplacements = 64;
 
-// Programs that look at the clipboard from time to time look twice a second, or every second.
-constexpr std::chrono::seconds takeoverTime{2};
-
 } // namespace
 
-LoopClipboard::State::State(Now now)
-    : m_now(std::move(now))
+LoopClipboard::State::State(std::chrono::milliseconds takeover, Now now)
+    : m_takeover(takeover)
+    , m_now(std::move(now))
     , m_changedAt(m_now().time_since_epoch().count())
 {
 }
@@ -56,7 +54,7 @@ void LoopClipboard::State::change(Origin origin, WriteTicket ticket)
     m_heldTicket = ticket.number();
     const auto now = m_now();
     if (origin == Origin::otherProgram) {
-        if (m_ownerLeftAt && now - *m_ownerLeftAt <= takeoverTime) {
+        if (m_ownerLeftAt && now - *m_ownerLeftAt <= m_takeover) {
             m_afterOwnerThatLeft = m_changeCount + 1;
         }
     } else if (origin == Origin::nobody || ticket) {

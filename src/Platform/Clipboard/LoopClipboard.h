@@ -33,8 +33,15 @@ public:
     public:
         using Now = std::function<std::chrono::steady_clock::time_point()>;
 
-        /// `now` is called on any thread.
-        explicit State(Now now = std::chrono::steady_clock::now);
+        /// Programs that look at the clipboard from time to time look twice a second, or every
+        /// second.
+        static constexpr std::chrono::milliseconds usualTakeover{2000};
+
+        /// What comes within `takeover` of an owner's end follows it. `now` is called on any
+        /// thread.
+        explicit State(
+            std::chrono::milliseconds takeover = usualTakeover,
+            Now now = std::chrono::steady_clock::now);
 
         [[nodiscard]] qint64 changeCount() const { return m_changeCount; }
         [[nodiscard]] std::chrono::nanoseconds contentAge() const;
@@ -74,6 +81,7 @@ public:
             std::chrono::nanoseconds stay;
         };
 
+        const std::chrono::milliseconds m_takeover;
         const Now m_now;
         std::atomic<qint64> m_changeCount = 1;
         std::atomic<std::chrono::steady_clock::rep> m_changedAt;

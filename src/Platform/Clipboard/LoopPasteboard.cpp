@@ -9,7 +9,8 @@
 
 namespace tessly {
 
-LoopPasteboard::LoopPasteboard()
+LoopPasteboard::LoopPasteboard(std::chrono::milliseconds takeover)
+    : m_state(takeover)
 {
     m_state.changed = m_changed.request();
 }

@@ -77,7 +77,8 @@ protected:
     /// Runs a job on the thread of the connection.
     using Post = std::function<void(std::function<void()> job)>;
 
-    LoopPasteboard();
+    /// `takeover` as LoopClipboard::State has it.
+    explicit LoopPasteboard(std::chrono::milliseconds takeover);
 
     [[nodiscard]] LoopClipboard::State& state() { return m_state; }
     /// Before anything is asked. The clipboard must be there as long as jobs run.

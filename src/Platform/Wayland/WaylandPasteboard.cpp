@@ -12,7 +12,8 @@ WaylandPasteboard::WaylandPasteboard()
 }
 
 WaylandPasteboard::WaylandPasteboard(const Options& options)
-    : m_loop(options.display)
+    : LoopPasteboard(options.deadlines.takeover)
+    , m_loop(options.display)
     , m_clipboard(std::make_unique<WaylandClipboard>(m_loop, options.deadlines, state()))
 {
     start(*m_clipboard, [this](std::function<void()> job) { m_loop.post(std::move(job)); });

@@ -62,7 +62,7 @@ TEST(LoopClipboardStateTest, EveryProgramThatComesAtOnceFollowsTheOwnerThatLeft)
 TEST(LoopClipboardStateTest, WhatComesLaterThanTwoSecondsFollowsNobody)
 {
     std::chrono::steady_clock::time_point now{1h};
-    LoopClipboard::State state([&now] { return now; });
+    LoopClipboard::State state(LoopClipboard::State::usualTakeover, [&now] { return now; });
     state.change(Origin::otherProgram);
     state.ownerLeft();
     now += 2s;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "LoopClipboard.h"
+
 #include <chrono>
 
 namespace tessly {
@@ -23,6 +25,8 @@ struct WaylandClipboardDeadlines
     /// The end of an owner that serves one read and no more. Who leaves later after it was read has
     /// other reasons.
     std::chrono::milliseconds usedUp{1000};
+    /// The content that another program keeps of an owner that has ended.
+    std::chrono::milliseconds takeover = LoopClipboard::State::usualTakeover;
 };
 
 } // namespace tessly

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "LoopClipboard.h"
+
 #include <chrono>
 
 namespace tessly {
@@ -18,6 +20,8 @@ struct X11ClipboardDeadlines
     std::chrono::milliseconds drain{30000};
     /// The next sign of life of a program that takes what is offered here.
     std::chrono::milliseconds reader{30000};
+    /// The content that another program keeps of an owner that has ended.
+    std::chrono::milliseconds takeover = LoopClipboard::State::usualTakeover;
 };
 
 } // namespace tessly

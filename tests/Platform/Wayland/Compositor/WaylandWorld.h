@@ -17,7 +17,9 @@ public:
     explicit WaylandWorld(const std::string& display)
         : m_display(display)
         , m_pasteboard(
-              {.display = display, .deadlines = {.stall = std::chrono::milliseconds(1500)}})
+              {.display = display,
+               .deadlines = {
+                   .stall = std::chrono::milliseconds(1500), .takeover = std::chrono::minutes(1)}})
     {
     }
 

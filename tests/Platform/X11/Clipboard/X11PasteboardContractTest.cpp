@@ -71,7 +71,8 @@ private:
     XSession m_session{XSession::WindowManager::none};
     X11Pasteboard m_pasteboard{
         {.display = m_session.display().toStdString(),
-         .deadlines = {.stall = std::chrono::milliseconds(1500)}}};
+         .deadlines = {
+             .stall = std::chrono::milliseconds(1500), .takeover = std::chrono::minutes(1)}}};
     std::unique_ptr<ClipboardOwner> m_owner;
 };
 
