@@ -207,6 +207,15 @@ bool X11EventLoop::dispatch()
     return true;
 }
 
+void X11EventLoop::handleArrived()
+{
+    while (const auto event = owned(xcb_poll_for_queued_event(m_connection))) {
+        if (m_handlers.event) {
+            m_handlers.event(*event);
+        }
+    }
+}
+
 bool X11EventLoop::dispatchReply()
 {
     if (m_awaited.empty()) {

@@ -86,6 +86,10 @@ public:
         const std::vector<xcb_atom_t>& atoms,
         std::function<void(std::vector<std::string>)> callback);
 
+    /// Handles now what the server sent before the reply that was waited for last. Only while the
+    /// server is grabbed: otherwise there may be more with every event.
+    void handleArrived();
+
 private:
     struct AwaitedReply
     {

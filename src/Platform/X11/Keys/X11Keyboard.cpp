@@ -130,8 +130,13 @@ void X11Keyboard::step()
         m_deadline = std::chrono::steady_clock::now() + grabsEnd;
         m_loop.callAfter(lookInterval, [this] { step(); });
     } else {
+        const auto result = isGrabbed ? std::nullopt : press();
+        if (!result && !isOver) {
+            m_loop.callAfter(lookInterval, [this] { step(); });
+            return;
+        }
         // Keys would go to whoever has grabbed the keyboard.
-        finish(isGrabbed ? Result::targetNotInFront : press());
+        finish(result.value_or(Result::targetNotInFront));
     }
 }
 
@@ -149,7 +154,7 @@ void X11Keyboard::finish(Result result)
     }
 }
 
-X11Keyboard::Result X11Keyboard::press()
+std::optional<X11Keyboard::Result> X11Keyboard::press()
 {
     auto* const connection = m_loop.connection();
     const auto& paste = m_pastes.front();
@@ -167,6 +172,10 @@ X11Keyboard::Result X11Keyboard::press()
     const ServerGrab grab(connection);
     if (!m_windows.isInFrontNow(*paste.target)) {
         return Result::targetNotInFront;
+    }
+    m_loop.handleArrived();
+    if (m_windows.isKeyboardGrabbed()) {
+        return std::nullopt;
     }
     if (!isContentThere(paste)) {
         return Result::contentReplaced;

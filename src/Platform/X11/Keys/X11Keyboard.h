@@ -102,7 +102,8 @@ private:
     void begin();
     void step();
     void finish(Result result);
-    [[nodiscard]] Result press();
+    /// None if the keyboard has been grabbed meanwhile.
+    [[nodiscard]] std::optional<Result> press();
     [[nodiscard]] bool isContentThere(const Paste& paste) const;
     [[nodiscard]] xcb_window_t selectionOwner(xcb_atom_t selection) const;
     /// The layout in effect; none if the server is gone.

@@ -1,5 +1,8 @@
 #include "X11KeyEventPosterTest.h"
 
+#include <array>
+#include <future>
+
 namespace tessly::test {
 namespace {
 
@@ -121,6 +124,35 @@ TEST_F(X11KeyEventPosterStateTest, whoeverHasGrabbedTheKeyboardGetsNoKeys)
     EXPECT_EQ(await(std::move(task)), PostResult::posted);
     EXPECT_TRUE(other.keys().empty());
     EXPECT_EQ(strokes(), controlV());
+}
+
+TEST_F(X11KeyEventPosterStateTest, aGrabThatBeganThisMomentIsKnownToo)
+{
+    XClient other(desktop().session().display());
+    struct Job
+    {
+        std::promise<void> begun;
+        std::promise<void> end;
+    };
+    std::array<Job, 2> jobs;
+    const auto post = [&](Job& job) {
+        desktop().desktop().postToKeyGrabs([&job](X11KeyGrabs&) {
+            job.begun.set_value();
+            job.end.get_future().wait();
+        });
+    };
+    // What has been asked for while the first one runs is done before any event is looked at.
+    post(jobs[0]);
+    jobs[0].begun.get_future().wait();
+    post(jobs[1]);
+    auto task = poster(shortTimeout).postPaste(target(), WriteTicket(1));
+    jobs[0].end.set_value();
+    jobs[1].begun.get_future().wait();
+    other.grabKeyboard();
+    jobs[1].end.set_value();
+    EXPECT_EQ(await(std::move(task)), PostResult::targetNotInFront);
+    EXPECT_TRUE(other.keys().empty());
+    EXPECT_EQ(strokes(), Strokes());
 }
 
 // Locks and latches.
