@@ -37,6 +37,7 @@ class OnGnome(Columns, WaylandCase):
         self.assertEqual(self.desktop.agree(),
                          [f"Paste entry {number:02}" for number in range(1, 11)])
         wait_until(lambda: self.status()["hotKeys"], "hot keys are held")
+        wait_until(lambda: self.status()["paste"], "pasting is allowed again")
 
 
 if __name__ == "__main__":
