@@ -208,6 +208,11 @@ void AppDelegate::applicationDidFinishLaunching()
         }
     };
     repairLoginItem();
+    // At first there is the welcome window, and no question beside it.
+    m_platform->hotKeys().setMayAsk(m_settings.hasCompletedOnboarding());
+    connect(&m_settings, &AppSettings::hasCompletedOnboardingChanged, this, [this] {
+        m_platform->hotKeys().setMayAsk(m_settings.hasCompletedOnboarding());
+    });
     setupHotKeys(this);
     if (m_settings.hasCompletedOnboarding()) {
         m_model->clipboardMonitor().start();

@@ -89,7 +89,11 @@ public:
     /// calls.
     [[nodiscard]] virtual Registration
     registerKey(quint32 keyCode, quint32 modifiers, KeyID key) = 0;
-    /// The user has just asked for keys: a refusal that is remembered from before counts no longer.
+    /// Whether the desktop may question the user now; it may at first. Keys that it would ask for
+    /// wait meanwhile.
+    virtual void setMayAsk(bool) {}
+    /// The user has just asked for keys: the desktop may question, and a refusal that is remembered
+    /// from before counts no longer.
     virtual void forgetRefusal() {}
     /// Gives a key up, also one whose registration has not been answered.
     virtual Status unregisterKey(Reference key) = 0;

@@ -159,6 +159,7 @@ TEST_F(AppDelegateTest, TheFirstRunShowsTheWelcomeWindowAndRecordsNothing)
     copy("before the history is enabled");
     EXPECT_EQ(m_desktop.pasteboard.typesRequests(), 0U);
     EXPECT_THAT(m_desktop.hotKeys.held(), SizeIs(10)) << "the keys are there already";
+    EXPECT_FALSE(m_desktop.hotKeys.mayAsk()) << "where nobody is asked for them";
 }
 
 TEST_F(AppDelegateTest, TheWelcomeWindowTellsOfThisDesktop)
@@ -191,6 +192,7 @@ TEST_F(AppDelegateTest, EnablingStartsRecordingAndLeadsIntoThePanel)
     copy("before the history is enabled");
     m_views.onboardingModel->enable();
     settle();
+    EXPECT_TRUE(m_desktop.hotKeys.mayAsk());
     EXPECT_TRUE(m_views.panel != nullptr && m_views.panel->isShown());
     copy("after it was");
     ASSERT_TRUE(listBecomes(1));

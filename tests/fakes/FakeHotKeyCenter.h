@@ -50,6 +50,8 @@ public:
     [[nodiscard]] int handlersInstalled() const { return m_handlersInstalled; }
     /// What this program holds, in the order of registration.
     [[nodiscard]] std::vector<Held> held() const;
+    /// Whether the desktop may question the user.
+    [[nodiscard]] bool mayAsk() const { return m_mayAsk; }
     /// Every key that was asked for, granted or not.
     [[nodiscard]] const std::vector<KeyID>& asked() const { return m_asked; }
     /// Where answers wait.
@@ -59,6 +61,7 @@ public:
     [[nodiscard]] Installation installHandler(Handler handler) override;
     Status removeHandler(Reference handler) override;
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
+    void setMayAsk(bool mayAsk) override { m_mayAsk = mayAsk; }
     Status unregisterKey(Reference key) override;
 
 private:
@@ -69,6 +72,7 @@ private:
     Reference m_handlerReference = 0;
     std::optional<Status> m_handlerFailure;
     bool m_givesReferences = true;
+    bool m_mayAsk = true;
     int m_handlersInstalled = 0;
     std::map<Reference, Held> m_held;
     std::set<Combination> m_heldElsewhere;

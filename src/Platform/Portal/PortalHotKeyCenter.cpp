@@ -114,8 +114,15 @@ QCoro::Task<> PortalHotKeyCenter::readRefusal(QPointer<PortalHotKeyCenter> self)
     }
 }
 
+void PortalHotKeyCenter::setMayAsk(bool mayAsk)
+{
+    m_mayAsk = mayAsk;
+    bindLater();
+}
+
 void PortalHotKeyCenter::forgetRefusal()
 {
+    setMayAsk(true);
     if (m_consent == Consent::open) {
         return;
     }
@@ -252,7 +259,7 @@ void PortalHotKeyCenter::bindLater()
 /// Has the portal hold the keys that are registered, and no others.
 void PortalHotKeyCenter::bind()
 {
-    if (!m_isAvailable || m_consent == Consent::unread) {
+    if (!m_isAvailable || m_consent == Consent::unread || !m_mayAsk) {
         return;
     }
     if (m_consent == Consent::refused) {

@@ -56,6 +56,7 @@ public:
     [[nodiscard]] bool isAvailable() const override;
     [[nodiscard]] Installation installHandler(Handler handler) override;
     Status removeHandler(Reference handler) override;
+    void setMayAsk(bool mayAsk) override;
     void forgetRefusal() override;
     /// Refused by the user or the desktop: `unavailable`. Two keys with one name are one.
     [[nodiscard]] Registration registerKey(quint32 keyCode, quint32 modifiers, KeyID key) override;
@@ -100,6 +101,7 @@ private:
     Describe m_describe;
     Options m_options;
     Consent m_consent;
+    bool m_mayAsk = true;
     Handler m_handler;
     Reference m_handlerReference = 0;
     Reference m_nextReference = 1;

@@ -84,6 +84,35 @@ TEST_F(PortalHotKeyCenterTest, WhereKeysAreNeverDescribedShortcutsHaveThemAllThe
     EXPECT_THAT(log.lines(category), IsEmpty());
 }
 
+TEST_F(PortalHotKeyCenterTest, NobodyIsAskedBeforeThatMayBe)
+{
+    startCenter();
+    m_center->setMayAsk(false);
+    auto keys = registerAll();
+    settle();
+    EXPECT_THAT(asked(), IsEmpty());
+    EXPECT_FALSE(keys[0].status.isReady());
+    EXPECT_FALSE(m_center->isAvailable());
+
+    m_center->setMayAsk(true);
+    EXPECT_THAT(
+        statuses(std::move(keys)),
+        ElementsAre(HotKeyCenter::done, HotKeyCenter::done, HotKeyCenter::done));
+    EXPECT_TRUE(m_center->isAvailable());
+    EXPECT_THAT(asked(), SizeIs(1));
+}
+
+TEST_F(PortalHotKeyCenterTest, WhoAsksForKeysIsAsked)
+{
+    startCenter();
+    m_center->setMayAsk(false);
+    auto keys = registerAll();
+    settle();
+    ASSERT_THAT(asked(), IsEmpty());
+    m_center->forgetRefusal();
+    EXPECT_EQ(statuses(std::move(keys))[0], HotKeyCenter::done);
+}
+
 TEST_F(PortalHotKeyCenterTest, WhatTheUserRefusedIsNotAskedForInLaterRuns)
 {
     mock().user = User::cancels;
