@@ -53,6 +53,8 @@ void setLight(TokenColors& colors)
     colors.text = QColor(0x1D, 0x1D, 0x1F);
     colors.secondaryText = QColor(0x5A, 0x5A, 0x60);
     colors.border = over(withOpacity(Qt::black, 0.24F), colors.panel);
+    colors.shadowedBorder = over(withOpacity(Qt::black, 0.1F), colors.panel);
+    colors.cardShadow = withOpacity(Qt::black, 0.3F);
     colors.divider = withOpacity(Qt::black, 0.12F);
     colors.pin = QColor(0xC7, 0x62, 0x00);
     colors.bannerWarning = QColor(0xAD, 0x57, 0x00);
@@ -77,6 +79,9 @@ void setDark(TokenColors& colors)
     colors.text = QColor(0xF2, 0xF2, 0xF4);
     colors.secondaryText = QColor(0xAE, 0xAE, 0xB5);
     colors.border = over(withOpacity(Qt::white, 0.22F), colors.panel);
+    // Over dark windows the shadow alone tells little.
+    colors.shadowedBorder = over(withOpacity(Qt::white, 0.16F), colors.panel);
+    colors.cardShadow = withOpacity(Qt::black, 0.55F);
     colors.divider = withOpacity(Qt::white, 0.12F);
     colors.pin = QColor(0xFF, 0x9F, 0x0A);
     colors.bannerWarning = QColor(0xA8, 0x54, 0x00);

@@ -14,6 +14,7 @@ struct TokenColors
     QML_VALUE_TYPE(tokenColors)
     Q_PROPERTY(QColor panel MEMBER panel CONSTANT)
     Q_PROPERTY(QColor border MEMBER border CONSTANT)
+    Q_PROPERTY(QColor shadowedBorder MEMBER shadowedBorder CONSTANT)
     Q_PROPERTY(QColor divider MEMBER divider CONSTANT)
     Q_PROPERTY(QColor text MEMBER text CONSTANT)
     Q_PROPERTY(QColor secondaryText MEMBER secondaryText CONSTANT)
@@ -35,6 +36,7 @@ struct TokenColors
     Q_PROPERTY(QColor bannerError MEMBER bannerError CONSTANT)
     Q_PROPERTY(QColor onBanner MEMBER onBanner CONSTANT)
     Q_PROPERTY(QColor shadow MEMBER shadow CONSTANT)
+    Q_PROPERTY(QColor cardShadow MEMBER cardShadow CONSTANT)
     Q_PROPERTY(QColor popup MEMBER popup CONSTANT)
     Q_PROPERTY(QColor destructive MEMBER destructive CONSTANT)
     Q_PROPERTY(QColor window MEMBER window CONSTANT)
@@ -57,6 +59,8 @@ public:
     /// Around what is shown over other programs' windows: opaque, since without a compositing
     /// manager black would show through.
     QColor border;
+    /// The same where there is a shadow.
+    QColor shadowedBorder;
     QColor divider;
     QColor text;
     QColor secondaryText;
@@ -84,6 +88,8 @@ public:
     QColor bannerError;
     QColor onBanner;
     QColor shadow;
+    /// Around a window of the program.
+    QColor cardShadow;
     /// Menus, tool tips and alerts.
     QColor popup;
     /// Text on `popup` and `button`.
@@ -124,6 +130,8 @@ struct TokenMetrics
     Q_PROPERTY(int tileRadius MEMBER tileRadius CONSTANT)
     Q_PROPERTY(int bannerRadius MEMBER bannerRadius CONSTANT)
     Q_PROPERTY(int shadowRadius MEMBER shadowRadius CONSTANT)
+    Q_PROPERTY(int cardShadowReach MEMBER cardShadowReach CONSTANT)
+    Q_PROPERTY(int cardShadowDrop MEMBER cardShadowDrop CONSTANT)
     Q_PROPERTY(int keyCapRadius MEMBER keyCapRadius CONSTANT)
     Q_PROPERTY(int hintCapRadius MEMBER hintCapRadius CONSTANT)
     Q_PROPERTY(int popupRadius MEMBER popupRadius CONSTANT)
@@ -173,6 +181,9 @@ public:
     int tileRadius = 9;
     int bannerRadius = 10;
     int shadowRadius = 3;
+    /// Multiples of 4, as they are whole pixels at scales like 1.25 and 1.5.
+    int cardShadowReach = 28;
+    int cardShadowDrop = 8;
     int keyCapRadius = 6;
     int hintCapRadius = 4;
     int popupRadius = 8;

@@ -13,7 +13,7 @@ RoundedRectangle {
     property point origin: Qt.point(0, 0)
 
     objectName: "tool-tip"
-    parent: target.Window.contentItem
+    parent: windowContent()
     x: Math.max(6, Math.min(origin.x + (target.width - width) / 2, parent.width - width - 6))
     y: origin.y + target.height + 6 + height <= parent.height
         ? origin.y + target.height + 6 : origin.y - height - 6
@@ -24,6 +24,14 @@ RoundedRectangle {
     color: Tokens.color.popup
     border.width: 1
     border.color: Tokens.color.border
+
+    // What the window shows; around that may be the shadow.
+    function windowContent(): Item {
+        let item = target;
+        while (item.parent !== null && item.parent !== target.Window.contentItem)
+            item = item.parent;
+        return item;
+    }
 
     Component.onCompleted: {
         const place = target.mapToItem(parent, 0, 0);

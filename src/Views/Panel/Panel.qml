@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Window
 import Tessly.Design
 import Tessly.Panel
 
 // The quick paste panel.
-Rectangle {
+Card {
     id: root
 
     required property PanelModel panel
@@ -13,10 +12,6 @@ Rectangle {
 
     width: Tokens.size.panelWidth
     height: Tokens.size.panelHeight
-    radius: Tokens.size.panelRadius
-    color: Tokens.color.panel
-    border.width: 1 / Screen.devicePixelRatio
-    border.color: Tokens.color.border
     Accessible.role: Accessible.Dialog
     Accessible.name: "Tessly"
 
@@ -83,7 +78,7 @@ Rectangle {
         width: parent.width
         visible: !root.panel.isEmpty
         panel: root.panel
-        onMenuRequested: (row, place) => menu.open(row.clipID, row.isPinned, place)
+        onMenuRequested: (row, place) => menu.open(row.clipID, row.isPinned, menu.mapFromItem(null, place))
     }
 
     EmptyHistory {

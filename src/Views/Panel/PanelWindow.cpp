@@ -48,8 +48,9 @@ bool isPressable(const QQuickItem* item)
 
 } // namespace
 
-PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
-    : m_handlers(std::move(handlers))
+PanelWindow::PanelWindow(const X11Cards& cards, PanelModel& model, Handlers handlers)
+    : CardWindow(cards)
+    , m_handlers(std::move(handlers))
 {
     // The module is part of this library; nothing else refers to its types.
     static const bool registered = (qml_register_types_Tessly_Panel(), true);
@@ -57,7 +58,6 @@ PanelWindow::PanelWindow(PanelModel& model, Handlers handlers)
 
     setFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setTitle(u"Tessly"_s);
-    setColor(Qt::transparent);
     // It is hidden instead, to be there at once the next time.
     setCloseRequested(m_handlers.closeRequested);
     load(
@@ -91,7 +91,7 @@ bool PanelWindow::event(QEvent* event)
     default:
         break;
     }
-    return ViewWindow::event(event);
+    return CardWindow::event(event);
 }
 
 /// By its place on the desktop: the window itself may still move under it.
@@ -119,7 +119,7 @@ void PanelWindow::keyPressEvent(QKeyEvent* event)
             return;
         }
     }
-    ViewWindow::keyPressEvent(event);
+    CardWindow::keyPressEvent(event);
 }
 
 } // namespace tessly

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ViewWindow.h"
+#include "CardWindow.h"
 
 #include <QPointF>
 
@@ -13,7 +13,7 @@ class PanelModel;
 
 /// The panel's window and what is in it. Shows keys to the panel's controller before the focused
 /// control gets them.
-class PanelWindow final : public ViewWindow
+class PanelWindow final : public CardWindow
 {
     Q_OBJECT
     /// Whether the pointer has moved since the panel opened. One that merely lies where the panel
@@ -30,7 +30,7 @@ public:
     };
 
     /// Loads the panel; `isLoaded` tells whether that worked.
-    PanelWindow(PanelModel& model, Handlers handlers);
+    PanelWindow(const X11Cards& cards, PanelModel& model, Handlers handlers);
 
     [[nodiscard]] bool pointerHasMoved() const { return m_pointerHasMoved; }
     /// The window is about to be shown.

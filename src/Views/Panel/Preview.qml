@@ -1,18 +1,13 @@
 import QtQuick
-import QtQuick.Window
 import Tessly.Design
 import Tessly.Panel
 
 // What the selected entry holds, beside the panel.
-Rectangle {
+Card {
     id: root
 
     required property PreviewModel preview
 
-    radius: Tokens.size.panelRadius
-    color: Tokens.color.panel
-    border.width: 1 / Screen.devicePixelRatio
-    border.color: Tokens.color.border
     objectName: "preview-card"
     Accessible.role: Accessible.Pane
     Accessible.name: "Preview"

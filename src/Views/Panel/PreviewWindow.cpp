@@ -1,18 +1,15 @@
 #include "PreviewWindow.h"
 
 #include "PreviewModel.h"
-#include "Tokens.h"
-#include "WindowGeometry.h"
 
-#include <QGuiApplication>
 #include <QScreen>
 
 using namespace Qt::StringLiterals;
 
 namespace tessly {
 
-PreviewWindow::PreviewWindow(ViewWindow& panel, PreviewModel& model)
-    : ViewWindow(panel)
+PreviewWindow::PreviewWindow(const X11Cards& cards, ViewWindow& panel, PreviewModel& model)
+    : CardWindow(cards, panel)
 {
     // On Wayland a popup without a grab, of the panel's surface, which alone can be placed beside
     // it there.
@@ -21,7 +18,6 @@ PreviewWindow::PreviewWindow(ViewWindow& panel, PreviewModel& model)
         Qt::WindowDoesNotAcceptFocus);
     setTransientParent(&panel);
     setTitle(u"Tessly Preview"_s);
-    setColor(Qt::transparent);
     // A compositor may end it.
     setCloseRequested([&model] { model.dismiss(); });
     load(
@@ -29,17 +25,13 @@ PreviewWindow::PreviewWindow(ViewWindow& panel, PreviewModel& model)
         {{u"preview"_s, QVariant::fromValue(&model)}});
 }
 
-void PreviewWindow::showAt(const QRect& geometry)
+void PreviewWindow::showAt(const QRect& card, const QRect& room)
 {
     if (!isLoaded()) {
         return;
     }
     setScreen(transientParent()->screen());
-    setGeometry(geometry);
-    if (QGuiApplication::platformName() == u"xcb"_s) {
-        // Without a compositing manager, what is transparent shows black.
-        setMask(roundedRegion(geometry.size(), TokenMetrics().panelRadius));
-    }
+    placeCard(card, room);
     show();
 }
 

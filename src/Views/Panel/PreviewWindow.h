@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ViewWindow.h"
+#include "CardWindow.h"
 
 #include <QRect>
 
@@ -10,16 +10,16 @@ class PreviewModel;
 
 /// The preview's window, beside that of the panel: a window to no window manager, which never has
 /// the keyboard. Main thread only.
-class PreviewWindow final : public ViewWindow
+class PreviewWindow final : public CardWindow
 {
     Q_OBJECT
 
 public:
-    /// `panel` must outlive it.
-    PreviewWindow(ViewWindow& panel, PreviewModel& model);
+    /// `cards` and `panel` must outlive it.
+    PreviewWindow(const X11Cards& cards, ViewWindow& panel, PreviewModel& model);
 
-    /// `geometry` is global, in device-independent pixels, and on the panel's screen.
-    void showAt(const QRect& geometry);
+    /// On the panel's screen, as `placeCard` does.
+    void showAt(const QRect& card, const QRect& room);
 };
 
 } // namespace tessly

@@ -57,13 +57,14 @@ QuickPanelView::QuickPanelView(PanelModel& model, PanelSurface surface)
     : m_preview(*model.preview())
 {
     m_window = std::make_unique<PanelWindow>(
-        model, PanelWindow::Handlers{
-                   .keyPressed =
-                       [this](int key, Qt::KeyboardModifiers modifiers) {
-                           return m_events.keyPressed && m_events.keyPressed(key, modifiers);
-                       },
-                   .closeRequested = [this] { close(); },
-               });
+        m_cards, model,
+        PanelWindow::Handlers{
+            .keyPressed =
+                [this](int key, Qt::KeyboardModifiers modifiers) {
+                    return m_events.keyPressed && m_events.keyPressed(key, modifiers);
+                },
+            .closeRequested = [this] { close(); },
+        });
     if (surface == PanelSurface::layer) {
         m_layer = makePanelLayer(*m_window);
     }
@@ -132,13 +133,8 @@ void QuickPanelView::show(const QRect& anchor)
         m_layer->placeOnActiveScreen();
     }
     m_window->setScreen(screen);
-    m_window->setMinimumSize(geometry.size());
-    m_window->setMaximumSize(geometry.size());
-    m_window->setGeometry(geometry);
-    if (m_x11->isUsed()) {
-        // Without a compositing manager, what is transparent shows black.
-        m_window->setMask(roundedRegion(geometry.size(), metrics.panelRadius));
-    }
+    m_room = screen->availableGeometry();
+    m_window->placeCard(geometry, m_room);
     placePreview(geometry, *screen);
     m_window->forgetPointer();
     m_x11->prepareToShow();
@@ -222,6 +218,7 @@ void QuickPanelView::placePreview(QRect panel, const QScreen& screen)
         cardGeometry(panel, metrics.previewNarrowest, metrics.previewWidest, workArea);
     m_previewGeometry = beside.value_or(panel.adjusted(
         panel.width() - metrics.previewWidest - margin, aboveList, -margin, -belowList));
+    m_previewRoom = beside ? besideCard(m_previewGeometry, panel, workArea) : workArea;
     const QSize picture = m_previewGeometry.size() - QSize(2, 2) * metrics.previewPadding -
                           QSize(0, metrics.previewHeader);
     m_preview.setPlace(
@@ -235,11 +232,23 @@ void QuickPanelView::showPreview()
         return;
     }
     if (!m_previewWindow) {
-        m_previewWindow = std::make_unique<PreviewWindow>(*m_window, m_preview);
+        m_previewWindow = std::make_unique<PreviewWindow>(m_cards, *m_window, m_preview);
     }
     // The toolkit counts from where it takes the panel to be.
-    m_previewWindow->showAt(m_previewGeometry.translated(m_window->position() - m_previewOrigin));
+    const QPoint shift = m_window->card().topLeft() - m_previewOrigin;
+    m_previewWindow->showAt(m_previewGeometry.translated(shift), m_previewRoom.translated(shift));
     traceShown(u"preview", m_previewGeometry);
+}
+
+void QuickPanelView::compositedChanged()
+{
+    if (!m_isShown) {
+        return;
+    }
+    m_window->placeCard(m_window->card(), m_room);
+    if (m_previewWindow && m_previewWindow->isVisible()) {
+        showPreview();
+    }
 }
 
 void QuickPanelView::hidePreview()

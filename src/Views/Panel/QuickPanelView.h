@@ -4,6 +4,7 @@
 #include "PanelView.h"
 #include "PanelWindow.h"
 #include "PreviewWindow.h"
+#include "X11Cards.h"
 #include "X11ViewWindow.h"
 
 #include <QObject>
@@ -41,6 +42,7 @@ private:
     void focusLost();
     void closeWithoutFocus();
     void releaseMemory();
+    void compositedChanged();
     void placePreview(QRect panel, const QScreen& screen);
     void showPreview();
     void hidePreview();
@@ -51,11 +53,15 @@ private:
     bool m_hasBeenActive = false;
     bool m_hasBeenDrawn = false;
     bool m_isLastLook = false;
+    X11Cards m_cards{[this] { compositedChanged(); }};
     std::unique_ptr<PanelWindow> m_window;
     std::unique_ptr<X11ViewWindow> m_x11;
     /// Null if it is an ordinary window.
     std::unique_ptr<PanelLayer> m_layer;
     QRect m_previewGeometry;
+    /// Where its shadow and that of the panel may lie.
+    QRect m_previewRoom;
+    QRect m_room;
     /// Where the panel is, as seen from there.
     QPoint m_previewOrigin;
     /// While it is shown. Uses the panel's engine.

@@ -12,7 +12,7 @@ MouseArea {
     property string clipID
     property bool isPinned: false
     property int current: -1
-    // Where the pointer was last, in the window. One that rests does not undo what keys have done.
+    // Where the pointer was last. One that rests does not undo what keys have done.
     property point lastPointer
 
     signal closed
@@ -69,7 +69,7 @@ MouseArea {
         // The toolkit tells of the pointer here also where it is on a command, which tells by itself.
         const inside = mapToItem(commands, event.x, event.y);
         if (!(commands.childAt(inside.x, inside.y) instanceof MenuItem))
-            pointerMoved(-1, mapToItem(null, event.x, event.y));
+            pointerMoved(-1, Qt.point(event.x, event.y));
     }
     Keys.onPressed: event => {
         event.accepted = true;
@@ -131,7 +131,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: "Copy"
                 isCurrent: menu.current === 0
-                onHovered: place => menu.pointerMoved(0, place)
+                onHovered: place => menu.pointerMoved(0, menu.mapFromItem(null, place))
                 onTriggered: menu.trigger(0)
             }
 
@@ -142,7 +142,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: "Copy as Plain Text"
                 isCurrent: menu.current === 1
-                onHovered: place => menu.pointerMoved(1, place)
+                onHovered: place => menu.pointerMoved(1, menu.mapFromItem(null, place))
                 onTriggered: menu.trigger(1)
             }
 
@@ -163,7 +163,7 @@ MouseArea {
                 width: commands.itemWidth
                 title: menu.isPinned ? "Unpin" : "Pin"
                 isCurrent: menu.current === 2
-                onHovered: place => menu.pointerMoved(2, place)
+                onHovered: place => menu.pointerMoved(2, menu.mapFromItem(null, place))
                 onTriggered: menu.trigger(2)
             }
 
@@ -175,7 +175,7 @@ MouseArea {
                 title: "Delete"
                 isDestructive: true
                 isCurrent: menu.current === 3
-                onHovered: place => menu.pointerMoved(3, place)
+                onHovered: place => menu.pointerMoved(3, menu.mapFromItem(null, place))
                 onTriggered: menu.trigger(3)
             }
         }

@@ -72,11 +72,34 @@ cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workAre
     return card;
 }
 
+QRect besideCard(const QRect& card, const QRect& panel, const QRect& room)
+{
+    QRect side = room;
+    if (card.left() > panel.right()) {
+        side.setLeft(panel.right() + 1);
+    } else {
+        side.setRight(panel.left() - 1);
+    }
+    return side;
+}
+
 QRect centredGeometry(const QSize& size, const QRect& workArea)
 {
     QRect window(QPoint(), size.boundedTo(workArea.size()));
     window.moveCenter(workArea.center());
     return window;
+}
+
+QMargins shadowMargins(const QRect& card, int reach, int drop, const QRect& room)
+{
+    const auto within = [](int wanted, int space) {
+        const int length = std::clamp(space, 0, wanted);
+        return length - length % 4;
+    };
+    return {
+        within(reach, card.left() - room.left()), within(reach - drop, card.top() - room.top()),
+        within(reach, room.right() - card.right()),
+        within(reach + drop, room.bottom() - card.bottom())};
 }
 
 QRegion roundedRegion(const QSize& size, int radius)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QRect>
 #include <QRegion>
 
@@ -25,8 +26,16 @@ namespace tessly {
 [[nodiscard]] std::optional<QRect>
 cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workArea);
 
+/// The part of `room` on the card's side of the panel that it is beside.
+[[nodiscard]] QRect besideCard(const QRect& card, const QRect& panel, const QRect& room);
+
 /// In the middle of `workArea`, and smaller only where that is.
 [[nodiscard]] QRect centredGeometry(const QSize& size, const QRect& workArea);
+
+/// How far the window of a card goes beyond it for a shadow that lies so far around it and so much
+/// lower: as far as `room` goes, in multiples of 4, which are whole pixels at every quarter of a
+/// scale.
+[[nodiscard]] QMargins shadowMargins(const QRect& card, int reach, int drop, const QRect& room);
 
 /// Every pixel that a rectangle with rounded corners covers, be it in part.
 [[nodiscard]] QRegion roundedRegion(const QSize& size, int radius);

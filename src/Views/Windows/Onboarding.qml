@@ -4,17 +4,13 @@ import Tessly.Design
 import Tessly.Windows
 
 // The welcome window. Its background moves it, as it has no title bar.
-Rectangle {
+Card {
     id: root
 
     required property OnboardingModel onboarding
 
     width: Tokens.size.onboardingWidth
     height: Tokens.size.onboardingHeight
-    radius: Tokens.size.panelRadius
-    color: Tokens.color.panel
-    border.width: 1 / Screen.devicePixelRatio
-    border.color: Tokens.color.border
     focus: true
     Accessible.role: Accessible.Dialog
     Accessible.name: "Welcome to Tessly"

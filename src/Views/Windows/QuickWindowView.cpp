@@ -1,6 +1,5 @@
 #include "QuickWindowView.h"
 
-#include "Tokens.h"
 #include "WindowGeometry.h"
 #include "WindowModule.h"
 
@@ -13,13 +12,14 @@
 namespace tessly {
 
 QuickWindowView::QuickWindowView(const Design& design)
-    : m_frame(design.frame)
-    , m_window(std::make_unique<ViewWindow>())
 {
-    if (m_frame == Frame::none) {
+    if (design.frame == Frame::none) {
+        auto card = std::make_unique<CardWindow>(m_cards);
+        m_card = card.get();
+        m_window = std::move(card);
         m_window->setFlags(Qt::Window | Qt::FramelessWindowHint);
-        m_window->setColor(Qt::transparent);
     } else {
+        m_window = std::make_unique<ViewWindow>();
         m_window->setFlags(
             Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
             Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
@@ -85,14 +85,17 @@ void QuickWindowView::place()
     }
     m_window->setScreen(screen);
     const QRect place = centredGeometry(m_window->size(), screen->availableGeometry());
-    if (m_frame == Frame::none) {
-        m_window->setMinimumSize(place.size());
-        m_window->setMaximumSize(place.size());
+    if (m_card != nullptr) {
+        m_card->placeCard(place, screen->availableGeometry());
+    } else {
+        m_window->setGeometry(place);
     }
-    m_window->setGeometry(place);
-    if (m_frame == Frame::none && m_x11->isUsed()) {
-        // Without a compositing manager, what is transparent shows black.
-        m_window->setMask(roundedRegion(m_window->size(), TokenMetrics().panelRadius));
+}
+
+void QuickWindowView::compositedChanged()
+{
+    if (m_card != nullptr && m_isPlaced) {
+        m_card->placeCard(m_card->card(), m_card->screen()->availableGeometry());
     }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "ViewWindow.h"
+#include "CardWindow.h"
 #include "WindowView.h"
+#include "X11Cards.h"
 #include "X11ViewWindow.h"
 
 #include <QObject>
@@ -51,12 +52,15 @@ public:
 
 private:
     void place();
+    void compositedChanged();
 
     Events m_events;
     bool m_isShown = false;
     bool m_isPlaced = false;
-    Frame m_frame;
+    X11Cards m_cards{[this] { compositedChanged(); }};
     std::unique_ptr<ViewWindow> m_window;
+    /// The same, if it has no frame; else null.
+    CardWindow* m_card = nullptr;
     std::unique_ptr<X11ViewWindow> m_x11;
 };
 
