@@ -2,11 +2,68 @@
 
 import unittest
 
+from Xlib import X
+
 from tessly_e2e import wait_until
 from tessly_e2e.case import TesslyCase
 from tessly_e2e.editors import GtkEditor, Terminal
 from tessly_e2e.portal import Portal
+from tessly_e2e.tessly import Panel as Rows
 from tessly_e2e.tessly import program
+
+
+class Composited(TesslyCase):
+    """On a screen with a compositing manager that does nothing."""
+
+    def setUp(self):
+        super().setUp()
+        self.manager = self.desktop.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        self.manager.set_selection_owner(
+            self.desktop.display.intern_atom("_NET_WM_CM_S0"), X.CurrentTime)
+        self.desktop.display.sync()
+
+    def test_the_shadow_changes_nothing_about_where_the_panel_and_the_preview_are(self):
+        self.record("some words")
+        self.desktop.pointer.move(400, 40)
+        shadowed = self.places()
+        self.tessly.close_panel()
+        self.manager.destroy()
+        self.desktop.display.sync()
+        plain = self.places()
+        for (place, shadow), (without, none) in zip(shadowed, plain):
+            self.assertGreater(min(shadow), 0)
+            self.assertIsNone(none)
+            x, y, width, height = place
+            left, right, top, bottom = shadow
+            self.assertEqual((x + left, y + top, width - left - right, height - top - bottom), without)
+
+    def places(self):
+        """Where the windows of the panel and of the preview are, and how far their shadows reach."""
+        return [((w.x, w.y, w.width, w.height), self.desktop.windows.shadow(w.id))
+                for w in self.open_both()]
+
+    def open_both(self):
+        panel = self.tessly.open_panel().window
+        return panel, wait_until(lambda: self.tessly.window("Tessly Preview"), "the preview is open")
+
+    def test_a_click_into_the_shadow_closes_the_panel(self):
+        self.desktop.pointer.move(600, 40)
+        window = self.tessly.open_panel().window
+        self.desktop.pointer.click(window.x + 5, window.y + 300)
+        self.tessly.wait_for_closed_panel()
+
+    def test_a_row_under_the_preview_s_shadow_pastes_by_a_click(self):
+        self.record("older row")
+        self.record("newer row")
+        editor = GtkEditor(self.desktop).start()
+        self.desktop.pointer.move(400, 40)
+        panel, preview = self.open_both()
+        left, right, top, _ = self.desktop.windows.shadow(panel.id)
+        edge = panel.x + panel.width - right
+        self.assertLess(preview.x, edge - 12, "the shadow lies over the row's end")
+        self.desktop.pointer.click(edge - 12, panel.y + top + Rows.FIRST_ROW)
+        self.tessly.wait_for_closed_panel()
+        editor.wait_for_text("newer row")
 
 
 class Panel(TesslyCase):

@@ -54,7 +54,7 @@ void setLight(TokenColors& colors)
     colors.secondaryText = QColor(0x5A, 0x5A, 0x60);
     colors.border = over(withOpacity(Qt::black, 0.24F), colors.panel);
     colors.shadowedBorder = over(withOpacity(Qt::black, 0.1F), colors.panel);
-    colors.cardShadow = withOpacity(Qt::black, 0.3F);
+    colors.cardShadow = withOpacity(Qt::black, 0.24F);
     colors.divider = withOpacity(Qt::black, 0.12F);
     colors.pin = QColor(0xC7, 0x62, 0x00);
     colors.bannerWarning = QColor(0xAD, 0x57, 0x00);

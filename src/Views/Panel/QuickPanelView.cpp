@@ -218,7 +218,6 @@ void QuickPanelView::placePreview(QRect panel, const QScreen& screen)
         cardGeometry(panel, metrics.previewNarrowest, metrics.previewWidest, workArea);
     m_previewGeometry = beside.value_or(panel.adjusted(
         panel.width() - metrics.previewWidest - margin, aboveList, -margin, -belowList));
-    m_previewRoom = beside ? besideCard(m_previewGeometry, panel, workArea) : workArea;
     const QSize picture = m_previewGeometry.size() - QSize(2, 2) * metrics.previewPadding -
                           QSize(0, metrics.previewHeader);
     m_preview.setPlace(
@@ -236,7 +235,7 @@ void QuickPanelView::showPreview()
     }
     // The toolkit counts from where it takes the panel to be.
     const QPoint shift = m_window->card().topLeft() - m_previewOrigin;
-    m_previewWindow->showAt(m_previewGeometry.translated(shift), m_previewRoom.translated(shift));
+    m_previewWindow->showAt(m_previewGeometry.translated(shift), m_room);
     traceShown(u"preview", m_previewGeometry);
 }
 

@@ -59,8 +59,7 @@ private:
     /// Null if it is an ordinary window.
     std::unique_ptr<PanelLayer> m_layer;
     QRect m_previewGeometry;
-    /// Where its shadow and that of the panel may lie.
-    QRect m_previewRoom;
+    /// Where shadows may lie: what is free of the screen.
     QRect m_room;
     /// Where the panel is, as seen from there.
     QPoint m_previewOrigin;

@@ -72,17 +72,6 @@ cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workAre
     return card;
 }
 
-QRect besideCard(const QRect& card, const QRect& panel, const QRect& room)
-{
-    QRect side = room;
-    if (card.left() > panel.right()) {
-        side.setLeft(panel.right() + 1);
-    } else {
-        side.setRight(panel.left() - 1);
-    }
-    return side;
-}
-
 QRect centredGeometry(const QSize& size, const QRect& workArea)
 {
     QRect window(QPoint(), size.boundedTo(workArea.size()));

@@ -26,9 +26,6 @@ namespace tessly {
 [[nodiscard]] std::optional<QRect>
 cardGeometry(const QRect& panel, int narrowest, int widest, const QRect& workArea);
 
-/// The part of `room` on the card's side of the panel that it is beside.
-[[nodiscard]] QRect besideCard(const QRect& card, const QRect& panel, const QRect& room);
-
 /// In the middle of `workArea`, and smaller only where that is.
 [[nodiscard]] QRect centredGeometry(const QSize& size, const QRect& workArea);
 

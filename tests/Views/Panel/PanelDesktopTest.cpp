@@ -10,9 +10,12 @@
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QImage>
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -77,7 +80,27 @@ protected:
         EXPECT_TRUE(waitUntil([&] { return elapsed.hasExpired(300); }));
     }
 
+    /// Says that there is a compositing manager, and does nothing of what one does.
+    void beginCompositing()
+    {
+        XClient::Look look;
+        look.isUnmanaged = true;
+        look.x = 1300;
+        m_compositor = m_client.show(look);
+        m_client.own("_NET_WM_CM_S0", m_compositor);
+    }
+    /// Which window a click there goes to. Moves the pointer.
+    [[nodiscard]] static xcb_window_t windowAt(const QPoint& place)
+    {
+        const QByteArray found = session->run(
+            u"xdotool"_s, {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
+                           u"getmouselocation"_s});
+        return found.mid(found.indexOf("window:") + 7).trimmed().toUInt();
+    }
+    void endCompositing() { m_client.destroy(m_compositor); }
+
     XClient m_client{session->display()};
+    xcb_window_t m_compositor = XCB_WINDOW_NONE;
     xcb_window_t m_other = XCB_WINDOW_NONE;
     int m_marks = 0;
 };
@@ -170,6 +193,106 @@ TEST_F(PanelDesktopTest, StandsOnTheNearestScreenWhereThereIsNone)
     EXPECT_TRUE(std::ranges::any_of(QGuiApplication::screens(), [this](const QScreen* screen) {
         return screen->availableGeometry().contains(placeOnServer());
     })) << testing::PrintToString(placeOnServer());
+}
+
+// Where the screen is composited
+
+TEST_F(PanelDesktopTest, TheShadowLiesAroundThePanelWhichStaysWhereItIsWithoutOne)
+{
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    const std::array anchors = {area.topLeft(), area.bottomRight(), QPoint(400, 40)};
+    std::vector<QRect> plain;
+    for (const QPoint& anchor : anchors) {
+        showAt(anchor);
+        plain.push_back(placeOnServer());
+        m_controller.close();
+        run();
+    }
+    beginCompositing();
+    for (std::size_t i = 0; i < anchors.size(); ++i) {
+        showAt(anchors.at(i));
+        EXPECT_EQ(window().card(), plain.at(i));
+        EXPECT_TRUE(area.contains(placeOnServer())) << "no manager has to move it";
+        EXPECT_TRUE(window().hasShadow());
+        EXPECT_EQ(window().rootObject()->size(), QSizeF(660, 560));
+        const QMargins shadow(
+            plain.at(i).left() - placeOnServer().left(), plain.at(i).top() - placeOnServer().top(),
+            placeOnServer().right() - plain.at(i).right(),
+            placeOnServer().bottom() - plain.at(i).bottom());
+        const QString extents = u"_GTK_FRAME_EXTENTS = %1, %2, %3, %4"_s.arg(shadow.left())
+                                    .arg(shadow.right())
+                                    .arg(shadow.top())
+                                    .arg(shadow.bottom());
+        EXPECT_EQ(property(u"_GTK_FRAME_EXTENTS"_s).trimmed(), extents);
+        m_controller.close();
+        run();
+    }
+}
+
+TEST_F(PanelDesktopTest, TheShadowIsThereFromTheMomentTheScreenIsCompositedUntilItIsNot)
+{
+    showAt({400, 40});
+    const QRect card = placeOnServer();
+    EXPECT_FALSE(window().hasShadow());
+    EXPECT_FALSE(window().mask().isEmpty()) << "the corners would be black";
+    beginCompositing();
+    ASSERT_TRUE(waitUntil([&] { return placeOnServer() == card.adjusted(-28, -20, 28, 36); }));
+    EXPECT_TRUE(window().mask().isEmpty());
+    endCompositing();
+    ASSERT_TRUE(waitUntil([&] { return placeOnServer() == card; }));
+    EXPECT_FALSE(window().hasShadow());
+    EXPECT_FALSE(window().mask().isEmpty());
+    EXPECT_TRUE(m_model->isPanelPresented());
+}
+
+TEST_F(PanelDesktopTest, TheShadowFadesOutwardsAndThePanelIsOpaque)
+{
+    beginCompositing();
+    showAt({400, 40});
+    const QImage picture = window().grabWindow();
+    const QRect card = window().card().translated(-window().position());
+    const int middle = card.center().y();
+    EXPECT_EQ(qAlpha(picture.pixel(card.left() + 1, middle)), 255);
+    EXPECT_EQ(qAlpha(picture.pixel(card.right() - 1, middle)), 255);
+    int before = 255;
+    for (int x = card.left() - 1; x >= 0; x -= 3) {
+        const int alpha = qAlpha(picture.pixel(x, middle));
+        EXPECT_LT(alpha, before) << x;
+        before = alpha;
+    }
+    EXPECT_EQ(qAlpha(picture.pixel(0, 0)), 0);
+    const auto below = picture.pixel(card.center().x(), card.bottom() + 4);
+    const auto above = picture.pixel(card.center().x(), card.top() - 4);
+    EXPECT_GT(qAlpha(below), qAlpha(above)) << "the light comes from above";
+}
+
+TEST_F(PanelDesktopTest, APointerInTheShadowIsInTheWindowBelow)
+{
+    session->run(
+        u"xdotool"_s, {u"windowmove"_s, u"--sync"_s, QString::number(m_other), u"40"_s, u"100"_s});
+    const QRect other = m_client.geometryOf(m_other);
+    beginCompositing();
+    showAt({450, 10});
+    const QPoint shadow(window().card().left() - 5, other.center().y());
+    ASSERT_TRUE(other.contains(shadow));
+    ASSERT_TRUE(placeOnServer().contains(shadow));
+    EXPECT_EQ(windowAt(shadow), m_other);
+    EXPECT_EQ(windowAt(shadow + QPoint(10, 0)), panelID());
+    endCompositing();
+    EXPECT_TRUE(waitUntil([&] { return windowAt(shadow) == m_other; }));
+    EXPECT_EQ(windowAt(shadow + QPoint(10, 0)), panelID());
+    session->run(u"xdotool"_s, {u"mousemove"_s, u"1500"_s, u"780"_s});
+}
+
+TEST_F(PanelDesktopTest, AMenuOpensAtThePointerAlsoWhereThereIsAShadow)
+{
+    save("one");
+    beginCompositing();
+    showAt({400, 40});
+    const QPoint place = centerOf(u"row-0"_s);
+    click(u"row-0"_s, Qt::RightButton);
+    const QPointF corner = item(u"row-menu"_s).mapToScene({0, 0});
+    EXPECT_EQ(corner.toPoint(), place);
 }
 
 TEST_F(PanelDesktopTest, APointerThatLiesWhereItAppearsSelectsNothingUntilItMoves)

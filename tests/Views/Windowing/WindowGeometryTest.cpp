@@ -182,5 +182,23 @@ TEST(RoundedRegionTest, WithoutARadiusIsTheRectangle)
     EXPECT_EQ(roundedRegion(QSize(10, 10), 0), QRegion(0, 0, 10, 10));
 }
 
+TEST(ShadowMarginsTest, ReachAllAroundAndFurtherDownWhereThereIsRoom)
+{
+    const QMargins margins = shadowMargins({500, 300, 660, 560}, 28, 8, screen);
+    EXPECT_EQ(margins, QMargins(28, 20, 28, 36));
+}
+
+TEST(ShadowMarginsTest, EndAtTheEdgesOfTheRoomInWholeSteps)
+{
+    const QRect room(100, 50, 690, 600);
+    EXPECT_EQ(shadowMargins({110, 57, 660, 560}, 28, 8, room), QMargins(8, 4, 20, 32));
+    EXPECT_EQ(shadowMargins({100, 50, 690, 600}, 28, 8, room), QMargins());
+}
+
+TEST(ShadowMarginsTest, AreNoneBesideARoomThatTheCardIsNotIn)
+{
+    EXPECT_EQ(shadowMargins({-900, -700, 660, 560}, 28, 8, screen), QMargins(0, 0, 28, 36));
+}
+
 } // namespace
 } // namespace tessly

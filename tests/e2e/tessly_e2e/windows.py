@@ -24,6 +24,13 @@ class Windows:
         value = self._property(self._root, "_NET_ACTIVE_WINDOW")
         return value[0] if value and value[0] else None
 
+    def shadow(self, window):
+        """How far a window says that it reaches beyond what is seen of it as a window: left, right, top
+        and bottom. None if it says nothing."""
+        value = self._property(self._display.create_resource_object("window", window),
+                               "_GTK_FRAME_EXTENTS")
+        return tuple(value) if value else None
+
     @property
     def focused(self):
         """The id of the window that the keys go to; None for none and for the root."""
