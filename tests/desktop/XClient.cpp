@@ -124,6 +124,24 @@ QRect XClient::geometryOf(xcb_window_t window)
     return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
+xcb_window_t XClient::windowAt(QPoint place)
+{
+    xcb_window_t window = XCB_WINDOW_NONE;
+    xcb_window_t child = m_screen->root;
+    while (child != XCB_WINDOW_NONE) {
+        window = child;
+        child = answered(xcb_translate_coordinates_reply(
+                             m_connection,
+                             xcb_translate_coordinates(
+                                 m_connection, m_screen->root, window,
+                                 static_cast<std::int16_t>(place.x()),
+                                 static_cast<std::int16_t>(place.y())),
+                             nullptr))
+                    ->child;
+    }
+    return window != m_screen->root ? window : xcb_window_t{XCB_WINDOW_NONE};
+}
+
 xcb_window_t XClient::ownerOf(const std::string& selection)
 {
     return answered(

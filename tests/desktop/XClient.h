@@ -81,6 +81,9 @@ public:
     /// Where a window is on the screen.
     [[nodiscard]] QRect geometryOf(xcb_window_t window);
 
+    /// The innermost window that a click at a place on the screen goes to; none if to the root.
+    [[nodiscard]] xcb_window_t windowAt(QPoint place);
+
     /// The window that owns a selection.
     [[nodiscard]] xcb_window_t ownerOf(const std::string& selection);
     /// Makes a window the owner of a selection; the root window if none is named. Serves nobody.

@@ -50,6 +50,16 @@ void CardWindow::resizeEvent(QResizeEvent* event)
     layOut();
 }
 
+void CardWindow::exposeEvent(QExposeEvent* event)
+{
+    ViewWindow::exposeEvent(event);
+    if (isExposed() && hasShadow()) {
+        // A manager that puts the window into one of its own takes over where clicks go to when
+        // that changes, not what it finds.
+        m_cards.shape(*this, m_shadow, TokenMetrics().panelRadius);
+    }
+}
+
 void CardWindow::layOut()
 {
     if (QQuickItem* const root = rootObject(); root != nullptr) {

@@ -36,6 +36,7 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void exposeEvent(QExposeEvent* event) override;
 
 private:
     void layOut();
