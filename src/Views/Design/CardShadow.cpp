@@ -22,9 +22,9 @@ public:
     explicit ShadowNode(QQuickWindow& window)
     {
         for (QSGImageNode*& piece : m_pieces) {
-            // Belongs to this node.
             piece = window.createImageNode();
             piece->setFiltering(QSGTexture::Nearest);
+            appendChildNode(piece);
         }
     }
 
@@ -60,9 +60,6 @@ public:
                 piece.setRect(QRectF(
                     QPointF(columns.at(column), rows.at(row) + drop) / scale,
                     QPointF(columns.at(column + 1), rows.at(row + 1) + drop) / scale));
-                if (piece.parent() == nullptr) {
-                    appendChildNode(&piece);
-                }
             }
         }
     }

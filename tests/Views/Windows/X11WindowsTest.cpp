@@ -1,4 +1,5 @@
 #include "AppModelFixture.h"
+#include "CardWindow.h"
 #include "ClipboardOwner.h"
 #include "OnboardingModel.h"
 #include "QuickConfirmation.h"
@@ -7,6 +8,7 @@
 #include "SettingsModel.h"
 #include "StatusMenu.h"
 #include "ViewDriver.h"
+#include "WindowGeometry.h"
 #include "WindowViews.h"
 #include "XClient.h"
 #include "XSession.h"
@@ -14,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QScreen>
 
 #include <cstdlib>
@@ -178,6 +181,25 @@ TEST_F(X11WindowsTest, OnboardingHasNoFrameAndIsMovedByItsBackground)
         return window.x() <= before.x() - 30 && window.y() <= before.y() - 20;
     })) << window.x() - before.x()
         << ' ' << window.y() - before.y();
+}
+
+TEST_F(X11WindowsTest, OnboardingHasAShadowWhileTheScreenIsComposited)
+{
+    m_other.own("_NET_WM_CM_S0", m_editor);
+    OnboardingModel onboarding(*m_model, [] {});
+    const auto view = makeOnboardingView(onboarding);
+    view->show();
+    auto& window = dynamic_cast<CardWindow&>(view->window());
+    ASSERT_TRUE(comesUp(window));
+    const QRect area = window.screen()->availableGeometry();
+    const QRect card = centredGeometry(QSize(650, 510), area);
+    EXPECT_TRUE(window.hasShadow());
+    EXPECT_EQ(window.card(), card);
+    EXPECT_EQ(window.rootObject()->size(), QSizeF(650, 510));
+    EXPECT_GT(window.height(), card.height());
+    m_other.destroy(m_editor);
+    EXPECT_TRUE(waitUntil([&] { return window.geometry() == card; }));
+    EXPECT_FALSE(window.hasShadow());
 }
 
 TEST_F(X11WindowsTest, TheAlertGetsTheKeyboard)
