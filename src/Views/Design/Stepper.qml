@@ -136,7 +136,7 @@ RoundedRectangle {
         canStep: stepper.canIncrease
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.centerIn: parent
         width: 1
         height: parent.height - 10

@@ -11,10 +11,8 @@ Item {
     width: parent.width
     implicitHeight: Math.max(Tokens.size.formRow, right.height + 2 * 7)
 
-    Divider {
+    RowDivider {
         visible: row.y > 0
-        x: Tokens.size.formInset
-        width: parent.width - x
     }
 
     ReadText {

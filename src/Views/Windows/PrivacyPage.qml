@@ -82,10 +82,7 @@ FormPage {
             width: parent.width
             height: buttons.height + 2 * 10
 
-            Divider {
-                x: Tokens.size.formInset
-                width: parent.width - x
-            }
+            RowDivider {}
 
             Row {
                 id: buttons

@@ -41,21 +41,22 @@ Rectangle {
             settings: root.settings
         }
 
+        Loader {
+            id: page
+
+            objectName: "page"
+            anchors.top: strip.bottom
+            anchors.bottom: parent.bottom
+            width: parent.width
+            sourceComponent: [general, privacy, shortcuts, about][root.settings.selectedTab]
+        }
+
+        // What is scrolled ends under it, without a gap.
         Divider {
             id: divider
 
             anchors.top: strip.bottom
             width: parent.width
-        }
-
-        Loader {
-            id: page
-
-            objectName: "page"
-            anchors.top: divider.bottom
-            anchors.bottom: parent.bottom
-            width: parent.width
-            sourceComponent: [general, privacy, shortcuts, about][root.settings.selectedTab]
         }
 
         BannerView {

@@ -48,6 +48,62 @@ TEST_F(SettingsPagesViewTest, AboutStandsInTheMiddle)
     EXPECT_EQ(color(u"version"_s), colors().tertiaryText);
 }
 
+// Hairlines
+
+/// How many pixels of a column each line has that crosses it, from above. What is thicker than a
+/// line is left out, and so is what the picture cuts off.
+std::vector<int> linesAcross(const QImage& image, int x, int y)
+{
+    constexpr int tooThick = 4;
+    std::vector<int> lines;
+    int length = 1;
+    for (; y + 1 < image.height(); ++y) {
+        if (image.pixel(x, y) == image.pixel(x, y + 1)) {
+            ++length;
+            continue;
+        }
+        if (length < tooThick) {
+            lines.push_back(length);
+        }
+        length = 1;
+    }
+    return lines;
+}
+
+// Also run at scales between whole ones.
+TEST_F(SettingsPagesViewTest, HairlinesHaveOnePixelWhereverTheyLie)
+{
+    for (const int tab : {0, 1, 2}) {
+        showTab(tab);
+        const QImage image = window().grabWindow();
+        const qreal scale = image.devicePixelRatio();
+        // Where there are no texts, from below the tabs.
+        const std::vector<int> lines = linesAcross(image, qRound(400 * scale), qRound(60 * scale));
+        EXPECT_THAT(lines, SizeIs(testing::Ge(8)));
+        EXPECT_THAT(lines, testing::Each(1)) << "of tab " << tab;
+    }
+}
+
+// Also run at scales between whole ones.
+TEST_F(SettingsPagesViewTest, LinesBetweenRowsEndAtTheLineAroundThem)
+{
+    showTab(0);
+    const QImage image = window().grabWindow();
+    const qreal scale = image.devicePixelRatio();
+    const int right = image.width() - 1;
+    const qreal top = item(u"capture-files"_s).mapToScene(QPointF()).y();
+    int y = qRound(top * scale);
+    int x = right;
+    while (x > 0 && image.pixel(x, y) == image.pixel(right, y)) {
+        --x;
+    }
+    const QRgb around = image.pixel(x, y);
+    // Past two lines between rows.
+    for (const int end = qRound((top + 60) * scale); y < end; ++y) {
+        ASSERT_EQ(image.pixel(x, y), around) << y;
+    }
+}
+
 // Assistive technology
 
 TEST_F(SettingsPagesViewTest, TheGeneralTabIsReadInItsOrder)
