@@ -4,12 +4,13 @@ import os
 import subprocess
 import tempfile
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 
 from tessly_e2e import pictures
 
 GALLERY = os.environ.get("TESSLY_GALLERY")
 REFERENCES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "pictures")
-SCALE = "1.5"
+SCALES = ["1", "1.25", "1.5", "2"]
 
 
 class Pictures(unittest.TestCase):
@@ -19,12 +20,22 @@ class Pictures(unittest.TestCase):
         if pictures.font() != expected:
             self.skipTest(f"the references are in {expected}")
         with tempfile.TemporaryDirectory() as folder:
-            pictures.take(GALLERY, folder, SCALE)
-            compared = subprocess.run(
-                [GALLERY, folder, "--like", os.path.join(REFERENCES, SCALE)],
-                env={**os.environ, "QT_QPA_PLATFORM": "offscreen"}, capture_output=True,
-                check=False)
-        self.assertEqual(compared.returncode, 0, compared.stderr.decode())
+            pictures.take(GALLERY, folder, SCALES)
+            with ThreadPoolExecutor() as executor:
+                differences = list(executor.map(lambda scale: unlike(folder, scale), SCALES))
+        for scale, difference in zip(SCALES, differences):
+            with self.subTest(scale=scale):
+                self.assertEqual(difference, "")
+
+
+def unlike(folder, scale):
+    """What is said of the pictures at a scale that are not like their references."""
+    compared = subprocess.run(
+        [GALLERY, os.path.join(folder, scale), "--like", os.path.join(REFERENCES, scale)],
+        env={**os.environ, "QT_QPA_PLATFORM": "offscreen"}, capture_output=True, check=False)
+    if compared.returncode == 0:
+        return ""
+    return compared.stderr.decode() or f"ended with {compared.returncode}"
 
 
 if __name__ == "__main__":

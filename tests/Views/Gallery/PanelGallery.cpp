@@ -14,6 +14,8 @@ namespace tessly::test {
 
 namespace {
 
+// Longer than the list takes to move up once a banner has gone.
+constexpr int movedUp = 400;
 // Longer than the rest after which a tool tip shows.
 constexpr int toolTipShown = 900;
 
@@ -102,7 +104,11 @@ void PanelGallery::photographSample(const QDir& folder, const QString& prefix)
     photograph(folder, prefix + u"paused"_s);
     m_panel.togglePaused();
     m_model.setBanner(std::nullopt);
+    QTest::qWait(movedUp);
 
+    // A pointer selects once it has moved.
+    QTest::mouseMove(&m_view.window(), QPoint(299, 260));
+    QTest::mouseMove(&m_view.window(), QPoint(300, 260));
     QTest::mouseClick(&m_view.window(), Qt::RightButton, {}, QPoint(300, 260));
     QTest::keyClick(&m_view.window(), Qt::Key_Down);
     photograph(folder, prefix + u"menu"_s);

@@ -20,7 +20,7 @@ constexpr int attempts = 40;
 
 void savePicture(QQuickWindow& window, const QDir& folder, const QString& name)
 {
-    QImage picture;
+    QImage picture = window.grabWindow();
     for (int attempt = 0; attempt < attempts; ++attempt) {
         QTest::qWait(settled);
         if (const QImage before = std::exchange(picture, window.grabWindow()); before == picture) {

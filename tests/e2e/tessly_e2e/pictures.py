@@ -7,6 +7,7 @@ makes a folder for each scale in FOLDER.
 
 import os
 import sys
+from concurrent.futures import ThreadPoolExecutor
 
 from .desktop import Desktop
 
@@ -22,15 +23,19 @@ def font():
             desktop.run(["fc-match", "--format=%{file}", "sans"]).stdout.decode())
 
 
-def take(gallery, folder, scale):
+def _take(gallery, folder, scale):
     with Desktop(bus=False, size=SIZE) as desktop:
         desktop.run([gallery, folder], environment={"QT_SCALE_FACTOR": scale}, timeout=TIMEOUT)
 
 
-def main(gallery, folder, *scales):
-    for scale in scales:
-        take(gallery, os.path.join(folder, scale), scale)
+def take(gallery, folder, scales):
+    """Side by side: each waits most of the time, until nothing moves any more."""
+    with ThreadPoolExecutor(len(scales)) as executor:
+        taken = [executor.submit(_take, gallery, os.path.join(folder, scale), scale)
+                 for scale in scales]
+    for future in taken:
+        future.result()
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    take(sys.argv[1], sys.argv[2], sys.argv[3:])
