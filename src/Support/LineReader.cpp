@@ -16,10 +16,11 @@ constexpr qsizetype pieceSize = qsizetype(256) * 1024;
 
 } // namespace
 
-LineReader::LineReader(int descriptor, QString name, qsizetype longest)
+LineReader::LineReader(int descriptor, QString name, qsizetype longest, char separator)
     : m_descriptor(descriptor)
     , m_name(std::move(name))
     , m_longest(longest)
+    , m_separator(separator)
 {
 }
 
@@ -32,7 +33,7 @@ LineReader::Line LineReader::next(QByteArray& text)
         if (!std::exchange(isThere, true)) {
             ++m_number;
         }
-        const qsizetype end = m_piece.indexOf('\n', m_read);
+        const qsizetype end = m_piece.indexOf(m_separator, m_read);
         const qsizetype length = (end < 0 ? m_piece.size() : end) - m_read;
         isTooLong = isTooLong || text.size() - begin + length > m_longest;
         if (!isTooLong) {

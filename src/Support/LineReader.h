@@ -5,8 +5,8 @@
 
 namespace tessly {
 
-/// Reads lines from a file, a pipe or whatever else a descriptor is, one after another. Holds no
-/// more than one line and one piece of what follows.
+/// Reads lines, or what else stands between separators, from a file, a pipe or whatever else a
+/// descriptor is, one after another. Holds no more than one line and one piece of what follows.
 class LineReader
 {
 public:
@@ -19,8 +19,8 @@ public:
     };
 
     /// The descriptor stays the caller's. `name` is for errors. A line longer than `longest` bytes
-    /// is too long.
-    LineReader(int descriptor, QString name, qsizetype longest);
+    /// is too long. `separator` ends a line.
+    LineReader(int descriptor, QString name, qsizetype longest, char separator = '\n');
 
     /// Appends the next line to `text`, without its end; a line that is too long leaves `text` as
     /// it was. Waits for whoever writes. Throws FileError.
@@ -36,6 +36,7 @@ private:
     int m_descriptor;
     QString m_name;
     qsizetype m_longest;
+    char m_separator;
     QByteArray m_piece;
     /// What of the piece has been read.
     qsizetype m_read = 0;

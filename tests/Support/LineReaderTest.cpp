@@ -63,6 +63,23 @@ TEST_F(LineReaderTest, TheLastLineNeedsNoEnd)
     EXPECT_THAT(lines("one\ntwo"), ElementsAre("one", "two"));
 }
 
+TEST_F(LineReaderTest, AnotherSeparatorLeavesEndsOfLinesInTheText)
+{
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    ASSERT_EQ(::write(ends[1], "one\ntwo\0three", 13), 13);
+    ::close(ends[1]);
+    LineReader texts(ends[0], u"a pipe"_s, 100, '\0');
+    QByteArray text;
+    EXPECT_EQ(texts.next(text), Line::read);
+    EXPECT_EQ(text, "one\ntwo");
+    text.clear();
+    EXPECT_EQ(texts.next(text), Line::read);
+    EXPECT_EQ(text, "three");
+    EXPECT_EQ(texts.next(text), Line::none);
+    ::close(ends[0]);
+}
+
 TEST_F(LineReaderTest, OfNothingThereIsNothing)
 {
     EXPECT_THAT(lines(""), IsEmpty());

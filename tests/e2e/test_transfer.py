@@ -71,6 +71,21 @@ class Transfer(TransferCase):
         self.tessly.wait_for_closed_panel()
         wait_until(lambda: self.clipboard.read() == b"rich words", "it can be pasted")
 
+    def test_texts_from_elsewhere_come_in_their_order_below_what_is_there(self):
+        self.record("copied here")
+        with open(self.file, "wb") as file:
+            file.write("newest é\nof two lines\0copied here\0\0older".encode())
+        self.assertEqual(self.do("import", "--null", self.file),
+                         "2 added, 1 there already, 0 refused\n")
+        self.assertEqual([entry["preview"] for entry in self.entries()],
+                         ["copied here", "newest é of two lines", "older"])
+        self.record("copied afterwards")
+        self.tessly.stop()
+        self.assertEqual(self.do("import", "--null", self.file),
+                         "0 added, 3 there already, 0 refused\n")
+        self.assertEqual([entry["preview"] for entry in self.entries()],
+                         ["copied afterwards", "copied here", "newest é of two lines", "older"])
+
     def test_everything_comes_back_while_tessly_does_not_run(self):
         self.record_of_every_kind()
         before = self.stored()

@@ -127,6 +127,9 @@ private:
         case OptionID::everything:
             m_invocation.isEverything = true;
             break;
+        case OptionID::null:
+            m_invocation.isNullSeparated = true;
+            break;
         case OptionID::query:
             m_invocation.query = toQString(value);
             if (m_invocation.query.size() > longestQuery) {

@@ -33,6 +33,12 @@ constexpr std::array clearOptions = {
         OptionID::everything, "--everything", Value::none, "", "the pinned entries too"},
 };
 
+constexpr std::array importOptions = {
+    OptionDescription{
+        OptionID::null, "--null", Value::none, "",
+        "FILE has plain texts, each ended by a NUL, the newest first"},
+};
+
 constexpr std::array panelCommands = {
     CommandDescription{
         CommandID::show,
@@ -151,10 +157,7 @@ constexpr std::array historyCommands = {
         "have copied. With - as FILE it goes to standard output.\n\n"
         "Also works while Tessly is not running."},
     CommandDescription{
-        CommandID::importHistory,
-        "import",
-        Operand::file,
-        {},
+        CommandID::importHistory, "import", Operand::file, importOptions,
         "add the entries of a file that \"tessly export\" has written",
         "Adds the entries of FILE, which \"tessly export\" has written, with their times, pins and "
         "all else. What the history has already stays as it is there. Nothing goes to make room: "
@@ -165,6 +168,12 @@ constexpr std::array historyCommands = {
         "already, and were refused; the exit status is 1 if any was refused or the file was not "
         "read to its end. An import that ends early has added whole entries, and can be "
         "repeated.\n\n"
+        "With --null FILE has plain texts, as other programs print them for \"xargs --null\": each "
+        "up to the next NUL, the newest first. Each becomes an entry; it may have many lines, must "
+        "be UTF-8, and is passed over if it is empty. They are listed in their order below all "
+        "that the history has already, and dated accordingly. What is refused is named by its "
+        "place among them, in place of a line. Which of them are secret cannot be known: all are "
+        "added.\n\n"
         "With - as FILE it reads standard input. Also works while Tessly is not running, which "
         "must then not be started before the import has ended."},
 };
@@ -193,6 +202,10 @@ constexpr std::array exampleList = {
     Example{
         "tessly export - | ssh other-machine tessly import -",
         "Adds what the history has here to that of another machine."},
+    Example{
+        "tessly import --null texts",
+        "Adds the texts that another program has written to a file, each ended by a NUL. They are "
+        "listed below all others."},
     Example{
         "tessly pause; ./copies-secrets; tessly resume",
         "Keeps what one program copies out of the history."},

@@ -27,7 +27,7 @@ enum class CommandID {
     importHistory,
 };
 
-enum class OptionID { json, query, kind, limit, plain, everything };
+enum class OptionID { json, query, kind, limit, plain, everything, null };
 
 struct OptionDescription
 {

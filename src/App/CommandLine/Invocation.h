@@ -36,6 +36,8 @@ struct Invocation
     bool isJSON = false;
     bool isPlain = false;
     bool isEverything = false;
+    /// What is imported is texts, each to a NUL.
+    bool isNullSeparated = false;
     QString query = {};
     std::optional<ClipKind> kind = {};
     /// Negative: all.

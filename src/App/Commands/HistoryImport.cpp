@@ -3,6 +3,7 @@
 #include "ExportFormat.h"
 #include "UnicodeText.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -15,6 +16,11 @@ namespace {
 constexpr qsizetype bytesAtOnce = ExportFormat::gatheredBytes;
 constexpr std::size_t linesAtOnce = ExportFormat::gatheredLines;
 
+// By how much each text is older than the one before it, in seconds.
+constexpr double betweenTexts = 0.001;
+
+const QString tooLong = u"it is too long"_s;
+const QString nothingThere = u"it is empty"_s;
 const QString noFirstLine = u"here should be the first line of an export"_s;
 
 } // namespace
@@ -38,8 +44,7 @@ void HistoryImport::run()
         if (step == Step::stop) {
             return;
         }
-        const bool isEnough = m_waiting.size() >= bytesAtOnce || m_numbers.size() >= linesAtOnce;
-        if (isEnough && !addWaiting()) {
+        if (!addIfEnough()) {
             return;
         }
     }
@@ -49,17 +54,64 @@ void HistoryImport::run()
     if (m_isWithin || !m_hasBegun) {
         // Whoever wrote it, or brought it here, has not come to its end.
         m_refuse(
-            0,
-            m_hasBegun ? u"the last line is missing: the file was cut short"_s : u"it is empty"_s);
+            0, m_hasBegun ? u"the last line is missing: the file was cut short"_s : nothingThere);
         return;
     }
     m_result.isComplete = true;
 }
 
+void HistoryImport::runOfTexts(double newest)
+{
+    for (;;) {
+        QByteArray text;
+        const LineReader::Line line = m_lines.next(text);
+        if (line == LineReader::Line::none) {
+            break;
+        }
+        if (line == LineReader::Line::tooLong) {
+            if (refuseLast(tooLong, Step::goOn) == Step::stop) {
+                return;
+            }
+        } else if (!text.isEmpty()) {
+            const auto before = static_cast<double>(m_lines.number() - 1);
+            takeText(text, std::max(newest - before * betweenTexts, 0.0));
+        }
+        if (!addIfEnough()) {
+            return;
+        }
+    }
+    if (!addWaiting()) {
+        return;
+    }
+    if (m_lines.number() == 0) {
+        // What was to write it has failed, most likely.
+        m_refuse(0, nothingThere);
+        return;
+    }
+    m_result.isComplete = true;
+}
+
+/// As an export would have it.
+void HistoryImport::takeText(const QByteArray& text, double time)
+{
+    Clip clip;
+    clip.id = QUuid::createUuid();
+    clip.createdAt = time;
+    clip.lastUsedAt = time;
+    clip.payload = ClipPayload({.plainText = text});
+    ExportFormat::write(clip, [this](QByteArrayView bytes) { m_waiting.append(bytes); });
+    m_numbers.push_back(m_lines.number());
+}
+
+bool HistoryImport::addIfEnough()
+{
+    const bool isEnough = m_waiting.size() >= bytesAtOnce || m_numbers.size() >= linesAtOnce;
+    return !isEnough || addWaiting();
+}
+
 HistoryImport::Step HistoryImport::refuseTooLong()
 {
-    return m_isWithin ? refuseLast(u"it is too long"_s, Step::goOn)
-                      : refuseLast(noFirstLine, Step::stop);
+    return m_isWithin ? refuseLast(tooLong, Step::goOn) : refuseLast(noFirstLine, Step::stop);
 }
 
 /// The line that was read last, which begins there in what waits.

@@ -12,8 +12,8 @@
 
 namespace tessly {
 
-/// Reads a file that a history was exported to, and hands its entries on, some at a time. Holds a
-/// few megabytes of it, or one line where that is longer.
+/// Reads a file that a history was exported to, or one of texts, and hands its entries on, some at
+/// a time. Holds a few megabytes of it, or one line where that is longer.
 class HistoryImport
 {
 public:
@@ -35,12 +35,19 @@ public:
 
     /// Throws FileError if the file cannot be read; `result` tells what had been added by then.
     void run();
+    /// As `run`, of a file of texts instead of entries: what the reader takes for its lines. The
+    /// first is the newest, from then (in seconds since 1970), and each following one is older.
+    /// Empty ones are passed over.
+    void runOfTexts(double newest);
     [[nodiscard]] const Result& result() const { return m_result; }
 
 private:
     enum class Step { goOn, stop };
 
     [[nodiscard]] Step take(qsizetype begin);
+    void takeText(const QByteArray& text, double time);
+    /// Adds what waits if that is enough for once. False if it failed.
+    [[nodiscard]] bool addIfEnough();
     [[nodiscard]] Step refuseTooLong();
     /// The line that was read last; `step` is what follows.
     [[nodiscard]] Step refuseLast(const QString& reason, Step step);

@@ -138,7 +138,7 @@ int CommandRunner::run(const Invocation& invocation)
     case CommandID::exportHistory:
         return exportHistory(invocation.file);
     case CommandID::importHistory:
-        return importHistory(invocation.file);
+        return importHistory(invocation);
     default:
         return act(invocation);
     }

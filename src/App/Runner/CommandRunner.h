@@ -60,8 +60,13 @@ private:
     [[nodiscard]] int exportHistory(const QByteArray& file);
     [[nodiscard]] std::optional<int>
     exportTo(const QString& name, const std::function<void(QByteArrayView)>& sink);
-    [[nodiscard]] int importHistory(const QByteArray& file);
-    [[nodiscard]] int importFrom(int descriptor, const QString& name);
+    [[nodiscard]] int importHistory(const Invocation& invocation);
+    /// What is in a file: an export, or texts, each to a NUL.
+    enum class Content { exported, texts };
+    [[nodiscard]] int importFrom(int descriptor, const QString& name, Content content);
+    /// The time of the newest of the texts, in seconds since 1970: before all that the history has.
+    /// Throws ClipStoreError.
+    [[nodiscard]] double timeOfTexts() const;
     /// Adds entries to the history. Where it cannot be had, or that fails, there is none, it was
     /// said why, and the exit status is in `status`.
     using Add = std::function<std::optional<ImportOutcome>(const QByteArray& lines)>;

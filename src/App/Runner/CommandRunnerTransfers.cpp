@@ -20,6 +20,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <memory>
@@ -185,22 +186,35 @@ CommandRunner::exportTo(const QString& name, const std::function<void(QByteArray
     return status;
 }
 
-int CommandRunner::importHistory(const QByteArray& file)
+int CommandRunner::importHistory(const Invocation& invocation)
 {
-    const QString name = QFile::decodeName(file);
-    if (file == standardStream) {
-        return importFrom(m_output.input, name);
+    const QString name = QFile::decodeName(invocation.file);
+    const Content content = invocation.isNullSeparated ? Content::texts : Content::exported;
+    if (invocation.file == standardStream) {
+        return importFrom(m_output.input, name, content);
     }
-    const Descriptor descriptor(::open(file.constData(), O_RDONLY | O_CLOEXEC));
+    const Descriptor descriptor(::open(invocation.file.constData(), O_RDONLY | O_CLOEXEC));
     if (descriptor.number() < 0) {
         return complain(exitFailed, FileError(u"read"_s, name, std::errc(errno)).description());
     }
-    return importFrom(descriptor.number(), name);
+    return importFrom(descriptor.number(), name, content);
 }
 
-int CommandRunner::importFrom(int descriptor, const QString& name)
+double CommandRunner::timeOfTexts() const
 {
-    LineReader lines(descriptor, name, ExportFormat::longestLine);
+    double oldest = SystemClock().now();
+    for (const ClipSummary& entry : ClosedHistory::summaries(m_databasePath, {}, {}, -1)) {
+        oldest = std::min(oldest, entry.lastUsedAt);
+    }
+    return std::max(oldest - 1, 0.0);
+}
+
+int CommandRunner::importFrom(int descriptor, const QString& name, Content content)
+{
+    const bool isTexts = content == Content::texts;
+    LineReader lines(
+        descriptor, name, isTexts ? ExportFormat::largestContent : ExportFormat::longestLine,
+        isTexts ? '\0' : '\n');
     int status = EXIT_SUCCESS;
     Add add;
     HistoryImport import(
@@ -217,7 +231,13 @@ int CommandRunner::importFrom(int descriptor, const QString& name)
             m_output.remark(terminalLine(place + u": "_s + reason));
         });
     try {
-        import.run();
+        if (isTexts) {
+            import.runOfTexts(timeOfTexts());
+        } else {
+            import.run();
+        }
+    } catch (const ClipStoreError& error) {
+        status = complain(exitFailed, error.description());
     } catch (const FileError& error) {
         status = complain(exitFailed, error.description());
     }

@@ -126,6 +126,10 @@ TEST(CommandLineParser, ReadsOptionsBeforeAndBehindThePosition)
     Invocation everything = command(CommandID::clear);
     everything.isEverything = true;
     EXPECT_EQ(parseCommandLine({"clear", "--everything"}), everything);
+    Invocation texts = command(CommandID::importHistory);
+    texts.file = "-";
+    texts.isNullSeparated = true;
+    EXPECT_EQ(parseCommandLine({"import", "--null", "-"}), texts);
     Invocation status = command(CommandID::status);
     status.isJSON = true;
     EXPECT_EQ(parseCommandLine({"status", "--json"}), status);

@@ -26,19 +26,45 @@ protected:
     /// added, "p" are there already.
     HistoryImport::Result import(const QByteArray& bytes, qsizetype longest = 20'000'000)
     {
+        return import(bytes, longest, '\n', [](HistoryImport& import) { import.run(); });
+    }
+    HistoryImport::Result importTexts(const QByteArray& bytes, qsizetype longest = 20'000'000)
+    {
+        return import(
+            bytes, longest, '\0', [](HistoryImport& import) { import.runOfTexts(newestText); });
+    }
+    HistoryImport::Result import(
+        const QByteArray& bytes, qsizetype longest, char separator,
+        const std::function<void(HistoryImport&)>& run)
+    {
         QTemporaryFile file;
         EXPECT_TRUE(file.open());
         file.write(bytes);
         file.flush();
         file.seek(0);
-        LineReader lines(file.handle(), u"file"_s, longest);
+        LineReader lines(file.handle(), u"file"_s, longest, separator);
         HistoryImport import(
             lines, [this](const QByteArray& batch) { return add(batch); },
             [this](qint64 line, const QString& reason) {
                 m_said.push_back(std::to_string(line) + ": " + reason.toStdString());
             });
-        import.run();
+        run(import);
         return import.result();
+    }
+    /// All that was handed on, as entries.
+    [[nodiscard]] std::vector<Clip> clips() const
+    {
+        std::vector<Clip> clips;
+        for (const QByteArray& batch : m_batches) {
+            for (const QByteArray& line : batch.split('\n')) {
+                if (!line.isEmpty()) {
+                    auto read = ExportFormat::parse(line, newestText);
+                    EXPECT_TRUE(std::holds_alternative<Clip>(read)) << line.toStdString();
+                    clips.push_back(std::get<Clip>(std::move(read)));
+                }
+            }
+        }
+        return clips;
     }
     std::optional<ImportOutcome> add(const QByteArray& batch)
     {
@@ -59,6 +85,7 @@ protected:
         return outcome;
     }
 
+    static constexpr double newestText = 1'700'000'000;
     std::vector<QByteArray> m_batches;
     std::vector<std::string> m_said;
     qsizetype m_failsAt = -1;
@@ -175,6 +202,56 @@ TEST_F(HistoryImportTest, NothingIsReadBehindTheEnd)
     EXPECT_EQ(result.added, 1);
     EXPECT_THAT(m_said, ElementsAre("4: here should be the first line of an export"));
     EXPECT_FALSE(result.isComplete);
+}
+
+TEST_F(HistoryImportTest, TextsBecomeEntriesEachOlderThanTheOneBeforeIt)
+{
+    const QByteArray bytes("one\ntwo\0\0 three \0https://example.org/", 37);
+    const auto result = importTexts(bytes);
+    EXPECT_EQ(result.added, 3);
+    EXPECT_TRUE(result.isComplete);
+    EXPECT_THAT(m_said, IsEmpty());
+    const std::vector<Clip> clips = this->clips();
+    ASSERT_THAT(clips, SizeIs(3));
+    EXPECT_EQ(clips[0].payload.held()->plainText(), "one\ntwo");
+    EXPECT_EQ(clips[1].payload.held()->plainText(), " three ");
+    EXPECT_EQ(clips[2].payload.held()->plainText(), "https://example.org/");
+    EXPECT_EQ(clips[2].payload.held()->kind(), ClipKind::link);
+    EXPECT_EQ(clips[0].lastUsedAt, newestText);
+    EXPECT_EQ(clips[0].createdAt, newestText);
+    EXPECT_LT(clips[1].lastUsedAt, clips[0].lastUsedAt);
+    EXPECT_LT(clips[2].lastUsedAt, clips[1].lastUsedAt);
+    for (const Clip& clip : clips) {
+        EXPECT_FALSE(clip.isPinned);
+        EXPECT_EQ(clip.copyCount, 1);
+    }
+}
+
+TEST_F(HistoryImportTest, ATextThatIsTooLongIsRefusedByItsPlace)
+{
+    const auto result = importTexts("one" + QByteArray(1, '\0') + QByteArray(301, 'y') + '\0', 300);
+    EXPECT_EQ(result.added, 1);
+    EXPECT_EQ(result.refused, 1);
+    EXPECT_THAT(m_said, ElementsAre("2: it is too long"));
+    EXPECT_TRUE(result.isComplete);
+}
+
+TEST_F(HistoryImportTest, TextsAreHandedOnALittleAtATime)
+{
+    QByteArray texts;
+    for (int i = 0; i < 1200; ++i) {
+        texts += "text " + QByteArray::number(i) + '\0';
+    }
+    EXPECT_EQ(importTexts(texts).added, 1200);
+    EXPECT_THAT(m_batches, SizeIs(3));
+    EXPECT_THAT(clips(), SizeIs(1200));
+}
+
+TEST_F(HistoryImportTest, AnEmptyFileHasNoTexts)
+{
+    EXPECT_FALSE(importTexts("").isComplete);
+    EXPECT_THAT(m_said, ElementsAre("0: it is empty"));
+    EXPECT_THAT(m_batches, IsEmpty());
 }
 
 TEST_F(HistoryImportTest, EndsWhereNothingCanBeAdded)

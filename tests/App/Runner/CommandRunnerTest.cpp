@@ -107,6 +107,14 @@ protected:
     }
     int exportTo(const QString& file) { return run(CommandID::exportHistory, file); }
     int importFrom(const QString& file) { return run(CommandID::importHistory, file); }
+    int importTextsFrom(const QString& file)
+    {
+        return run(Invocation{
+            .verb = Invocation::Verb::command,
+            .command = CommandID::importHistory,
+            .file = QFile::encodeName(file),
+            .isNullSeparated = true});
+    }
     static QByteArray contents(const QString& path)
     {
         QFile file(path);
@@ -395,6 +403,46 @@ TEST_F(TransferTest, AMinusStandsForStandardOutputAndInput)
     EXPECT_EQ(m_printed, "3 added, 0 there already, 0 refused\n");
 }
 
+TEST_F(TransferTest, TextsFromElsewhereAreListedBelowWhatIsThere)
+{
+    fill();
+    const QJsonArray before = listed();
+    // The second is there already, the third is not UTF-8.
+    const QByteArray known = before.last().toObject().value("preview"_L1).toString().toUtf8();
+    put(m_file, "newest\nof them" + QByteArray(1, '\0') + known + '\0' + "\xff" + '\0' + "older");
+    EXPECT_EQ(importTextsFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "2 added, 1 there already, 1 refused\n");
+    ASSERT_THAT(m_remarks, SizeIs(1));
+    EXPECT_THAT(m_remarks[0], AllOf(HasSubstr(":3: "), HasSubstr("is not UTF-8")));
+    QJsonArray after = listed();
+    ASSERT_EQ(after.size(), before.size() + 2);
+    EXPECT_EQ(after.last().toObject().value("preview"_L1), u"older"_s);
+    after.removeLast();
+    EXPECT_EQ(after.last().toObject().value("preview"_L1), u"newest of them"_s);
+    after.removeLast();
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(TransferTest, OfTextsTheNewestAreKeptAndNothingGoesForThem)
+{
+    fill();
+    const QJsonArray before = listed();
+    m_maximumHistory = 10;
+    QByteArray texts;
+    for (int i = 0; i < 9; ++i) {
+        texts += "text " + QByteArray::number(i) + '\0';
+    }
+    put(m_file, texts);
+    EXPECT_EQ(importTextsFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "7 added, 0 there already, 2 refused\n");
+    const QJsonArray after = listed();
+    ASSERT_EQ(after.size(), 10);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(after[i], before[i]);
+    }
+    EXPECT_EQ(after.last().toObject().value("preview"_L1), u"text 6"_s);
+}
+
 TEST_F(TransferTest, AnExportThatCannotBePrintedIsSaidUnlessTheReaderHasEnough)
 {
     m_printError = ENOSPC;
@@ -519,6 +567,17 @@ TEST_F(TransferTest, ADamagedHistoryIsNotImportedInto)
     EXPECT_THAT(
         m_complaints,
         ElementsAre("Clipboard database integrity check failed: file is not a database"));
+    EXPECT_EQ(contents(m_databasePath), garbage);
+}
+
+TEST_F(TransferTest, TextsAreNotImportedIntoADamagedHistoryEither)
+{
+    const QByteArray garbage(8192, 'x');
+    put(m_databasePath, garbage);
+    put(m_file, "text");
+    EXPECT_EQ(importTextsFrom(m_file), exitFailed);
+    EXPECT_EQ(m_printed, "0 added, 0 there already, 0 refused\n");
+    EXPECT_THAT(m_complaints, SizeIs(1));
     EXPECT_EQ(contents(m_databasePath), garbage);
 }
 
