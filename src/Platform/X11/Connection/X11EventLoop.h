@@ -87,7 +87,7 @@ public:
         std::function<void(std::vector<std::string>)> callback);
 
     /// Handles now what the server sent before the reply that was waited for last. Only while the
-    /// server is grabbed: otherwise there may be more with every event.
+    /// server is grabbed: other clients may go on to make events otherwise.
     void handleArrived();
 
 private:

@@ -130,13 +130,13 @@ void X11Keyboard::step()
         m_deadline = std::chrono::steady_clock::now() + grabsEnd;
         m_loop.callAfter(lookInterval, [this] { step(); });
     } else {
-        const auto result = isGrabbed ? std::nullopt : press();
-        if (!result && !isOver) {
-            m_loop.callAfter(lookInterval, [this] { step(); });
-            return;
-        }
         // Keys would go to whoever has grabbed the keyboard.
-        finish(result.value_or(Result::targetNotInFront));
+        const auto result = isGrabbed ? Result::targetNotInFront : press();
+        if (result) {
+            finish(*result);
+        } else {
+            m_loop.callAfter(lookInterval, [this] { step(); });
+        }
     }
 }
 

@@ -126,33 +126,60 @@ TEST_F(X11KeyEventPosterStateTest, whoeverHasGrabbedTheKeyboardGetsNoKeys)
     EXPECT_EQ(strokes(), controlV());
 }
 
-TEST_F(X11KeyEventPosterStateTest, aGrabThatBeganThisMomentIsKnownToo)
+class X11KeyEventPosterGrabTest : public X11KeyEventPosterTest
 {
-    XClient other(desktop().session().display());
+protected:
+    /// Begins a paste just after another program has grabbed the keyboard.
+    QCoro::Task<PostResult> pasteAsGrabBegins(std::chrono::milliseconds releaseWait)
+    {
+        // What has been asked for while the first job runs is done before any event is looked at.
+        post(m_jobs[0]);
+        m_jobs[0].begun.get_future().wait();
+        post(m_jobs[1]);
+        auto task = poster(releaseWait).postPaste(target(), WriteTicket(1));
+        m_jobs[0].end.set_value();
+        m_jobs[1].begun.get_future().wait();
+        m_other.grabKeyboard();
+        m_jobs[1].end.set_value();
+        return task;
+    }
+
+    XClient m_other{desktop().session().display()};
+
+private:
     struct Job
     {
         std::promise<void> begun;
         std::promise<void> end;
     };
-    std::array<Job, 2> jobs;
-    const auto post = [&](Job& job) {
+
+    void post(Job& job)
+    {
         desktop().desktop().postToKeyGrabs([&job](X11KeyGrabs&) {
             job.begun.set_value();
             job.end.get_future().wait();
         });
-    };
-    // What has been asked for while the first one runs is done before any event is looked at.
-    post(jobs[0]);
-    jobs[0].begun.get_future().wait();
-    post(jobs[1]);
-    auto task = poster(shortTimeout).postPaste(target(), WriteTicket(1));
-    jobs[0].end.set_value();
-    jobs[1].begun.get_future().wait();
-    other.grabKeyboard();
-    jobs[1].end.set_value();
-    EXPECT_EQ(await(std::move(task)), PostResult::targetNotInFront);
-    EXPECT_TRUE(other.keys().empty());
+    }
+
+    std::array<Job, 2> m_jobs;
+};
+
+TEST_F(X11KeyEventPosterGrabTest, oneThatBeganThisMomentIsKnownToo)
+{
+    EXPECT_EQ(await(pasteAsGrabBegins(shortTimeout)), PostResult::targetNotInFront);
+    EXPECT_TRUE(m_other.keys().empty());
     EXPECT_EQ(strokes(), Strokes());
+}
+
+TEST_F(X11KeyEventPosterGrabTest, oneThatBeganThisMomentIsWaitedFor)
+{
+    auto task = pasteAsGrabBegins(longTimeout);
+    letTimePass();
+    EXPECT_EQ(strokes(), Strokes());
+    m_other.ungrabKeyboard();
+    EXPECT_EQ(await(std::move(task)), PostResult::posted);
+    EXPECT_TRUE(m_other.keys().empty());
+    EXPECT_EQ(strokes(), controlV());
 }
 
 // Locks and latches.
