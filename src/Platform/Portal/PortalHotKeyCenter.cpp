@@ -259,7 +259,7 @@ void PortalHotKeyCenter::bindLater()
 /// Has the portal hold the keys that are registered, and no others.
 void PortalHotKeyCenter::bind()
 {
-    if (!m_isAvailable || m_consent == Consent::unread || !m_mayAsk) {
+    if (!m_isAvailable || m_consent == Consent::unread) {
         return;
     }
     if (m_consent == Consent::refused) {
@@ -286,7 +286,7 @@ void PortalHotKeyCenter::bind()
     m_held.reset();
     allUp();
     m_asked = std::move(wanted);
-    if (!m_asked.isEmpty()) {
+    if (!m_asked.isEmpty() && m_mayAsk) {
         bindAll(this, m_run);
     }
 }
