@@ -9,7 +9,7 @@ ListView {
 
     required property PanelModel panel
 
-    signal menuRequested(row: ClipRow, place: point)
+    signal menuRequested(clipID: string, isPinned: bool, place: point)
 
     // Where the pointer was last, on the desktop. The selection follows the pointer onto a row once
     // it really moves: rows also come to lie under a pointer that stands still.
@@ -102,7 +102,7 @@ ListView {
             }
             onPressed: event => {
                 if (event.button === Qt.RightButton)
-                    list.menuRequested(row, mapToItem(null, event.x, event.y));
+                    list.menuRequested(row.clipID, row.isPinned, mapToItem(null, event.x, event.y));
             }
         }
     }

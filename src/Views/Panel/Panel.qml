@@ -78,7 +78,7 @@ Card {
         width: parent.width
         visible: !root.panel.isEmpty
         panel: root.panel
-        onMenuRequested: (row, place) => menu.open(row.clipID, row.isPinned, menu.mapFromItem(null, place))
+        onMenuRequested: (clipID, isPinned, place) => menu.open(clipID, isPinned, menu.mapFromItem(null, place))
     }
 
     EmptyHistory {
