@@ -8,7 +8,7 @@ namespace tessly::test {
 /// Throws std::runtime_error where there is nothing to stop.
 void freeze(const QProcess& process);
 
-/// Lets a stopped child go on.
+/// Lets a stopped child go on. Throws std::runtime_error where it has ended.
 void thaw(const QProcess& process);
 
 } // namespace tessly::test
